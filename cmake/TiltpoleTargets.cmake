@@ -1,0 +1,66 @@
+# What every target of the project shares: language level, warnings, rounding, visibility.
+
+if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)
+    set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
+endif()
+
+# Language level, warnings and rounding of one target. A product and a sum stay two roundings:
+# contraction into fused operations would make results differ between processors.
+function(tiltpole_target_defaults target)
+    target_compile_features(${target} PUBLIC cxx_std_20)
+    set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
+    target_compile_options(${target} PRIVATE
+        -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off)
+endfunction()
+
+# tiltpole_add_library(<name>) makes tiltpole_<name>, alias tiltpole::<name>; its folders add
+# their sources and headers with tiltpole_sources().
+function(tiltpole_add_library name)
+    set(target tiltpole_${name})
+    add_library(${target})
+    add_library(tiltpole::${name} ALIAS ${target})
+    tiltpole_target_defaults(${target})
+    set_target_properties(${target} PROPERTIES
+        EXPORT_NAME ${name}
+        VERSION ${PROJECT_VERSION}
+        SOVERSION ${PROJECT_VERSION_MAJOR}
+        VERIFY_INTERFACE_HEADER_SETS ON
+        POSITION_INDEPENDENT_CODE ON
+        CXX_VISIBILITY_PRESET hidden
+        VISIBILITY_INLINES_HIDDEN ON)
+    target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
+    if(NOT BUILD_SHARED_LIBS)
+        target_compile_definitions(${target} PUBLIC TILTPOLE_STATIC)
+    endif()
+endfunction()
+
+# tiltpole_sources(<library> PRIVATE <files> PUBLIC <installed headers>), called in each folder.
+function(tiltpole_sources name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "PRIVATE;PUBLIC")
+    target_sources(tiltpole_${name} PRIVATE ${arg_PRIVATE})
+    target_sources(tiltpole_${name}
+        PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_PUBLIC})
+endfunction()
+
+# tiltpole_test(<name> SOURCES <files> LIBRARIES <targets>): one GoogleTest program per folder.
+function(tiltpole_test name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    add_executable(${name} ${arg_SOURCES})
+    tiltpole_target_defaults(${name})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main rapidcheck)
+    target_compile_definitions(${name} PRIVATE
+        TILTPOLE_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <gmock/gmock.h>)
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+endfunction()
+
+# tiltpole_benchmark(<name> SOURCES <files> LIBRARIES <targets>): one Google Benchmark program.
+function(tiltpole_benchmark name)
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    add_executable(${name} ${arg_SOURCES})
+    tiltpole_target_defaults(${name})
+    target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
+    target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} benchmark::benchmark_main)
+    set_property(GLOBAL APPEND PROPERTY TILTPOLE_BENCHMARK_TARGETS ${name})
+endfunction()
