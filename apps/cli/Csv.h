@@ -1,0 +1,95 @@
+// Delimited text, read one row at a time by column names.
+//
+//   separator   `,` or `;`, whichever the header line uses; the decimal sign is always a point
+//   lines       end with LF or CR LF; blank lines are passed over; a UTF-8 byte-order mark is
+//   skipped fields      may be quoted with ", a quote inside doubled; a quoted field ends on its
+//   own line memory      one line at a time, and no line beyond kLongestLine; files may be of any
+//   size
+//
+//     CsvReader rows("points.csv");
+//     const std::size_t north = rows.Require("N");
+//     while (rows.Next()) Use(rows.Number(north));
+#pragma once
+
+#include "apps/cli/Errors.h"
+#include <cstddef>
+#include <cstdint>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace cli {
+
+class CsvReader
+{
+public:
+    static constexpr std::size_t kLongestLine = std::size_t{1} << 20; // bytes
+
+    /// Opens the file and reads its header line.
+    /// @param path  "-" is standard input, called <stdin> in messages
+    /// @throws InputError when it cannot be read or has no header
+    explicit CsvReader(const std::string& path);
+    ~CsvReader();
+    CsvReader(const CsvReader&) = delete;
+    CsvReader& operator=(const CsvReader&) = delete;
+
+    const std::vector<std::string>& Columns() const { return m_columns; }
+
+    /// The position of the column of this exact name, if there is one.
+    /// @throws InputError when the name stands twice in the header
+    std::optional<std::size_t> Find(std::string_view name) const;
+
+    /// The position of the column of this exact name.
+    /// @throws InputError naming the column when the header lacks it
+    std::size_t Require(std::string_view name) const;
+
+    /// Steps to the next row. After an InputError the reader stands behind the bad line, and a
+    /// caller that skips bad rows may call again.
+    /// @return false at the end of the file
+    /// @throws InputError for a row that is not as wide as the header, an open quote, a line that
+    ///         is too long, a failing read
+    bool Next();
+
+    /// One field of the current row; valid until Next is called.
+    std::string_view Field(std::size_t column) const { return m_fields[column]; }
+
+    /// One field of the current row as a finite number.
+    /// @throws InputError naming line, column and text
+    double Number(std::size_t column) const;
+
+    /// An error about the current row: `file:line: reason`.
+    InputError Error(const std::string& reason) const { return {m_name, m_line, reason}; }
+
+    /// True when reading itself failed, so that nothing can follow: not a row to be skipped.
+    bool Failed() const { return m_failed; }
+
+    const std::string& Name() const { return m_name; }
+    std::uint64_t Line() const { return m_line; }           // of the current row, from 1
+    std::uint64_t BytesRead() const { return m_bytesRead; } // so far
+    std::uint64_t Size() const { return m_size; }           // bytes of a regular file, else 0
+
+private:
+    bool NextLine(char*& begin, char*& end);
+    bool Fill();
+    void DropRestOfLine();
+    void ReadHeader();
+    void Split(char* begin, char* end);
+    char* SplitQuoted(char* at, char* end);
+
+    std::string m_name;
+    int m_file;
+    std::uint64_t m_size = 0;
+    std::uint64_t m_bytesRead = 0;
+    std::uint64_t m_line = 0;
+    bool m_failed = false;
+    bool m_atEnd = false;
+    char m_separator = ',';
+    std::vector<char> m_buffer;
+    std::size_t m_begin = 0; // unread bytes of m_buffer
+    std::size_t m_end = 0;
+    std::vector<std::string> m_columns;
+    std::vector<std::string_view> m_fields; // point into m_buffer
+};
+
+} // namespace cli

@@ -1,0 +1,56 @@
+// tiltpole: the library's work on recorded data, from the command line.
+#include "apps/cli/Errors.h"
+#include <CLI/CLI.hpp>
+#include <csignal>
+#include <exception>
+#include <fmt/format.h>
+#include <string>
+
+namespace {
+
+// One line for each command; cli::AddXCommand(program, exitCode) stands in X.h. Its callback runs
+// when the command line has been read and leaves the exit code behind.
+void AddCommands([[maybe_unused]] CLI::App& program, [[maybe_unused]] int& exitCode) {}
+
+int Report(const std::string& sentence)
+{
+    fmt::print(stderr, "{}\n", sentence);
+    return cli::kUnreadable;
+}
+
+// Wrong use answers one sentence and where to read on; a help page goes to standard output.
+int Explain(const CLI::App& program, const CLI::ParseError& error)
+{
+    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
+        return program.exit(error);
+    }
+    std::string command = "tiltpole";
+    for (const CLI::App* used : program.get_subcommands())
+        command += ' ' + used->get_name();
+    return Report(fmt::format("{}: {} ({} --help tells more)", command, error.what(), command));
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    std::signal(SIGPIPE, SIG_IGN); // a closed pipe shows as a failing write
+
+    CLI::App program{"Tip coordinates of a tilted survey pole, from recorded data.", "tiltpole"};
+    program.set_version_flag("--version", "tiltpole " TILTPOLE_VERSION);
+    program.require_subcommand(1);
+    program.footer("Exit codes: 0 done, 1 negative result, 2 wrong use or unreadable input.\n"
+                   "tiltpole COMMAND --help tells about one command.");
+    int exitCode = cli::kDone;
+    try {
+        AddCommands(program, exitCode);
+        program.parse(argc, argv);
+        return exitCode;
+    } catch (const CLI::ParseError& error) {
+        return Explain(program, error);
+    } catch (const cli::OutputClosed&) {
+        return cli::kDone;
+    } catch (const std::exception& error) {
+        return Report(error.what());
+    }
+}
