@@ -1,0 +1,29 @@
+// Messages to the operator. Who shows them is up to the host: it sets a handler.
+#pragma once
+
+#include "framework/core/Export.h"
+#include "framework/core/Types.h"
+
+#include <functional>
+
+inline constexpr UINT MB_OK = 0x00;
+inline constexpr UINT MB_ICONSTOP = 0x10;
+inline constexpr UINT MB_ICONEXCLAMATION = 0x30;
+inline constexpr UINT MB_ICONINFORMATION = 0x40;
+inline constexpr int IDOK = 1;
+
+/// Shows a message and returns the button that the operator chose. A null `text` is empty, a null
+/// `title` is "Error"; `owner` is not used.
+TILTPOLE_API int MessageBoxW(HWND owner, const wchar_t* text, const wchar_t* title, UINT style);
+
+namespace framework {
+
+/// Answers a message box: text, title and style are never null; the result is that of MessageBoxW.
+using MessageBoxHandler =
+    std::function<int(const wchar_t* text, const wchar_t* title, unsigned style)>;
+
+/// Replaces the handler and returns the previous one. An empty handler brings back the default,
+/// which writes "title: text" as UTF-8 to standard error and answers IDOK.
+TILTPOLE_API MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler);
+
+} // namespace framework

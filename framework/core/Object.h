@@ -1,0 +1,73 @@
+// CObject and run-time class information.
+//
+// DECLARE_DYNAMIC in a class and IMPLEMENT_DYNAMIC in its source give it a name, a size and a base
+// at run time; with the DYNCREATE pair an object can also be made from the information alone.
+#pragma once
+
+#include "framework/core/Export.h"
+#include "framework/core/Types.h"
+
+class CObject;
+
+/// What is known of a class at run time.
+struct TILTPOLE_API CRuntimeClass
+{
+    LPCSTR m_lpszClassName;
+    int m_nObjectSize;               // bytes
+    UINT m_wSchema;                  // 0xFFFF: not serialisable
+    CObject* (*m_pfnCreateObject)(); // null where objects cannot be made from the information
+    const CRuntimeClass* m_pBaseClass;
+
+    /// A new object, owned by the caller; null where the class does not allow it.
+    CObject* CreateObject() const;
+    /// Whether the class is `base` or derived from it.
+    BOOL IsDerivedFrom(const CRuntimeClass* base) const;
+};
+
+/// Base of the framework's classes: not copied, known at run time.
+class TILTPOLE_API CObject
+{
+public:
+    static const CRuntimeClass classCObject;
+
+    virtual CRuntimeClass* GetRuntimeClass() const;
+    virtual ~CObject();
+
+    CObject(const CObject&) = delete;
+    CObject& operator=(const CObject&) = delete;
+
+    BOOL IsKindOf(const CRuntimeClass* runtimeClass) const;
+
+protected:
+    CObject() = default;
+};
+
+#define RUNTIME_CLASS(class_name) (const_cast<CRuntimeClass*>(&class_name::class##class_name))
+
+#define DECLARE_DYNAMIC(class_name)                                                                \
+public:                                                                                            \
+    static const CRuntimeClass class##class_name;                                                  \
+    CRuntimeClass* GetRuntimeClass() const override;
+
+#define DECLARE_DYNCREATE(class_name)                                                              \
+    DECLARE_DYNAMIC(class_name)                                                                    \
+    static CObject* CreateObject();
+
+#define TILTPOLE_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, create)                       \
+    const CRuntimeClass class_name::class##class_name = {                                          \
+        #class_name, sizeof(class_name), 0xFFFF, create,                                           \
+        &base_class_name::class##base_class_name};                                                 \
+    CRuntimeClass* class_name::GetRuntimeClass() const                                             \
+    {                                                                                              \
+        return RUNTIME_CLASS(class_name);                                                          \
+    }
+
+#define IMPLEMENT_DYNAMIC(class_name, base_class_name)                                             \
+    TILTPOLE_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, nullptr)
+
+#define IMPLEMENT_DYNCREATE(class_name, base_class_name)                                           \
+    CObject* class_name::CreateObject()                                                            \
+    {                                                                                              \
+        return new class_name;                                                                     \
+    }                                                                                              \
+    TILTPOLE_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, class_name::CreateObject)
