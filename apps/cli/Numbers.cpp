@@ -1,7 +1,6 @@
 #include "apps/cli/Numbers.h"
 
-#include <charconv>
-#include <cmath>
+#include "framework/core/ParseNumber.h"
 
 namespace cli {
 
@@ -15,12 +14,8 @@ std::string_view Trim(std::string_view text)
 std::optional<double> ParseNumber(std::string_view text)
 {
     text = Trim(text);
-    if (text.size() > 1 && text[0] == '+' && text[1] != '-') text.remove_prefix(1);
-
-    double value = 0.0;
-    const char* const end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, value);
-    if (error != std::errc{} || stop != end || !std::isfinite(value)) return std::nullopt;
+    const auto [value, used, inRange] = framework::ParseDouble(text);
+    if (used == 0 || used != text.size() || !inRange) return std::nullopt;
     return value;
 }
 

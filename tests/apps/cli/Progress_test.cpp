@@ -1,0 +1,28 @@
+#include "apps/cli/Progress.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using cli::ProgressText;
+using cli::Unit;
+
+TEST(Progress, SaysShareAmountRateAndTimeLeft)
+{
+    EXPECT_EQ(ProgressText(500'000'000, 2'000'000'000, 2.0, Unit::Bytes),
+              " 25 %  500.0 MB, 250.0 MB/s, 6 s left");
+    EXPECT_EQ(ProgressText(1000, 400'000, 1.0, Unit::Steps),
+              "  0 %  1000, 1000/s, 6 min 39 s left");
+}
+
+TEST(Progress, NeverClaimsToBeDoneBeforeItIs)
+{
+    EXPECT_EQ(ProgressText(1999, 2000, 1.0, Unit::Steps).substr(0, 5), " 99 %");
+}
+
+TEST(Progress, OfAnUnknownTotalShowsWhatIsDone)
+{
+    EXPECT_EQ(ProgressText(3'000'000, 0, 2.0, Unit::Bytes), "3.0 MB, 1.5 MB/s");
+}
+
+} // namespace
