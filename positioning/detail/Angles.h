@@ -1,0 +1,56 @@
+// Degrees, radians, and arc functions that accept what rounding pushed out of their domain.
+#pragma once
+
+#include <cmath>
+
+namespace detail {
+
+inline constexpr double kPi = 3.141592653589793;
+inline constexpr double kHalfPi = 1.5707963267948966;
+
+inline double Deg2Rad(double degrees)
+{
+    return degrees * kPi / 180.0;
+}
+
+inline double Rad2Deg(double radians)
+{
+    return radians * 180.0 / kPi;
+}
+
+/// `value` limited to [-1, 1]; what is not a number stays so.
+inline double ClampToUnit(double value)
+{
+    if (value > 1.0) return 1.0;
+    if (value < -1.0) return -1.0;
+    return value;
+}
+
+/// Arc sine and arc cosine [rad] of the limited argument: they never fail.
+inline double ArcSine(double value)
+{
+    return std::asin(ClampToUnit(value));
+}
+
+inline double ArcCosine(double value)
+{
+    return std::acos(ClampToUnit(value));
+}
+
+/// Brings an azimuth [degrees] towards [0, 360] by one turn at most: -400 becomes -40, 360 stays
+/// (AdjustAzimuth.TakesOneStepAtMost).
+inline double AdjustedAzimuth(double azimuth)
+{
+    if (azimuth < 0.0) return azimuth + 360.0;
+    if (azimuth > 360.0) return azimuth - 360.0;
+    return azimuth;
+}
+
+/// √(1 − x²), the cosine of an angle whose sine is x, or the reverse. The product keeps its digits
+/// where x is near 1; not a number where |x| > 1.
+inline double OtherLeg(double x)
+{
+    return std::sqrt((1.0 - x) * (1.0 + x));
+}
+
+} // namespace detail

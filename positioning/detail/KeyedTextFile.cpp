@@ -1,0 +1,194 @@
+#include "positioning/detail/KeyedTextFile.h"
+
+#include "framework/core/AtomicFile.h"
+#include "framework/core/File.h"
+#include "framework/core/ParseNumber.h"
+#include "framework/core/Paths.h"
+#include "framework/core/TextConversion.h"
+
+#include <algorithm>
+#include <array>
+#include <charconv>
+#include <cmath>
+#include <new>
+#include <utility>
+#include <vector>
+
+namespace detail {
+
+namespace {
+
+constexpr std::size_t kLongestLine = 100; // bytes, line end included
+constexpr ULONGLONG kLargestFile = ULONGLONG{256} << 20;
+constexpr int kDecimals = 10;
+
+// Text from `first` up to the next CR, empty where there is none. Asked in rising order, it passes
+// over the text once.
+class Values
+{
+public:
+    explicit Values(std::string_view text) : m_text(text) {}
+
+    std::string_view From(std::size_t first)
+    {
+        if (m_end < first) m_end = std::min(m_text.find('\r', first), m_text.size());
+        return m_end == m_text.size() ? std::string_view() : m_text.substr(first, m_end - first);
+    }
+
+private:
+    std::string_view m_text;
+    std::size_t m_end = 0;
+};
+
+// Whether "[key]" stands at `at`, where a '[' is. The closing bracket decides mostly.
+bool StandsAt(std::string_view text, std::size_t at, std::string_view key)
+{
+    const std::size_t close = at + 1 + key.size();
+    return close < text.size() && text[close] == ']' && text.substr(at + 1, key.size()) == key;
+}
+
+double DoubleOf(std::string_view value)
+{
+    const auto number = framework::ParseDouble(value);
+    return number.inRange ? number.value : 0.0;
+}
+
+int IntegerOf(std::string_view value)
+{
+    const auto number = framework::ParseInteger(value);
+    return number.inRange ? number.value : 0;
+}
+
+} // namespace
+
+int KeyedTextFile::OpenForReading(const CString& path)
+{
+    CFile file;
+    if (!file.Open(path, CFile::modeRead | CFile::shareDenyNone)) return 0;
+    const ULONGLONG length = file.GetLength();
+    if (length > kLargestFile) return 0;
+
+    std::string content;
+    try {
+        content.resize(static_cast<std::size_t>(length));
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
+    content.resize(file.Read(content.data(), static_cast<UINT>(length)));
+    if (!file.Close()) return 0;
+    m_content = std::move(content);
+    m_writing = false;
+    return 1;
+}
+
+int KeyedTextFile::OpenForWriting(const CString& path)
+{
+    constexpr std::size_t kUsualSize = 1024;
+    if (path.IsEmpty()) return 0;
+    const DWORD attributes = GetFileAttributesW(path);
+    if (attributes != INVALID_FILE_ATTRIBUTES && (attributes & FILE_ATTRIBUTE_DIRECTORY)) return 0;
+
+    m_path = path;
+    m_content.clear();
+    m_content.reserve(kUsualSize);
+    m_writing = true;
+    m_failed = false;
+    return 1;
+}
+
+int KeyedTextFile::Close()
+{
+    const std::string content = std::exchange(m_content, {});
+    if (!std::exchange(m_writing, false)) return 1;
+    return !m_failed && framework::ReplaceFileContent(m_path, content) ? 1 : 0;
+}
+
+int KeyedTextFile::AppendLine(std::string_view key, std::string_view value)
+{
+    constexpr std::size_t kBracketsAndEnd = 4;
+    if (key.size() + value.size() + kBracketsAndEnd > kLongestLine) {
+        m_failed = true;
+        return 0;
+    }
+    m_content += '[';
+    m_content += key;
+    m_content += ']';
+    m_content += value;
+    m_content += "\r\n";
+    return 1;
+}
+
+int KeyedTextFile::WriteString(std::string_view key, const CString& value)
+{
+    return AppendLine(key, framework::ToUtf8(value.GetString()));
+}
+
+int KeyedTextFile::WriteInteger(std::string_view key, int value)
+{
+    return AppendLine(key, std::to_string(value));
+}
+
+int KeyedTextFile::WriteDouble(std::string_view key, double value)
+{
+    std::array<char, kLongestLine> digits;
+    const auto written = std::to_chars(digits.data(), digits.data() + digits.size(), value,
+                                       std::chars_format::fixed, kDecimals);
+    if (!std::isfinite(value) || written.ec != std::errc()) {
+        m_failed = true;
+        return 0;
+    }
+    return AppendLine(key, {digits.data(), written.ptr});
+}
+
+std::string_view KeyedTextFile::ValueOf(std::string_view key) const
+{
+    std::string bracketed = "[";
+    bracketed += key;
+    bracketed += ']';
+    const std::size_t at = m_content.find(bracketed);
+    if (at == std::string::npos) return {};
+    return Values(m_content).From(at + bracketed.size());
+}
+
+int KeyedTextFile::ReadString(std::string_view key, CString& value) const
+{
+    const std::string_view text = ValueOf(key);
+    if (text.empty()) return 0;
+    value = CString(framework::FromUtf8(text));
+    return 1;
+}
+
+int KeyedTextFile::ReadInteger(std::string_view key, int& value) const
+{
+    const std::string_view text = ValueOf(key);
+    if (text.empty()) return 0;
+    value = IntegerOf(text);
+    return 1;
+}
+
+int KeyedTextFile::ReadDouble(std::string_view key, double& value) const
+{
+    const std::string_view text = ValueOf(key);
+    if (text.empty()) return 0;
+    value = DoubleOf(text);
+    return 1;
+}
+
+void KeyedTextFile::ReadDoubles(std::span<const KeyedDouble> wanted) const
+{
+    const std::string_view text = m_content;
+    Values values(text);
+    std::vector<KeyedDouble> missing(wanted.begin(), wanted.end());
+    for (std::size_t at = 0; at < text.size() && !missing.empty(); ++at) {
+        if (text[at] != '[') continue;
+        const auto found = std::find_if(missing.begin(), missing.end(), [&](const auto& entry) {
+            return StandsAt(text, at, entry.key);
+        });
+        if (found == missing.end()) continue;
+        const std::string_view value = values.From(at + found->key.size() + 2);
+        if (!value.empty()) *found->value = DoubleOf(value);
+        missing.erase(found);
+    }
+}
+
+} // namespace detail

@@ -1,0 +1,61 @@
+// From the antenna down the pole to its tip, without the trigonometry that pitch and roll already
+// paid for.
+#pragma once
+
+#include "positioning/detail/Angles.h"
+#include "positioning/detail/Tilt.h"
+
+namespace detail {
+
+/// Elevation of the pole above the horizontal, t = π/2 − g, by its sine and cosine:
+///
+///   sensor type 1       sin g = √(sin²r + sin²p), at most 1
+///   every other type    cos g = |cos p·cos r|
+struct Elevation
+{
+    double sin, cos;
+};
+
+inline Elevation ElevationOf(const Pose& pose, int sensorType)
+{
+    if (sensorType == kFirstConvention) {
+        const double sinLean =
+            std::sqrt(pose.sinRoll * pose.sinRoll + pose.sinPitch * pose.sinPitch);
+        return sinLean > 1.0 ? Elevation{0.0, 1.0} : Elevation{OtherLeg(sinLean), sinLean};
+    }
+    const double cosLean = pose.cosPitch * pose.cosRoll;
+    return {std::fabs(cosLean), OtherLeg(cosLean)};
+}
+
+/// Where the pole's projection points, relative to the heading [degrees].
+struct Projection
+{
+    double angle; // k1, or k3 + k1 for the sensor type whose projection is turned further
+    double k1;
+    bool trusted; // false where the roots used here lose digits
+};
+
+/// The projection by roots and one arc cosine (two for the turned type):
+///
+///   k1 = ±acos(tan t·tan u), negative for v > 0        k3 = acos(−tan u·tan v)
+///
+/// An arc cosine near its ends, a pole near the plumb line or near the horizontal amplify the last
+/// digit of what they are given; there the result is not to be trusted, and the written formulas
+/// are to be evaluated step by step. Elsewhere both agree within 5e-10 degrees.
+inline Projection ProjectionOf(const TiltAngles& tilt, bool positiveV, const Elevation& t,
+                               int sensorType)
+{
+    constexpr double kLeastMargin = 1e-4; // relative rounding of 1e-16 grows to 1e-12 rad here
+    const double cosK1 = t.sin * tilt.sinU / (t.cos * tilt.cosU);
+    const double margin = OtherLeg(cosK1) * t.cos * std::fabs(tilt.cosU);
+    const double unsignedK1 = Rad2Deg(ArcCosine(cosK1));
+    const double k1 = positiveV ? -unsignedK1 : unsignedK1;
+    if (sensorType != kTurnedProjectionType) return {k1, k1, margin > kLeastMargin};
+
+    const double cosK3 = -(tilt.sinU * tilt.sinV) / (tilt.cosU * tilt.cosV);
+    const double margin3 = OtherLeg(cosK3) * tilt.cosU * tilt.cosU * std::fabs(tilt.cosV);
+    const double k3 = Rad2Deg(ArcCosine(cosK3));
+    return {k3 + k1, k1, margin > kLeastMargin && margin3 > kLeastMargin};
+}
+
+} // namespace detail

@@ -1,0 +1,180 @@
+// The measurement as a host makes it: pose and antenna in, headings and tip out.
+#include "tests/positioning/Literal.h"
+#include "tests/positioning/Reach.h"
+
+#include <cmath>
+#include <random>
+
+namespace {
+
+constexpr double kRoundOff = 1e-12;   // [m], of coordinates near 0
+constexpr Field kNorth{200, 0, -430}; // level pole, nose to the north [counts]
+
+double PlaneDistance(const xyhCoordinate& a, const xyhCoordinate& b)
+{
+    return std::hypot(a.x - b.x, a.y - b.y);
+}
+
+TEST(Position, PutsThePlumbTipStraightBelowTheAntenna)
+{
+    for (const int type : kSensorTypes) {
+        Reach sensor(type);
+        PoseSensorData sample = Sample(0, 0, {120, -310, 44});
+        xyhCoordinate point{1000.25, 2000.5, 50.75};
+        EXPECT_EQ(sensor.Position(sample, 2.5, point), 1);
+        EXPECT_EQ(point.x, 1000.25) << "type " << type;
+        EXPECT_EQ(point.y, 2000.5) << "type " << type;
+        EXPECT_EQ(point.h, 48.25) << "type " << type;
+    }
+}
+
+TEST(Position, ReturnsTheRawReadingsAndTheHeadings)
+{
+    for (const int type : kSensorTypes) {
+        Reach sensor(type);
+        Incline_MagneticCorrectParameter par;
+        par.x0 = 12.5;
+        par.a = 0.25;
+        par.e = 1.5;
+        sensor.SetMagneticCorrectPar_A(par);
+        sensor.SetMagneticCorrectPar_B(par);
+        PoseSensorData sample = Sample(3, -8, {150, 80, -400}, {-140, -90, -410});
+        const PoseSensorData given = sample;
+        xyhCoordinate point;
+        EXPECT_EQ(sensor.Position(sample, 2.0, point), 1);
+        EXPECT_EQ(sample.dMag_x, given.dMag_x);
+        EXPECT_EQ(sample.dMag_y, given.dMag_y);
+        EXPECT_EQ(sample.dMag_z, given.dMag_z);
+        EXPECT_EQ(sample.dMag_x_2, given.dMag_x_2);
+        EXPECT_EQ(sample.dMag_y_2, given.dMag_y_2);
+        EXPECT_EQ(sample.dMag_z_2, given.dMag_z_2);
+        EXPECT_NE(sample.dYaw, 0.0);
+        EXPECT_NE(sample.dYaw_2, 0.0);
+        EXPECT_NE(sample.dYaw_Y, 0.0);
+    }
+}
+
+TEST(Position, GivesTheSameAgainForTheSameSample)
+{
+    Reach sensor;
+    Incline_MagneticCorrectParameter par;
+    par.x0 = 30;
+    sensor.SetMagneticCorrectPar_A(par);
+    PoseSensorData sample = Sample(5, 12, {150, 80, -400});
+    xyhCoordinate first{1, 2, 3};
+    xyhCoordinate second = first;
+    sensor.Position(sample, 2.0, first);
+    const double yaw = sample.dYaw;
+    sensor.Position(sample, 2.0, second);
+    EXPECT_EQ(sample.dYaw, yaw);
+    EXPECT_EQ(second.x, first.x);
+    EXPECT_EQ(second.y, first.y);
+    EXPECT_EQ(second.h, first.h);
+}
+
+// Ten degrees of roll: cos 80° = 0.17364817766693, sin 80° = 0.98480775301221.
+TEST(Position, StepsDownALeaningPoleByItsLength)
+{
+    Reach sensor;
+    PoseSensorData sample = Sample(0, 10, kNorth);
+    xyhCoordinate point;
+    sensor.Position(sample, 2.0, point);
+    EXPECT_NEAR(PlaneDistance(point, {}), 0.34729635533386, 1e-13);
+    EXPECT_NEAR(point.h, -1.96961550602442, 1e-13);
+}
+
+TEST(Position, LiesOnePoleLengthFromTheAntenna)
+{
+    std::mt19937 random(20);
+    std::uniform_real_distribution<double> angle(-60, 60);
+    std::uniform_real_distribution<double> field(-500, 500);
+    for (int i = 0; i < 2000; ++i) {
+        Reach sensor(kSensorTypes[i % 5]);
+        PoseSensorData sample =
+            Sample(angle(random), angle(random), {field(random), field(random), field(random)});
+        xyhCoordinate point;
+        sensor.Position(sample, 2.0, point);
+        EXPECT_NEAR(std::hypot(point.x, point.y, point.h), 2.0, kRoundOff);
+    }
+}
+
+struct Worst
+{
+    double heading = 0.0; // [degrees]
+    double tip = 0.0;     // [m]
+    double tiltDirection = 0.0;
+};
+
+literal::Setup RandomSetup(std::mt19937& random, int type)
+{
+    std::uniform_real_distribution<double> small(-0.2, 0.2);
+    std::uniform_real_distribution<double> bias(-720, 720);
+    literal::Setup setup;
+    setup.sensorType = type;
+    for (auto* par : {&setup.parA, &setup.parB})
+        *par = {90 * small(random), 90 * small(random), 90 * small(random), small(random),
+                small(random),      small(random),      1 + small(random),  1 + small(random)};
+    setup.translation = {90 * small(random), 90 * small(random), 90 * small(random)};
+    setup.biasA = bias(random);
+    setup.biasB = bias(random);
+    return setup;
+}
+
+void Configure(CInclineSensor_Position& sensor, const literal::Setup& setup)
+{
+    sensor.SetSensorType(setup.sensorType);
+    sensor.SetMagneticCorrectPar_A(setup.parA);
+    sensor.SetMagneticCorrectPar_B(setup.parB);
+    sensor.SetMagneticTranslationPar(setup.translation);
+    sensor.SetMagneticBiasAngle_A(setup.biasA);
+    sensor.SetMagneticBiasAngle_B(setup.biasB);
+}
+
+void Raise(double& worst, double difference)
+{
+    if (!(difference <= worst)) worst = difference;
+}
+
+// Largest differences from the formulas written out, over random samples.
+Worst CompareWithFormulas(int type, double steepest, int samples, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::uniform_real_distribution<double> angle(-steepest, steepest);
+    std::uniform_real_distribution<double> field(-500, 500);
+    Worst worst;
+    CInclineSensor_Position sensor;
+    literal::Setup setup;
+    for (int i = 0; i < samples; ++i) {
+        if (i % 64 == 0) {
+            setup = RandomSetup(random, type);
+            Configure(sensor, setup);
+        }
+        PoseSensorData sample =
+            Sample(angle(random), angle(random), {field(random), field(random), field(random)},
+                   {field(random), field(random), field(random)});
+        const xyhCoordinate antenna{field(random), field(random), field(random)};
+        const literal::Result expected = literal::Measure(setup, sample, 2.0, antenna);
+        xyhCoordinate point = antenna;
+        sensor.Position(sample, 2.0, point);
+
+        Raise(worst.heading, std::fabs(sample.dYaw - expected.yaw));
+        Raise(worst.heading, std::fabs(sample.dYaw_2 - expected.yaw2));
+        Raise(worst.tip, std::hypot(point.x - expected.tip.x, point.y - expected.tip.y,
+                                    point.h - expected.tip.h));
+        Raise(worst.tiltDirection, std::fabs(sample.dYaw_Y - expected.yawY));
+    }
+    return worst;
+}
+
+TEST(Position, FollowsItsFormulasForEverySensorType)
+{
+    for (const int type : kSensorTypes)
+        for (const double steepest : {2.0, 45.0, 89.0, 180.0}) {
+            const Worst worst = CompareWithFormulas(type, steepest, 20000, 31);
+            EXPECT_EQ(worst.heading, 0.0) << "type " << type << ", up to " << steepest;
+            EXPECT_LE(worst.tip, 1e-11) << "type " << type << ", up to " << steepest;
+            EXPECT_LE(worst.tiltDirection, 1e-10) << "type " << type << ", up to " << steepest;
+        }
+}
+
+} // namespace
