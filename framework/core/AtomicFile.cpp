@@ -78,14 +78,12 @@ bool WriteInPlace(const std::string& path, std::string_view bytes)
 }
 
 // Makes a file in `folder` that nobody else has; `name` receives its path.
-int MakeUniqueFile(const std::string& folder, std::string& name)
+int MakeUniqueFile(const std::string& folder, mode_t mode, std::string& name)
 {
-    constexpr mode_t kReadableAndWritable = 0666;
     for (int i = 0; i < kMostNames; ++i) {
         name =
             folder + "/.tiltpole-" + std::to_string(::getpid()) + '-' + std::to_string(i) + ".new";
-        const int file =
-            ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, kReadableAndWritable);
+        const int file = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
         if (file >= 0 || errno != EEXIST) return file;
     }
     return -1;
@@ -121,12 +119,13 @@ bool ReplaceFileContent(const CString& path, std::string_view bytes)
     {};
     const bool exists = ::stat(target.c_str(), &old) == 0;
     if (exists && !S_ISREG(old.st_mode)) return WriteInPlace(target, bytes);
-    if (exists && ::access(target.c_str(), W_OK) != 0) return false;
+    if (exists && ::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return false;
     if (!exists && (errno != ENOENT || target.empty() || target.ends_with('/'))) return false;
 
     const std::string folder = FolderOf(target);
     std::string name;
-    Descriptor file(MakeUniqueFile(folder, name));
+    // Where a file is there, its permissions come before the first byte.
+    Descriptor file(MakeUniqueFile(folder, exists ? 0600 : 0666, name));
     if (!file.IsOpen()) return false;
     if ((!exists || TakeOver(file.Get(), old)) && WriteAll(file.Get(), bytes)
         && ::fsync(file.Get()) == 0 && file.Close()

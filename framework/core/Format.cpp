@@ -19,6 +19,7 @@ namespace {
 constexpr int kLongestField = 1 << 20;
 // Digits before the point of the largest double, sign, point, exponent.
 constexpr std::size_t kRealOverhead = 330;
+constexpr std::size_t kNoLimit = std::wstring_view::npos;
 
 struct Conversion
 {
@@ -36,7 +37,7 @@ public:
 
     const FormatArgument& Next()
     {
-        static const FormatArgument nothing;
+        static constexpr FormatArgument nothing;
         if (m_left == 0) return nothing;
         --m_left;
         return *m_next++;
@@ -304,9 +305,8 @@ void AppendConversion(std::wstring& out, const Conversion& conversion, Arguments
     }
     case L's':
     case L'S': {
-        const std::size_t limit = conversion.precision < 0
-                                      ? std::wstring_view::npos
-                                      : static_cast<std::size_t>(conversion.precision);
+        const std::size_t limit =
+            conversion.precision < 0 ? kNoLimit : static_cast<std::size_t>(conversion.precision);
         return AppendText(out, conversion, arguments.Next().AsText(limit));
     }
     case L'p':
@@ -316,11 +316,26 @@ void AppendConversion(std::wstring& out, const Conversion& conversion, Arguments
     }
 }
 
+// The first `limit` characters of UTF-8 text. With a limit the text need not be closed by 0, so
+// nothing behind the last of them is read.
+std::string_view FirstCharacters(const char* utf8, std::size_t limit)
+{
+    if (limit == kNoLimit) return utf8;
+    std::size_t length = 0;
+    for (; limit > 0 && utf8[length] != 0; --limit) {
+        const auto lead = static_cast<unsigned char>(utf8[length]);
+        int trailing = lead >= 0xF0 ? 3 : lead >= 0xE0 ? 2 : lead >= 0xC2 ? 1 : 0;
+        ++length;
+        for (; trailing > 0 && (utf8[length] & 0xC0) == 0x80; --trailing)
+            ++length;
+    }
+    return {utf8, length};
+}
+
 } // namespace
 
 FormatArgument::FormatArgument(const CString& text)
-    : m_kind(Kind::Wide), m_pointer(text.GetString()),
-      m_length(static_cast<std::size_t>(text.GetLength()))
+    : m_kind(Kind::Wide), m_pointer(text.GetString())
 {}
 
 std::int64_t FormatArgument::AsSigned() const
@@ -344,7 +359,8 @@ std::uint64_t FormatArgument::AsUnsigned() const
 
 double FormatArgument::AsReal() const
 {
-    return m_kind == Kind::Real ? m_real : static_cast<double>(AsSigned());
+    if (m_kind == Kind::Real) return m_real;
+    return m_isSigned ? static_cast<double>(AsSigned()) : static_cast<double>(m_integer);
 }
 
 std::wstring FormatArgument::AsText(std::size_t limit) const
@@ -353,11 +369,9 @@ std::wstring FormatArgument::AsText(std::size_t limit) const
     if (m_pointer == nullptr) return std::wstring(L"(null)").substr(0, limit);
     if (m_kind == Kind::Address) return {};
     if (m_kind == Kind::Narrow)
-        return FromUtf8(static_cast<const char*>(m_pointer)).substr(0, limit);
+        return FromUtf8(FirstCharacters(static_cast<const char*>(m_pointer), limit));
     const auto* text = static_cast<const wchar_t*>(m_pointer);
-    if (m_length != std::wstring_view::npos) return {text, std::min(m_length, limit)};
-    // Not read past the limit: with a precision the text need not be closed by 0.
-    return {text, limit == std::wstring_view::npos ? std::wcslen(text) : wcsnlen(text, limit)};
+    return {text, limit == kNoLimit ? std::wcslen(text) : wcsnlen(text, limit)};
 }
 
 void AppendFormatted(std::wstring& out, const wchar_t* format, const FormatArgument* arguments,

@@ -36,6 +36,7 @@ public:
             m_kind = Kind::Integer;
             m_integer = static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
             m_bits = sizeof(Number) <= sizeof(int) ? 32 : 64;
+            m_isSigned = static_cast<Number>(-1) < Number{};
         }
     }
 
@@ -46,17 +47,18 @@ public:
     /// The value read as an unsigned integer of the argument's own width.
     std::uint64_t AsUnsigned() const;
     double AsReal() const;
-    /// The text; empty for a number, "(null)" for a null pointer.
+    /// The text up to its closing 0 or, if that comes first, `limit` characters; empty for a
+    /// number, "(null)" for a null pointer.
     std::wstring AsText(std::size_t limit) const;
     const void* AsAddress() const { return m_pointer; }
 
 private:
     Kind m_kind = Kind::Nothing;
     int m_bits = 64;
+    bool m_isSigned = true;
     std::uint64_t m_integer = 0;
     double m_real = 0.0;
     const void* m_pointer = nullptr;
-    std::size_t m_length = std::wstring_view::npos; // of wide text; npos: up to its closing 0
 };
 
 /// Appends `format` with its conversions replaced to `out`.

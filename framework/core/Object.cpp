@@ -1,6 +1,7 @@
 #include "framework/core/Object.h"
 
-const CRuntimeClass CObject::classCObject = {"CObject", sizeof(CObject), 0xFFFF, nullptr, nullptr};
+constinit const CRuntimeClass CObject::classCObject = {"CObject", sizeof(CObject), 0xFFFF, nullptr,
+                                                       nullptr};
 
 CObject* CRuntimeClass::CreateObject() const
 {

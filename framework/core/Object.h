@@ -54,7 +54,7 @@ public:                                                                         
     static CObject* CreateObject();
 
 #define TILTPOLE_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, create)                       \
-    const CRuntimeClass class_name::class##class_name = {                                          \
+    constinit const CRuntimeClass class_name::class##class_name = {                                \
         #class_name, sizeof(class_name), 0xFFFF, create,                                           \
         &base_class_name::class##base_class_name};                                                 \
     CRuntimeClass* class_name::GetRuntimeClass() const                                             \
