@@ -1,0 +1,163 @@
+#include "framework/core/AtomicFile.h"
+
+#include "tests/framework/core/Folder.h"
+
+#include <filesystem>
+#include <gtest/gtest.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+using framework::ReplaceFileContent;
+
+namespace {
+
+using Names = std::vector<std::string>;
+
+class AtomicFile : public testing::Test
+{
+protected:
+    TestFolder m_folder;
+
+    mode_t ModeOf(const char* name) const
+    {
+        struct stat status
+        {};
+        ::stat((m_folder.Native() / name).c_str(), &status);
+        return status.st_mode & 07777;
+    }
+};
+
+// Permissions do not bind root: it acts as an ordinary user for a scope.
+class OrdinaryUser
+{
+public:
+    OrdinaryUser() : m_wasRoot(::geteuid() == 0)
+    {
+        constexpr uid_t kNobody = 65534;
+        if (m_wasRoot && ::seteuid(kNobody) != 0) ADD_FAILURE() << "still root";
+    }
+    ~OrdinaryUser()
+    {
+        if (m_wasRoot && ::seteuid(0) != 0) ADD_FAILURE() << "no longer root";
+    }
+    OrdinaryUser(const OrdinaryUser&) = delete;
+    OrdinaryUser& operator=(const OrdinaryUser&) = delete;
+
+private:
+    bool m_wasRoot;
+};
+
+} // namespace
+
+TEST_F(AtomicFile, IsMadeWhereThereWasNone)
+{
+    const mode_t mask = ::umask(027);
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"new"), "content"));
+    ::umask(mask);
+    EXPECT_EQ(m_folder.Content("new"), "content");
+    EXPECT_EQ(ModeOf("new"), 0640u);
+    EXPECT_EQ(m_folder.Names(), Names{"new"});
+}
+
+TEST_F(AtomicFile, ReplacesTheWholeContentAndKeepsPermissions)
+{
+    m_folder.Put("old", "a longer old content");
+    ::chmod((m_folder.Native() / "old").c_str(), 0604);
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"old"), "new"));
+    EXPECT_EQ(m_folder.Content("old"), "new");
+    EXPECT_EQ(ModeOf("old"), 0604u);
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"old"), ""));
+    EXPECT_EQ(m_folder.Content("old"), "");
+    EXPECT_EQ(m_folder.Names(), Names{"old"});
+}
+
+TEST_F(AtomicFile, IsAnotherFileThanTheOneAReaderHolds)
+{
+    m_folder.Put("old", "old content");
+    std::ifstream reader(m_folder.Native() / "old");
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"old"), "new"));
+    EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "old content");
+}
+
+TEST_F(AtomicFile, StaysWholeOnAFullDisk)
+{
+    m_folder.Put("old", "old content");
+    {
+        const FileSizeLimit limit(100);
+        EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"old"), std::string(1000, 'x')));
+        EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"new"), std::string(1000, 'x')));
+    }
+    EXPECT_EQ(m_folder.Content("old"), "old content");
+    EXPECT_EQ(m_folder.Names(), Names{"old"});
+}
+
+TEST_F(AtomicFile, LeavesAFolderAndAMissingFolderAlone)
+{
+    EXPECT_FALSE(ReplaceFileContent(m_folder.Path(), "x"));
+    EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"new/"), "x"));
+    EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"none/new"), "x"));
+    EXPECT_FALSE(ReplaceFileContent(L"", "x"));
+    m_folder.Put("file", "y");
+    EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"file/new"), "x"));
+    EXPECT_EQ(m_folder.Names(), Names{"file"});
+}
+
+TEST_F(AtomicFile, FollowsLinksAndKeepsThem)
+{
+    std::filesystem::create_directory(m_folder.Native() / "data");
+    m_folder.Put("data/file", "old");
+    std::filesystem::create_symlink("data/file", m_folder.Native() / "link");
+    std::filesystem::create_symlink(m_folder.Native() / "link", m_folder.Native() / "second");
+    std::filesystem::create_symlink("data/made", m_folder.Native() / "dangling");
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"second"), "new"));
+    EXPECT_EQ(m_folder.Content("data/file"), "new");
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Native() / "link"));
+    EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Native() / "second"));
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"dangling"), "made"));
+    EXPECT_EQ(m_folder.Content("data/made"), "made");
+}
+
+TEST_F(AtomicFile, GivesUpOnLinksInACircle)
+{
+    std::filesystem::create_symlink("b", m_folder.Native() / "a");
+    std::filesystem::create_symlink("a", m_folder.Native() / "b");
+    EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"a"), "x"));
+    EXPECT_EQ(m_folder.Names(), (Names{"a", "b"}));
+}
+
+TEST_F(AtomicFile, WritesIntoADeviceInPlace)
+{
+    EXPECT_TRUE(ReplaceFileContent(L"/dev/null", "x"));
+    EXPECT_TRUE(std::filesystem::is_character_file("/dev/null"));
+    EXPECT_FALSE(ReplaceFileContent(L"/dev/full", "x"));
+}
+
+TEST_F(AtomicFile, LeavesAFileAloneThatMayNotBeWritten)
+{
+    m_folder.Put("locked", "old");
+    ::chmod((m_folder.Native() / "locked").c_str(), 0444);
+    ::chmod(m_folder.Native().c_str(), 0777);
+    {
+        const OrdinaryUser user;
+        EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"locked"), "new"));
+    }
+    EXPECT_EQ(m_folder.Content("locked"), "old");
+}
+
+TEST_F(AtomicFile, PassesOverNamesThatAreTaken)
+{
+    const std::string taken = ".tiltpole-" + std::to_string(::getpid()) + "-0.new";
+    m_folder.Put(taken, "somebody's");
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"file"), "x"));
+    EXPECT_EQ(m_folder.Content(taken), "somebody's");
+    EXPECT_EQ(m_folder.Names(), (Names{taken, "file"}));
+}
+
+TEST_F(AtomicFile, LeavesNoDescriptorOpen)
+{
+    const int before = OpenDescriptors();
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"file"), "x"));
+    EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"none/file"), "x"));
+    EXPECT_EQ(OpenDescriptors(), before);
+}
