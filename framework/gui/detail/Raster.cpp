@@ -31,23 +31,24 @@ Color* RowOf(const Canvas& canvas, Wide y)
 
 void SetPixel(const Canvas& canvas, Wide x, Wide y, Color color)
 {
-    if (x < 0 || y < 0 || x >= canvas.width || y >= canvas.height) return;
+    const Box& clip = canvas.clip;
+    if (x < clip.left || y < clip.top || x >= clip.right || y >= clip.bottom) return;
     RowOf(canvas, y)[x] = color;
 }
 
 // Sets the pixels [left, right) of row y that lie in the picture.
 void FillSpan(const Canvas& canvas, Wide y, Wide left, Wide right, Color color)
 {
-    if (y < 0 || y >= canvas.height) return;
-    left = std::max<Wide>(left, 0);
-    right = std::min<Wide>(right, canvas.width);
+    if (y < canvas.clip.top || y >= canvas.clip.bottom) return;
+    left = std::max<Wide>(left, canvas.clip.left);
+    right = std::min<Wide>(right, canvas.clip.right);
     if (left < right) std::fill(RowOf(canvas, y) + left, RowOf(canvas, y) + right, color);
 }
 
 void FillArea(const Canvas& canvas, Wide left, Wide top, Wide right, Wide bottom, Color color)
 {
-    top = std::max<Wide>(top, 0);
-    bottom = std::min<Wide>(bottom, canvas.height);
+    top = std::max<Wide>(top, canvas.clip.top);
+    bottom = std::min<Wide>(bottom, canvas.clip.bottom);
     for (Wide y = top; y < bottom; ++y)
         FillSpan(canvas, y, left, right, color);
 }
@@ -115,26 +116,28 @@ struct Walk
     }
 };
 
-// Steps from `start` in direction `dir` that lie in [0, size).
-Steps InRange(Wide start, int dir, Wide size)
+// Steps from `start` in direction `dir` that lie in [low, high).
+Steps InRange(Wide start, int dir, Wide low, Wide high)
 {
-    return dir > 0 ? Steps{-Huge{start}, Huge{size} - 1 - start}
-                   : Steps{Huge{start} - size + 1, start};
+    return dir > 0 ? Steps{low - start, high - 1 - start} : Steps{start - high + 1, start - low};
 }
 
 void DrawThinLine(const Canvas& canvas, Point from, Point to, Color color)
 {
     const Walk walk(from, to);
-    if (walk.major == 0 || canvas.width <= 0 || canvas.height <= 0) return;
+    const Box& clip = canvas.clip;
+    if (walk.major == 0 || clip.left >= clip.right || clip.top >= clip.bottom) return;
 
     const Wide majorStart = walk.steep ? from.y : from.x;
     const Wide minorStart = walk.steep ? from.x : from.y;
+    const Steps inColumns =
+        InRange(from.x, walk.steep ? walk.minorDir : walk.majorDir, clip.left, clip.right);
+    const Steps inRows =
+        InRange(from.y, walk.steep ? walk.majorDir : walk.minorDir, clip.top, clip.bottom);
+    const Steps& along = walk.steep ? inRows : inColumns;
+    const Steps& across = walk.steep ? inColumns : inRows;
     Steps steps{0, walk.major - 1};
-    const Steps along =
-        InRange(majorStart, walk.majorDir, walk.steep ? canvas.height : canvas.width);
     steps.Limit(along.first, along.last);
-    const Steps across =
-        InRange(minorStart, walk.minorDir, walk.steep ? canvas.width : canvas.height);
     const Steps seen = walk.StepsWithin(across.first, across.last);
     steps.Limit(seen.first, seen.last);
     if (steps.first > steps.last) return;
@@ -181,8 +184,8 @@ void FillWidePolygon(const Canvas& canvas, std::span<const WidePoint> points, Co
     const auto [highest, lowest] =
         std::minmax_element(points.begin(), points.end(),
                             [](const WidePoint& a, const WidePoint& b) { return a.y < b.y; });
-    const Wide top = std::max<Wide>(highest->y, 0);
-    const Wide bottom = std::min<Wide>(lowest->y, canvas.height);
+    const Wide top = std::max<Wide>(highest->y, canvas.clip.top);
+    const Wide bottom = std::min<Wide>(lowest->y, canvas.clip.bottom);
 
     std::vector<Wide> many(points.size() > 8 ? points.size() : 0);
     Wide few[8];
@@ -308,6 +311,13 @@ void WalkEllipse(const Box& given, Quadrants quadrants)
 
 } // namespace
 
+Box Intersect(const Box& a, const Box& b)
+{
+    const Box shared{std::max(a.left, b.left), std::max(a.top, b.top), std::min(a.right, b.right),
+                     std::min(a.bottom, b.bottom)};
+    return shared.left < shared.right && shared.top < shared.bottom ? shared : Box{};
+}
+
 void FillBox(const Canvas& canvas, const Box& box, Color color)
 {
     FillArea(canvas, box.left, box.top, box.right, box.bottom, color);
@@ -390,22 +400,24 @@ void Copy(const Canvas& target, const Box& box, const Canvas& source, Point orig
 {
     const Wide shiftX = Wide{origin.x} - box.left;
     const Wide shiftY = Wide{origin.y} - box.top;
-    const Wide left = std::max({Wide{box.left}, Wide{0}, -shiftX});
-    const Wide top = std::max({Wide{box.top}, Wide{0}, -shiftY});
-    const Wide right = std::min({Wide{box.right}, Wide{target.width}, source.width - shiftX});
-    const Wide bottom = std::min({Wide{box.bottom}, Wide{target.height}, source.height - shiftY});
+    const Box& to = target.clip;
+    const Box& from = source.clip;
+    const Wide left = std::max({Wide{box.left}, Wide{to.left}, from.left - shiftX});
+    const Wide top = std::max({Wide{box.top}, Wide{to.top}, from.top - shiftY});
+    const Wide right = std::min({Wide{box.right}, Wide{to.right}, from.right - shiftX});
+    const Wide bottom = std::min({Wide{box.bottom}, Wide{to.bottom}, from.bottom - shiftY});
     if (left >= right || top >= bottom) return;
 
     const bool upwards = target.pixels == source.pixels && shiftY < 0;
     for (Wide i = 0; i < bottom - top; ++i) {
         const Wide y = upwards ? bottom - 1 - i : top + i;
-        Color* to = RowOf(target, y) + left;
-        const Color* from = RowOf(source, y + shiftY) + left + shiftX;
+        Color* put = RowOf(target, y) + left;
+        const Color* take = RowOf(source, y + shiftY) + left + shiftX;
         if (mode == CopyMode::Replace) {
-            std::memmove(to, from, static_cast<std::size_t>(right - left) * sizeof(Color));
+            std::memmove(put, take, static_cast<std::size_t>(right - left) * sizeof(Color));
         } else {
             for (Wide x = 0; x < right - left; ++x)
-                to[x] |= from[x];
+                put[x] |= take[x];
         }
     }
 }

@@ -4,8 +4,8 @@
 //   coordinates   device pixels, right and bottom edges exclusive, any int
 //   colours       0x00RRGGBB, written as given
 //
-// Nothing outside the picture is read, written or walked over, however far away a shape begins;
-// a line that enters the picture keeps the phase it has outside.
+// Nothing outside the clip box is written or walked over, however far away a shape begins; a line
+// that enters the box keeps the phase it has outside.
 #pragma once
 
 #include <cstdint>
@@ -33,14 +33,17 @@ struct Box
     int bottom = 0;
 };
 
-/// A picture that somebody else owns: `height` rows of `width` pixels, `stride` pixels apart.
+/// A picture that somebody else owns, and the part of it that may be drawn on. Pixel (x, y) is
+/// `pixels[y * stride + x]`; `clip` lies in the clip box.
 struct Canvas
 {
     Color* pixels = nullptr;
-    int width = 0;
-    int height = 0;
     int stride = 0;
+    Box clip;
 };
+
+/// The part that two boxes share; an empty one lies at the origin.
+Box Intersect(const Box& a, const Box& b);
 
 /// A solid pen. Width 0 and 1 draw one pixel, wider ones as many as they say (2 and 3 exactly).
 struct Stroke
@@ -49,7 +52,7 @@ struct Stroke
     Color color = 0;
 };
 
-/// Fills the part of `box` that lies in the picture.
+/// Fills the part of `box` that lies in the clip box.
 void FillBox(const Canvas& canvas, const Box& box, Color color);
 
 /// Draws from `from` to `to`. With a one-pixel stroke the last pixel stays unset; a wider stroke
@@ -82,7 +85,7 @@ enum class CopyMode {
 };
 
 /// Copies the pixels of `source` that begin at `origin` into `box` of the target, as far as both
-/// pictures hold them. The pictures may be the same one.
+/// clip boxes hold them. The pictures may be the same one.
 void Copy(const Canvas& target, const Box& box, const Canvas& source, Point origin, CopyMode mode);
 
 } // namespace framework::raster

@@ -32,7 +32,12 @@ public:
                 At(x, y) = kPaper;
     }
 
-    Canvas View() { return {&At(0, 0), m_width, m_height, m_width + 2 * kMargin}; }
+    Canvas View()
+    {
+        return {
+            &At(0, 0), m_width + 2 * kMargin, {0, 0, m_width, m_height}
+        };
+    }
 
     Color& At(int x, int y)
     {
@@ -372,6 +377,32 @@ TEST(Ellipse, IsMirroredInBothAxes)
                 ASSERT_TRUE(inked.contains({x, height - 1 - y})) << width << 'x' << height;
             }
         }
+    }
+}
+
+TEST(Clip, LeavesEverythingOutsideTheBoxAlone)
+{
+    const Box clip{5, 7, 21, 18};
+    std::mt19937 random(5);
+    std::uniform_int_distribution<int> at(-20, 50);
+    for (int round = 0; round < 300; ++round) {
+        const Point p{at(random), at(random)};
+        const Point q{at(random), at(random)};
+        const auto draw = [&](const Canvas& canvas) {
+            DrawLine(canvas, p, q, {1 + round % 3, kInk});
+            FillEllipse(canvas, {q.x, p.y, q.x + 9, p.y + 6}, kInk);
+        };
+        Picture whole(30, 30);
+        draw(whole.View());
+        Picture clipped(30, 30);
+        Canvas view = clipped.View();
+        view.clip = clip;
+        draw(view);
+        std::set<std::pair<int, int>> expected;
+        for (const auto& [x, y] : whole.Inked())
+            if (x >= clip.left && x < clip.right && y >= clip.top && y < clip.bottom)
+                expected.emplace(x, y);
+        ASSERT_EQ(clipped.Inked(), expected);
     }
 }
 
