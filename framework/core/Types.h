@@ -29,8 +29,10 @@ using LPCTSTR = const wchar_t*;
 struct HINSTANCE__;
 using HINSTANCE = HINSTANCE__*;
 using HMODULE = HINSTANCE;
-struct HWND__;
-using HWND = HWND__*;
+namespace framework {
+struct WindowRecord;
+}
+using HWND = framework::WindowRecord*;
 
 // Macros as in the framework, so that other libraries' own "#ifndef TRUE" keeps working.
 #ifndef TRUE

@@ -9,7 +9,6 @@
 namespace framework {
 struct GdiRecord;
 struct DcRecord;
-struct WindowRecord;
 } // namespace framework
 
 using HGDIOBJ = framework::GdiRecord*;
@@ -18,7 +17,6 @@ using HBRUSH = HGDIOBJ;
 using HFONT = HGDIOBJ;
 using HBITMAP = HGDIOBJ;
 using HDC = framework::DcRecord*;
-using HWND = framework::WindowRecord*;
 
 using WPARAM = std::uintptr_t;
 using LPARAM = std::intptr_t;
@@ -32,9 +30,18 @@ constexpr COLORREF RGB(int red, int green, int blue)
 {
     return static_cast<COLORREF>((red & 0xFF) | (green & 0xFF) << 8 | (blue & 0xFF) << 16);
 }
-constexpr BYTE GetRValue(COLORREF color) { return static_cast<BYTE>(color); }
-constexpr BYTE GetGValue(COLORREF color) { return static_cast<BYTE>(color >> 8); }
-constexpr BYTE GetBValue(COLORREF color) { return static_cast<BYTE>(color >> 16); }
+constexpr BYTE GetRValue(COLORREF color)
+{
+    return static_cast<BYTE>(color);
+}
+constexpr BYTE GetGValue(COLORREF color)
+{
+    return static_cast<BYTE>(color >> 8);
+}
+constexpr BYTE GetBValue(COLORREF color)
+{
+    return static_cast<BYTE>(color >> 16);
+}
 
 inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
 
@@ -169,6 +176,23 @@ struct LOGFONTW
     wchar_t lfFaceName[LF_FACESIZE] = {};
 };
 using LOGFONT = LOGFONTW;
+
+/// What a window is made with.
+struct CREATESTRUCTW
+{
+    LPVOID lpCreateParams = nullptr;
+    HWND hwndParent = nullptr;
+    int cy = 0;
+    int cx = 0;
+    int y = 0;
+    int x = 0;
+    DWORD style = 0;
+    LPCTSTR lpszName = nullptr;
+    LPCTSTR lpszClass = nullptr;
+    DWORD dwExStyle = 0;
+};
+using CREATESTRUCT = CREATESTRUCTW;
+using LPCREATESTRUCT = CREATESTRUCTW*;
 
 struct PAINTSTRUCT
 {

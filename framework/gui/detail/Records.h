@@ -38,7 +38,12 @@ struct Image
 {
     Image(int givenWidth, int givenHeight);
 
-    raster::Canvas View() const { return {pixels.get(), width, {0, 0, width, height}}; }
+    raster::Canvas View() const
+    {
+        return {
+            pixels.get(), width, {0, 0, width, height}
+        };
+    }
 
     int width;
     int height;
@@ -58,9 +63,9 @@ struct GdiRecord
 
     GdiKind kind;
     int references = 1;
-    CGdiObject* attached = nullptr;         // the object a host made
-    std::unique_ptr<CGdiObject> temporary;  // the one the framework lends
-    DcRecord* selectedInto = nullptr;       // bitmaps: one context at a time
+    CGdiObject* attached = nullptr;        // the object a host made
+    std::unique_ptr<CGdiObject> temporary; // the one the framework lends
+    DcRecord* selectedInto = nullptr;      // bitmaps: one context at a time
 
     bool isNull = false; // draws nothing
     raster::Stroke stroke;
@@ -79,8 +84,7 @@ public:
         if (m_record) ++m_record->references;
     }
     GdiReference(GdiReference&& other) noexcept : m_record(std::exchange(other.m_record, nullptr))
-    {
-    }
+    {}
     GdiReference& operator=(GdiReference&& other) noexcept
     {
         std::swap(m_record, other.m_record);
@@ -98,6 +102,10 @@ private:
 };
 
 GdiRecord* StockRecord(int index);
+
+// What a context in memory has selected before its first bitmap: a bitmap without a picture, the
+// same for all contexts.
+GdiRecord* EmptyBitmap();
 
 // A device context: where it draws and with what.
 struct DcRecord
@@ -117,6 +125,7 @@ struct DcRecord
     GdiReference pen;
     GdiReference brush;
     GdiReference font;
+    GdiReference retired; // selected last: what SelectObject returns stays, even when deleted
     COLORREF textColor = RGB(0, 0, 0);
     COLORREF backColor = RGB(255, 255, 255);
     int backMode = OPAQUE;
@@ -160,6 +169,9 @@ struct WindowRecord : WindowEvents
     void Paint(); // sends the paint message when something is invalid and the window is shown
     LRESULT Send(UINT message, WPARAM wParam, LPARAM lParam);
 
+    // The last call of a window's life: the record is gone by then.
+    static void TellGone(CWnd& window);
+
     DcRecord* LendContext();
     bool TakeBack(const DcRecord* context);
 
@@ -175,7 +187,7 @@ struct WindowRecord : WindowEvents
     int width = 0;      // frame included
     int height = 0;
     std::wstring text;
-    GdiRecord* font = nullptr;
+    GdiReference font;
     std::shared_ptr<Image> image;
     raster::Box invalid;
     bool erase = false;
@@ -196,5 +208,8 @@ struct WindowRegistry
 };
 
 WindowRegistry& Windows();
+
+// Ends a window and its children.
+void Destroy(WindowRecord* window);
 
 } // namespace framework

@@ -73,7 +73,8 @@ class Toolkit
 {
 public:
     virtual ~Toolkit() = default;
-    virtual std::unique_ptr<NativeWindow> MakeWindow(WindowEvents& events, NativeWindow* parent) = 0;
+    virtual std::unique_ptr<NativeWindow> MakeWindow(WindowEvents& events,
+                                                     NativeWindow* parent) = 0;
     virtual TextExtent Measure(const FontRequest& font, std::wstring_view text) = 0;
 
     /// Draws one line of text from the upper left corner of its cell, inside the canvas's clip.

@@ -1,0 +1,306 @@
+#include "framework/gui/GdiObject.h"
+
+#include "framework/gui/DeviceContext.h"
+#include "framework/gui/detail/Records.h"
+
+#include <new>
+
+IMPLEMENT_DYNCREATE(CGdiObject, CObject)
+IMPLEMENT_DYNAMIC(CPen, CGdiObject)
+IMPLEMENT_DYNAMIC(CBrush, CGdiObject)
+IMPLEMENT_DYNAMIC(CFont, CGdiObject)
+IMPLEMENT_DYNAMIC(CBitmap, CGdiObject)
+
+namespace framework {
+namespace {
+
+constexpr int kMaximumBitmapSide = 32768; // pixels
+
+template <class Wrapper>
+std::unique_ptr<CGdiObject> Lend(GdiRecord* record)
+{
+    auto lent = std::make_unique<Wrapper>();
+    lent->m_hObject = record;
+    return lent;
+}
+
+std::unique_ptr<CGdiObject> LendFor(GdiRecord* record)
+{
+    switch (record->kind) {
+    case GdiKind::Pen:
+        return Lend<CPen>(record);
+    case GdiKind::Brush:
+        return Lend<CBrush>(record);
+    case GdiKind::Font:
+        return Lend<CFont>(record);
+    case GdiKind::Bitmap:
+        return Lend<CBitmap>(record);
+    }
+    return nullptr;
+}
+
+GdiRecord* MakePen(COLORREF color, int width, bool isNull)
+{
+    auto* record = new GdiRecord(GdiKind::Pen);
+    record->stroke = {width, ToColor(color)};
+    record->isNull = isNull;
+    return record;
+}
+
+GdiRecord* MakeBrush(COLORREF color, bool isNull)
+{
+    auto* record = new GdiRecord(GdiKind::Brush);
+    record->fill = ToColor(color);
+    record->isNull = isNull;
+    return record;
+}
+
+GdiRecord* MakeStock(int index)
+{
+    switch (index) {
+    case WHITE_BRUSH:
+        return MakeBrush(RGB(255, 255, 255), false);
+    case GRAY_BRUSH:
+        return MakeBrush(RGB(128, 128, 128), false);
+    case BLACK_BRUSH:
+        return MakeBrush(RGB(0, 0, 0), false);
+    case NULL_BRUSH:
+        return MakeBrush(0, true);
+    case WHITE_PEN:
+        return MakePen(RGB(255, 255, 255), 1, false);
+    case BLACK_PEN:
+        return MakePen(RGB(0, 0, 0), 1, false);
+    case NULL_PEN:
+        return MakePen(0, 1, true);
+    case SYSTEM_FONT:
+        return new GdiRecord(GdiKind::Font);
+    default:
+        return nullptr;
+    }
+}
+
+} // namespace
+
+Image::Image(int givenWidth, int givenHeight)
+    : width(givenWidth), height(givenHeight),
+      pixels(new raster::Color[static_cast<std::size_t>(givenWidth)
+                               * static_cast<std::size_t>(givenHeight)])
+{}
+
+GdiRecord::GdiRecord(GdiKind givenKind) : kind(givenKind) {}
+
+GdiRecord::~GdiRecord()
+{
+    if (temporary) temporary->m_hObject = nullptr;
+}
+
+void GdiReference::Release(GdiRecord* record)
+{
+    if (record && --record->references == 0) delete record;
+}
+
+// Stock objects are made once and never deleted, whoever asks for it.
+GdiRecord* StockRecord(int index)
+{
+    static GdiRecord* const stock[] = {
+        MakeStock(WHITE_BRUSH),
+        nullptr,
+        MakeStock(GRAY_BRUSH),
+        nullptr,
+        MakeStock(BLACK_BRUSH),
+        MakeStock(NULL_BRUSH),
+        MakeStock(WHITE_PEN),
+        MakeStock(BLACK_PEN),
+        MakeStock(NULL_PEN),
+        nullptr,
+        nullptr,
+        nullptr,
+        nullptr,
+        MakeStock(SYSTEM_FONT),
+    };
+    return index >= 0 && index < static_cast<int>(std::size(stock)) ? stock[index] : nullptr;
+}
+
+GdiRecord* EmptyBitmap()
+{
+    static GdiRecord* const empty = new GdiRecord(GdiKind::Bitmap);
+    return empty;
+}
+
+namespace {
+
+bool IsStock(const GdiRecord* record)
+{
+    if (record == EmptyBitmap()) return true;
+    for (int index = WHITE_BRUSH; index <= SYSTEM_FONT; ++index)
+        if (record == StockRecord(index)) return true;
+    return false;
+}
+
+template <class Wrapper>
+Wrapper* Wrapped(GdiRecord* record)
+{
+    return dynamic_cast<Wrapper*>(CGdiObject::FromHandle(record));
+}
+
+} // namespace
+} // namespace framework
+
+using framework::GdiKind;
+using framework::GdiRecord;
+
+COLORREF GetSysColor(int index)
+{
+    switch (index & ~SYS_COLOR_INDEX_FLAG) {
+    case COLOR_WINDOW:
+        return RGB(255, 255, 255);
+    case COLOR_BTNFACE:
+        return RGB(192, 192, 192);
+    case COLOR_BTNSHADOW:
+        return RGB(128, 128, 128);
+    case COLOR_BTNHIGHLIGHT:
+        return RGB(255, 255, 255);
+    case COLOR_3DLIGHT:
+        return RGB(192, 192, 192);
+    default:
+        return RGB(0, 0, 0);
+    }
+}
+
+CGdiObject::~CGdiObject()
+{
+    DeleteObject();
+}
+
+CGdiObject* CGdiObject::FromHandle(HGDIOBJ handle)
+{
+    if (!handle) return nullptr;
+    if (handle->attached) return handle->attached;
+    if (!handle->temporary) handle->temporary = framework::LendFor(handle);
+    return handle->temporary.get();
+}
+
+BOOL CGdiObject::Attach(HGDIOBJ handle)
+{
+    if (!handle || m_hObject) return FALSE;
+    m_hObject = handle;
+    handle->attached = this;
+    return TRUE;
+}
+
+HGDIOBJ CGdiObject::Detach()
+{
+    const HGDIOBJ handle = m_hObject;
+    if (handle && handle->attached == this) handle->attached = nullptr;
+    m_hObject = nullptr;
+    return handle;
+}
+
+BOOL CGdiObject::DeleteObject()
+{
+    const HGDIOBJ handle = Detach();
+    if (!handle) return FALSE;
+    if (!framework::IsStock(handle)) framework::GdiReference::Release(handle);
+    return TRUE;
+}
+
+BOOL CGdiObject::CreateStockObject(int index)
+{
+    if (m_hObject) return FALSE;
+    m_hObject = framework::StockRecord(index);
+    return m_hObject != nullptr;
+}
+
+BOOL CGdiObject::Hold(HGDIOBJ made)
+{
+    DeleteObject();
+    return Attach(made);
+}
+
+BOOL CPen::CreatePen(int style, int width, COLORREF color)
+{
+    if (style != PS_SOLID && style != PS_NULL) return FALSE;
+    return Hold(framework::MakePen(color, width, style == PS_NULL));
+}
+
+CPen* CPen::FromHandle(HPEN handle)
+{
+    return framework::Wrapped<CPen>(handle);
+}
+
+BOOL CBrush::CreateSolidBrush(COLORREF color)
+{
+    return Hold(framework::MakeBrush(color, false));
+}
+
+CBrush* CBrush::FromHandle(HBRUSH handle)
+{
+    return framework::Wrapped<CBrush>(handle);
+}
+
+BOOL CFont::CreateFontIndirect(const LOGFONT* font)
+{
+    if (!font) return FALSE;
+    auto* record = new GdiRecord(GdiKind::Font);
+    record->font.height = font->lfHeight;
+    record->font.weight = font->lfWeight;
+    record->font.italic = font->lfItalic != 0;
+    for (int i = 0; i < LF_FACESIZE && font->lfFaceName[i]; ++i)
+        record->font.face += font->lfFaceName[i];
+    return Hold(record);
+}
+
+BOOL CFont::CreateFont(int height, int width, int escapement, int orientation, int weight,
+                       BYTE italic, BYTE underline, BYTE strikeOut, BYTE charSet, BYTE outPrecision,
+                       BYTE clipPrecision, BYTE quality, BYTE pitchAndFamily, LPCTSTR face)
+{
+    LOGFONT font;
+    font.lfHeight = height;
+    font.lfWidth = width;
+    font.lfEscapement = escapement;
+    font.lfOrientation = orientation;
+    font.lfWeight = weight;
+    font.lfItalic = italic;
+    font.lfUnderline = underline;
+    font.lfStrikeOut = strikeOut;
+    font.lfCharSet = charSet;
+    font.lfOutPrecision = outPrecision;
+    font.lfClipPrecision = clipPrecision;
+    font.lfQuality = quality;
+    font.lfPitchAndFamily = pitchAndFamily;
+    for (int i = 0; face && face[i] && i < LF_FACESIZE - 1; ++i)
+        font.lfFaceName[i] = face[i];
+    return CreateFontIndirect(&font);
+}
+
+CFont* CFont::FromHandle(HFONT handle)
+{
+    return framework::Wrapped<CFont>(handle);
+}
+
+BOOL CBitmap::CreateCompatibleBitmap(CDC* dc, int width, int height)
+{
+    if (!dc || !dc->GetSafeHdc()) return FALSE;
+    if (width < 0 || height < 0 || width > framework::kMaximumBitmapSide
+        || height > framework::kMaximumBitmapSide)
+        return FALSE;
+    if (width == 0 || height == 0) width = height = 1;
+    auto record = std::make_unique<GdiRecord>(GdiKind::Bitmap);
+    try {
+        record->image = std::make_shared<framework::Image>(width, height);
+    } catch (const std::bad_alloc&) {
+        return FALSE;
+    }
+    return Hold(record.release());
+}
+
+CSize CBitmap::GetSize() const
+{
+    if (!m_hObject || !m_hObject->image) return {0, 0};
+    return {m_hObject->image->width, m_hObject->image->height};
+}
+
+CBitmap* CBitmap::FromHandle(HBITMAP handle)
+{
+    return framework::Wrapped<CBitmap>(handle);
+}

@@ -1,0 +1,479 @@
+#include "framework/gui/Wnd.h"
+
+#include "framework/gui/detail/Records.h"
+
+#include <algorithm>
+#include <cwchar>
+#include <utility>
+
+IMPLEMENT_DYNCREATE(CWnd, CObject)
+
+namespace raster = framework::raster;
+using framework::ToBox;
+using framework::WindowClass;
+using framework::WindowRecord;
+using framework::Windows;
+
+CWnd::~CWnd()
+{
+    CWnd::DestroyWindow();
+}
+
+CWnd* CWnd::FromHandlePermanent(HWND window)
+{
+    return window && !window->attached.empty() ? window->attached.back() : nullptr;
+}
+
+CWnd* CWnd::FromHandle(HWND window)
+{
+    if (!window) return nullptr;
+    if (CWnd* const own = FromHandlePermanent(window)) return own;
+    if (!window->temporary) {
+        window->temporary = std::make_unique<CWnd>();
+        window->temporary->m_hWnd = window;
+    }
+    return window->temporary.get();
+}
+
+BOOL CWnd::Attach(HWND window)
+{
+    if (!window || m_hWnd) return FALSE;
+    m_hWnd = window;
+    window->attached.push_back(this);
+    return TRUE;
+}
+
+HWND CWnd::Detach()
+{
+    const HWND window = std::exchange(m_hWnd, nullptr);
+    if (window) std::erase(window->attached, this);
+    return window;
+}
+
+BOOL CWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT& rect,
+                  CWnd* parent, UINT id, CCreateContext*)
+{
+    if (!parent) return FALSE;
+    return CreateEx(0, className, windowName, style | WS_CHILD, rect, parent, id);
+}
+
+BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style,
+                    const RECT& rect, CWnd* parent, UINT id, LPVOID parameter)
+{
+    return CreateEx(exStyle, className, windowName, style, rect.left, rect.top,
+                    rect.right - rect.left, rect.bottom - rect.top,
+                    parent ? parent->m_hWnd : nullptr, id, parameter);
+}
+
+BOOL CWnd::DestroyWindow()
+{
+    if (!m_hWnd) return FALSE;
+    // A lent object does not own its window, but it may still ask for its end.
+    if (!Windows().Holds(m_hWnd)) return FALSE;
+    if (m_hWnd->temporary.get() == this && !m_hWnd->attached.empty()) return FALSE;
+    framework::Destroy(m_hWnd);
+    return TRUE;
+}
+
+BOOL CWnd::SubclassWindow(HWND window)
+{
+    if (!Windows().Holds(window) || !Attach(window)) return FALSE;
+    PreSubclassWindow();
+    return TRUE;
+}
+
+BOOL CWnd::SubclassDlgItem(UINT id, CWnd* parent)
+{
+    const CWnd* item = parent ? parent->GetDlgItem(static_cast<int>(id)) : nullptr;
+    return item ? SubclassWindow(item->m_hWnd) : FALSE;
+}
+
+HWND CWnd::UnsubclassWindow()
+{
+    return Detach();
+}
+
+void CWnd::PreSubclassWindow() {}
+
+DWORD CWnd::GetStyle() const
+{
+    return m_hWnd ? m_hWnd->style : 0;
+}
+
+DWORD CWnd::GetExStyle() const
+{
+    return m_hWnd ? m_hWnd->exStyle : 0;
+}
+
+BOOL CWnd::ModifyStyle(DWORD remove, DWORD add, UINT flags)
+{
+    if (!m_hWnd) return FALSE;
+    const DWORD style = (m_hWnd->style & ~remove) | add;
+    if (style == m_hWnd->style) return FALSE;
+    m_hWnd->style = style;
+    if (flags) SetWindowPos(nullptr, 0, 0, 0, 0, flags | SWP_NOSIZE | SWP_NOMOVE);
+    return TRUE;
+}
+
+BOOL CWnd::ModifyStyleEx(DWORD remove, DWORD add, UINT flags)
+{
+    if (!m_hWnd) return FALSE;
+    const DWORD style = (m_hWnd->exStyle & ~remove) | add;
+    if (style == m_hWnd->exStyle) return FALSE;
+    m_hWnd->exStyle = style;
+    if (flags) SetWindowPos(nullptr, 0, 0, 0, 0, flags | SWP_NOSIZE | SWP_NOMOVE);
+    return TRUE;
+}
+
+int CWnd::GetDlgCtrlID() const
+{
+    return m_hWnd ? static_cast<int>(m_hWnd->id) : 0;
+}
+
+int CWnd::SetDlgCtrlID(int id)
+{
+    return m_hWnd ? static_cast<int>(std::exchange(m_hWnd->id, static_cast<UINT_PTR>(id))) : 0;
+}
+
+CWnd* CWnd::GetDlgItem(int id) const
+{
+    if (!m_hWnd) return nullptr;
+    for (WindowRecord* child : m_hWnd->children)
+        if (static_cast<int>(child->id) == id) return FromHandle(child);
+    return nullptr;
+}
+
+CWnd* CWnd::GetParent() const
+{
+    return m_hWnd ? FromHandle(m_hWnd->parent) : nullptr;
+}
+
+void CWnd::GetClientRect(LPRECT rect) const
+{
+    if (!rect) return;
+    *rect = m_hWnd ? RECT{0, 0, m_hWnd->ClientWidth(), m_hWnd->ClientHeight()} : RECT{};
+}
+
+void CWnd::GetWindowRect(LPRECT rect) const
+{
+    if (!rect) return;
+    *rect = {};
+    if (!m_hWnd) return;
+    POINT origin = m_hWnd->origin;
+    for (const WindowRecord* outer = m_hWnd->parent; outer; outer = outer->parent) {
+        origin.x += outer->origin.x + outer->FrameWidth();
+        origin.y += outer->origin.y + outer->FrameWidth();
+    }
+    *rect = {origin.x, origin.y, origin.x + m_hWnd->width, origin.y + m_hWnd->height};
+}
+
+void CWnd::MoveWindow(int x, int y, int width, int height, BOOL repaint)
+{
+    SetWindowPos(nullptr, x, y, width, height, SWP_NOZORDER | (repaint ? 0 : SWP_NOREDRAW));
+}
+
+void CWnd::MoveWindow(LPCRECT rect, BOOL repaint)
+{
+    if (rect)
+        MoveWindow(rect->left, rect->top, rect->right - rect->left, rect->bottom - rect->top,
+                   repaint);
+}
+
+BOOL CWnd::SetWindowPos(const CWnd*, int x, int y, int width, int height, UINT flags)
+{
+    if (!m_hWnd) return FALSE;
+    WindowRecord& window = *m_hWnd;
+    if (!(flags & SWP_NOMOVE)) window.origin = {x, y};
+    const int newWidth = flags & SWP_NOSIZE ? window.width : std::max(0, width);
+    const int newHeight = flags & SWP_NOSIZE ? window.height : std::max(0, height);
+    if (window.native) window.native->Place(window.origin.x, window.origin.y, newWidth, newHeight);
+    window.Resize(newWidth, newHeight);
+    if (flags & SWP_SHOWWINDOW) ShowWindow(SW_SHOW);
+    if (flags & SWP_HIDEWINDOW) ShowWindow(SW_HIDE);
+    return TRUE;
+}
+
+BOOL CWnd::ShowWindow(int command)
+{
+    if (!m_hWnd) return FALSE;
+    WindowRecord& window = *m_hWnd;
+    const bool before = (window.style & WS_VISIBLE) != 0;
+    const bool after = command != SW_HIDE;
+    if (before == after) return before;
+
+    SendMessage(WM_SHOWWINDOW, after, 0);
+    window.style = after ? window.style | WS_VISIBLE : window.style & ~WS_VISIBLE;
+    if (after) window.Invalidate({0, 0, window.ClientWidth(), window.ClientHeight()}, true);
+    if (window.native) window.native->Show(after);
+    return before;
+}
+
+BOOL CWnd::IsWindowVisible() const
+{
+    return m_hWnd && m_hWnd->IsShown();
+}
+
+void CWnd::SetWindowText(LPCTSTR text)
+{
+    SendMessage(WM_SETTEXT, 0, reinterpret_cast<LPARAM>(text ? text : L""));
+}
+
+int CWnd::GetWindowText(LPTSTR buffer, int size) const
+{
+    if (!buffer || size < 1) return 0;
+    const std::wstring text = m_hWnd ? m_hWnd->text : std::wstring();
+    const std::size_t length = std::min(text.size(), static_cast<std::size_t>(size - 1));
+    std::copy_n(text.begin(), length, buffer);
+    buffer[length] = L'\0';
+    return static_cast<int>(length);
+}
+
+void CWnd::GetWindowText(CString& text) const
+{
+    text = m_hWnd ? m_hWnd->text.c_str() : L"";
+}
+
+int CWnd::GetWindowTextLength() const
+{
+    return m_hWnd ? static_cast<int>(m_hWnd->text.size()) : 0;
+}
+
+void CWnd::SetFont(CFont* font, BOOL redraw)
+{
+    SendMessage(WM_SETFONT, reinterpret_cast<WPARAM>(font ? font->m_hObject : nullptr), redraw);
+}
+
+CFont* CWnd::GetFont() const
+{
+    return m_hWnd ? CFont::FromHandle(m_hWnd->font.Get()) : nullptr;
+}
+
+CDC* CWnd::GetDC()
+{
+    return m_hWnd ? CDC::FromHandle(m_hWnd->LendContext()) : nullptr;
+}
+
+int CWnd::ReleaseDC(CDC* dc)
+{
+    return m_hWnd && dc && m_hWnd->TakeBack(dc->m_hDC) ? 1 : 0;
+}
+
+void CWnd::Invalidate(BOOL erase)
+{
+    if (m_hWnd)
+        m_hWnd->Invalidate({0, 0, m_hWnd->ClientWidth(), m_hWnd->ClientHeight()}, erase != FALSE);
+}
+
+void CWnd::InvalidateRect(LPCRECT rect, BOOL erase)
+{
+    if (!rect)
+        Invalidate(erase);
+    else if (m_hWnd)
+        m_hWnd->Invalidate(ToBox(*rect), erase != FALSE);
+}
+
+void CWnd::ValidateRect(LPCRECT rect)
+{
+    if (!m_hWnd) return;
+    const raster::Box& invalid = m_hWnd->invalid;
+    const bool covered = !rect
+                         || (rect->left <= invalid.left && rect->top <= invalid.top
+                             && rect->right >= invalid.right && rect->bottom >= invalid.bottom);
+    if (!covered) return;
+    m_hWnd->invalid = {};
+    m_hWnd->erase = false;
+}
+
+BOOL CWnd::GetUpdateRect(LPRECT rect, BOOL)
+{
+    const raster::Box invalid = m_hWnd ? m_hWnd->invalid : raster::Box{};
+    if (rect) *rect = {invalid.left, invalid.top, invalid.right, invalid.bottom};
+    return invalid.left < invalid.right;
+}
+
+void CWnd::UpdateWindow()
+{
+    if (!m_hWnd) return;
+    m_hWnd->Paint();
+    if (m_hWnd && m_hWnd->native && m_hWnd->IsShown()) m_hWnd->native->Present();
+}
+
+CDC* CWnd::BeginPaint(PAINTSTRUCT* paint)
+{
+    if (!m_hWnd || !paint) return nullptr;
+    WindowRecord& window = *m_hWnd;
+    framework::DcRecord* context = window.LendContext();
+    const raster::Box box = std::exchange(window.invalid, {});
+    const bool erase = std::exchange(window.erase, false);
+    context->clip = box;
+    window.isPainting = true;
+    *paint = {
+        context, FALSE, {box.left, box.top, box.right, box.bottom}
+    };
+    if (erase) paint->fErase = !SendMessage(WM_ERASEBKGND, reinterpret_cast<WPARAM>(context));
+    return CDC::FromHandle(context);
+}
+
+void CWnd::EndPaint(PAINTSTRUCT* paint)
+{
+    if (!m_hWnd || !paint) return;
+    m_hWnd->TakeBack(std::exchange(paint->hdc, nullptr));
+    m_hWnd->isPainting = false;
+}
+
+LRESULT CWnd::SendMessage(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    return m_hWnd ? m_hWnd->Send(message, wParam, lParam) : 0;
+}
+
+UINT_PTR CWnd::SetTimer(UINT_PTR id, UINT milliseconds, void*)
+{
+    if (!m_hWnd || !m_hWnd->native) return 0;
+    m_hWnd->native->StartTimer(id, milliseconds);
+    return id;
+}
+
+BOOL CWnd::KillTimer(UINT_PTR id)
+{
+    if (!m_hWnd || !m_hWnd->native) return FALSE;
+    m_hWnd->native->StopTimer(id);
+    return TRUE;
+}
+
+const AFX_MSGMAP* CWnd::GetThisMessageMap()
+{
+    static const AFX_MSGMAP_ENTRY none[] = {
+        {0, nullptr}
+    };
+    static const AFX_MSGMAP map = {nullptr, none};
+    return &map;
+}
+
+const AFX_MSGMAP* CWnd::GetMessageMap() const
+{
+    return GetThisMessageMap();
+}
+
+LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    for (const AFX_MSGMAP* map = GetMessageMap(); map;
+         map = map->pfnGetBaseMap ? map->pfnGetBaseMap() : nullptr) {
+        for (const AFX_MSGMAP_ENTRY* entry = map->lpEntries; entry->pfn; ++entry)
+            if (entry->nMessage == message) return entry->pfn(*this, wParam, lParam);
+    }
+    return DefWindowProc(message, wParam, lParam);
+}
+
+LRESULT CWnd::Default()
+{
+    return DefWindowProc(m_current.message, m_current.wParam, m_current.lParam);
+}
+
+LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
+{
+    if (!m_hWnd) return 0;
+    switch (message) {
+    case WM_PAINT: {
+        PAINTSTRUCT paint;
+        BeginPaint(&paint);
+        EndPaint(&paint);
+        return 0;
+    }
+    case WM_ERASEBKGND: {
+        if (!m_hWnd->windowClass->hasBackground) return 0;
+        const auto* context = reinterpret_cast<HDC>(wParam);
+        raster::FillBox(context->Target(), context->Target().clip, m_hWnd->windowClass->background);
+        return 1;
+    }
+    case WM_CLOSE:
+        DestroyWindow();
+        return 0;
+    case WM_SETTEXT:
+        m_hWnd->text = reinterpret_cast<LPCTSTR>(lParam);
+        if (m_hWnd->native) m_hWnd->native->SetTitle(m_hWnd->text);
+        return TRUE;
+    case WM_GETTEXT:
+        return GetWindowText(reinterpret_cast<LPTSTR>(lParam), static_cast<int>(wParam));
+    case WM_GETTEXTLENGTH:
+        return GetWindowTextLength();
+    case WM_SETFONT:
+        m_hWnd->font = framework::GdiReference(reinterpret_cast<HFONT>(wParam));
+        if (lParam) Invalidate();
+        return 0;
+    case WM_GETFONT:
+        return reinterpret_cast<LRESULT>(m_hWnd->font.Get());
+    default:
+        return 0;
+    }
+}
+
+void CWnd::PostNcDestroy() {}
+
+int CWnd::OnCreate(LPCREATESTRUCT)
+{
+    return static_cast<int>(Default());
+}
+void CWnd::OnPaint()
+{
+    Default();
+}
+BOOL CWnd::OnEraseBkgnd(CDC*)
+{
+    return static_cast<BOOL>(Default());
+}
+void CWnd::OnSize(UINT, int, int)
+{
+    Default();
+}
+void CWnd::OnClose()
+{
+    Default();
+}
+void CWnd::OnDestroy()
+{
+    Default();
+}
+void CWnd::OnTimer(UINT_PTR)
+{
+    Default();
+}
+void CWnd::OnShowWindow(BOOL, UINT)
+{
+    Default();
+}
+void CWnd::OnLButtonDown(UINT, CPoint)
+{
+    Default();
+}
+void CWnd::OnLButtonUp(UINT, CPoint)
+{
+    Default();
+}
+void CWnd::OnMouseMove(UINT, CPoint)
+{
+    Default();
+}
+
+CClientDC::CClientDC(CWnd* window) : m_hWnd(window ? window->m_hWnd : nullptr)
+{
+    if (m_hWnd) Attach(m_hWnd->LendContext());
+}
+
+CClientDC::~CClientDC()
+{
+    const HDC handle = Detach();
+    if (Windows().Holds(m_hWnd)) m_hWnd->TakeBack(handle);
+}
+
+CPaintDC::CPaintDC(CWnd* window) : m_hWnd(window ? window->m_hWnd : nullptr)
+{
+    if (!m_hWnd) return;
+    window->BeginPaint(&m_ps);
+    Attach(m_ps.hdc);
+}
+
+CPaintDC::~CPaintDC()
+{
+    Detach();
+    if (Windows().Holds(m_hWnd)) CWnd::FromHandle(m_hWnd)->EndPaint(&m_ps);
+}

@@ -1,0 +1,12 @@
+// Everything of the window framework that draws or shows something.
+#pragma once
+
+#include "framework/core/core.h"         // IWYU pragma: export
+#include "framework/gui/Application.h"   // IWYU pragma: export
+#include "framework/gui/DeviceContext.h" // IWYU pragma: export
+#include "framework/gui/GdiObject.h"     // IWYU pragma: export
+#include "framework/gui/MessageMap.h"    // IWYU pragma: export
+#include "framework/gui/Static.h"        // IWYU pragma: export
+#include "framework/gui/Types.h"         // IWYU pragma: export
+#include "framework/gui/View.h"          // IWYU pragma: export
+#include "framework/gui/Wnd.h"           // IWYU pragma: export

@@ -1,0 +1,144 @@
+#include "framework/gui/qt/QtWindow.h"
+
+#include <QCloseEvent>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QTimerEvent>
+
+#include <cmath>
+
+namespace framework {
+
+QtWindow::QtWindow(WindowEvents& events, QWidget* parentWidget)
+    : QWidget(parentWidget), m_events(events)
+{
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAttribute(Qt::WA_NoSystemBackground);
+}
+
+QtWindow::~QtWindow()
+{
+    // The widgets of child windows belong to those windows, not to this widget.
+    const QObjectList own = children();
+    for (QObject* child : own)
+        if (auto* widget = dynamic_cast<QtWindow*>(child)) widget->setParent(nullptr);
+}
+
+int QtWindow::ToDevice(double logical) const
+{
+    return static_cast<int>(std::lround(logical * devicePixelRatioF()));
+}
+
+void QtWindow::Place(int x, int y, int newWidth, int newHeight)
+{
+    const double ratio = devicePixelRatioF();
+    m_placing = true;
+    setGeometry(static_cast<int>(std::lround(x / ratio)), static_cast<int>(std::lround(y / ratio)),
+                static_cast<int>(std::ceil(newWidth / ratio)),
+                static_cast<int>(std::ceil(newHeight / ratio)));
+    m_placing = false;
+}
+
+void QtWindow::Show(bool visible)
+{
+    setVisible(visible);
+}
+
+void QtWindow::SetTitle(const std::wstring& title)
+{
+    setWindowTitle(QString::fromStdWString(title));
+}
+
+void QtWindow::RequestPaint()
+{
+    update();
+}
+
+void QtWindow::Present()
+{
+    update();
+}
+
+void QtWindow::StartTimer(std::uintptr_t id, unsigned milliseconds)
+{
+    StopTimer(id);
+    m_timers[id] = startTimer(static_cast<int>(milliseconds));
+}
+
+void QtWindow::StopTimer(std::uintptr_t id)
+{
+    const auto known = m_timers.find(id);
+    if (known == m_timers.end()) return;
+    killTimer(known->second);
+    m_timers.erase(known);
+}
+
+void* QtWindow::Handle()
+{
+    return static_cast<QWidget*>(this);
+}
+
+void QtWindow::paintEvent(QPaintEvent*)
+{
+    m_events.OnNativePaint();
+
+    const double ratio = devicePixelRatioF();
+    QPainter painter(this);
+    painter.scale(1 / ratio, 1 / ratio);
+    for (const FramePiece& piece : m_events.Frame())
+        painter.fillRect(piece.box.left, piece.box.top, piece.box.right - piece.box.left,
+                         piece.box.bottom - piece.box.top, QColor::fromRgb(piece.color));
+
+    const raster::Canvas picture = m_events.ClientPicture();
+    const int pictureWidth = picture.clip.right;
+    const int pictureHeight = picture.clip.bottom;
+    if (pictureWidth <= 0 || pictureHeight <= 0) return;
+    const QImage image(reinterpret_cast<const uchar*>(picture.pixels), pictureWidth, pictureHeight,
+                       static_cast<qsizetype>(picture.stride) * 4, QImage::Format_RGB32);
+    painter.setCompositionMode(QPainter::CompositionMode_Source);
+    painter.drawImage(m_events.FrameWidth(), m_events.FrameWidth(), image);
+}
+
+void QtWindow::resizeEvent(QResizeEvent*)
+{
+    if (!m_placing) m_events.OnNativeResize(ToDevice(width()), ToDevice(height()));
+}
+
+void QtWindow::closeEvent(QCloseEvent* event)
+{
+    // The window decides; when it goes, this widget goes with it, after the event.
+    event->ignore();
+    QMetaObject::invokeMethod(
+        this, [this] { m_events.OnNativeClose(); }, Qt::QueuedConnection);
+}
+
+void QtWindow::timerEvent(QTimerEvent* event)
+{
+    for (const auto& [id, timer] : m_timers) {
+        if (timer != event->timerId()) continue;
+        m_events.OnNativeTimer(id);
+        return;
+    }
+}
+
+void QtWindow::ReportMouse(WindowEvents::Mouse what, const QMouseEvent& event)
+{
+    m_events.OnNativeMouse(what, ToDevice(event.position().x()), ToDevice(event.position().y()));
+}
+
+void QtWindow::mousePressEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton) ReportMouse(WindowEvents::Mouse::Down, *event);
+}
+
+void QtWindow::mouseReleaseEvent(QMouseEvent* event)
+{
+    if (event->button() == Qt::LeftButton) ReportMouse(WindowEvents::Mouse::Up, *event);
+}
+
+void QtWindow::mouseMoveEvent(QMouseEvent* event)
+{
+    ReportMouse(WindowEvents::Mouse::Move, *event);
+}
+
+} // namespace framework

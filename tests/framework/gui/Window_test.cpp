@@ -1,0 +1,301 @@
+#include "framework/gui/gui.h"
+
+#include <gtest/gtest.h>
+
+#include <vector>
+
+namespace {
+
+// A window that paints its client area in one colour and counts what it is asked.
+class Painted : public CWnd
+{
+public:
+    int paints = 0;
+    int erasures = 0;
+    int sizes = 0;
+    int destroyed = 0;
+    CSize lastSize;
+    COLORREF color = RGB(10, 20, 30);
+
+    BOOL CreateTop(int width, int height)
+    {
+        return CreateEx(0, AfxRegisterWndClass(CS_HREDRAW | CS_VREDRAW), L"test", WS_OVERLAPPED, 0,
+                        0, width, height, nullptr, 0);
+    }
+
+protected:
+    afx_msg void OnPaint()
+    {
+        CPaintDC dc(this);
+        ++paints;
+        CRect client;
+        GetClientRect(&client);
+        dc.FillSolidRect(&client, color);
+    }
+    afx_msg BOOL OnEraseBkgnd(CDC*)
+    {
+        ++erasures;
+        return FALSE;
+    }
+    afx_msg void OnSize(UINT, int width, int height)
+    {
+        ++sizes;
+        lastSize = {width, height};
+    }
+    afx_msg void OnDestroy() { ++destroyed; }
+
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(Painted, CWnd)
+ON_WM_PAINT()
+ON_WM_ERASEBKGND()
+ON_WM_SIZE()
+ON_WM_DESTROY()
+END_MESSAGE_MAP()
+
+COLORREF PixelOf(CWnd& window, int x, int y)
+{
+    CClientDC dc(&window);
+    return dc.GetPixel(x, y);
+}
+
+TEST(Window, PaintsOnceShownAndAskedTo)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(40, 30));
+    window.UpdateWindow();
+    EXPECT_EQ(window.paints, 0) << "a hidden window is not painted";
+
+    EXPECT_FALSE(window.ShowWindow(SW_SHOW));
+    window.UpdateWindow();
+    EXPECT_EQ(window.paints, 1);
+    EXPECT_EQ(window.erasures, 1);
+    EXPECT_EQ(PixelOf(window, 39, 29), RGB(10, 20, 30));
+
+    window.UpdateWindow();
+    EXPECT_EQ(window.paints, 1) << "nothing is invalid any more";
+}
+
+TEST(Window, PaintsFromTheEventLoop)
+{
+    int argc = 1;
+    char name[] = "test";
+    char* argv[] = {name, nullptr};
+    framework::Application events(argc, argv, framework::Display::None);
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(40, 30));
+    window.ShowWindow(SW_SHOW);
+    events.DispatchPending();
+    EXPECT_EQ(window.paints, 1);
+    window.Invalidate(FALSE);
+    events.DispatchPending();
+    EXPECT_EQ(window.paints, 2);
+    EXPECT_EQ(window.erasures, 1) << "invalidated without erasing";
+}
+
+TEST(Window, KeepsWhatIsDrawnOutsideAPaintUntilTheNextOne)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(40, 30));
+    window.ShowWindow(SW_SHOW);
+    window.UpdateWindow();
+    {
+        CClientDC dc(&window);
+        dc.SetPixel(3, 4, RGB(200, 0, 0));
+    }
+    window.UpdateWindow();
+    EXPECT_EQ(PixelOf(window, 3, 4), RGB(200, 0, 0));
+    window.Invalidate();
+    window.UpdateWindow();
+    EXPECT_EQ(PixelOf(window, 3, 4), RGB(10, 20, 30));
+}
+
+TEST(Window, PaintsOnlyWhatIsInvalid)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(40, 30));
+    window.ShowWindow(SW_SHOW);
+    window.UpdateWindow();
+    window.color = RGB(0, 99, 0);
+    const CRect part(5, 6, 10, 12);
+    window.InvalidateRect(&part);
+    window.UpdateWindow();
+    EXPECT_EQ(PixelOf(window, 5, 6), RGB(0, 99, 0));
+    EXPECT_EQ(PixelOf(window, 9, 11), RGB(0, 99, 0));
+    EXPECT_EQ(PixelOf(window, 10, 11), RGB(10, 20, 30));
+    EXPECT_EQ(PixelOf(window, 4, 6), RGB(10, 20, 30));
+}
+
+TEST(Window, IsNotMadeWithoutAClassOrAParentForAChild)
+{
+    CWnd window;
+    EXPECT_FALSE(window.CreateEx(0, L"no such class", L"", 0, 0, 0, 9, 9, nullptr, 0));
+    EXPECT_FALSE(window.CreateEx(0, L"STATIC", L"", WS_CHILD, 0, 0, 9, 9, nullptr, 0));
+    EXPECT_FALSE(window.Create(L"STATIC", L"", 0, CRect(0, 0, 9, 9), nullptr, 1));
+    EXPECT_EQ(window.GetSafeHwnd(), nullptr);
+    EXPECT_FALSE(window.DestroyWindow());
+}
+
+TEST(Window, LosesThreePixelsASideToItsTwoEdges)
+{
+    Painted top;
+    ASSERT_TRUE(top.CreateTop(100, 100));
+    CWnd child;
+    ASSERT_TRUE(child.CreateEx(WS_EX_CLIENTEDGE | WS_EX_STATICEDGE, L"STATIC", L"",
+                               WS_CHILD | WS_VISIBLE, CRect(10, 20, 60, 50), &top, 7));
+    CRect client;
+    child.GetClientRect(&client);
+    EXPECT_EQ(client, CRect(0, 0, 44, 24));
+    CRect outer;
+    child.GetWindowRect(&outer);
+    EXPECT_EQ(outer.Size(), CSize(50, 30));
+}
+
+TEST(Window, TakesItsChildrenWithIt)
+{
+    Painted top;
+    ASSERT_TRUE(top.CreateTop(100, 100));
+    Painted child;
+    ASSERT_TRUE(child.CreateEx(0, L"STATIC", L"", WS_CHILD, CRect(0, 0, 9, 9), &top, 7));
+    EXPECT_EQ(top.GetDlgItem(7), &child);
+    EXPECT_EQ(child.GetParent(), &top);
+    EXPECT_TRUE(top.DestroyWindow());
+    EXPECT_EQ(child.GetSafeHwnd(), nullptr);
+    EXPECT_EQ(child.destroyed, 1);
+    EXPECT_EQ(top.destroyed, 1);
+}
+
+TEST(Window, TellsItsNewClientSize)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(40, 30));
+    window.MoveWindow(0, 0, 50, 20);
+    EXPECT_EQ(window.lastSize, CSize(50, 20));
+    const int told = window.sizes;
+    window.MoveWindow(5, 5, 50, 20);
+    EXPECT_EQ(window.sizes, told) << "moved, not sized";
+}
+
+TEST(Window, SurvivesEverySize)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(0, 0));
+    window.ShowWindow(SW_SHOW);
+    window.UpdateWindow();
+    window.MoveWindow(0, 0, 4000, 4000);
+    window.UpdateWindow();
+    EXPECT_EQ(PixelOf(window, 3999, 3999), RGB(10, 20, 30));
+    window.MoveWindow(0, 0, -5, 1000000);
+    CRect client;
+    window.GetClientRect(&client);
+    EXPECT_EQ(client.Width(), 0);
+}
+
+// A host's dialog item that a control takes over.
+class Subclassed : public CStatic
+{
+public:
+    int prepared = 0;
+
+    void PreSubclassWindow() override
+    {
+        ++prepared;
+        ModifyStyle(0, 0x4000);
+    }
+};
+
+TEST(Subclassing, TakesOverADialogItem)
+{
+    Painted dialog;
+    ASSERT_TRUE(dialog.CreateTop(100, 100));
+    ASSERT_NE(CreateWindowExW(0, L"static", L"", WS_CHILD | WS_VISIBLE, 0, 0, 20, 20,
+                              dialog.GetSafeHwnd(), 42),
+              nullptr);
+    Subclassed control;
+    EXPECT_FALSE(control.SubclassDlgItem(41, &dialog));
+    ASSERT_TRUE(control.SubclassDlgItem(42, &dialog));
+    EXPECT_EQ(control.prepared, 1);
+    EXPECT_EQ(control.GetStyle() & 0x4000u, 0x4000u);
+    EXPECT_EQ(dialog.GetDlgItem(42), &control);
+    EXPECT_FALSE(control.SubclassDlgItem(42, &dialog)) << "it has a window";
+}
+
+TEST(Subclassing, AnswersInPlaceOfTheFirstOwner)
+{
+    Painted dialog;
+    ASSERT_TRUE(dialog.CreateTop(100, 100));
+    dialog.ShowWindow(SW_SHOW);
+    CStatic holder;
+    ASSERT_TRUE(holder.Create(L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 20, 20), &dialog, 5));
+    Painted control;
+    ASSERT_TRUE(control.SubclassWindow(holder.GetSafeHwnd()));
+    control.Invalidate();
+    control.UpdateWindow();
+    EXPECT_GE(control.paints, 1);
+    control.DestroyWindow();
+    EXPECT_EQ(holder.GetSafeHwnd(), nullptr);
+}
+
+TEST(Subclassing, CallsTheHookForAWindowItMakes)
+{
+    Painted dialog;
+    ASSERT_TRUE(dialog.CreateTop(100, 100));
+    Subclassed control;
+    ASSERT_TRUE(control.Create(L"", WS_CHILD, CRect(0, 0, 20, 20), &dialog, 5));
+    EXPECT_EQ(control.prepared, 1);
+}
+
+TEST(Style, ChangesOnlyWhatIsAsked)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(10, 10));
+    EXPECT_FALSE(window.ModifyStyle(0, 0));
+    EXPECT_TRUE(window.ModifyStyle(0, 0x4000));
+    EXPECT_FALSE(window.ModifyStyle(0, 0x4000)) << "it is set already";
+    EXPECT_TRUE(window.ModifyStyle(0x4000, 0));
+    EXPECT_EQ(window.GetStyle() & 0x4000u, 0u);
+}
+
+// A context that nobody gives back costs nothing in the long run.
+TEST(LentContext, IsTakenBackWhenSixteenMoreAreLent)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(10, 10));
+    std::vector<CDC*> lent;
+    for (int i = 0; i < 16; ++i)
+        lent.push_back(window.GetDC());
+    EXPECT_EQ(window.ReleaseDC(lent.back()), 1);
+    lent.back() = window.GetDC();
+    EXPECT_NE(window.GetDC(), nullptr) << "takes the oldest";
+    EXPECT_EQ(window.ReleaseDC(lent[1]), 1) << "the second oldest is still lent";
+    Painted other;
+    ASSERT_TRUE(other.CreateTop(10, 10));
+    EXPECT_EQ(other.ReleaseDC(lent[2]), 0) << "not this window's";
+}
+
+TEST(Text, OfAWindowIsKept)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(10, 10));
+    window.SetWindowText(L"Pole 2.00 m");
+    CString text;
+    window.GetWindowText(text);
+    EXPECT_EQ(text, L"Pole 2.00 m");
+    wchar_t buffer[5];
+    EXPECT_EQ(window.GetWindowText(buffer, 5), 4);
+    EXPECT_STREQ(buffer, L"Pole");
+    EXPECT_EQ(window.GetWindowTextLength(), 11);
+}
+
+TEST(WindowClass, IsTheSameForTheSameArguments)
+{
+    EXPECT_EQ(AfxRegisterWndClass(3), AfxRegisterWndClass(3));
+    EXPECT_STRNE(AfxRegisterWndClass(3), AfxRegisterWndClass(0));
+    WNDCLASS named;
+    named.lpszClassName = L"tiltpole.test.named";
+    EXPECT_TRUE(AfxRegisterClass(&named));
+    EXPECT_FALSE(AfxRegisterClass(&named)) << "the name is taken";
+}
+
+} // namespace

@@ -1,0 +1,11 @@
+// Tests of windows run in memory: one connection without a screen for the whole program.
+#include "framework/gui/Application.h"
+
+#include <gtest/gtest.h>
+
+int main(int argc, char** argv)
+{
+    testing::InitGoogleTest(&argc, argv);
+    const framework::Application application(argc, argv, framework::Display::None);
+    return RUN_ALL_TESTS();
+}
