@@ -10,6 +10,8 @@ namespace cli {
 namespace {
 
 constexpr Colour kGridColour{0.90, 0.91, 0.92};
+constexpr Colour kHaloColour{1.0, 1.0, 1.0, 0.9};
+constexpr double kHaloWidth = 4.0;
 constexpr TextStyle kTitleText{.size = 12.5, .bold = true};
 constexpr TextStyle kLegendText{.size = 10.5};
 constexpr TextStyle kTickText{
@@ -169,7 +171,8 @@ void PaintSeries(Painter& painter, const Chart& chart, const Area& area)
     }
     for (const Chart::Annotation& note : chart.texts) {
         const PlotPoint at = area.At(note.at);
-        painter.Text({at.x + 6.0, at.y - 6.0}, note.text, {.size = 10.0, .colour = note.colour});
+        painter.Text({at.x + 6.0, at.y - 6.0}, note.text,
+                     {.size = 10.0, .colour = note.colour, .halo = true});
     }
     cairo_restore(context);
 }
@@ -261,6 +264,15 @@ void Painter::Text(PlotPoint baseline, const std::string& text, const TextStyle&
     cairo_save(Get());
     cairo_translate(Get(), baseline.x, baseline.y);
     if (style.upright) cairo_rotate(Get(), -std::numbers::pi / 2.0);
+    if (style.halo) {
+        cairo_move_to(Get(), shift, 0.0);
+        cairo_text_path(Get(), text.c_str());
+        Use(kHaloColour);
+        cairo_set_line_width(Get(), kHaloWidth);
+        cairo_set_line_join(Get(), CAIRO_LINE_JOIN_ROUND);
+        cairo_stroke(Get());
+        Use(style.colour);
+    }
     cairo_move_to(Get(), shift, 0.0);
     cairo_show_text(Get(), text.c_str());
     cairo_restore(Get());
@@ -273,6 +285,7 @@ void Painter::Line(const std::vector<PlotPoint>& points, const LineStyle& style)
     cairo_set_line_width(Get(), style.width);
     cairo_set_line_join(Get(), CAIRO_LINE_JOIN_ROUND);
     cairo_set_dash(Get(), kDash, style.dashed ? 2 : 0, 0.0);
+    cairo_new_path(Get()); // a text leaves its end behind
     for (const PlotPoint& point : points)
         cairo_line_to(Get(), point.x, point.y);
     cairo_stroke(Get());

@@ -14,6 +14,7 @@ struct TextStyle
     bool bold = false;
     Colour colour = palette::kBlack;
     Align align = Align::Left;
+    bool halo = false;    // a light rim, to be read on top of data
     bool upright = false; // reads upwards instead of to the right
 };
 

@@ -1,5 +1,6 @@
 // tiltpole: the library's work on recorded data, from the command line.
 #include "apps/cli/Errors.h"
+#include "apps/cli/Measure.h"
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
@@ -10,7 +11,10 @@ namespace {
 
 // One line for each command; cli::AddXCommand(program, exitCode) stands in X.h. Its callback runs
 // when the command line has been read and leaves the exit code behind.
-void AddCommands([[maybe_unused]] CLI::App& program, [[maybe_unused]] int& exitCode) {}
+void AddCommands(CLI::App& program, int& exitCode)
+{
+    cli::AddMeasureCommand(program, exitCode);
+}
 
 int Report(const std::string& sentence)
 {
