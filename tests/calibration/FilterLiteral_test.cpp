@@ -1,0 +1,164 @@
+// The sample filters against the same rules written down literally: equal in every bit.
+#include "tests/calibration/FilterTwin.h"
+
+#include <limits>
+#include <random>
+
+namespace {
+
+template <class Filter>
+class FilterLiteral : public ::testing::Test
+{
+protected:
+    static constexpr bool kVertical = kIsVertical<Filter>;
+};
+
+using Filters = ::testing::Types<CInclineSensor_Filter_XY, CInclineSensor_Filter_XZ>;
+TYPED_TEST_SUITE(FilterLiteral, Filters);
+
+TYPED_TEST(FilterLiteral, EveryAddWritesTheSameAzimuthsAndFlags)
+{
+    for (const turns::Shape& shape : turns::Shapes()) {
+        Twin<TypeParam> twin;
+        for (const PoseSensorData& sample : turns::Make(shape, this->kVertical)) {
+            twin.Add(sample);
+            if (twin.Count() % 7 == 0 || twin.Count() % 10 == 0 || twin.Count() < 30) {
+                ASSERT_TRUE(twin.HasSameState()) << "seed " << shape.seed;
+                ASSERT_TRUE(twin.HasSameCoverage()) << "seed " << shape.seed;
+            }
+        }
+        ASSERT_TRUE(twin.HasSameState());
+    }
+}
+
+TYPED_TEST(FilterLiteral, RecordedReadingsGiveTheSameResults)
+{
+    Twin<TypeParam> twin;
+    const auto samples = turns::Recorded();
+    ASSERT_EQ(samples.size(), 2071U);
+    for (const PoseSensorData& sample : samples)
+        twin.Add(sample);
+    EXPECT_TRUE(twin.HasSameState());
+    EXPECT_TRUE(twin.HasSameCoverage());
+    EXPECT_TRUE(twin.IsSame(twin.fast.Filter(), twin.literal.Screen()));
+    EXPECT_TRUE(twin.HasSameState());
+}
+
+TYPED_TEST(FilterLiteral, FilterKeepsTheSameSamplesInTheSameOrder)
+{
+    for (const turns::Shape& shape : turns::Shapes()) {
+        Twin<TypeParam> twin;
+        for (const PoseSensorData& sample : turns::Make(shape, this->kVertical))
+            twin.Add(sample);
+        ASSERT_TRUE(twin.IsSame(twin.fast.Filter(), twin.literal.Screen())) << shape.seed;
+        ASSERT_TRUE(twin.HasSameState()) << shape.seed;
+        ASSERT_TRUE(twin.IsSame(twin.fast.Filter(), twin.literal.Screen())) << "again";
+        ASSERT_TRUE(twin.HasSameState()) << "again";
+    }
+}
+
+TYPED_TEST(FilterLiteral, EachStageGivesTheSameArray)
+{
+    for (const turns::Shape& shape : turns::Shapes()) {
+        Twin<TypeParam> twin;
+        for (const PoseSensorData& sample : turns::Make(shape, this->kVertical))
+            twin.Add(sample);
+        std::vector<int> every;
+        for (int i = 0; i < shape.samples; ++i) {
+            if (i % 50 == 20) every.push_back(-1);
+            every.push_back(i);
+        }
+        every.push_back(-1);
+        turns::Samples given;
+        literal::List mirror;
+        twin.Pick(every, given, mirror);
+        EXPECT_TRUE(twin.IsSame(twin.fast.Filter_ByTime(&given), twin.literal.ByTime(mirror)));
+        EXPECT_TRUE(
+            twin.IsSame(twin.fast.Filter_ByDistance(&given), twin.literal.ByDistance(mirror)));
+        EXPECT_TRUE(
+            twin.IsSame(twin.fast.Filter_ByAzimuth(&given), twin.literal.ByAzimuth(mirror)));
+        for (const int n : {1, 2, 7, 50, shape.samples / 2, shape.samples, 5000})
+            EXPECT_TRUE(twin.IsSame(twin.fast.Select(&given, n), twin.literal.Select(mirror, n)))
+                << n << " of " << shape.samples;
+    }
+}
+
+// Whatever is called in between, the next centre and azimuths are those of the plain rules.
+TYPED_TEST(FilterLiteral, AnyOrderOfCallsLeavesTheSameState)
+{
+    for (unsigned seed = 1; seed <= 40; ++seed) {
+        std::mt19937 random(seed);
+        const auto dice = [&](int sides) {
+            return static_cast<int>(random() % static_cast<unsigned>(sides));
+        };
+        const auto shapes = turns::Shapes();
+        turns::Shape shape =
+            shapes[static_cast<std::size_t>(dice(static_cast<int>(shapes.size())))];
+        shape.samples = 420;
+        const auto samples = turns::Make(shape, this->kVertical);
+        Twin<TypeParam> twin;
+        for (const PoseSensorData& sample : samples) {
+            twin.Add(sample);
+            std::vector<int> some;
+            for (int i = dice(5); i < static_cast<int>(twin.Count()); i += 1 + dice(4))
+                some.push_back(dice(20) == 0 ? -1 : i);
+            turns::Samples given;
+            literal::List mirror;
+            twin.Pick(some, given, mirror);
+            switch (dice(60)) {
+            case 0:
+                ASSERT_TRUE(twin.IsSame(twin.fast.Filter(), twin.literal.Screen()));
+                break;
+            case 1:
+                twin.fast.Sort_ByAzimuth(&given);
+                literal::Filter::Sort(mirror);
+                break;
+            case 2:
+                ASSERT_EQ(twin.fast.IsComplete(&given), twin.literal.IsComplete(mirror) ? 1 : 0);
+                break;
+            case 3:
+                ASSERT_EQ(twin.fast.Calculate_CenterPar(&given),
+                          twin.literal.Center(mirror) ? 1 : 0);
+                break;
+            case 4:
+                ASSERT_EQ(twin.fast.Calculate_Azimuth(&given),
+                          twin.literal.Azimuths(mirror) ? 1 : 0);
+                break;
+            case 5:
+                if (mirror.empty()) break;
+                ASSERT_EQ(twin.fast.Calculate_Azimuth_One(given[0]),
+                          twin.literal.AzimuthOne(mirror[0]) ? 1 : 0);
+                break;
+            case 6:
+                if (dice(4) == 0) twin.Clear();
+                break;
+            default:
+                break;
+            }
+            ASSERT_TRUE(twin.HasSameState()) << "seed " << seed;
+            ASSERT_TRUE(twin.HasSameCoverage()) << "seed " << seed;
+        }
+    }
+}
+
+TYPED_TEST(FilterLiteral, ReadingsThatAreNoNumbersFollowTheSameRules)
+{
+    const double nan = std::numeric_limits<double>::quiet_NaN();
+    const double infinity = std::numeric_limits<double>::infinity();
+    for (const double odd : {nan, infinity, -infinity}) {
+        for (const int place : {0, 4, 11, 37}) {
+            Twin<TypeParam> twin;
+            auto samples = turns::Make({.samples = 120}, this->kVertical);
+            auto& sample = samples[static_cast<std::size_t>(place)];
+            (place % 2 ? sample.dMag_x : sample.dMag_z) = odd;
+            for (const PoseSensorData& s : samples) {
+                twin.Add(s);
+                ASSERT_TRUE(twin.HasSameState()) << odd << " at " << place;
+            }
+            EXPECT_TRUE(twin.IsSame(twin.fast.Filter(), twin.literal.Screen()));
+            EXPECT_TRUE(twin.HasSameState());
+        }
+    }
+}
+
+} // namespace
