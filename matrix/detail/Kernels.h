@@ -1,0 +1,50 @@
+// The numerical kernels behind both matrix classes, on plain row-major arrays.
+//
+// Every element is computed by the written sequence of rounded operations, whatever the processor:
+// vectors run across elements, never along a sum, and no product is fused with a sum. The widest
+// vectors that the processor has are chosen once, at run time.
+#pragma once
+
+namespace detail {
+
+/// Which pivots an elimination or factorisation refuses.
+enum class PivotFloor : int {
+    SmallestNormal,   ///< magnitude (Cholesky: value) below the smallest normal double
+    VisibleBesideOne, ///< pivot + 1.0 == 1.0; Cholesky: also what is not above 0
+    None,             ///< no pivot at all; Cholesky: what is not above 0
+};
+
+enum class Outcome { Done, Refused, NoMemory };
+
+/// c = a * b: rows x inner times inner x cols, each element summed from 0.0 over rising k. c is
+/// neither a nor b.
+void Multiply(const double* a, const double* b, double* c, int rows, int inner, int cols);
+
+/// The transpose of the rows x cols array a. t is not a.
+void Transpose(const double* a, double* t, int rows, int cols);
+
+/// Replaces the n x n array a by its inverse: Gauss-Jordan elimination with full pivoting
+/// (docs/formulas.md, "Full pivoting"). Refused: stops before the refused pivot, a stays partly
+/// eliminated with rows and columns still swapped. NoMemory: a is unchanged.
+Outcome Invert(double* a, int n, PivotFloor floor);
+
+/// Writes the lower Cholesky factor of the n x n array a into l, which the caller has filled with
+/// 0; reads row i of a from the diagonal on. Refused: the columns of l before the refused pivot
+/// stand. l is not a.
+Outcome FactorCholesky(const double* a, double* l, int n, PivotFloor floor);
+
+/// The same kernels for one vector width.
+struct KernelSet
+{
+    void (*multiply)(const double* a, const double* b, double* c, int rows, int inner, int cols);
+    Outcome (*invert)(double* a, int n, PivotFloor floor);
+    Outcome (*factorCholesky)(const double* a, double* l, int n, PivotFloor floor);
+};
+
+extern const KernelSet kBaselineKernels; // what every processor of the target has
+#if defined(__x86_64__)
+extern const KernelSet kAvx2Kernels;   // vectors of 4 doubles
+extern const KernelSet kAvx512Kernels; // vectors of 8 doubles
+#endif
+
+} // namespace detail

@@ -1,0 +1,40 @@
+// Working memory of a kernel: inside the object for the usual sizes, from the heap beyond.
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+
+namespace detail {
+namespace {
+
+template <class T, std::size_t Inside>
+class Scratch
+{
+public:
+    explicit Scratch(std::size_t count)
+    {
+        if (count <= Inside) return;
+        const std::size_t bytes = (count * sizeof(T) + kAlignment - 1) / kAlignment * kAlignment;
+        m_pBlock = static_cast<T*>(std::aligned_alloc(kAlignment, bytes));
+        m_onHeap = true;
+    }
+    Scratch(const Scratch&) = delete;
+    Scratch& operator=(const Scratch&) = delete;
+    ~Scratch()
+    {
+        if (m_onHeap) std::free(m_pBlock);
+    }
+
+    /// Null when the memory could not be had.
+    T* Data() { return m_pBlock; }
+
+private:
+    static constexpr std::size_t kAlignment = 64;
+
+    T* m_pBlock = m_inside;
+    bool m_onHeap = false;
+    alignas(kAlignment) T m_inside[Inside];
+};
+
+} // namespace
+} // namespace detail

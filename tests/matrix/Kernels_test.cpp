@@ -1,0 +1,124 @@
+// Every kernel of every vector width against the literal rules, bit for bit.
+#include "matrix/detail/Kernels.h"
+
+#include "tests/matrix/MatrixTools.h"
+
+#include <string>
+
+using namespace matrixtest;
+using detail::KernelSet;
+using detail::Outcome;
+using detail::PivotFloor;
+
+namespace {
+
+struct Width
+{
+    const char* name;
+    const KernelSet* kernels;
+};
+
+std::vector<Width> WidthsOfThisProcessor()
+{
+    std::vector<Width> widths{
+        {"Baseline", &detail::kBaselineKernels}
+    };
+#if defined(__x86_64__)
+    if (__builtin_cpu_supports("avx2")) widths.push_back({"Avx2", &detail::kAvx2Kernels});
+    if (__builtin_cpu_supports("avx512f")) widths.push_back({"Avx512", &detail::kAvx512Kernels});
+#endif
+    return widths;
+}
+
+class Kernels : public testing::TestWithParam<Width>
+{
+protected:
+    const KernelSet& Set() const { return *GetParam().kernels; }
+};
+
+INSTANTIATE_TEST_SUITE_P(EveryWidth, Kernels, testing::ValuesIn(WidthsOfThisProcessor()),
+                         [](const auto& width) { return std::string(width.param.name); });
+
+TEST_P(Kernels, MultiplyAsTheLiteralSums)
+{
+    Maker make(11);
+    for (const Kind kind : kKinds)
+        for (int trial = 0; trial < 120; ++trial) {
+            const literal::Matrix a = make.Any(make.Between(1, 40), make.Between(1, 40), kind);
+            const literal::Matrix b = make.Any(a.cols, make.Between(1, 40), kind);
+            literal::Matrix product(a.rows, b.cols);
+            Set().multiply(a.elements.data(), b.elements.data(), product.elements.data(), a.rows,
+                           a.cols, b.cols);
+            ASSERT_THAT(product, Equals(literal::Product(a, b)));
+        }
+}
+
+TEST_P(Kernels, InvertAsTheLiteralElimination)
+{
+    Maker make(12);
+    for (const Kind kind : kKinds)
+        for (int n = 1; n <= 40; ++n)
+            for (int trial = 0; trial < 4; ++trial) {
+                const literal::Matrix a = make.Any(n, n, kind);
+                literal::Matrix inverse = a;
+                const Outcome outcome =
+                    Set().invert(inverse.elements.data(), n, PivotFloor::SmallestNormal);
+                const literal::Inverse expected =
+                    literal::GaussJordan(a, literal::PivotTest::SmallestNormal);
+                ASSERT_EQ(outcome == Outcome::Done, expected.completed);
+                ASSERT_THAT(inverse, Equals(expected.matrix)) << n << " x " << n;
+            }
+}
+
+TEST_P(Kernels, ObserveTheOtherPivotFloors)
+{
+    const struct
+    {
+        PivotFloor floor;
+        literal::PivotTest test;
+    } floors[] = {
+        {PivotFloor::None,             literal::PivotTest::None     },
+        {PivotFloor::VisibleBesideOne, literal::PivotTest::BesideOne}
+    };
+    Maker make(13);
+    for (const auto& f : floors)
+        for (const Kind kind : kKinds)
+            for (int n = 1; n <= 17; ++n) {
+                const literal::Matrix a = make.Any(n, n, kind);
+                literal::Matrix inverse = a;
+                const Outcome outcome = Set().invert(inverse.elements.data(), n, f.floor);
+                const literal::Inverse expected = literal::GaussJordan(a, f.test);
+                ASSERT_EQ(outcome == Outcome::Done, expected.completed);
+                ASSERT_THAT(inverse, Equals(expected.matrix)) << n << " x " << n;
+            }
+}
+
+TEST_P(Kernels, InvertLargeMatricesFromTheHeap)
+{
+    const literal::Matrix a = Maker(14).Any(70, 70, Kind::Usual);
+    literal::Matrix inverse = a;
+    EXPECT_EQ(Set().invert(inverse.elements.data(), 70, PivotFloor::SmallestNormal), Outcome::Done);
+    EXPECT_THAT(inverse, Equals(literal::Inverted(a)));
+}
+
+TEST_P(Kernels, FactorAsTheLiteralCholesky)
+{
+    Maker make(15);
+    int completed = 0;
+    for (const Kind kind : kKinds)
+        for (int n = 1; n <= 40; ++n) {
+            literal::Matrix a = make.Symmetric(n, kind);
+            if (n % 2 == 0) a = literal::Product(a, a); // positive, unless singular
+            const auto [expected, done] = literal::Cholesky(a);
+            if (!literal::IsSymmetric(a)) continue;
+            literal::Matrix l(n, n);
+            const Outcome outcome = Set().factorCholesky(a.elements.data(), l.elements.data(), n,
+                                                         PivotFloor::SmallestNormal);
+            ASSERT_EQ(outcome == Outcome::Done, done);
+            ASSERT_THAT(l, Equals(expected)) << n << " x " << n;
+            completed += done ? 1 : 0;
+        }
+    EXPECT_GT(completed, 20);
+}
+
+} // namespace
