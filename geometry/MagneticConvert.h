@@ -1,0 +1,87 @@
+// Four-parameter similarity transform of the plane, fitted to point pairs or set directly:
+//
+//   x' = k·(cos θ·x − sin θ·y) + dx
+//   y' = k·(sin θ·x + cos θ·y) + dy
+//
+//   x, y, dx, dy   plane coordinates and translations [m]
+//   k              scale, a factor; θ   rotation [radians], from +x towards +y
+#pragma once
+
+#include "framework/core/core.h"
+
+/// The transform. A new record is the identity.
+struct Magnetic_FourParameter
+{
+    double dScale = 1.0;  ///< k
+    double dRotate = 0.0; ///< θ [radians]
+    double dDx = 0.0;     ///< translation [m]
+    double dDy = 0.0;
+    double dX0 = 0.0; ///< rotation centre of the forward conversion [m]
+    double dY0 = 0.0;
+};
+
+/// One point in both systems [m]. The last four are work fields: the fit overwrites them with the
+/// coordinates less their means.
+struct FourParameterPoint
+{
+    double xSource = 0.0;
+    double ySource = 0.0;
+    double xTarget = 0.0;
+    double yTarget = 0.0;
+    double uSource = 0.0;
+    double vSource = 0.0;
+    double uTarget = 0.0;
+    double vTarget = 0.0;
+};
+
+class TILTPOLE_API CMagneticConvert
+{
+    Magnetic_FourParameter m_parameters;
+
+public:
+    /// The point pairs of the fit; filled and emptied by the host.
+    CArray<FourParameterPoint> m_Points;
+
+    /// Least-squares fit to the pairs. Source points that all coincide (one pair does) give the
+    /// identity. The rotation centre is not touched.
+    /// @return 1, or 0 for no pairs: the parameters then stay
+    int CalFourParameter();
+
+    /// Mind the order: it is not that of the record.
+    void SetFourParameter(double dDx, double dDy, double dRotate, double dScale, double dX0,
+                          double dY0);
+    Magnetic_FourParameter GetFourParameter() const { return m_parameters; }
+
+    /// Forward, in place [m]. A rotation centre other than (0, 0) adds
+    /// k·((1 − cos θ)·x0 + sin θ·y0 + (1 − k)·x0) to x and
+    /// k·((1 − cos θ)·y0 − sin θ·x0 + (1 − k)·y0) to y.
+    void XYtoXY(double& x, double& y) const
+    {
+        const double turnedX = m_cosine * x - m_sine * y + m_centreX;
+        const double turnedY = m_sine * x + m_cosine * y + m_centreY;
+        x = m_parameters.dScale * turnedX + m_parameters.dDx;
+        y = m_parameters.dScale * turnedY + m_parameters.dDy;
+    }
+
+    /// Backward, in place [m]: undoes a forward conversion with the rotation centre (0, 0), and
+    /// ignores the centre. A zero scale gives no finite result.
+    void XYtoXY1(double& x, double& y) const
+    {
+        const double turnedX = x * m_cosine + y * m_sine;
+        const double turnedY = -x * m_sine + y * m_cosine;
+        x = m_backX + turnedX * m_perScale;
+        y = m_backY + turnedY * m_perScale;
+    }
+
+private:
+    void Prepare();
+
+    // What the conversions need of the parameters, worked out when these change.
+    double m_cosine = 1.0;
+    double m_sine = 0.0;
+    double m_centreX = 0.0;
+    double m_centreY = 0.0;
+    double m_perScale = 1.0;
+    double m_backX = 0.0;
+    double m_backY = 0.0;
+};
