@@ -1,0 +1,210 @@
+#include "geometry/TiltPosition_Geometry.h"
+
+#include "geometry/detail/SphereStep.h"
+#include "geometry/detail/TipSearch.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <vector>
+
+namespace {
+
+using detail::sphere::SpacePoint;
+
+constexpr INT_PTR kEnough = 15;            // observations
+constexpr double kSpacingPerHeight = 0.15; // of the antenna height
+constexpr double kLeastSpacing = 0.1;      // [m]
+constexpr double kDefaultSpacing = 0.5;    // [m]
+constexpr std::size_t kFewest = 4;         // positions that fix a sphere
+constexpr double kNoRadius = 1e-6;         // [m]
+
+// Four positions whose volume is below this share of the product of their edges are one plane: the
+// share that rounding of the arithmetic, or of the given coordinates over edges of decimetres,
+// makes out of nothing.
+constexpr double kFlatness = 1e-9;
+constexpr double kFlatnessPerResolution = 64.0; // [1/m]
+
+// A matrix that is no vector of three gives a point that is not finite.
+SpacePoint ToPoint(const CTiltMatrix& vector)
+{
+    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+    if (vector.GetRow() < 3 || vector.GetCol() < 1) return {kNone, kNone, kNone};
+    return {vector.GetData(0), vector.GetData(1), vector.GetData(2)};
+}
+
+CTiltMatrix ToVector(const SpacePoint& point)
+{
+    CTiltMatrix vector(3);
+    vector.SetData(0, point.x);
+    vector.SetData(1, point.y);
+    vector.SetData(2, point.h);
+    return vector;
+}
+
+bool IsFinite(const SpacePoint& p)
+{
+    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.h);
+}
+
+std::vector<SpacePoint> FinitePoints(const CTiltMatrix* obs, int count)
+{
+    std::vector<SpacePoint> points;
+    for (int k = 0; k < count; ++k) {
+        const SpacePoint point = ToPoint(obs[k]);
+        if (IsFinite(point)) points.push_back(point);
+    }
+    return points;
+}
+
+double Flatness(const std::vector<SpacePoint>& points)
+{
+    double largest = 0.0;
+    for (const SpacePoint& p : points)
+        largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.h)});
+    const double resolution = largest * std::numeric_limits<double>::epsilon();
+    return std::max(kFlatness, kFlatnessPerResolution * resolution);
+}
+
+void SetFigures(TiltPoint_State& state, const detail::sphere::SphereStep& step)
+{
+    state.dRadius = step.radius;
+    state.dPointError = step.pointError;
+    state.dGeometryFigure = step.geometryFigure;
+    state.dHeightCofactor = step.heightCofactor;
+}
+
+int GradeFigures(const TiltPoint_State& s)
+{
+    if (s.dPointError > 0.05 || s.dGeometryFigure > 2.0) return kTiltPointPoor;
+    if (s.dPointError > 0.04 && s.dGeometryFigure > 1.0) return kTiltPointError40;
+    if (s.dPointError > 0.035 && s.dGeometryFigure > 1.2) return kTiltPointError35;
+    if (s.dPointError > 0.03 && s.dGeometryFigure > 1.5) return kTiltPointError30;
+    if (s.dPointError > 0.02 && s.dGeometryFigure > 1.2 && std::fabs(s.dRadiusExcess) > 0.04)
+        return kTiltPointRadius;
+    return kTiltPointAccepted;
+}
+
+// An implausible height overrides every grade but "no sphere".
+void Grade(TiltPoint_State& state, double antennaHeight, double belowFirst)
+{
+    if (std::fabs(state.dRadius) < kNoRadius) {
+        state.nStatus = kTiltPointNoSphere;
+        return;
+    }
+    state.dRadiusExcess = state.dRadius - antennaHeight;
+    state.nStatus = GradeFigures(state);
+    if (belowFirst < 0.0 || belowFirst - antennaHeight > antennaHeight)
+        state.nStatus = kTiltPointImplausible;
+}
+
+} // namespace
+
+int CTiltPosition_Geometry::AddPoint(TiltPoint_Sensor point)
+{
+    if (point.dIncline > m_dCutoffIncline) return 0;
+    if (!IsConform(point, m_dAntennaHeight * kSpacingPerHeight)) return 0;
+    m_points.Add(point);
+    return 1;
+}
+
+int CTiltPosition_Geometry::IsConform(TiltPoint_Sensor point, double spacing)
+{
+    if (spacing < kLeastSpacing) spacing = kDefaultSpacing;
+    for (INT_PTR k = m_points.GetUpperBound(); k >= 0; --k) {
+        const double dx = point.dX - m_points[k].dX;
+        const double dy = point.dY - m_points[k].dY;
+        if (std::sqrt(dx * dx + dy * dy) < spacing) return 0;
+    }
+    return 1;
+}
+
+int CTiltPosition_Geometry::IsOK() const
+{
+    return m_points.GetSize() >= kEnough ? 1 : 0;
+}
+
+void CTiltPosition_Geometry::Clear()
+{
+    m_points.RemoveAll();
+}
+
+int CTiltPosition_Geometry::Calculate(xyhCoord& tip, TiltPoint_State& state)
+{
+    std::vector<CTiltMatrix> antennas;
+    antennas.reserve(static_cast<std::size_t>(m_points.GetSize()));
+    for (INT_PTR k = 0; k < m_points.GetSize(); ++k)
+        antennas.push_back(ToVector({m_points[k].dX, m_points[k].dY, m_points[k].dH}));
+
+    const CTiltMatrix solved =
+        Adjustment(antennas.data(), static_cast<int>(antennas.size()), state);
+    if (state.nStatus == 0) return 0;
+
+    const SpacePoint point = ToPoint(solved);
+    tip = {point.x, point.y, point.h};
+    return 1;
+}
+
+// Row i of the system: (Pi − Pi+1)·c = (|Pi|² − |Pi+1|²)/2, with P1 as origin, which keeps the
+// squares small wherever the grid has its own.
+CTiltMatrix CTiltPosition_Geometry::ProbableCoor(CTiltMatrix P1, CTiltMatrix P2, CTiltMatrix P3,
+                                                 CTiltMatrix P4)
+{
+    const SpacePoint origin = ToPoint(P1);
+    const SpacePoint local[] = {SpacePoint{}, ToPoint(P2) - origin, ToPoint(P3) - origin,
+                                ToPoint(P4) - origin};
+    CTiltMatrix system(3, 3);
+    CTiltMatrix right(3);
+    for (unsigned row = 0; row < 3; ++row) {
+        const SpacePoint edge = local[row] - local[row + 1];
+        system.SetData(row, 0, edge.x);
+        system.SetData(row, 1, edge.y);
+        system.SetData(row, 2, edge.h);
+        right.SetData(row,
+                      0.5 * (Dot(local[row], local[row]) - Dot(local[row + 1], local[row + 1])));
+    }
+    return ToVector(origin + ToPoint(system.MatInv() * right));
+}
+
+CTiltMatrix CTiltPosition_Geometry::Adjustment(CTiltMatrix* obs, int count, TiltPoint_State& state)
+{
+    state = {};
+    std::vector<SpacePoint> points = FinitePoints(obs, count);
+    if (points.size() < kFewest) {
+        state.nStatus = kTiltPointTooFew;
+        return CTiltMatrix(3);
+    }
+    const double flatness = Flatness(points);
+    const SpacePoint origin = points.front();
+    for (SpacePoint& p : points)
+        p = p - origin;
+
+    const auto found = detail::sphere::SearchTip(points, m_dAntennaHeight, flatness, m_observer);
+    if (found.cancelled) return CTiltMatrix(3);
+    SpacePoint tip; // about the first position
+    if (found.best) {
+        const auto& [i, j, k, l] = *found.best;
+        const SpacePoint start = ToPoint(ProbableCoor(ToVector(points[i]), ToVector(points[j]),
+                                                      ToVector(points[k]), ToVector(points[l])));
+        const auto step =
+            StepSphere(points.data(), points.size(), start, Length(start - points[i]));
+        SetFigures(state, step);
+        tip = step.tip + SpacePoint{0.0, 0.0, step.radius - m_dAntennaHeight};
+    }
+    Grade(state, m_dAntennaHeight, -tip.h);
+    return found.best ? ToVector(origin + tip) : CTiltMatrix(3);
+}
+
+TiltPoint_State CTiltPosition_Geometry::ReProcess(CTiltMatrix* obs, int count, CTiltMatrix& tip,
+                                                  double& radius)
+{
+    std::vector<SpacePoint> points(static_cast<std::size_t>(std::max(count, 0)));
+    std::transform(obs, obs + points.size(), points.begin(), ToPoint);
+    const auto step = StepSphere(points.data(), points.size(), ToPoint(tip), radius);
+    tip = ToVector(step.tip);
+    radius = step.radius;
+
+    TiltPoint_State state;
+    SetFigures(state, step);
+    return state;
+}

@@ -1,0 +1,63 @@
+#include "geometry/detail/PointCloud.h"
+
+#include <algorithm>
+#include <iterator>
+#include <limits>
+
+namespace detail::sphere {
+
+PointCloud::PointCloud(const std::vector<SpacePoint>& positions)
+    : m_count(positions.size()), m_positions(positions.size())
+{
+    SpacePoint mean;
+    for (const SpacePoint& p : positions)
+        mean = mean + p;
+    mean = (1.0 / static_cast<double>(m_count)) * mean;
+    for (std::size_t k = 0; k < m_count; ++k)
+        m_positions.Set(k, positions[k] - mean);
+    CollectMoments();
+    FitAlgebraicSphere();
+}
+
+void PointCloud::CollectMoments()
+{
+    const double n = static_cast<double>(m_count);
+    for (std::size_t k = 0; k < m_count; ++k)
+        m_spread.AddSquare(At(k));
+    m_spread = m_spread.Scaled(1.0 / n);
+    m_moments.count = n;
+    m_moments.trace = m_spread.Trace();
+    const double elements[] = {m_spread.xx, m_spread.xy, m_spread.xh,
+                               m_spread.yy, m_spread.yh, m_spread.hh};
+    std::copy(std::begin(elements), std::end(elements), m_moments.spread);
+
+    SpacePoint skew;
+    for (std::size_t k = 0; k < m_count; ++k) {
+        const double excess = Dot(At(k), At(k)) - m_moments.trace;
+        skew = skew + (excess / n) * At(k);
+        m_moments.squareVariance += excess * excess / n;
+        m_moments.reach = std::max(m_moments.reach, Length(At(k)));
+    }
+    m_moments.skew[0] = skew.x;
+    m_moments.skew[1] = skew.y;
+    m_moments.skew[2] = skew.h;
+}
+
+// The centre with the smallest variance of squared distances. Coplanar positions have none; the
+// distances then stay at the values that promise nothing.
+void PointCloud::FitAlgebraicSphere()
+{
+    const SpacePoint skew = {m_moments.skew[0], m_moments.skew[1], m_moments.skew[2]};
+    const SpacePoint centre = (0.5 / m_spread.Determinant()) * (m_spread.Adjugate() * skew);
+    m_moments.centre[0] = centre.x;
+    m_moments.centre[1] = centre.y;
+    m_moments.centre[2] = centre.h;
+    m_moments.nearest = std::numeric_limits<double>::infinity();
+    for (std::size_t k = 0; k < m_count; ++k) {
+        const double distance = Length(At(k) - centre);
+        m_moments.nearest = std::min(m_moments.nearest, distance);
+        m_moments.farthest = std::max(m_moments.farthest, distance);
+    }
+}
+
+} // namespace detail::sphere

@@ -1,0 +1,59 @@
+// Positions laid out for the search kernels, and their moments.
+#pragma once
+
+#include "geometry/detail/SearchKernels.h"
+#include "geometry/detail/SphereStep.h"
+
+#include <cstddef>
+#include <vector>
+
+namespace detail::sphere {
+
+// One array per coordinate, with room for the last group of lanes.
+class CoordinateArrays
+{
+public:
+    explicit CoordinateArrays(std::size_t count)
+        : m_x(count + kLanes), m_y(count + kLanes), m_h(count + kLanes), m_held(count + kLanes)
+    {}
+
+    void Set(std::size_t k, const SpacePoint& p)
+    {
+        m_x[k] = p.x;
+        m_y[k] = p.y;
+        m_h[k] = p.h;
+        m_held[k] = 1.0;
+    }
+    SpacePoint At(std::size_t k) const { return {m_x[k], m_y[k], m_h[k]}; }
+    Coordinates View() const { return {m_x.data(), m_y.data(), m_h.data(), m_held.data()}; }
+
+private:
+    std::vector<double> m_x;
+    std::vector<double> m_y;
+    std::vector<double> m_h;
+    std::vector<double> m_held;
+};
+
+// Positions about their mean.
+class PointCloud
+{
+public:
+    explicit PointCloud(const std::vector<SpacePoint>& positions);
+
+    std::size_t Count() const { return m_count; }
+    SpacePoint At(std::size_t k) const { return m_positions.At(k); }
+    Coordinates View() const { return m_positions.View(); }
+    const Cloud& Moments() const { return m_moments; }
+    const Symmetric3& Spread() const { return m_spread; } // mean of p·pᵀ
+
+private:
+    void CollectMoments();
+    void FitAlgebraicSphere();
+
+    std::size_t m_count;
+    CoordinateArrays m_positions;
+    Symmetric3 m_spread;
+    Cloud m_moments = {};
+};
+
+} // namespace detail::sphere

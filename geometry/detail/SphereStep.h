@@ -1,0 +1,77 @@
+// One least-squares step of a sphere through antenna positions: the pole tip T is the centre, the
+// antenna height r the radius, |P_k − T| = r for every antenna position P_k.
+//
+// Coordinates and radii in metres. Formulas: docs/formulas.md, "Tip from many antenna positions".
+#pragma once
+
+#include <cstddef>
+
+namespace detail::sphere {
+
+struct SpacePoint
+{
+    double x = 0.0;
+    double y = 0.0;
+    double h = 0.0;
+};
+
+constexpr SpacePoint operator+(const SpacePoint& a, const SpacePoint& b)
+{
+    return {a.x + b.x, a.y + b.y, a.h + b.h};
+}
+
+constexpr SpacePoint operator-(const SpacePoint& a, const SpacePoint& b)
+{
+    return {a.x - b.x, a.y - b.y, a.h - b.h};
+}
+
+constexpr SpacePoint operator*(double scale, const SpacePoint& a)
+{
+    return {scale * a.x, scale * a.y, scale * a.h};
+}
+
+constexpr double Dot(const SpacePoint& a, const SpacePoint& b)
+{
+    return a.x * b.x + a.y * b.y + a.h * b.h;
+}
+
+constexpr SpacePoint Cross(const SpacePoint& a, const SpacePoint& b)
+{
+    return {a.y * b.h - a.h * b.y, a.h * b.x - a.x * b.h, a.x * b.y - a.y * b.x};
+}
+
+double Length(const SpacePoint& a);
+
+// A symmetric 3 × 3 matrix, upper triangle.
+struct Symmetric3
+{
+    double xx = 0.0, xy = 0.0, xh = 0.0;
+    double yy = 0.0, yh = 0.0;
+    double hh = 0.0;
+
+    double Trace() const { return xx + yy + hh; }
+    double Determinant() const;
+    Symmetric3 Adjugate() const; // inverse times determinant
+    SpacePoint operator*(const SpacePoint& v) const;
+    void AddSquare(const SpacePoint& v); // plus v·vᵀ
+    Symmetric3 Scaled(double factor) const;
+};
+
+// A tip after one step, with the figures that grade it.
+struct SphereStep
+{
+    SpacePoint tip;              // [m]
+    double radius = 0.0;         // [m]
+    double pointError = 0.0;     // [m]
+    double geometryFigure = 0.0; // root of the trace of N⁻¹
+    double heightCofactor = 0.0; // last diagonal element of N⁻¹
+};
+
+// The step from `tip` and `radius` over `count` positions. The step is added with the sign of the
+// misclosure d − r, and the point error comes from the diagonal of the normal matrix N itself. With
+// four positions the redundancy is 0 and the point error not finite; a singular N gives figures
+// that are not finite.
+SphereStep StepSphere(const SpacePoint* positions, std::size_t count, const SpacePoint& tip,
+                      double radius);
+
+} // namespace detail::sphere
