@@ -1,0 +1,14 @@
+// What a failed calibration leaves for the support staff.
+#pragma once
+
+#include "framework/core/Array.h"
+#include "positioning/PoseSensorData.h"
+
+namespace detail {
+
+/// Appends the column header and one numbered row per sample to a file of the application data
+/// folder, which is made where it is missing. A file that cannot be opened is skipped.
+void AppendErrorDump(const wchar_t* fileName,
+                     const CArray<PoseSensorData, const PoseSensorData&>& samples);
+
+} // namespace detail

@@ -1,0 +1,118 @@
+// What the tests of the calibration share: its protected operations, recorded message boxes, and
+// a folder of its own for the dumps.
+#pragma once
+
+#include "calibration/InclineSensor_MagneticAdjust.h"
+#include "framework/core/MessageBox.h"
+#include "tests/calibration/TestTurns.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <unistd.h>
+#include <utility>
+#include <vector>
+
+struct ReachAdjust : CInclineSensor_MagneticAdjust
+{
+    using CInclineSensor_MagneticAdjust::CircleCenter;
+    using CInclineSensor_MagneticAdjust::EllipseFit;
+    using CInclineSensor_MagneticAdjust::LineFit;
+    using CInclineSensor_MagneticAdjust::lsq;
+    using CInclineSensor_MagneticAdjust::MagCorrPara;
+    using CInclineSensor_MagneticAdjust::MagneticCoordinateOffset;
+    using CInclineSensor_MagneticAdjust::MagneticModify;
+    using CInclineSensor_MagneticAdjust::OverDeterminedEquationSolution;
+};
+
+struct Box
+{
+    std::wstring text;
+    std::wstring title;
+    unsigned style;
+
+    bool operator==(const Box&) const = default;
+};
+
+// Message boxes shown while it lives.
+class RecordedBoxes
+{
+public:
+    RecordedBoxes()
+        : m_Before(framework::SetMessageBoxHandler(
+            [this](const wchar_t* text, const wchar_t* title, unsigned style) {
+                shown.push_back({text, title, style});
+                return 1;
+            }))
+    {}
+    ~RecordedBoxes() { framework::SetMessageBoxHandler(m_Before); }
+    RecordedBoxes(const RecordedBoxes&) = delete;
+    RecordedBoxes& operator=(const RecordedBoxes&) = delete;
+
+    std::vector<Box> shown;
+
+private:
+    framework::MessageBoxHandler m_Before;
+};
+
+// Application data go to a new folder while it lives.
+class OwnDataFolder
+{
+public:
+    OwnDataFolder()
+        : path(std::filesystem::temp_directory_path()
+               / ("tiltpole-adjust-" + std::to_string(::getpid())))
+    {
+        std::filesystem::remove_all(path);
+        ::setenv("XDG_DATA_HOME", path.c_str(), 1);
+    }
+    ~OwnDataFolder()
+    {
+        ::unsetenv("XDG_DATA_HOME");
+        std::filesystem::remove_all(path);
+    }
+    OwnDataFolder(const OwnDataFolder&) = delete;
+    OwnDataFolder& operator=(const OwnDataFolder&) = delete;
+
+    std::string Read(const std::string& name) const
+    {
+        std::ifstream file(path / "tiltpole" / name, std::ios::binary);
+        return {std::istreambuf_iterator<char>(file), {}};
+    }
+    bool Has(const std::string& name) const
+    {
+        return std::filesystem::exists(path / "tiltpole" / name);
+    }
+
+    std::filesystem::path path;
+};
+
+inline CSZMatrix ColumnOf(const std::vector<double>& values)
+{
+    const int n = static_cast<int>(values.size());
+    return CSZMatrix(values.data(), n, n, 1);
+}
+
+// Raw x, y, z of magnetometer A, or of B.
+inline CSZMatrix MatrixOf(const std::vector<PoseSensorData>& samples, bool second = false)
+{
+    CSZMatrix matrix(static_cast<int>(samples.size()), 3);
+    int row = 0;
+    for (const PoseSensorData& s : samples) {
+        matrix.SetData(row, 0, second ? s.dMag_x_2 : s.dMag_x);
+        matrix.SetData(row, 1, second ? s.dMag_y_2 : s.dMag_y);
+        matrix.SetData(row++, 2, second ? s.dMag_z_2 : s.dMag_z);
+    }
+    return matrix;
+}
+
+inline void Load(CInclineSensor_MagneticAdjust& adjust, std::vector<PoseSensorData> horizontal,
+                 std::vector<PoseSensorData> vertical)
+{
+    for (PoseSensorData& sample : horizontal)
+        adjust.Horizontal_Add(&sample);
+    for (PoseSensorData& sample : vertical)
+        adjust.Vertical_Add(&sample);
+}
