@@ -55,7 +55,7 @@ std::string FollowLinks(std::string path)
         const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
         if (length < 0) break;
         const std::string next(target.data(), static_cast<std::size_t>(length));
-        path = next.starts_with('/') ? next : FolderOf(path) + '/' + next;
+        path = next.starts_with('/') ? next : FolderOf(path).append("/").append(next);
     }
     return path;
 }

@@ -182,20 +182,30 @@ void AppendDigits(std::wstring& out, const Conversion& conversion, std::string_v
                  conversion.zero && conversion.precision < 0);
 }
 
+// The lowest bits that the size h or hh leaves, as an unsigned or signed integer.
+std::uint64_t LowBits(const Conversion& conversion, std::uint64_t value)
+{
+    if (conversion.shorts == 0) return value;
+    return value & (conversion.shorts == 1 ? 0xFFFF : 0xFF);
+}
+
+std::int64_t LowBits(const Conversion& conversion, std::int64_t value)
+{
+    if (conversion.shorts == 0) return value;
+    const int unused = conversion.shorts == 1 ? 48 : 56;
+    return static_cast<std::int64_t>(static_cast<std::uint64_t>(value) << unused) >> unused;
+}
+
 void AppendSigned(std::wstring& out, const Conversion& conversion, const FormatArgument& argument)
 {
-    std::int64_t value = argument.AsSigned();
-    if (conversion.shorts == 1) value = static_cast<std::int16_t>(value);
-    if (conversion.shorts > 1) value = static_cast<std::int8_t>(value);
+    const std::int64_t value = LowBits(conversion, argument.AsSigned());
     const auto bits = static_cast<std::uint64_t>(value);
     AppendDigits(out, conversion, SignOf(conversion, value < 0), value < 0 ? 0 - bits : bits, 10);
 }
 
 void AppendUnsigned(std::wstring& out, const Conversion& conversion, const FormatArgument& argument)
 {
-    std::uint64_t value = argument.AsUnsigned();
-    if (conversion.shorts == 1) value = static_cast<std::uint16_t>(value);
-    if (conversion.shorts > 1) value = static_cast<std::uint8_t>(value);
+    const std::uint64_t value = LowBits(conversion, argument.AsUnsigned());
     switch (conversion.type) {
     case L'o':
         return AppendDigits(out, conversion, "", value, 8);

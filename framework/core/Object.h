@@ -65,9 +65,11 @@ public:                                                                         
 #define IMPLEMENT_DYNAMIC(class_name, base_class_name)                                             \
     TILTPOLE_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, nullptr)
 
+// NOLINTBEGIN(bugprone-macro-parentheses): a class name takes none
 #define IMPLEMENT_DYNCREATE(class_name, base_class_name)                                           \
     CObject* class_name::CreateObject()                                                            \
     {                                                                                              \
         return new class_name;                                                                     \
     }                                                                                              \
     TILTPOLE_IMPLEMENT_RUNTIMECLASS(class_name, base_class_name, class_name::CreateObject)
+// NOLINTEND(bugprone-macro-parentheses)

@@ -6,6 +6,7 @@
 #include "framework/core/Types.h"
 
 #include <algorithm>
+#include <utility>
 
 struct POINT
 {
@@ -37,10 +38,14 @@ inline BOOL PtInRect(const RECT* rect, POINT point)
 class CSize : public SIZE
 {
 public:
-    constexpr CSize() : SIZE{0, 0} {}
-    constexpr CSize(int initialCx, int initialCy) : SIZE{initialCx, initialCy} {}
+    constexpr CSize() : SIZE() {}
+    constexpr CSize(int initialCx, int initialCy) : SIZE()
+    {
+        cx = initialCx;
+        cy = initialCy;
+    }
     constexpr CSize(SIZE size) : SIZE(size) {}
-    constexpr explicit CSize(POINT point) : SIZE{point.x, point.y} {}
+    constexpr explicit CSize(POINT point) : CSize(point.x, point.y) {}
 
     void SetSize(int newCx, int newCy) { *this = CSize(newCx, newCy); }
     constexpr bool operator==(SIZE other) const { return cx == other.cx && cy == other.cy; }
@@ -54,10 +59,14 @@ public:
 class CPoint : public POINT
 {
 public:
-    constexpr CPoint() : POINT{0, 0} {}
-    constexpr CPoint(int initialX, int initialY) : POINT{initialX, initialY} {}
+    constexpr CPoint() : POINT() {}
+    constexpr CPoint(int initialX, int initialY) : POINT()
+    {
+        x = initialX;
+        y = initialY;
+    }
     constexpr CPoint(POINT point) : POINT(point) {}
-    constexpr explicit CPoint(SIZE size) : POINT{size.cx, size.cy} {}
+    constexpr explicit CPoint(SIZE size) : CPoint(size.cx, size.cy) {}
 
     void SetPoint(int newX, int newY) { *this = CPoint(newX, newY); }
     void Offset(int dx, int dy) { SetPoint(x + dx, y + dy); }
@@ -78,15 +87,21 @@ public:
 class CRect : public RECT
 {
 public:
-    constexpr CRect() : RECT{0, 0, 0, 0} {}
-    constexpr CRect(int l, int t, int r, int b) : RECT{l, t, r, b} {}
+    constexpr CRect() : RECT() {}
+    constexpr CRect(int l, int t, int r, int b) : RECT()
+    {
+        left = l;
+        top = t;
+        right = r;
+        bottom = b;
+    }
     constexpr CRect(const RECT& rect) : RECT(rect) {}
     CRect(LPCRECT rect) : RECT(*rect) {}
     constexpr CRect(POINT topLeft, SIZE size)
-        : RECT{topLeft.x, topLeft.y, topLeft.x + size.cx, topLeft.y + size.cy}
+        : CRect(topLeft.x, topLeft.y, topLeft.x + size.cx, topLeft.y + size.cy)
     {}
     constexpr CRect(POINT topLeft, POINT bottomRight)
-        : RECT{topLeft.x, topLeft.y, bottomRight.x, bottomRight.y}
+        : CRect(topLeft.x, topLeft.y, bottomRight.x, bottomRight.y)
     {}
 
     operator LPRECT() { return this; }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <array>
+#include <bit>
 #include <climits>
 #include <cstring>
 #include <cwchar>
@@ -136,9 +137,9 @@ bool EncodeAll(std::wstring_view text, Sink sink)
         const std::size_t stop = std::min(text.size(), at + kChunk);
         std::size_t n = 0;
         for (; at < stop; ++at) {
-            unsigned value = static_cast<unsigned>(text[at]);
+            auto value = std::bit_cast<std::uint32_t>(text[at]);
             if (!IsScalarValue(value)) {
-                value = static_cast<unsigned>(kReplacement);
+                value = std::bit_cast<std::uint32_t>(kReplacement);
                 wellFormed = false;
             }
             n += Encode(value, chunk.data() + n);

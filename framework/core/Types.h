@@ -26,12 +26,13 @@ using LPCWSTR = const wchar_t*;
 using LPTSTR = wchar_t*;
 using LPCTSTR = const wchar_t*;
 
-struct HINSTANCE__;
-using HINSTANCE = HINSTANCE__*;
-using HMODULE = HINSTANCE;
+// Handles: what they point to is the framework's own.
 namespace framework {
+struct ModuleRecord;
 struct WindowRecord;
-}
+} // namespace framework
+using HINSTANCE = framework::ModuleRecord*;
+using HMODULE = HINSTANCE;
 using HWND = framework::WindowRecord*;
 
 // Macros as in the framework, so that other libraries' own "#ifndef TRUE" keeps working.

@@ -27,7 +27,7 @@ protected:
 
 TEST_F(File, WritesAndReadsBytesUnderAnyName)
 {
-    Write("a\r\nb\0c");
+    Write("a\r\nb");
     CFile file;
     ASSERT_TRUE(file.Open(m_path, CFile::modeRead | CFile::typeBinary | CFile::shareDenyNone));
     EXPECT_EQ(file.GetLength(), 4u);

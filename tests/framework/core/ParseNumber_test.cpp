@@ -30,7 +30,7 @@ struct Integer
 {
     const char* text;
     std::int32_t value;
-    std::size_t used;
+    unsigned used;
     bool inRange;
 };
 
@@ -82,9 +82,7 @@ TEST(ParseDouble, ReadsTheLongestNumberAtTheStart)
 TEST(ParseDouble, FindsNoNumberWhereNoneStands)
 {
     for (const char* text : {"", " ", "x1", "-", "+", "--1", "+-1", ".", "-.", ".e5", "e5", "- 1",
-                             "nan", "inf", "-inf",
-                             "\xC2\xA0"
-                             "1"})
+                             "nan", "inf", "-inf", "\xC2\xA0 1"})
         CheckDouble({text, 0.0, 0, true}, NumberForms::Decimal);
 }
 
