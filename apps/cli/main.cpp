@@ -1,6 +1,7 @@
 // tiltpole: the library's work on recorded data, from the command line.
 #include "apps/cli/Errors.h"
 #include "apps/cli/Measure.h"
+#include "apps/cli/Simulate.h"
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
@@ -14,6 +15,7 @@ namespace {
 void AddCommands(CLI::App& program, int& exitCode)
 {
     cli::AddMeasureCommand(program, exitCode);
+    cli::AddSimulateCommand(program, exitCode);
 }
 
 int Report(const std::string& sentence)

@@ -112,7 +112,7 @@ std::optional<Incline_MagneticCorrectParameter> CorrectionOf(const Magnetometer&
 
 double BiasAngleOf(const EarthField& field)
 {
-    return -field.declination;
+    return 0.0 - field.declination; // never -0
 }
 
 SensorReadings::SensorReadings(const PoseSensor& sensor, const EarthField& field,

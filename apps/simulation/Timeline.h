@@ -61,6 +61,12 @@ private:
     Generator m_random;
 };
 
+/// Whether a number lies in [0, 1].
+inline bool IsShare(double number)
+{
+    return number >= 0.0 && number <= 1.0;
+}
+
 /// 0 at 0, 1 at 1, level at both ends: 3s^2 - 2s^3, s cut to [0, 1].
 double Smoothly(double s);
 

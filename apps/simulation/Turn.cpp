@@ -8,6 +8,8 @@ namespace simulation {
 namespace {
 
 constexpr int kMostSamples = 10'000'000;
+constexpr double kMostSeconds = 1e6;
+constexpr double kMostDegrees = 1e6;
 
 // Where the turn stands at a time: straight between knots.
 struct Knot
@@ -179,7 +181,10 @@ std::string ProblemOf(const TurnPlan& plan)
     if (plan.samples < 2 || plan.samples > kMostSamples)
         return "a turn has from 2 to 10000000 samples";
     if (!(plan.rate > 0.0)) return "the sample rate must be above 0 Hz";
-    if (plan.extent == 0.0) return "a turn of 0 degrees is none";
+    if (!(DurationOf(plan) <= kMostSeconds)) return "a turn lasts at most 1000000 seconds";
+    if (!(std::fabs(plan.extent) > 0.0 && std::fabs(plan.extent) <= kMostDegrees))
+        return "a turn goes over more than 0 and at most 1000000 degrees";
+    if (!IsShare(plan.losses.share)) return "the share of lost samples must lie from 0 to 1";
     if (!(plan.unevenness >= 0.0 && plan.unevenness < 1.0))
         return "the unevenness of the speed must be at least 0 and below 1";
     const double extent = std::fabs(plan.extent);

@@ -222,7 +222,11 @@ TEST(Turn, ImpossiblePlansAreNamedAndGiveNothing)
     const TurnPlan plans[] = {
         {.samples = 1},
         {.rate = 0.0},
+        {.rate = 1e-6},
         {.extent = 0.0},
+        {.extent = 2e6},
+        {.extent = std::nan("")},
+        {.losses = {.share = 1.5}},
         {.unevenness = 1.0},
         {.stops = {{400.0, 1.0}}},
         {.stops = {{10.0, -1.0}}},

@@ -129,6 +129,8 @@ TEST(Walk, ImpossiblePlansAreNamedAndGiveNothing)
         {.leastLean = 20.0, .mostLean = 10.0},
         {.mostLean = 45.0                },
         {.rate = 1e9},
+        {.travel = 1e6                },
+        {.losses = {.share = -0.1}},
     };
     for (const WalkPlan& plan : plans) {
         EXPECT_FALSE(ProblemOf(plan).empty());
