@@ -12,13 +12,14 @@
 
 namespace {
 
-constexpr double kPlumb = 1e-6;         // [rad], each tilt angle
-constexpr double kStillField = 1000.0;  // [counts], sum over the axes
-constexpr double kStillTilt = 0.5;      // [degrees], pitch and roll each
-constexpr double kUndisturbed = 300.0;  // [counts], sum over the axes
-constexpr double kProjectBase = 180.0;  // [degrees]
-constexpr double kShortestLine2 = 1e-6; // [m²]
-constexpr double kMountingAngleB = 0.0; // [rad], of magnetometer B about the pole
+constexpr double kPlumb = 1e-6;           // [rad], each tilt angle
+constexpr double kStillField = 1000.0;    // [counts], sum over the axes
+constexpr double kStillTilt = 0.5;        // [degrees], pitch and roll each
+constexpr double kUndisturbed = 300.0;    // [counts], sum over the axes
+constexpr double kProjectBase = 180.0;    // [degrees]
+constexpr double kShortestLine2 = 1e-6;   // [m²]
+constexpr double kLargestUsualBias = 1e3; // [degrees]; beyond, headings lose digits
+constexpr double kMountingAngleB = 0.0;   // [rad], of magnetometer B about the pole
 
 // What `filter` remembers, for all objects together.
 struct Smoothing
@@ -73,15 +74,35 @@ private:
     const detail::Reading m_b;
 };
 
-// Down the pole from the antenna; azimuth of the projection in radians.
+// Down the pole from the antenna, in the direction of its projection.
 xyhCoordinate DownThePole(const xyhCoordinate& antenna, double length, const detail::Elevation& t,
-                          double azimuth)
+                          const detail::Turn& azimuth)
 {
-    return {antenna.x + length * t.cos * std::cos(azimuth),
-            antenna.y + length * t.cos * std::sin(azimuth), antenna.h - length * t.sin};
+    return {antenna.x + length * t.cos * azimuth.cos, antenna.y + length * t.cos * azimuth.sin,
+            antenna.h - length * t.sin};
+}
+
+detail::Elevation ElevationFrom(double radians)
+{
+    return {std::sin(radians), std::cos(radians)};
+}
+
+detail::Turn TurnFrom(double radians)
+{
+    return {std::cos(radians), std::sin(radians)};
 }
 
 } // namespace
+
+void CInclineSensor_Position::SetMagneticBiasAngle_A(double angle)
+{
+    m_dMagneticBiasAngle_A = angle;
+    const bool usual = std::fabs(angle) <= kLargestUsualBias;
+    const detail::Turn turn =
+        TurnFrom(usual ? detail::Deg2Rad(angle) : std::numeric_limits<double>::quiet_NaN());
+    m_dCosBiasAngle_A = turn.cos;
+    m_dSinBiasAngle_A = turn.sin;
+}
 
 int CInclineSensor_Position::Position(PoseSensorData& sample, double poleLength,
                                       xyhCoordinate& point)
@@ -101,10 +122,13 @@ int CInclineSensor_Position::TipOf(const PoseSensorData& sample, const detail::P
     const double v = m_nSensorType == detail::kFirstConvention ? sample.dRoll : sample.dPitch;
     const detail::Projection projection =
         detail::ProjectionOf(tilt, v > 0.0, elevation, m_nSensorType);
-    if (projection.trusted) {
+    const detail::Turn heading =
+        detail::HeadingTurnOf(detail::Level(pose, ReadingA(sample), m_nSensorType));
+    const detail::Turn azimuth =
+        heading + (projection.turn + detail::Turn{m_dCosBiasAngle_A, -m_dSinBiasAngle_A});
+    if (projection.trusted && std::isfinite(azimuth.cos)) {
         KeepProjection(projection.k1);
-        const double azimuth = detail::AdjustedAzimuth(sample.dYaw + projection.angle);
-        point = DownThePole(point, poleLength, elevation, detail::Deg2Rad(azimuth));
+        point = DownThePole(point, poleLength, elevation, azimuth);
         return 1;
     }
 
@@ -124,7 +148,7 @@ int CInclineSensor_Position::Position_Geometry_A(xyhCoordinate antenna, PoseSens
     const double t = Deg2Rad(GetAngleofPoletoHorizontal(sample.dPitch, sample.dRoll));
     const double azimuth =
         Deg2Rad(GetAngleofPoleProject(sample.dPitch, sample.dRoll, sample.dYaw, 1));
-    tip = DownThePole(antenna, poleLength, {std::sin(t), std::cos(t)}, azimuth);
+    tip = DownThePole(antenna, poleLength, ElevationFrom(t), TurnFrom(azimuth));
     return 1;
 }
 
@@ -134,7 +158,7 @@ int CInclineSensor_Position::Position_Geometry_B(xyhCoordinate antenna, PoseSens
     const double t = Deg2Rad(GetAngleofPoletoHorizontal(-sample.dPitch, -sample.dRoll));
     const double azimuth =
         Deg2Rad(GetAngleofPoleProject(-sample.dPitch, -sample.dRoll, sample.dYaw_2, 0));
-    tip = DownThePole(antenna, poleLength, {std::sin(t), std::cos(t)}, azimuth);
+    tip = DownThePole(antenna, poleLength, ElevationFrom(t), TurnFrom(azimuth));
     return 1;
 }
 
@@ -217,17 +241,19 @@ double CInclineSensor_Position::Heading(const PoseSensorData& sample, const deta
 double CInclineSensor_Position::CalculateYaw_ADI(const PoseSensorData& sample,
                                                  const detail::Pose& pose, int useA) const
 {
-    if (useA) return Unbiased(detail::HeadingFirst(pose, ReadingA(sample)), 1);
-    return Unbiased(detail::HeadingFirst(pose.Reversed(), detail::TurnedToPole(ReadingB(sample))),
-                    0);
+    const detail::LevelledField field =
+        useA ? detail::LevelFirst(pose, ReadingA(sample))
+             : detail::LevelFirst(pose.Reversed(), detail::TurnedToPole(ReadingB(sample)));
+    return Unbiased(detail::HeadingOf(field), useA);
 }
 
 double CInclineSensor_Position::CalculateYaw_SCA(const PoseSensorData& sample,
                                                  const detail::Pose& pose, int useA) const
 {
-    if (useA) return Unbiased(detail::HeadingSecond(pose, ReadingA(sample)), 1);
-    return Unbiased(detail::HeadingSecond(pose.Reversed(), detail::TurnedToPole(ReadingB(sample))),
-                    0);
+    const detail::LevelledField field =
+        useA ? detail::LevelSecond(pose, ReadingA(sample))
+             : detail::LevelSecond(pose.Reversed(), detail::TurnedToPole(ReadingB(sample)));
+    return Unbiased(detail::HeadingOf(field), useA);
 }
 
 double CInclineSensor_Position::Unbiased(double heading, int useA) const

@@ -51,7 +51,7 @@ public:
     }
 
     /// What is subtracted from a heading [degrees].
-    void SetMagneticBiasAngle_A(double angle) { m_dMagneticBiasAngle_A = angle; }
+    void SetMagneticBiasAngle_A(double angle);
     double GetMagneticBiasAngle_A() const { return m_dMagneticBiasAngle_A; }
     void SetMagneticBiasAngle_B(double angle) { m_dMagneticBiasAngle_B = angle; }
     double GetMagneticBiasAngle_B() const { return m_dMagneticBiasAngle_B; }
@@ -221,4 +221,6 @@ private:
     double m_dMagneticBiasAngle_B = 0.0;
     int m_bStationary = 0;
     int m_bMagneticInterference = 0;
+    double m_dCosBiasAngle_A = 1.0; // of m_dMagneticBiasAngle_A; no numbers where it is huge
+    double m_dSinBiasAngle_A = 0.0;
 };

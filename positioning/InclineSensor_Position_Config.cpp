@@ -50,5 +50,6 @@ int CInclineSensor_Position::ConfigRead(CString path)
     file.ReadDoubles(ParameterLines(m_MagneticCorrectPar_A, m_MagneticCorrectPar_B,
                                     m_MagneticTranslationPar, m_dMagneticBiasAngle_A,
                                     m_dMagneticBiasAngle_B));
+    SetMagneticBiasAngle_A(m_dMagneticBiasAngle_A);
     return 1;
 }

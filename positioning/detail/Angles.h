@@ -41,9 +41,10 @@ inline double ArcCosine(double value)
 /// (AdjustAzimuth.TakesOneStepAtMost).
 inline double AdjustedAzimuth(double azimuth)
 {
-    if (azimuth < 0.0) return azimuth + 360.0;
-    if (azimuth > 360.0) return azimuth - 360.0;
-    return azimuth;
+    // Without a branch: headings of a turning pole are beyond prediction. Adding -0 changes
+    // nothing.
+    static constexpr double kStep[] = {-0.0, 360.0, -360.0};
+    return azimuth + kStep[(azimuth < 0.0 ? 1 : 0) + (azimuth > 360.0 ? 2 : 0)];
 }
 
 /// √(1 − x²), the cosine of an angle whose sine is x, or the reverse. The product keeps its digits
@@ -51,6 +52,23 @@ inline double AdjustedAzimuth(double azimuth)
 inline double OtherLeg(double x)
 {
     return std::sqrt((1.0 - x) * (1.0 + x));
+}
+
+/// An angle by its cosine and sine; sums of angles need no further trigonometry.
+struct Turn
+{
+    double cos = 1.0;
+    double sin = 0.0;
+};
+
+inline Turn operator+(const Turn& a, const Turn& b)
+{
+    return {a.cos * b.cos - a.sin * b.sin, a.sin * b.cos + a.cos * b.sin};
+}
+
+inline Turn operator-(const Turn& a)
+{
+    return {a.cos, -a.sin};
 }
 
 } // namespace detail

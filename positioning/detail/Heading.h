@@ -5,6 +5,9 @@
 #include "positioning/detail/Angles.h"
 #include "positioning/detail/Tilt.h"
 
+#include <cmath>
+#include <limits>
+
 namespace detail {
 
 struct Reading // of one magnetometer [counts]
@@ -34,38 +37,59 @@ inline Reading TurnedToPole(const Reading& m)
     return {m.x * kCos + m.y * kSin, -m.x * kSin + m.y * kCos, m.z};
 }
 
-// Heading of the horizontal field, sensor type 1. The lean is taken out by the levelling rotation
-// Ry(p)·Rx(r) of the reading with y and z reversed:
+/// The horizontal part of the field as the pole sees it [counts], the lean taken out.
+struct LevelledField
+{
+    double forward, rightward;
+};
+
+// Sensor type 1: the levelling rotation Ry(p)·Rx(r) of the reading with y and z reversed,
 //
-//   Xh = cos p·mx + sin p·sin r·my + sin p·cos r·mz
-//   Yh =                  cos r·my −       sin r·mz
-//   heading = atan2(−Yh, Xh)
+//   Xh = cos p·mx + sin p·sin r·my + sin p·cos r·mz    forward
+//   Yh =                  cos r·my −       sin r·mz    rightward
 //
-// m [counts, any scale]; result [degrees] in [-180, 180], 0 for a vanishing field.
 // Derivation: docs/formulas.md, "Levelling".
-inline double HeadingFirst(const Pose& pose, const Reading& reading)
+inline LevelledField LevelFirst(const Pose& pose, const Reading& reading)
 {
     const Reading m{reading.x, -reading.y, -reading.z};
-    const double forward = pose.cosPitch * m.x + pose.sinPitch * pose.sinRoll * m.y
-                           + pose.sinPitch * pose.cosRoll * m.z;
-    const double rightward = pose.cosRoll * m.y - pose.sinRoll * m.z;
-    return Rad2Deg(std::atan2(-rightward, forward));
+    return {pose.cosPitch * m.x + pose.sinPitch * pose.sinRoll * m.y
+                + pose.sinPitch * pose.cosRoll * m.z,
+            pose.cosRoll * m.y - pose.sinRoll * m.z};
 }
 
-// Heading of the horizontal field, every other sensor type: pitch turns about x, roll about y, and
-// the reading is taken as it is.
+// Every other sensor type: pitch turns about x, roll about y, the reading is taken as it is,
 //
-//   A1 =       cos r·mx              +       sin r·mz
-//   B1 = sin r·sin p·mx + cos p·my − cos r·sin p·mz
-//   heading = atan2(−A1, B1)
-//
-// Units and result as above.
-inline double HeadingSecond(const Pose& pose, const Reading& m)
+//   B1 = sin r·sin p·mx + cos p·my − cos r·sin p·mz    forward
+//   A1 =       cos r·mx            +       sin r·mz    rightward
+inline LevelledField LevelSecond(const Pose& pose, const Reading& m)
 {
-    const double rightward = pose.cosRoll * m.x + pose.sinRoll * m.z;
-    const double forward = pose.sinRoll * pose.sinPitch * m.x + pose.cosPitch * m.y
-                           - pose.cosRoll * pose.sinPitch * m.z;
-    return Rad2Deg(std::atan2(-rightward, forward));
+    return {pose.sinRoll * pose.sinPitch * m.x + pose.cosPitch * m.y
+                - pose.cosRoll * pose.sinPitch * m.z,
+            pose.cosRoll * m.x + pose.sinRoll * m.z};
+}
+
+inline LevelledField Level(const Pose& pose, const Reading& m, int sensorType)
+{
+    return sensorType == kFirstConvention ? LevelFirst(pose, m) : LevelSecond(pose, m);
+}
+
+/// atan2(−rightward, forward) [degrees] in [-180, 180]; 0 or ±180 for a vanishing field.
+inline double HeadingOf(const LevelledField& field)
+{
+    return Rad2Deg(std::atan2(-field.rightward, field.forward));
+}
+
+/// The same as a turn; not of numbers where the field is too small or too large to be squared.
+inline Turn HeadingTurnOf(const LevelledField& field)
+{
+    constexpr double kLeast = 1e-150;
+    constexpr double kMost = 1e150;
+    const double strength =
+        std::sqrt(field.forward * field.forward + field.rightward * field.rightward);
+    const double scale = strength > kLeast && strength < kMost
+                             ? 1.0 / strength
+                             : std::numeric_limits<double>::quiet_NaN();
+    return {field.forward * scale, -field.rightward * scale};
 }
 
 /// Azimuth of the vector (dx, dy), counted from +x towards +y [degrees]. |dx| < 1e-6 counts as a

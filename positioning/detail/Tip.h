@@ -27,35 +27,42 @@ inline Elevation ElevationOf(const Pose& pose, int sensorType)
     return {std::fabs(cosLean), OtherLeg(cosLean)};
 }
 
-/// Where the pole's projection points, relative to the heading [degrees].
+/// Where the pole's projection points, relative to the heading.
 struct Projection
 {
-    double angle; // k1, or k3 + k1 for the sensor type whose projection is turned further
-    double k1;
-    bool trusted; // false where the roots used here lose digits
+    double k1; // [degrees], the part that is kept
+    Turn turn; // k1, or k3 + k1 for the sensor type whose projection is turned further
+    bool trusted;
 };
 
-/// The projection by roots and one arc cosine (two for the turned type):
+/// The projection by roots and one arc cosine:
 ///
 ///   k1 = ±acos(tan t·tan u), negative for v > 0        k3 = acos(−tan u·tan v)
 ///
 /// An arc cosine near its ends, a pole near the plumb line or near the horizontal amplify the last
-/// digit of what they are given; there the result is not to be trusted, and the written formulas
-/// are to be evaluated step by step. Elsewhere both agree within 5e-10 degrees.
+/// digit of what they are given; there the result is not trusted, and the written formulas are to
+/// be evaluated step by step. Elsewhere both agree within 5e-10 degrees.
 inline Projection ProjectionOf(const TiltAngles& tilt, bool positiveV, const Elevation& t,
                                int sensorType)
 {
     constexpr double kLeastMargin = 1e-4; // relative rounding of 1e-16 grows to 1e-12 rad here
+    static constexpr double kSign[] = {1.0, -1.0};
+    const double sign = kSign[positiveV ? 1 : 0];
+
     const double cosK1 = t.sin * tilt.sinU / (t.cos * tilt.cosU);
-    const double margin = OtherLeg(cosK1) * t.cos * std::fabs(tilt.cosU);
-    const double unsignedK1 = Rad2Deg(ArcCosine(cosK1));
-    const double k1 = positiveV ? -unsignedK1 : unsignedK1;
-    if (sensorType != kTurnedProjectionType) return {k1, k1, margin > kLeastMargin};
+    const double sinK1 = OtherLeg(cosK1);
+    const double k1 = sign * Rad2Deg(ArcCosine(cosK1));
+    const Turn first{cosK1, sign * sinK1};
+    const bool firstTrusted = sinK1 * t.cos * std::fabs(tilt.cosU) > kLeastMargin;
+    if (sensorType != kTurnedProjectionType) return {k1, first, firstTrusted};
 
     const double cosK3 = -(tilt.sinU * tilt.sinV) / (tilt.cosU * tilt.cosV);
-    const double margin3 = OtherLeg(cosK3) * tilt.cosU * tilt.cosU * std::fabs(tilt.cosV);
-    const double k3 = Rad2Deg(ArcCosine(cosK3));
-    return {k3 + k1, k1, margin > kLeastMargin && margin3 > kLeastMargin};
+    const double sinK3 = OtherLeg(cosK3);
+    const double margin = sinK3 * tilt.cosU * tilt.cosU * std::fabs(tilt.cosV);
+    return {
+        k1, Turn{cosK3, sinK3}
+         + first, firstTrusted && margin > kLeastMargin
+    };
 }
 
 } // namespace detail

@@ -1,5 +1,6 @@
 // The whole measurement written out formula by formula, one library call per function named in a
-// formula and nothing shared between steps: what the class is compared with, in value and in time.
+// formula and nothing shared between operations: what the class is compared with, in value and in
+// time. Operations are calls, as in a class whose operations a host can call one by one.
 #pragma once
 
 #include "positioning/InclineSensor_Position.h"
@@ -12,23 +13,23 @@ namespace literal {
 inline constexpr double kPi = 3.141592653589793;
 inline constexpr double kHalfPi = 1.5707963267948966;
 
-inline double Rad(double degrees)
+[[gnu::noinline]] inline double Rad(double degrees)
 {
     return degrees * kPi / 180.0;
 }
-inline double Deg(double radians)
+[[gnu::noinline]] inline double Deg(double radians)
 {
     return radians * 180.0 / kPi;
 }
-inline double Asin(double x)
+[[gnu::noinline]] inline double Asin(double x)
 {
     return std::asin(x > 1.0 ? 1.0 : x < -1.0 ? -1.0 : x);
 }
-inline double Acos(double x)
+[[gnu::noinline]] inline double Acos(double x)
 {
     return std::acos(x > 1.0 ? 1.0 : x < -1.0 ? -1.0 : x);
 }
-inline double Adjust(double a)
+[[gnu::noinline]] inline double Adjust(double a)
 {
     return a < 0.0 ? a + 360.0 : a > 360.0 ? a - 360.0 : a;
 }
@@ -50,14 +51,16 @@ struct Result
     xyhCoordinate tip;
 };
 
-inline void Modify(const Incline_MagneticCorrectParameter& p, const double raw[3], double out[3])
+[[gnu::noinline]] inline void Modify(const Incline_MagneticCorrectParameter& p, const double raw[3],
+                                     double out[3])
 {
     out[0] = raw[0] - p.x0;
     out[1] = p.a * raw[0] + p.b * raw[1] - p.y0;
     out[2] = p.c * raw[0] + p.d * raw[1] + p.e * raw[2] - p.z0;
 }
 
-inline double Heading(int sensorType, double p, double r, double x, double y, double z)
+[[gnu::noinline]] inline double Heading(int sensorType, double p, double r, double x, double y,
+                                        double z)
 {
     using std::cos, std::sin;
     if (sensorType == 1) {
@@ -73,7 +76,8 @@ inline double Heading(int sensorType, double p, double r, double x, double y, do
     return Deg(std::atan2(-a1, b1));
 }
 
-inline void TiltAngles(int sensorType, double pitch, double roll, double& u, double& v)
+[[gnu::noinline]] inline void TiltAngles(int sensorType, double pitch, double roll, double& u,
+                                         double& v)
 {
     u = Rad(pitch);
     v = Rad(roll);
@@ -83,7 +87,7 @@ inline void TiltAngles(int sensorType, double pitch, double roll, double& u, dou
     u = derived;
 }
 
-inline double ElevationDegrees(int sensorType, double pitch, double roll)
+[[gnu::noinline]] inline double ElevationDegrees(int sensorType, double pitch, double roll)
 {
     const double p = Rad(pitch);
     const double r = Rad(roll);
@@ -97,8 +101,8 @@ inline double ElevationDegrees(int sensorType, double pitch, double roll)
     return Deg(kHalfPi - g);
 }
 
-inline double Projection(int sensorType, double pitch, double roll, double heading,
-                         double cosine[2])
+[[gnu::noinline]] inline double Projection(int sensorType, double pitch, double roll,
+                                           double heading, double cosine[2])
 {
     const double t = Rad(ElevationDegrees(sensorType, pitch, roll));
     double u = 0.0;
