@@ -1,0 +1,273 @@
+#include "quality/TipEstimate.h"
+
+#include "quality/detail/Quantiles.h"
+
+#include <Eigen/Dense>
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <optional>
+
+namespace quality {
+
+namespace {
+
+using Eigen::Matrix2d;
+using Eigen::Matrix3d;
+using Eigen::Matrix4d;
+using Eigen::Vector3d;
+using Eigen::Vector4d;
+
+constexpr double kConfidence = 0.95;
+constexpr double kOutlierConfidence = 0.999; // for the whole set
+constexpr double kRadiusConfidence = 0.999;
+constexpr double kConverged = 1e-9; // step [m]
+constexpr int kMostIterations = 100;
+constexpr double kDegrees = 180.0 / std::numbers::pi;
+constexpr std::size_t kFewest = 4;
+
+struct Antenna
+{
+    Vector3d position; // about the first one [m]
+    std::size_t index; // as given
+};
+
+std::vector<Antenna> FiniteAntennas(const std::vector<xyhCoord>& given)
+{
+    std::vector<Antenna> antennas;
+    Vector3d origin = Vector3d::Zero();
+    for (std::size_t k = 0; k < given.size(); ++k) {
+        const Vector3d position(given[k].x, given[k].y, given[k].h);
+        if (!position.allFinite()) continue;
+        if (antennas.empty()) origin = position;
+        antennas.push_back({position - origin, k});
+    }
+    return antennas;
+}
+
+// One antenna position seen from a tip.
+struct Sight
+{
+    Vector3d direction; // unit, antenna to tip
+    double residual;    // distance − antenna height [m]
+    double weight;      // 1 / variance of the distance [1/m²]
+};
+
+class Fit
+{
+public:
+    Fit(const std::vector<Antenna>& antennas, double antennaHeight, const AntennaErrors& errors)
+        : m_antennas(antennas), m_antennaHeight(antennaHeight),
+          m_variance(errors.plan * errors.plan, errors.plan * errors.plan,
+                     errors.height * errors.height)
+    {}
+
+    bool Converge();
+
+    Sight At(std::size_t k, const Vector3d& tip) const
+    {
+        const Vector3d towards = tip - m_antennas[k].position;
+        const double distance = towards.norm();
+        const Vector3d direction = towards / distance;
+        return {direction, distance - m_antennaHeight, 1.0 / direction.cwiseAbs2().dot(m_variance)};
+    }
+    Sight At(std::size_t k) const { return At(k, m_tip); }
+    std::size_t Count() const { return m_antennas.size(); }
+    int Freedom() const { return static_cast<int>(Count()) - 3; }
+    const Vector3d& Tip() const { return m_tip; }
+    int Iterations() const { return m_iterations; }
+    double Misfit() const { return Misfit(m_tip); }
+    Matrix3d Normal() const;
+    Matrix3d DirectionScatter() const;
+
+private:
+    double Misfit(const Vector3d& tip) const;
+    Vector3d Step() const;
+
+    const std::vector<Antenna>& m_antennas;
+    double m_antennaHeight;
+    Vector3d m_variance;
+    Vector3d m_tip = Vector3d::Zero();
+    int m_iterations = 0;
+};
+
+double Fit::Misfit(const Vector3d& tip) const
+{
+    double sum = 0.0;
+    for (std::size_t k = 0; k < Count(); ++k) {
+        const Sight sight = At(k, tip);
+        sum += sight.weight * sight.residual * sight.residual;
+    }
+    return sum;
+}
+
+Matrix3d Fit::Normal() const
+{
+    Matrix3d normal = Matrix3d::Zero();
+    for (std::size_t k = 0; k < Count(); ++k) {
+        const Sight sight = At(k);
+        normal += sight.weight * sight.direction * sight.direction.transpose();
+    }
+    return normal;
+}
+
+Matrix3d Fit::DirectionScatter() const
+{
+    Matrix3d scatter = Matrix3d::Zero();
+    for (std::size_t k = 0; k < Count(); ++k) {
+        const Vector3d direction = At(k).direction;
+        scatter += direction * direction.transpose();
+    }
+    return scatter / static_cast<double>(Count());
+}
+
+Vector3d Fit::Step() const
+{
+    Vector3d right = Vector3d::Zero();
+    for (std::size_t k = 0; k < Count(); ++k) {
+        const Sight sight = At(k);
+        right -= sight.weight * sight.residual * sight.direction;
+    }
+    return Normal().ldlt().solve(right);
+}
+
+// Gauss–Newton from below the middle of the antennas; a step that makes the misfit larger is
+// halved.
+bool Fit::Converge()
+{
+    for (const Antenna& antenna : m_antennas)
+        m_tip += antenna.position / static_cast<double>(Count());
+    m_tip.z() -= m_antennaHeight;
+    for (m_iterations = 1; m_iterations <= kMostIterations; ++m_iterations) {
+        Vector3d step = Step();
+        if (!step.allFinite()) return false;
+        const double before = Misfit();
+        while (step.norm() > kConverged && !(Misfit(m_tip + step) <= before))
+            step *= 0.5;
+        m_tip += step;
+        if (step.norm() <= kConverged) return true;
+    }
+    return false;
+}
+
+void DescribeEllipse(TipEstimate& estimate, const Matrix3d& covariance, int freedom)
+{
+    const Matrix2d plan = covariance.topLeftCorner<2, 2>();
+    const Eigen::SelfAdjointEigenSolver<Matrix2d> axes(plan);
+    const double bound = 2.0 * detail::FisherBoundOfTwo(kConfidence, freedom);
+    estimate.ellipseMinor = std::sqrt(bound * std::max(0.0, axes.eigenvalues()[0]));
+    estimate.ellipseMajor = std::sqrt(bound * std::max(0.0, axes.eigenvalues()[1]));
+    const Eigen::Vector2d major = axes.eigenvectors().col(1);
+    const double azimuth = std::atan2(major.y(), major.x()) * kDegrees;
+    estimate.ellipseAzimuth = azimuth < 0.0 ? azimuth + 180.0 : azimuth >= 180.0 ? 0.0 : azimuth;
+}
+
+// The residual that is largest by the deviation to be expected of it without it (externally
+// studentised), against what the largest of n may be.
+void FindLargestResidual(TipEstimate& estimate, const Fit& fit,
+                         const std::vector<Antenna>& antennas, const Matrix3d& cofactor)
+{
+    const double freedom = static_cast<double>(fit.Freedom());
+    double largest = -1.0;
+    for (std::size_t k = 0; k < fit.Count(); ++k) {
+        const Sight sight = fit.At(k);
+        const double leverage = sight.weight * sight.direction.dot(cofactor * sight.direction);
+        const double ownSquare =
+            sight.weight * sight.residual * sight.residual / std::max(1e-12, 1.0 - leverage);
+        if (ownSquare <= largest) continue;
+        largest = ownSquare;
+        estimate.largestResidualIndex = antennas[k].index;
+        estimate.largestResidual = sight.residual;
+    }
+    if (freedom < 2.0) return;
+    const double others = std::max(fit.Misfit() - largest, 0.0) / (freedom - 1.0);
+    const double chance = (1.0 - kOutlierConfidence) / static_cast<double>(fit.Count());
+    const double bound = detail::StudentBound(1.0 - chance, fit.Freedom() - 1);
+    constexpr double kRounding = 1e-12; // of residuals [m]
+    if (std::fabs(estimate.largestResidual) > kRounding)
+        estimate.largestResidualRatio = std::sqrt(largest / others) / bound;
+}
+
+// The fit once more with the radius as a fourth unknown, one step from the solution.
+void TestRadius(TipEstimate& estimate, const Fit& fit)
+{
+    const int freedom = fit.Freedom() - 1;
+    if (freedom < 1) return;
+    Matrix4d normal = Matrix4d::Zero();
+    Vector4d right = Vector4d::Zero();
+    for (std::size_t k = 0; k < fit.Count(); ++k) {
+        const Sight sight = fit.At(k);
+        Vector4d row;
+        row << sight.direction, -1.0;
+        normal += sight.weight * row * row.transpose();
+        right -= sight.weight * sight.residual * row;
+    }
+    const Matrix4d cofactor = normal.inverse();
+    if (!cofactor.allFinite()) return;
+    const Vector4d step = cofactor * right;
+    const double misfit = std::max(0.0, fit.Misfit() - step.dot(right));
+    estimate.radiusExcess = step[3];
+    estimate.radiusExcessLimit = detail::StudentBound(kRadiusConfidence, freedom)
+                                 * std::sqrt(misfit / freedom * cofactor(3, 3));
+}
+
+TipVerdict Judge(const TipEstimate& estimate)
+{
+    constexpr double kRounding = 1e-9; // [m]
+    if (estimate.largestResidualRatio > 1.0) return TipVerdict::Outlier;
+    if (estimate.radiusExcessLimit > 0.0
+        && std::fabs(estimate.radiusExcess) > estimate.radiusExcessLimit + kRounding)
+        return TipVerdict::WrongRadius;
+    if (estimate.ellipseMajor > kTipTolerance || estimate.heightHalfInterval > kTipTolerance)
+        return TipVerdict::TooUncertain;
+    return TipVerdict::Store;
+}
+
+void DescribeSpread(TipEstimate& estimate, const Fit& fit)
+{
+    const Eigen::SelfAdjointEigenSolver<Matrix3d> spread(fit.DirectionScatter());
+    const double least = std::clamp(spread.eigenvalues()[0], 0.0, 1.0);
+    estimate.directionSpread = std::asin(std::sqrt(least)) * kDegrees;
+    estimate.narrowCone = estimate.directionSpread < kNarrowSpread;
+}
+
+} // namespace
+
+TipEstimate EstimateTip(const std::vector<xyhCoord>& antennas, double antennaHeight,
+                        const AntennaErrors& errors)
+{
+    const std::vector<Antenna> finite = FiniteAntennas(antennas);
+    if (finite.size() < kFewest || !(antennaHeight > 0.0) || !(errors.plan > 0.0)
+        || !(errors.height > 0.0))
+        return {};
+    Fit fit(finite, antennaHeight, errors);
+    if (!fit.Converge()) return {};
+    const Matrix3d cofactor = fit.Normal().inverse();
+    if (!cofactor.allFinite()) return {};
+
+    TipEstimate estimate;
+    const xyhCoord& origin = antennas[finite.front().index];
+    estimate.tip = {origin.x + fit.Tip().x(), origin.y + fit.Tip().y(), origin.h + fit.Tip().z()};
+    estimate.used = finite.size();
+    estimate.iterations = fit.Iterations();
+    const double variance = fit.Misfit() / fit.Freedom();
+    const Matrix3d covariance = variance * cofactor;
+    Eigen::Map<Eigen::Matrix<double, 3, 3, Eigen::RowMajor>>(&estimate.covariance[0][0]) =
+        covariance;
+    estimate.errorFactor = std::sqrt(variance);
+    double squares = 0.0;
+    for (std::size_t k = 0; k < fit.Count(); ++k)
+        squares += fit.At(k).residual * fit.At(k).residual;
+    estimate.residualRms = std::sqrt(squares / static_cast<double>(fit.Count()));
+    estimate.heightHalfInterval =
+        detail::StudentBound(kConfidence, fit.Freedom()) * std::sqrt(covariance(2, 2));
+    DescribeEllipse(estimate, covariance, fit.Freedom());
+    FindLargestResidual(estimate, fit, finite, cofactor);
+    TestRadius(estimate, fit);
+    DescribeSpread(estimate, fit);
+    estimate.verdict = Judge(estimate);
+    return estimate;
+}
+
+} // namespace quality

@@ -1,0 +1,45 @@
+#include "quality/detail/Quantiles.h"
+
+#include <cmath>
+#include <numbers>
+
+namespace quality::detail {
+
+// Abramowitz & Stegun, Handbook of Mathematical Functions, 26.7.3 and 26.7.4: a finite series in
+// cos θ, θ = atan(x / sqrt(ν)).
+double StudentWithin(double x, int freedom)
+{
+    const double angle = std::atan(x / std::sqrt(static_cast<double>(freedom)));
+    const double cosine = std::cos(angle);
+    const bool odd = freedom % 2 == 1;
+    double term = odd ? cosine : 1.0;
+    double sum = freedom == 1 ? 0.0 : term;
+    for (int k = odd ? 2 : 1; k <= freedom - 3; k += 2) {
+        term *= cosine * cosine * static_cast<double>(k) / static_cast<double>(k + 1);
+        sum += term;
+    }
+    const double series = std::sin(angle) * sum;
+    return odd ? 2.0 / std::numbers::pi * (angle + series) : series;
+}
+
+double StudentBound(double probability, int freedom)
+{
+    double low = 0.0;
+    double high = 1.0;
+    while (StudentWithin(high, freedom) < probability && high < 1e12)
+        high *= 2.0;
+    for (int halving = 0; halving < 100; ++halving) {
+        const double middle = 0.5 * (low + high);
+        (StudentWithin(middle, freedom) < probability ? low : high) = middle;
+    }
+    return 0.5 * (low + high);
+}
+
+// P(F > x) = (1 + 2x/ν)^(−ν/2).
+double FisherBoundOfTwo(double probability, int freedom)
+{
+    const double half = 0.5 * static_cast<double>(freedom);
+    return half * (std::pow(1.0 - probability, -1.0 / half) - 1.0);
+}
+
+} // namespace quality::detail
