@@ -1,0 +1,66 @@
+// A heading on a round compass dial: rings, 36 ticks with twelve numbers, a red needle, and green
+// marks at fixed headings. 0 stands at the top; headings count clockwise, in degrees.
+//
+// Put it on a dialog by SubclassDlgItem over a static control, then feed it with SetValue:
+//
+//   CGraphCompass dial;
+//   dial.SubclassDlgItem(IDC_DIAL, &dialog);
+//   dial.SetValue(sample.dYaw);
+#pragma once
+
+#include "controls/detail/DialGeometry.h"
+#include "controls/detail/MeterFace.h"
+
+#include "framework/core/Export.h"
+#include "framework/gui/Static.h"
+
+class TILTPOLE_API CGraphCompass : public CStatic
+{
+    DECLARE_DYNAMIC(CGraphCompass)
+
+public:
+    CGraphCompass();
+    ~CGraphCompass() override;
+
+    /// Stores the heading [degrees], any value as given, and redraws at once when the dial has been
+    /// painted before.
+    void SetValue(double degrees);
+    double GetValue() const;
+
+    /// Colour of the control around the dial; the background is drawn again at the next paint.
+    void SetMeterBackColor(COLORREF color);
+    COLORREF GetMeterBackColor() const;
+
+    /// Lets the next paint draw the background again, in the size the control has then. A new size
+    /// is not noticed otherwise.
+    void ReconstructControl();
+
+    /// Marks a heading in whole degrees and draws the mark at once; nothing happens for one that is
+    /// marked already. 10 and 370 are two marks at one place. The context it draws on stays lent
+    /// to the control (see CWnd::GetDC).
+    void SetFix(int degrees);
+    /// Removes all marks; they vanish at the next paint.
+    void ClearFix();
+
+    /// @{ Drawing steps. Nothing is drawn without a context.
+    void DrawBackground(CDC* dc, CRect& rect);
+    void DrawPointer(CDC* dc, double degrees);
+    void DrawFixSign(CDC* dc);
+    /// @}
+
+    void PreSubclassWindow() override;
+
+protected:
+    afx_msg void OnPaint();
+    afx_msg BOOL OnEraseBkgnd(CDC* dc);
+
+    DECLARE_MESSAGE_MAP()
+
+    controls::MeterFace m_face;
+    controls::DialRings m_rings; // of the last background
+
+private:
+    void Compose(CDC& target);
+    void DrawRings(CDC& dc) const;
+    void DrawTicks(CDC& dc) const;
+};

@@ -1,0 +1,53 @@
+// An angle of 0 to 180 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
+// green marks at fixed angles. 0 is at the bottom, 180 at the top.
+//
+// Values outside the range are ignored. Everything else is as with the compass dial.
+#pragma once
+
+#include "controls/detail/GaugeControl.h"
+
+#include "framework/core/Export.h"
+#include "framework/gui/Static.h"
+
+class TILTPOLE_API CGraphIncline_Left : public CStatic
+{
+    DECLARE_DYNAMIC(CGraphIncline_Left)
+
+public:
+    CGraphIncline_Left();
+    ~CGraphIncline_Left() override;
+
+    /// Stores the angle [degrees, 0 to 180, both ends in] and redraws at once when the gauge has
+    /// been painted before. Another angle changes nothing.
+    void SetValue(double degrees);
+    double GetValue() const;
+
+    /// Colour around the frames; the background is drawn again at the next paint.
+    void SetMeterBackColor(COLORREF color);
+    COLORREF GetMeterBackColor() const;
+
+    /// Lets the next paint draw the background again, in the size the control has then.
+    void ReconstructControl();
+
+    /// Marks an angle in whole degrees and draws the mark at once; nothing happens for one outside
+    /// the range or marked already. The context it draws on stays lent to the control.
+    void SetFix(int degrees);
+    /// Removes all marks; they vanish at the next paint.
+    void ClearFix();
+
+    /// @{ Drawing steps. Nothing is drawn without a context.
+    void DrawBackground(CDC* dc, CRect& rect);
+    void DrawPointer(CDC* dc, double degrees);
+    void DrawFixSign(CDC* dc);
+    /// @}
+
+    void PreSubclassWindow() override;
+
+protected:
+    afx_msg void OnPaint();
+    afx_msg BOOL OnEraseBkgnd(CDC* dc);
+
+    DECLARE_MESSAGE_MAP()
+
+    controls::GaugeControl m_gauge;
+};

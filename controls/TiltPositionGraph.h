@@ -1,0 +1,91 @@
+// The antenna positions of the multi-position solution, drawn on a view of the host's: every
+// observation a white cross, up to three marked centres as circles of 0.15 m joined by lines, and
+// the current observation as a red circle with a cross.
+//
+// Northing (x) points up, easting (y) right. The graph zooms itself to the observations. It draws
+// at once where it says so; the host calls ReDraw when its view paints.
+#pragma once
+
+#include "controls/detail/Layers.h"
+#include "controls/detail/TiltView.h"
+
+#include "framework/core/Array.h"
+#include "framework/core/Export.h"
+#include "framework/core/String.h"
+#include "framework/gui/View.h"
+#include "geometry/TiltPoint.h"
+
+class TILTPOLE_API CTiltPositionGraph
+{
+public:
+    CTiltPositionGraph();
+    virtual ~CTiltPositionGraph();
+    CTiltPositionGraph(const CTiltPositionGraph&) = delete;
+    CTiltPositionGraph& operator=(const CTiltPositionGraph&) = delete;
+
+    /// The view to draw on, not owned; nothing is drawn yet.
+    void SetView(CView* view);
+
+    /// Adds an observation. Inside the picture it is shown at once, and the view zooms at the 2nd,
+    /// 4th, 6th, 8th, 10th, 15th ... 30th, 40th, 50th, 60th, 120th ...; outside it zooms and shows
+    /// at the next ReDraw.
+    void AddPoint(TiltPoint_Sensor point);
+    /// Marks centre 1, 2 or 3 and draws its circle at once where it is set and confirmed. Nothing
+    /// is kept for another number, or without a view.
+    void SetCenterPoint(int index, TiltPoint_Sensor point);
+    /// Removes observations and centres; the current observation and the view stay.
+    void Clear();
+
+    /// Fits the view to the observations and draws the layers again, without showing them. Several
+    /// observations leave the view as it is while the picture has no area.
+    void ZoomAll();
+    /// Draws both layers again; nothing without a view.
+    void InvalidateCtrl();
+    /// @{ Shows the layers; nothing below 10 x 10 pixels.
+    void DrawAll();
+    void ReDraw();
+    /// @}
+
+    /// @{ Drawing steps; nothing without a context.
+    void DrawPoints(CDC* dc);
+    /// The circles of all centres that are set, green where confirmed, else red.
+    void DrawCircles(CDC* dc);
+    /// The lines between confirmed centres.
+    void DrawLinkLine(CDC* dc);
+    /// The lines from centres to `point`, while not all three centres are confirmed.
+    void DrawLinkDistance(CDC* dc, TiltPoint_Sensor point);
+    /// The circle of a centre that is set and confirmed.
+    void DrawCircle(CDC* dc, TiltPoint_Sensor point);
+    /// A circle of trunc(2·radius·π) chords by the context's pen.
+    void DrawCircle(CDC* dc, POINT centre, int radius);
+    /// @}
+
+    /// Makes `point` the current observation and draws it; without a context, on the view.
+    void DrawCurrentPt(CDC* dc, TiltPoint_Sensor point);
+
+protected:
+    /// (0, 0) for a scale below 1e-6.
+    void WorldToClient(double x, double y, long& cx, long& cy);
+    /// The first argument is the row, the second the column.
+    void ClientToWorld(long row, long column, double& x, double& y);
+
+    CRect m_client;
+    controls::Layers m_layers;
+    controls::TiltView m_world;
+    CString m_spareText;
+    TiltPoint_Sensor m_current;
+    CArray<TiltPoint_Sensor> m_points;
+    CView* m_view = nullptr;
+    COLORREF m_backColor = RGB(0, 0, 0);
+    COLORREF m_axisColor = RGB(56, 104, 169);
+    COLORREF m_reservedColor = RGB(0, 0, 255);
+    COLORREF m_textColor = RGB(122, 122, 122);
+    TiltPoint_Sensor m_centers[3];
+
+private:
+    CPoint PixelOf(const TiltPoint_Sensor& point) const;
+    void DrawCenter(CDC& dc, const TiltPoint_Sensor& center, COLORREF color);
+    void DrawLine(CDC& dc, const TiltPoint_Sensor& from, const TiltPoint_Sensor& to,
+                  COLORREF color) const;
+    void DrawPointsLayer();
+};

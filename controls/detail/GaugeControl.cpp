@@ -1,0 +1,74 @@
+#include "controls/detail/GaugeControl.h"
+
+namespace controls {
+
+void GaugeControl::SetValue(double angle)
+{
+    if (!m_scale.Holds(angle)) return;
+    m_gauge.face.value = angle;
+    if (!m_gauge.face.CanCompose()) return;
+    CDC* const dc = m_window.GetDC();
+    if (!dc) return;
+    Compose(*dc);
+    m_window.ReleaseDC(dc);
+}
+
+// The context stays lent to the control.
+void GaugeControl::SetFix(int angle)
+{
+    if (!m_scale.Holds(angle) || !m_gauge.face.AddFix(angle)) return;
+    if (CDC* const dc = m_window.GetDC()) m_gauge.DrawFix(*dc, m_scale, angle);
+}
+
+void GaugeControl::ClearFix()
+{
+    m_gauge.face.fixes.RemoveAll();
+    m_window.Invalidate(FALSE);
+}
+
+void GaugeControl::SetBackColor(COLORREF color)
+{
+    m_gauge.face.backColor = color;
+    Reconstruct();
+}
+
+void GaugeControl::Reconstruct()
+{
+    m_gauge.face.DropBackground();
+    m_window.Invalidate();
+}
+
+void GaugeControl::Paint()
+{
+    CPaintDC dc(&m_window);
+    CRect client;
+    m_window.GetClientRect(&client);
+    MeterFace& face = m_gauge.face;
+    if (face.PrepareBackground(dc, client)) m_gauge.DrawBackground(face.background, face.client);
+    Compose(dc);
+}
+
+void GaugeControl::DrawBackground(CDC* dc, const CRect& rect)
+{
+    if (dc) m_gauge.DrawBackground(*dc, rect);
+}
+
+void GaugeControl::DrawPointer(CDC* dc, double angle) const
+{
+    if (dc) m_gauge.DrawPointer(*dc, m_scale, angle);
+}
+
+void GaugeControl::DrawFixSign(CDC* dc) const
+{
+    if (dc) m_gauge.DrawFixes(*dc, m_scale);
+}
+
+void GaugeControl::Compose(CDC& target)
+{
+    m_gauge.face.Compose(target, [this](CDC& memory) {
+        m_gauge.DrawPointer(memory, m_scale, m_gauge.face.value);
+        m_gauge.DrawFixes(memory, m_scale);
+    });
+}
+
+} // namespace controls

@@ -1,0 +1,36 @@
+// The window side of an incline gauge, once for both: what the operations of the exported classes
+// do, given the control and its scale.
+#pragma once
+
+#include "controls/detail/InclineGauge.h"
+
+#include "framework/gui/Static.h"
+
+namespace controls {
+
+class GaugeControl
+{
+public:
+    GaugeControl(CStatic& window, const GaugeScale& scale) : m_window(window), m_scale(scale) {}
+
+    void SetValue(double angle);
+    void SetFix(int angle);
+    void ClearFix();
+    void SetBackColor(COLORREF color);
+    void Reconstruct();
+    void Paint();
+    void DrawBackground(CDC* dc, const CRect& rect);
+    void DrawPointer(CDC* dc, double angle) const;
+    void DrawFixSign(CDC* dc) const;
+
+    const MeterFace& Face() const { return m_gauge.face; }
+
+private:
+    void Compose(CDC& target);
+
+    CStatic& m_window;
+    const GaugeScale& m_scale;
+    InclineGauge m_gauge;
+};
+
+} // namespace controls

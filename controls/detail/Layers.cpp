@@ -1,0 +1,63 @@
+#include "controls/detail/Layers.h"
+
+#include "controls/detail/Selected.h"
+
+namespace controls {
+namespace {
+
+constexpr int kArm = 50; // pixels
+constexpr int kHeadLength = 3;
+constexpr int kCrossArm = 3;
+
+void MakeLetterFont(CFont& font)
+{
+    font.CreateFont(14, 0, 0, 0, 150, 0, 0, 0, 0, 0, 0, 0, 32, L"Arical");
+}
+
+} // namespace
+
+void Layer::Refill(CDC& like, const CRect& client, COLORREF color)
+{
+    if (!dc.GetSafeHdc()) {
+        dc.CreateCompatibleDC(&like);
+        bitmap.CreateCompatibleBitmap(&like, client.Width(), client.Height());
+        dc.SelectObject(&bitmap);
+    }
+    dc.SetBkColor(color);
+    CBrush brush(color);
+    dc.FillRect(&client, &brush);
+}
+
+void AxisGlyph::Draw(CDC& dc) const
+{
+    const int x = corner.x;
+    const int y = corner.y;
+    {
+        CPen pen(PS_SOLID, 0, lineColor);
+        const Selected usePen(dc, pen);
+        dc.MoveTo(corner);
+        dc.LineTo(x + kArm, y);
+        dc.LineTo(x + kArm - kHeadLength, y - kHeadLength);
+        dc.LineTo(x + kArm - kHeadLength, y + kHeadLength);
+        dc.LineTo(x + kArm, y);
+        dc.MoveTo(corner);
+        dc.LineTo(x, y - kArm);
+        dc.LineTo(x - kHeadLength, y - kArm + kHeadLength);
+        dc.LineTo(x + kHeadLength, y - kArm + kHeadLength);
+        dc.LineTo(x, y - kArm);
+    }
+    CFont font;
+    MakeLetterFont(font);
+    const Selected useFont(dc, font);
+    dc.SetTextColor(textColor);
+    dc.ExtTextOut(x - 3, y - kArm - 18, ETO_CLIPPED, nullptr, &vertical, 1, nullptr);
+    dc.ExtTextOut(x + kArm + 5, y - 8, ETO_CLIPPED, nullptr, &horizontal, 1, nullptr);
+}
+
+void DrawCross(CDC& dc, CPoint at)
+{
+    DrawSegment(dc, {at.x - kCrossArm, at.y}, {at.x + kCrossArm, at.y});
+    DrawSegment(dc, {at.x, at.y - kCrossArm}, {at.x, at.y + kCrossArm});
+}
+
+} // namespace controls

@@ -1,0 +1,217 @@
+#include "controls/detail/ScatterPlot.h"
+
+#include "controls/detail/Pixel.h"
+#include "controls/detail/Selected.h"
+
+#include "framework/core/AtomicFile.h"
+#include "framework/core/File.h"
+#include "framework/core/Paths.h"
+#include "framework/core/TextConversion.h"
+
+#include <algorithm>
+#include <cmath>
+
+namespace controls {
+namespace {
+
+constexpr COLORREF kBackColor = RGB(0, 0, 0);
+constexpr COLORREF kAxisColor = RGB(0, 255, 255);
+constexpr COLORREF kTextColor = RGB(255, 0, 255);
+constexpr COLORREF kCenterColor = RGB(255, 0, 0);
+constexpr int kAxisInset = 20;        // pixels from the left and bottom edges
+constexpr int kOutsideLimit = 10;     // track points
+constexpr double kLargestScale = 1e3; // counts per pixel
+constexpr UINT kViewFileLimit = 999;  // bytes
+constexpr DWORD kModulePathLimit = 260;
+
+// The folder of the running module: its name up to the last separator, whole where there is none.
+CString ModuleFolder()
+{
+    wchar_t name[kModulePathLimit] = {};
+    GetModuleFileNameW(nullptr, name, kModulePathLimit);
+    const CString full(name);
+    const int cut = std::max(full.ReverseFind(L'/'), full.ReverseFind(L'\\'));
+    return cut < 0 ? full : full.Left(cut);
+}
+
+} // namespace
+
+const PlotPlane kPlaneXY{
+    &MagneticPlotPoint::nSecond, L'Y',
+    RGB(255, 255, 255),          {-500, -500, 2.5},
+    "GRAPHMAGNETIC_XY:",         L"GRAPHMAGNETIC_XY:",
+    L"GraphMagnetic_XY.cfg",     L"tiltpole.GraphMagnetic_XY",
+};
+
+const PlotPlane kPlaneXZ{
+    &MagneticPlotPoint::nThird,
+    L'Z',
+    RGB(0, 255, 0),
+    {0, -500, 3.0},
+    "GRAPHMAGNETIC_XZ:",
+    L"GRAPHMAGNETIC_XZ:",
+    L"GraphMagnetic_XZ.cfg",
+    L"tiltpole.GraphMagnetic_XZ",
+};
+
+ScatterPlot::ScatterPlot(CWnd& window, const PlotPlane& plane)
+    : m_window(window), m_plane(plane), m_view(plane.view), m_moduleFolder(ModuleFolder())
+{
+    ReadView();
+}
+
+void ScatterPlot::CreateWindow(DWORD style, const RECT& rect, const CWnd* parent, UINT id)
+{
+    // Registered once; later controls find the name taken by the first.
+    WNDCLASS windowClass;
+    windowClass.style = CS_HREDRAW | CS_VREDRAW;
+    windowClass.lpszClassName = m_plane.windowClass;
+    AfxRegisterClass(&windowClass);
+
+    const BOOL created =
+        m_window.CreateEx(WS_EX_CLIENTEDGE | WS_EX_STATICEDGE, m_plane.windowClass, nullptr, style,
+                          rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
+                          parent ? parent->GetSafeHwnd() : nullptr, id);
+    m_window.GetClientRect(&m_client);
+    if (created) RebuildLayers();
+}
+
+CPoint ScatterPlot::PixelOf(const MagneticPlotPoint& point) const
+{
+    long x = 0;
+    long y = 0;
+    m_view.ToClient(m_client, point.nFirst, point.*m_plane.vertical, x, y);
+    return {static_cast<int>(x), static_cast<int>(y)};
+}
+
+// False for a point outside the client rectangle.
+bool ScatterPlot::DrawOnPoints(const MagneticPlotPoint& point, COLORREF color)
+{
+    const CPoint at = PixelOf(point);
+    if (!m_client.PtInRect(at)) return false;
+    CPen pen(PS_SOLID, 1, color);
+    const Selected usePen(m_layers.points.dc, pen);
+    DrawCross(m_layers.points.dc, at);
+    m_window.Invalidate(FALSE);
+    return true;
+}
+
+void ScatterPlot::AddTrackPoint(const MagneticPlotPoint& point)
+{
+    m_track.Add(point);
+    if (!DrawOnPoints(point, m_plane.trackColor) && ++m_outside > kOutsideLimit) {
+        m_outside = 0;
+        ZoomAll();
+    }
+    const double scale = std::fabs(m_view.scale);
+    if (scale < kSmallestScale || scale > kLargestScale) ++m_outside;
+}
+
+void ScatterPlot::AddCenterPoint(const MagneticPlotPoint& point)
+{
+    m_centers.Add(point);
+    DrawOnPoints(point, kCenterColor);
+}
+
+void ScatterPlot::Clear()
+{
+    m_track.RemoveAll();
+    m_centers.RemoveAll();
+    m_outside = 0;
+    RebuildLayers();
+    m_window.Invalidate();
+}
+
+// A plot without area, as before it is created, has no view to fit.
+void ScatterPlot::ZoomAll()
+{
+    if (m_track.GetSize() < 2 || m_client.IsRectEmpty()) return;
+    const MagneticPlotPoint& first = m_track[0];
+    PlotExtent extent{first.nFirst, first.nFirst, first.*m_plane.vertical, first.*m_plane.vertical};
+    for (INT_PTR i = 1; i < m_track.GetSize(); ++i)
+        extent.Include(m_track[i].nFirst, m_track[i].*m_plane.vertical);
+    m_view = extent.FitInto(m_client);
+    SaveView();
+    RebuildLayers();
+    m_window.Invalidate();
+}
+
+void ScatterPlot::DrawCrosses(CDC* dc, const CArray<MagneticPlotPoint>& points,
+                              COLORREF color) const
+{
+    if (!dc) return;
+    CPen pen(PS_SOLID, 1, color);
+    const Selected usePen(*dc, pen);
+    for (INT_PTR i = 0; i < points.GetSize(); ++i)
+        DrawCross(*dc, PixelOf(points[i]));
+}
+
+void ScatterPlot::DrawTrackPoints(CDC* dc) const
+{
+    DrawCrosses(dc, m_track, m_plane.trackColor);
+}
+
+void ScatterPlot::DrawCenterPoints(CDC* dc) const
+{
+    DrawCrosses(dc, m_centers, kCenterColor);
+}
+
+void ScatterPlot::RebuildLayers()
+{
+    if (!m_window.GetSafeHwnd()) return;
+    m_window.GetClientRect(&m_client);
+    CClientDC screen(&m_window);
+    m_layers.grid.Refill(screen, m_client, kBackColor);
+    m_layers.points.Refill(screen, m_client, kBackColor);
+    const AxisGlyph axes{
+        {m_client.left + kAxisInset, m_client.bottom - kAxisInset},
+        kAxisColor,
+        kTextColor,
+        m_plane.verticalLetter,
+        L'X'
+    };
+    axes.Draw(m_layers.grid.dc);
+    DrawTrackPoints(&m_layers.points.dc);
+    DrawCenterPoints(&m_layers.points.dc);
+}
+
+// The crosses drawn after the last copy are never seen.
+void ScatterPlot::Paint()
+{
+    CPaintDC dc(&m_window);
+    m_window.GetClientRect(&m_client);
+    m_layers.Present(dc, m_client, [this](CDC& memory) {
+        DrawTrackPoints(&memory);
+        DrawCenterPoints(&memory);
+    });
+}
+
+CString ScatterPlot::ViewPath() const
+{
+    const wchar_t* const separator = m_moduleFolder.Find(L"\\") >= 0 ? L"\\" : L"/";
+    return m_moduleFolder + separator + m_plane.fileName;
+}
+
+bool ScatterPlot::SaveView() const
+{
+    return framework::ReplaceFileContent(ViewPath(), m_view.ToLine(m_plane.key));
+}
+
+bool ScatterPlot::ReadView()
+{
+    CFile file;
+    if (!file.Open(ViewPath(), CFile::modeRead)) return false;
+    char bytes[kViewFileLimit + 1] = {};
+    file.Read(bytes, kViewFileLimit);
+    m_view.TakeFrom(framework::FromUtf8(bytes), m_plane.wideKey);
+    return true;
+}
+
+int PixelDistance(CPoint p, CPoint q)
+{
+    const double dx = static_cast<double>(p.x) - q.x;
+    const double dy = static_cast<double>(p.y) - q.y;
+    return ToInt(std::sqrt(dx * dx + dy * dy));
+}
+
+} // namespace controls

@@ -1,0 +1,72 @@
+// A scatter plot of calibration samples, once for both planes: what the operations of the exported
+// classes do, given the window and what sets the plane apart.
+#pragma once
+
+#include "controls/MagneticPlotPoint.h"
+#include "controls/detail/Layers.h"
+#include "controls/detail/PlotView.h"
+
+#include "framework/core/Array.h"
+#include "framework/gui/Wnd.h"
+
+#include <cstdint>
+
+namespace controls {
+
+/// All that sets one plot apart from the other.
+struct PlotPlane
+{
+    std::int32_t MagneticPlotPoint::*vertical; // the first component is always the horizontal one
+    wchar_t verticalLetter;
+    COLORREF trackColor;
+    PlotView view; // before a stored one is read
+    const char* key;
+    const wchar_t* wideKey;
+    const wchar_t* fileName;
+    const wchar_t* windowClass;
+};
+
+extern const PlotPlane kPlaneXY;
+extern const PlotPlane kPlaneXZ;
+
+class ScatterPlot
+{
+public:
+    ScatterPlot(CWnd& window, const PlotPlane& plane);
+
+    void CreateWindow(DWORD style, const RECT& rect, const CWnd* parent, UINT id);
+    void AddTrackPoint(const MagneticPlotPoint& point);
+    void AddCenterPoint(const MagneticPlotPoint& point);
+    void Clear();
+    void ZoomAll();
+    void DrawTrackPoints(CDC* dc) const;
+    void DrawCenterPoints(CDC* dc) const;
+    void RebuildLayers();
+    void Paint();
+    bool SaveView() const;
+    bool ReadView();
+
+    const CRect& Client() const { return m_client; }
+    const PlotView& View() const { return m_view; }
+
+private:
+    CPoint PixelOf(const MagneticPlotPoint& point) const;
+    bool DrawOnPoints(const MagneticPlotPoint& point, COLORREF color);
+    void DrawCrosses(CDC* dc, const CArray<MagneticPlotPoint>& points, COLORREF color) const;
+    CString ViewPath() const;
+
+    CWnd& m_window;
+    const PlotPlane& m_plane;
+    CRect m_client;
+    Layers m_layers;
+    PlotView m_view;
+    int m_outside = 0; // track points out of view since the last zoom
+    CString m_moduleFolder;
+    CArray<MagneticPlotPoint> m_track;
+    CArray<MagneticPlotPoint> m_centers;
+};
+
+/// The Euclidean distance of two pixels, cut towards zero.
+int PixelDistance(CPoint p, CPoint q);
+
+} // namespace controls
