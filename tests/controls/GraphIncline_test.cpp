@@ -1,0 +1,201 @@
+#include "controls/GraphIncline_Left.h"
+#include "controls/GraphIncline_Right.h"
+
+#include "tests/controls/ControlTest.h"
+
+#include <cstring>
+
+namespace controls::test {
+namespace {
+
+// 100 x 180: the scale frame is columns 20 to 80, H = 180, a pixel a degree.
+constexpr int kWidth = 100;
+constexpr int kHeight = 180;
+
+struct Left
+{
+    using Control = CGraphIncline_Left;
+    static constexpr const char* kName = "CGraphIncline_Left";
+    static constexpr double kLow = 0;
+    static constexpr int kLowRow = 180; // the bottom edge
+    static constexpr int kMiddleRow = 90;
+    static int RowOf(int degreesFromLow) { return 180 - degreesFromLow; }
+};
+
+struct Right
+{
+    using Control = CGraphIncline_Right;
+    static constexpr const char* kName = "CGraphIncline_Right";
+    static constexpr double kLow = 180;
+    static constexpr int kLowRow = 0; // the top edge
+    static constexpr int kMiddleRow = 90;
+    static int RowOf(int degreesFromLow) { return degreesFromLow; }
+};
+
+template <class Side>
+struct Gauge : testing::Test, Placed<typename Side::Control>
+{
+    Gauge() : Placed<typename Side::Control>(kWidth, kHeight) {}
+};
+
+using Sides = testing::Types<Left, Right>;
+TYPED_TEST_SUITE(Gauge, Sides);
+
+TYPED_TEST(Gauge, ShowsAnAcceptedValueAtOnce)
+{
+    this->control.SetValue(TypeParam::kLow + 60);
+    const Shown shown(this->control);
+    const int y = TypeParam::RowOf(60);
+    EXPECT_EQ(shown.At(50, y), kRed);
+    EXPECT_EQ(shown.At(50, y - 1), kRed) << "two pixels wide, the row and the one above";
+    EXPECT_NE(shown.At(50, y + 1), kRed);
+    EXPECT_EQ(shown.At(20, y), kRed) << "from the left of the scale frame";
+    EXPECT_EQ(shown.At(80, y), kRed) << "to its right";
+    EXPECT_NE(shown.At(18, y), kRed);
+    EXPECT_NE(shown.At(81, y), kRed);
+}
+
+TYPED_TEST(Gauge, TakesBothEndsAndNothingBeyond)
+{
+    this->control.SetValue(TypeParam::kLow + 90);
+    for (const double outside : {TypeParam::kLow - 0.1, TypeParam::kLow + 180.1}) {
+        this->control.SetValue(outside);
+        EXPECT_EQ(this->control.GetValue(), TypeParam::kLow + 90) << outside;
+        EXPECT_EQ(Shown(this->control).At(50, TypeParam::kMiddleRow), kRed) << outside;
+    }
+    this->control.SetValue(TypeParam::kLow);
+    EXPECT_EQ(this->control.GetValue(), TypeParam::kLow);
+    this->control.SetValue(TypeParam::kLow + 180);
+    EXPECT_EQ(this->control.GetValue(), TypeParam::kLow + 180);
+}
+
+// The last row of the picture is one above the bottom edge of the frame.
+TYPED_TEST(Gauge, PutsTheLowEndOnItsEdge)
+{
+    this->control.SetValue(TypeParam::kLow);
+    const Shown shown(this->control);
+    const int row = TypeParam::kLowRow == 0 ? 0 : 179;
+    EXPECT_EQ(shown.At(50, row), kRed);
+    EXPECT_NE(shown.At(50, 179 - row), kRed);
+}
+
+TYPED_TEST(Gauge, MarksAFixInTheLeftBand)
+{
+    this->control.SetFix(static_cast<int>(TypeParam::kLow) + 30);
+    const Shown shown(this->control);
+    const int y = TypeParam::RowOf(30);
+    EXPECT_EQ(shown.At(12, y), kGreen);
+    EXPECT_EQ(shown.At(12, y - 1), kGreen);
+    EXPECT_EQ(shown.At(12, y + 1), kGreen);
+    EXPECT_NE(shown.At(12, y + 2), kGreen);
+    EXPECT_NE(shown.At(30, y), kGreen);
+}
+
+TYPED_TEST(Gauge, IgnoresFixesOutsideItsRangeOrListedAlready)
+{
+    const Shown before(this->control);
+    this->control.SetFix(static_cast<int>(TypeParam::kLow) - 1);
+    this->control.SetFix(static_cast<int>(TypeParam::kLow) + 181);
+    EXPECT_EQ(Shown(this->control), before);
+    this->control.SetFix(static_cast<int>(TypeParam::kLow) + 180);
+    const Shown marked(this->control);
+    EXPECT_FALSE(marked == before);
+    this->control.SetFix(static_cast<int>(TypeParam::kLow) + 180);
+    EXPECT_EQ(Shown(this->control), marked);
+}
+
+TYPED_TEST(Gauge, DropsItsFixesWithTheNextPaint)
+{
+    this->control.SetFix(static_cast<int>(TypeParam::kLow) + 30);
+    EXPECT_GT(this->Repainted().Count(kGreen), 0);
+    this->control.ClearFix();
+    this->control.UpdateWindow();
+    EXPECT_EQ(Shown(this->control).Count(kGreen), 0);
+}
+
+// H/18 = 10 rows a tick, measured from the bottom; every third one is long and carries a number.
+TYPED_TEST(Gauge, HasSeventeenTicksOnBothEdges)
+{
+    const Shown shown(this->control);
+    for (int i = 1; i <= 17; ++i) {
+        const int y = 180 - 10 * i;
+        EXPECT_EQ(shown.At(23, y), kTick) << i;
+        EXPECT_EQ(shown.At(77, y), kTick) << i;
+        EXPECT_EQ(shown.At(29, y) == kTick, i % 3 == 0) << i;
+        EXPECT_EQ(shown.At(71, y) == kTick, i % 3 == 0) << i;
+    }
+}
+
+TYPED_TEST(Gauge, LabelsFiveRowsTheSameOnBothSides)
+{
+    const Shown shown(this->control);
+    for (const int i : {3, 6, 9, 12, 15}) {
+        const int centre = 180 - 10 * i + 8;
+        int ink = 0;
+        for (int y = centre - 17; y < centre + 3; ++y)
+            for (int x = 30; x < 64; ++x)
+                ink += shown.At(x, y) == RGB(0, 0, 255);
+        EXPECT_GT(ink, 10) << i;
+    }
+}
+
+TYPED_TEST(Gauge, ReconstructsInItsNewSize)
+{
+    this->control.MoveWindow(0, 0, kWidth, 360);
+    this->control.ReconstructControl();
+    this->control.UpdateWindow();
+    this->control.SetValue(TypeParam::kLow + 60);
+    EXPECT_EQ(Shown(this->control).At(50, 2 * TypeParam::RowOf(60)), kRed);
+}
+
+TYPED_TEST(Gauge, SurvivesEverySize)
+{
+    for (const int side : {0, 1, 5, 17, 41, 4000}) {
+        Placed<typename TypeParam::Control> gauge(side == 4000 ? 60 : side, side);
+        gauge.control.SetValue(TypeParam::kLow + 1);
+        gauge.control.SetFix(static_cast<int>(TypeParam::kLow) + 10);
+        gauge.Repainted();
+    }
+}
+
+TYPED_TEST(Gauge, IsKnownAtRunTimeAndAddsOneStyleBit)
+{
+    EXPECT_STREQ(this->control.GetRuntimeClass()->m_lpszClassName, TypeParam::kName);
+    EXPECT_EQ(this->control.GetRuntimeClass()->m_wSchema, 0xFFFFu);
+    EXPECT_EQ(this->control.GetStyle() & 0x4000u, 0x4000u);
+    EXPECT_TRUE(this->control.IsKindOf(RUNTIME_CLASS(CStatic)));
+}
+
+TEST(LeftGauge, BeginsAtItsBottomEdge)
+{
+    Placed<CGraphIncline_Left> gauge(kWidth, kHeight);
+    EXPECT_EQ(gauge.control.GetValue(), 0.0);
+    EXPECT_EQ(Shown(gauge.control).At(50, 179), kRed);
+}
+
+// 0 is below its range: the line lies a whole scale height above the frame.
+TEST(RightGauge, BeginsWithItsPointerOutOfSight)
+{
+    Placed<CGraphIncline_Right> gauge(kWidth, kHeight);
+    EXPECT_EQ(gauge.control.GetValue(), 0.0);
+    EXPECT_EQ(Shown(gauge.control).Count(kRed), 0);
+    gauge.control.SetValue(179.9);
+    EXPECT_EQ(gauge.control.GetValue(), 0.0);
+}
+
+TEST(GaugeScale, CountsFromItsLowEnd)
+{
+    const CRect frame(20, 10, 80, 200); // H = 190
+    EXPECT_EQ(kLeftScale.RowOf(0.0, frame), 200);
+    EXPECT_EQ(kLeftScale.RowOf(180.0, frame), 10);
+    EXPECT_EQ(kLeftScale.RowOf(45.0, frame), 153) << "200 - 47.5, half upwards";
+    EXPECT_EQ(kRightScale.RowOf(180.0, frame), 10);
+    EXPECT_EQ(kRightScale.RowOf(360.0, frame), 200);
+    EXPECT_EQ(kRightScale.RowOf(225.0, frame), 58) << "10 + 47.5, half upwards";
+    EXPECT_EQ(kRightScale.RowOf(0.0, frame), -179) << "-180 + 0.5, cut towards zero";
+    EXPECT_EQ(kLeftScale.RowOf(45, frame), 153);
+    EXPECT_EQ(kRightScale.RowOf(225, frame), 58);
+}
+
+} // namespace
+} // namespace controls::test
