@@ -1,0 +1,21 @@
+// A recorded pole, read once: poses with their headings, antenna positions.
+#pragma once
+
+#include "positioning/InclineSensor_Position.h"
+#include "positioning/PoseSensorData.h"
+
+#include <string>
+#include <vector>
+
+namespace gallery {
+
+struct ReplaySample
+{
+    PoseSensorData pose; // headings computed
+    xyhCoordinate antenna;
+};
+
+/// @throws cli::InputError when the log cannot be read
+std::vector<ReplaySample> ReadReplay(const std::string& path);
+
+} // namespace gallery

@@ -1,0 +1,16 @@
+// Every control in its documented states, as PNG files.
+#pragma once
+
+#include "apps/gallery/Replay.h"
+
+#include <string>
+#include <vector>
+
+namespace gallery {
+
+/// Draws the states into `folder`, which is made where missing, and returns the files' names.
+/// @throws cli::InputError when a file cannot be written
+std::vector<std::string> RenderScenes(const std::string& folder,
+                                      const std::vector<ReplaySample>& replay);
+
+} // namespace gallery

@@ -1,0 +1,72 @@
+// tiltpole-gallery: the display controls, alive on a recorded pole or as pictures.
+#include "apps/cli/Errors.h"
+#include "apps/gallery/Frame.h"
+#include "apps/gallery/Scenes.h"
+
+#include <CLI/CLI.hpp>
+#include <fmt/core.h>
+
+#include <exception>
+#include <filesystem>
+
+namespace {
+
+struct Arguments
+{
+    std::string log = "examples/pole-replay.csv";
+    std::string folder;
+};
+
+int Show(int& argc, char** argv, const Arguments& arguments)
+{
+    std::vector<gallery::ReplaySample> replay = gallery::ReadReplay(arguments.log);
+    framework::Application application(argc, argv);
+    gallery::Frame frame(std::move(replay));
+    if (!frame.Open()) throw cli::InputError("there is no screen to open a window on");
+    return application.Run();
+}
+
+// The plots keep their views beside the module: pictures use a folder of their own, so that an old
+// view never shows in them.
+int Render(int& argc, char** argv, const Arguments& arguments)
+{
+    const std::vector<gallery::ReplaySample> replay = gallery::ReadReplay(arguments.log);
+    std::filesystem::create_directories(arguments.folder);
+    std::string scratch = (std::filesystem::temp_directory_path() / "galleryXXXXXX").string();
+    if (!mkdtemp(scratch.data()))
+        throw cli::InputError(scratch, "no folder for temporary files can be made");
+    framework::SetModulePath(CString((scratch + "/tiltpole-gallery").c_str()));
+    const framework::Application application(argc, argv, framework::Display::None);
+    const std::vector<std::string> names = gallery::RenderScenes(arguments.folder, replay);
+    std::filesystem::remove_all(scratch);
+    for (const std::string& name : names)
+        fmt::print("{}\n", name);
+    return cli::kDone;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    CLI::App app("Shows every display control of tiltpole in one window, fed by a recorded pole:\n"
+                 "dial and gauges follow it, the plots fill, the tilt graph grows.\n",
+                 "tiltpole-gallery");
+    Arguments arguments;
+    app.add_option("LOG", arguments.log, "sample log with antenna positions (N, E, h in metres)")
+        ->capture_default_str();
+    app.add_option("--render", arguments.folder,
+                   "instead draw every control in its documented states to PNG files in this "
+                   "folder; needs no screen")
+        ->type_name("DIR");
+    try {
+        app.parse(argc, argv);
+        return arguments.folder.empty() ? Show(argc, argv, arguments)
+                                        : Render(argc, argv, arguments);
+    } catch (const CLI::ParseError& error) {
+        const int code = app.exit(error);
+        return code == 0 ? cli::kDone : cli::kUnreadable;
+    } catch (const std::exception& error) {
+        fmt::print(stderr, "tiltpole-gallery: {}\n", error.what());
+        return cli::kUnreadable;
+    }
+}
