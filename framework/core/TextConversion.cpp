@@ -99,6 +99,14 @@ bool IsAscii8(const unsigned char* bytes)
     return (word & 0x8080808080808080u) == 0;
 }
 
+bool IsAscii8(const wchar_t* text)
+{
+    std::uint32_t all = 0;
+    for (std::size_t i = 0; i < 8; ++i)
+        all |= std::bit_cast<std::uint32_t>(text[i]);
+    return all < 0x80;
+}
+
 // Hands `bytes` on as wide characters, a chunk at a time. Returns whether all was well-formed.
 template <class Sink>
 bool DecodeAll(std::string_view bytes, Sink sink)
@@ -136,8 +144,13 @@ bool EncodeAll(std::wstring_view text, Sink sink)
     for (std::size_t at = 0; at < text.size();) {
         const std::size_t stop = std::min(text.size(), at + kChunk);
         std::size_t n = 0;
-        for (; at < stop; ++at) {
-            auto value = std::bit_cast<std::uint32_t>(text[at]);
+        while (at < stop) {
+            if (stop - at >= 8 && IsAscii8(text.data() + at)) {
+                for (std::size_t i = 0; i < 8; ++i)
+                    chunk[n++] = static_cast<char>(text[at++]);
+                continue;
+            }
+            auto value = std::bit_cast<std::uint32_t>(text[at++]);
             if (!IsScalarValue(value)) {
                 value = std::bit_cast<std::uint32_t>(kReplacement);
                 wellFormed = false;
