@@ -2,6 +2,7 @@
 
 #include "calibration/detail/ErrorDump.h"
 #include "calibration/detail/MagneticFits.h"
+#include "calibration/detail/MomentSolver.h"
 #include "calibration/detail/ReadingScreen.h"
 #include "framework/core/MessageBox.h"
 
@@ -66,6 +67,18 @@ CSZMatrix ReadingsOf(const SampleSet& samples, const Magnetometer& sensor)
         readings.SetData(i, 1, samples[i].*sensor.y);
         readings.SetData(i, 2, samples[i].*sensor.z);
     }
+    return readings;
+}
+
+template <class SampleSet>
+detail::TurnReadings ColumnsOf(const SampleSet& samples, const Magnetometer& sensor)
+{
+    detail::TurnReadings readings(static_cast<int>(samples.GetSize()));
+    for (int i = 0; i < readings.count; ++i) {
+        const PoseSensorData& sample = samples[i];
+        readings.Set(i, sample.*sensor.x, sample.*sensor.y, sample.*sensor.z);
+    }
+    readings.Close();
     return readings;
 }
 
@@ -173,20 +186,33 @@ void CInclineSensor_MagneticAdjust::Vertical_Clear()
 
 int CInclineSensor_MagneticAdjust::Adjust()
 {
-    const CSZMatrix HA = ReadingsOf(m_Horizontal, kSensorA);
-    const CSZMatrix HB = ReadingsOf(m_Horizontal, kSensorB);
+    const detail::TurnReadings HA = ColumnsOf(m_Horizontal, kSensorA);
+    const detail::TurnReadings HB = ColumnsOf(m_Horizontal, kSensorB);
+    bool allByMoments = true;
+    const auto solve = [&](const detail::TurnReadings& H, const Magnetometer& sensor,
+                           Incline_MagneticCorrectParameter& P) {
+        if (const auto solution = detail::SolveByMoments(H, ColumnsOf(m_Vertical, sensor))) {
+            P = *solution;
+            return 1;
+        }
+        allByMoments = false;
+        return MagCorrPara(ReadingsOf(m_Horizontal, sensor), ReadingsOf(m_Vertical, sensor), P);
+    };
 
-    if (!MagCorrPara(HA, ReadingsOf(m_Vertical, kSensorA), m_CorrectA)) {
+    if (!solve(HA, kSensorA, m_CorrectA)) {
         Warn(L"A calculation of the magnetometer calibration fails, please recalibrate!");
         detail::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_A.csv", m_Horizontal);
         return 0;
     }
-    if (!MagCorrPara(HB, ReadingsOf(m_Vertical, kSensorB), m_CorrectB)) {
+    if (!solve(HB, kSensorB, m_CorrectB)) {
         Warn(L"B calculation of the magnetometer calibration fails, please recalibrate!");
         detail::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_B.csv", m_Horizontal);
         return 0;
     }
-    if (!MagneticCoordinateOffset(HA, HB, m_Translation)) {
+    if (allByMoments) {
+        m_Translation = detail::MeanOffset(HA, m_CorrectA, HB, m_CorrectB);
+    } else if (!MagneticCoordinateOffset(ReadingsOf(m_Horizontal, kSensorA),
+                                         ReadingsOf(m_Horizontal, kSensorB), m_Translation)) {
         Warn(L"Pan calculation magnetometer system fails, please recalibrate!");
         return 0;
     }

@@ -1,8 +1,14 @@
 #include "calibration/KFilter.h"
 
 #include "framework/core/MessageBox.h"
+#include "matrix/detail/Kernels.h"
+#include "matrix/detail/Scratch.h"
 
+#include <algorithm>
 #include <cmath>
+#include <cstddef>
+#include <functional>
+#include <limits>
 
 namespace {
 
@@ -20,13 +26,17 @@ bool IsDiagonal(const CSZMatrix& matrix, double diagonal)
     return true;
 }
 
-bool IsFinite(const CSZMatrix& matrix)
+const double* Elements(const CSZMatrix& matrix)
 {
-    double sum = 0;
-    for (int r = 0; r < matrix.getRowSize(); ++r)
-        for (int c = 0; c < matrix.getColSize(); ++c)
-            sum += matrix.GetData(r, c) * 0.0;
-    return sum == 0.0;
+    return &matrix(0, 0);
+}
+
+bool AreFinite(const double* values, int count)
+{
+    bool finite = true;
+    for (int i = 0; i < count; ++i)
+        finite &= std::fabs(values[i]) <= std::numeric_limits<double>::max();
+    return finite;
 }
 
 } // namespace
@@ -39,26 +49,151 @@ void CKFilter::Factor::Set(const CSZMatrix& value)
     isZero = IsDiagonal(value, 0.0);
 }
 
-// A · X
-CSZMatrix CKFilter::Factor::Times(const CSZMatrix& right, bool shortcuts) const
+// One step on plain arrays. The sums run as those of the matrix operators.
+class CKFilter::Step
 {
-    if (shortcuts && isIdentity && right.getRowSize() == matrix.getColSize()) return right;
-    return matrix * right;
-}
+public:
+    explicit Step(const CKFilter& filter)
+        : m_Filter(filter), m_n(filter.m_nState), m_m(filter.m_nMeasurement),
+          m_Largest(std::max(m_n, m_m) * std::max(m_n, m_m)), m_Space(Count(kBlocks * m_Largest))
+    {}
 
-// X · A
-CSZMatrix CKFilter::Factor::After(const CSZMatrix& left, bool shortcuts) const
-{
-    if (shortcuts && isIdentity && left.getColSize() == matrix.getRowSize()) return left;
-    return left * matrix;
-}
+    bool HasMemory() { return m_Space.Data() != nullptr; }
 
-// X · Aᵀ
-CSZMatrix CKFilter::Factor::TransposeAfter(const CSZMatrix& left, bool shortcuts) const
-{
-    if (shortcuts && isIdentity && left.getColSize() == matrix.getColSize()) return left;
-    return left * transpose;
-}
+    // The new estimate. With shortcuts it is exact only where all numbers are finite.
+    void Advance(const double* z, const double* u, bool shortcuts)
+    {
+        m_Shortcuts = shortcuts;
+        Predict();
+        UpdateCovariance();
+        UpdateState(z, u);
+    }
+
+    bool IsFinite() { return AreFinite(State(), m_n) && AreFinite(Covariance(), m_n * m_n); }
+    double* State() { return Block(0); }
+    double* Covariance() { return Block(1); }
+
+private:
+    static constexpr int kBlocks = 8;
+    static constexpr int kInside = 36; // elements of a block that needs no heap
+
+    static std::size_t Count(int elements) { return static_cast<std::size_t>(elements); }
+    double* Block(int i) { return m_Space.Data() + Count(i * m_Largest); }
+    double* Predicted() { return Block(2); }
+    double* Gain() { return Block(3); }
+
+    bool IsLeftOut(const Factor& factor) const { return m_Shortcuts && factor.isIdentity; }
+
+    // A · X, X of `columns` columns; the result lies in `space` or is X itself.
+    const double* Times(const Factor& A, const double* X, int columns, double* space) const
+    {
+        if (IsLeftOut(A)) return X;
+        detail::Multiply(Elements(A.matrix), X, space, A.matrix.getRowSize(), A.matrix.getColSize(),
+                         columns);
+        return space;
+    }
+
+    // X · Aᵀ, X of `rows` rows.
+    const double* TimesTranspose(const double* X, int rows, const Factor& A, double* space) const
+    {
+        if (IsLeftOut(A)) return X;
+        detail::Multiply(X, Elements(A.transpose), space, rows, A.matrix.getColSize(),
+                         A.matrix.getRowSize());
+        return space;
+    }
+
+    // A · x for a column x.
+    const double* Apply(const Factor& A, const double* x, double* space) const
+    {
+        if (IsLeftOut(A)) return x;
+        const double* row = Elements(A.matrix);
+        const int columns = A.matrix.getColSize();
+        for (int r = 0; r < A.matrix.getRowSize(); ++r, row += columns)
+            space[r] = Dot(row, x, columns);
+        return space;
+    }
+
+    static double Dot(const double* a, const double* b, int count)
+    {
+        double sum = 0.0;
+        for (int k = 0; k < count; ++k)
+            sum += a[k] * b[k];
+        return sum;
+    }
+
+    // P⁻ = Φ·P·Φᵀ + Γ·Q·Γᵀ. A column in the place of P does not fit Φᵀ: its product is zero.
+    void Predict()
+    {
+        const double* added = Elements(m_Filter.m_AddedNoise);
+        const int count = m_n * m_n;
+        if (m_Filter.m_Covariance.getColSize() != m_n) {
+            std::transform(added, added + count, Predicted(), [](double q) { return 0.0 + q; });
+            return;
+        }
+        const Factor& Phi = m_Filter.m_Transition;
+        const double* left = Times(Phi, Elements(m_Filter.m_Covariance), m_n, Block(4));
+        const double* product = TimesTranspose(left, m_n, Phi, Block(5));
+        std::transform(product, product + count, added, Predicted(), std::plus<>());
+    }
+
+    // S = H·P⁻·Hᵀ + R, K = P⁻·Hᵀ·S⁻¹, P = (I − K·H)·P⁻
+    void UpdateCovariance()
+    {
+        const Factor& H = m_Filter.m_Measurement;
+        double* inverse = Block(6);
+        const double* left = Times(H, Predicted(), m_n, Block(4));
+        const double* product = TimesTranspose(left, m_m, H, Block(5));
+        std::transform(product, product + m_m * m_m, Elements(m_Filter.m_MeasurementNoise), inverse,
+                       std::plus<>());
+        detail::Invert(inverse, m_m, detail::PivotFloor::SmallestNormal);
+        const double* right = TimesTranspose(Predicted(), m_n, H, Block(4));
+        detail::Multiply(right, inverse, Gain(), m_n, m_m, m_m);
+
+        const double* seen = Gain();
+        if (!IsLeftOut(H)) {
+            detail::Multiply(Gain(), Elements(H.matrix), Block(4), m_n, m_m, m_n);
+            seen = Block(4);
+        }
+        double* unseen = Block(5);
+        for (int r = 0, i = 0; r < m_n; ++r)
+            for (int c = 0; c < m_n; ++c, ++i)
+                unseen[i] = (r == c ? 1.0 : 0.0) - seen[i];
+        detail::Multiply(unseen, Predicted(), Covariance(), m_n, m_n, m_n);
+    }
+
+    // x⁻ = Φ·x + B·u, x = x⁻ + K·(z − D·u − H·x⁻)
+    void UpdateState(const double* z, const double* u)
+    {
+        double* before = Block(4);
+        const double* moved = Apply(m_Filter.m_Transition, Elements(m_Filter.m_State), before);
+        std::copy(moved, moved + m_n, before);
+        Shift(before, m_n, m_Filter.m_Control, u, 1.0);
+
+        double* residual = Block(6);
+        std::copy(z, z + m_m, residual);
+        Shift(residual, m_m, m_Filter.m_MeasurementControl, u, -1.0);
+        const double* expected = Apply(m_Filter.m_Measurement, before, Block(5));
+        for (int i = 0; i < m_m; ++i)
+            residual[i] -= expected[i];
+        for (int i = 0; i < m_n; ++i)
+            State()[i] = before[i] + Dot(Gain() + i * m_m, residual, m_m);
+    }
+
+    // x ± A·u
+    void Shift(double* x, int count, const Factor& A, const double* u, double sign)
+    {
+        if (m_Shortcuts && A.isZero) return;
+        const double* shift = Apply(A, u, Block(7));
+        for (int i = 0; i < count; ++i)
+            x[i] += sign * shift[i];
+    }
+
+    const CKFilter& m_Filter;
+    int m_n, m_m;
+    int m_Largest; // elements of a block
+    detail::Scratch<double, kBlocks * kInside> m_Space;
+    bool m_Shortcuts = true;
+};
 
 void CKFilter::SetMatrixOrder(int stateOrder, int measurementOrder)
 {
@@ -135,36 +270,14 @@ CSZMatrix CKFilter::Filter(CSZMatrix z, CSZMatrix u, [[maybe_unused]] int reserv
         MessageBoxW(nullptr, L"Filter Failure!", L"Warning", MB_ICONEXCLAMATION);
         return z;
     }
-    Estimate next = Advance(z, u, true);
+    Step step(*this);
+    if (!step.HasMemory()) return m_State;
+    step.Advance(Elements(z), Elements(u), true);
     // 0·inf and 0·nan are not 0: where such numbers turn up, every product is formed.
-    if (!IsFinite(next.state) || !IsFinite(next.covariance) || !IsFinite(u))
-        next = Advance(z, u, false);
-    m_State = std::move(next.state);
-    m_Covariance = std::move(next.covariance);
+    if (!step.IsFinite() || !AreFinite(Elements(u), m_nState))
+        step.Advance(Elements(z), Elements(u), false);
+    std::copy_n(step.State(), m_nState, &m_State(0, 0));
+    if (m_Covariance.getColSize() != m_nState) m_Covariance.Alloc(m_nState, m_nState);
+    std::copy_n(step.Covariance(), m_nState * m_nState, &m_Covariance(0, 0));
     return m_State;
-}
-
-CKFilter::Estimate CKFilter::Advance(const CSZMatrix& z, const CSZMatrix& u, bool shortcuts) const
-{
-    const Factor& Phi = m_Transition;
-    const Factor& H = m_Measurement;
-    const bool controlled = !shortcuts || !m_Control.isZero;
-    const bool measuredControl = !shortcuts || !m_MeasurementControl.isZero;
-
-    const CSZMatrix predicted =
-        Phi.TransposeAfter(Phi.Times(m_Covariance, shortcuts), shortcuts) + m_AddedNoise;
-    const CSZMatrix innovation =
-        H.TransposeAfter(H.Times(predicted, shortcuts), shortcuts) + m_MeasurementNoise;
-    const CSZMatrix gain = H.TransposeAfter(predicted, shortcuts) * innovation.matInv();
-    const CSZMatrix identity(m_nState, m_nState, MatIdentity);
-
-    Estimate next;
-    next.covariance = (identity - H.After(gain, shortcuts)) * predicted;
-    next.state = Phi.Times(m_State, shortcuts);
-    if (controlled) next.state += m_Control.matrix * u;
-    CSZMatrix residual = z;
-    if (measuredControl) residual -= m_MeasurementControl.matrix * u;
-    residual -= H.Times(next.state, shortcuts);
-    next.state += gain * residual;
-    return next;
 }

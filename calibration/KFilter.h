@@ -70,18 +70,9 @@ private:
         bool isZero = false;
 
         void Set(const CSZMatrix& value);
-        CSZMatrix Times(const CSZMatrix& right, bool shortcuts) const;
-        CSZMatrix After(const CSZMatrix& left, bool shortcuts) const;
-        CSZMatrix TransposeAfter(const CSZMatrix& left, bool shortcuts) const;
     };
+    class Step;
 
-    struct Estimate
-    {
-        CSZMatrix state;
-        CSZMatrix covariance;
-    };
-
-    Estimate Advance(const CSZMatrix& z, const CSZMatrix& u, bool shortcuts) const;
     void KeepProcessNoise();
 
     int m_nState = 0;

@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
+#include <functional>
+#include <utility>
 #include <vector>
 
 namespace detail {
@@ -17,9 +19,45 @@ struct Entry
     PoseSensorData* sample;
 };
 
-bool ComesBefore(const Entry& a, const Entry& b)
+struct ByAzimuth
 {
-    return a.azimuth < b.azimuth || (!(b.azimuth < a.azimuth) && a.rank < b.rank);
+    bool operator()(const Entry& a, const Entry& b) const { return a.azimuth < b.azimuth; }
+};
+
+using Entries = std::vector<Entry>;
+
+// End of the run that starts at `first`: entries that do not descend. A run that descends
+// throughout is turned round.
+Entries::iterator EndOfRun(Entries::iterator first, Entries::iterator end)
+{
+    const auto descends = [](const Entry& a, const Entry& b) { return b.azimuth < a.azimuth; };
+    const auto rising = std::adjacent_find(first, end, descends);
+    if (rising != first || end - first < 2) return rising == end ? end : rising + 1;
+    const auto falling = std::adjacent_find(first, end, std::not_fn(descends));
+    const auto last = falling == end ? end : falling + 1;
+    std::reverse(first, last);
+    return last;
+}
+
+// Stable. A turn gives few runs, one per revolution, which only have to be merged.
+void SortEntries(Entries& entries)
+{
+    std::vector<Entries::iterator> ends{entries.begin()};
+    const std::size_t mostRuns = 2 + entries.size() / 32;
+    while (ends.back() != entries.end() && ends.size() <= mostRuns)
+        ends.push_back(EndOfRun(ends.back(), entries.end()));
+    if (ends.back() != entries.end())
+        return std::stable_sort(entries.begin(), entries.end(), ByAzimuth());
+
+    while (ends.size() > 2) {
+        std::vector<Entries::iterator> merged{entries.begin()};
+        for (std::size_t i = 2; i < ends.size(); i += 2) {
+            std::inplace_merge(ends[i - 2], ends[i - 1], ends[i], ByAzimuth());
+            merged.push_back(ends[i]);
+        }
+        if (merged.back() != entries.end()) merged.push_back(entries.end());
+        ends = std::move(merged);
+    }
 }
 
 // How many of the ranks noted so far lie below a given one: a Fenwick tree.
@@ -63,7 +101,7 @@ void RotateEquals(Entry* first, Entry* last, std::size_t ranks, const RankCounte
         (first++)->sample = sample;
 }
 
-void OrderEquals(std::vector<Entry>& entries)
+void OrderEquals(Entries& entries)
 {
     const std::size_t ranks = entries.size();
     RankCounter lesser(ranks);
@@ -82,9 +120,9 @@ bool TakesPart(const PoseSensorData* sample)
     return sample != nullptr && !std::isnan(sample->dAzimuth);
 }
 
-std::vector<Entry> EntriesOf(const SampleArray& samples)
+Entries EntriesOf(const SampleArray& samples)
 {
-    std::vector<Entry> entries;
+    Entries entries;
     entries.reserve(static_cast<std::size_t>(CountOf(samples)));
     for (int i = 0; i < CountOf(samples); ++i) {
         PoseSensorData* sample = samples.GetAt(i);
@@ -93,12 +131,22 @@ std::vector<Entry> EntriesOf(const SampleArray& samples)
     return entries;
 }
 
+void RewriteFlags(const SampleArray& samples)
+{
+    for (int i = 1; i < CountOf(samples); ++i) {
+        PoseSensorData* sample = samples.GetAt(i);
+        const PoseSensorData* before = samples.GetAt(i - 1);
+        if (sample != nullptr && before != nullptr)
+            sample->SetTurnFlag(TurnFlag(sample->dAzimuth, before->dAzimuth));
+    }
+}
+
 } // namespace
 
 void SortByAzimuth(SampleArray& samples)
 {
-    std::vector<Entry> entries = EntriesOf(samples);
-    std::sort(entries.begin(), entries.end(), ComesBefore);
+    Entries entries = EntriesOf(samples);
+    SortEntries(entries);
     const auto equal = [](const Entry& a, const Entry& b) { return a.azimuth == b.azimuth; };
     if (std::adjacent_find(entries.begin(), entries.end(), equal) != entries.end())
         OrderEquals(entries);
@@ -106,13 +154,7 @@ void SortByAzimuth(SampleArray& samples)
     auto next = entries.begin();
     for (int i = 0; i < CountOf(samples); ++i)
         if (TakesPart(samples.GetAt(i))) samples.SetAt(i, (next++)->sample);
-
-    for (int i = 1; i < CountOf(samples); ++i) {
-        PoseSensorData* sample = samples.GetAt(i);
-        const PoseSensorData* before = samples.GetAt(i - 1);
-        if (sample != nullptr && before != nullptr)
-            sample->SetTurnFlag(TurnFlag(sample->dAzimuth, before->dAzimuth));
-    }
+    RewriteFlags(samples);
 }
 
 } // namespace detail

@@ -20,12 +20,22 @@ inline int SecondOfDay(const PoseSensorData& sample)
     return sample.nHour * 3600 + sample.nMinute * 60 + sample.nSecond;
 }
 
+/// PlaneDistance(dx, dSecond) < kStillDistance; the root is taken only next to the bound.
+inline bool IsStill(double dx, double dSecond)
+{
+    constexpr double square = kStillDistance * kStillDistance;
+    constexpr double rounding = 1e-12;
+    const double sum = dx * dx + dSecond * dSecond;
+    if (sum < square * (1 - rounding)) return true;
+    if (sum > square * (1 + rounding)) return false;
+    return std::sqrt(sum) < kStillDistance;
+}
+
 template <class Plane>
 bool HasMovedOn(const PoseSensorData& sample, const PoseSensorData& lastKept)
 {
-    const double distance = PlaneDistance(sample.dMag_x - lastKept.dMag_x,
-                                          sample.*Plane::Second - lastKept.*Plane::Second);
-    return !(distance < kStillDistance)
+    return !IsStill(sample.dMag_x - lastKept.dMag_x,
+                    sample.*Plane::Second - lastKept.*Plane::Second)
            || SecondOfDay(sample) - SecondOfDay(lastKept) >= kStillSeconds;
 }
 

@@ -318,6 +318,24 @@ TYPED_TEST(SampleFilter, TimeStageThinsSamplesOfAStandingPole)
     EXPECT_EQ(this->Places(this->filter.Filter_ByTime(&this->array)), (std::vector{0, 2, 4}));
 }
 
+// 30 counts in every direction: what counts is whether the root of the sum is below 30.
+TYPED_TEST(SampleFilter, TimeStageComparesTheDistanceItself)
+{
+    int below = 0;
+    for (int i = 0; i < 2000; ++i) {
+        const double angle = i * std::numbers::pi / 1000;
+        const double x = 30 * std::cos(angle), v = 30 * std::sin(angle);
+        this->array.RemoveAll();
+        this->Keep({});
+        this->Keep(At(x, v));
+        const bool still = std::sqrt(x * x + v * v) < 30;
+        below += still ? 1 : 0;
+        ASSERT_EQ(this->Places(this->filter.Filter_ByTime(&this->array)).size(), still ? 1U : 2U);
+    }
+    EXPECT_GT(below, 0);
+    EXPECT_LT(below, 2000);
+}
+
 TYPED_TEST(SampleFilter, StagesGiveNullForNothing)
 {
     this->array.Add(nullptr);
