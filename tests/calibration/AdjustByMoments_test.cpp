@@ -1,0 +1,199 @@
+// Adjust works on moments where it may; whatever the data, it must answer as the fits themselves.
+#include "calibration/detail/MomentSolver.h"
+#include "tests/calibration/AdjustTools.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <limits>
+#include <numbers>
+#include <random>
+
+namespace {
+
+using Turn = std::vector<PoseSensorData>;
+
+bool Agree(double a, double b, double tolerance)
+{
+    if (std::isnan(a) || std::isnan(b)) return std::isnan(a) && std::isnan(b);
+    return a == b || std::fabs(a - b) <= tolerance * (1 + std::fabs(b));
+}
+
+::testing::AssertionResult Agree(const Incline_MagneticCorrectParameter& a,
+                                 const Incline_MagneticCorrectParameter& b, double tolerance)
+{
+    for (const auto field :
+         {&Incline_MagneticCorrectParameter::x0, &Incline_MagneticCorrectParameter::y0,
+          &Incline_MagneticCorrectParameter::z0, &Incline_MagneticCorrectParameter::a,
+          &Incline_MagneticCorrectParameter::b, &Incline_MagneticCorrectParameter::c,
+          &Incline_MagneticCorrectParameter::d, &Incline_MagneticCorrectParameter::e})
+        if (!Agree(a.*field, b.*field, tolerance))
+            return ::testing::AssertionFailure()
+                   << a.*field << " and " << b.*field << " differ by " << a.*field - b.*field;
+    return ::testing::AssertionSuccess();
+}
+
+// Runs both ways over the same turns: result, boxes, parameters and translation.
+void ExpectSameAsTheFits(const Turn& horizontal, const Turn& vertical, double tolerance)
+{
+    const OwnDataFolder folder;
+    RecordedBoxes boxes;
+    ReachAdjust adjust;
+    Load(adjust, horizontal, vertical);
+    const int result = adjust.Adjust();
+    const std::vector<Box> shown = std::exchange(boxes.shown, {});
+
+    Incline_MagneticCorrectParameter A, B;
+    const int solvedA = adjust.MagCorrPara(MatrixOf(horizontal), MatrixOf(vertical), A);
+    if (!solvedA) boxes.shown.push_back(shown.empty() ? Box{} : shown.back());
+    int solvedB = 0;
+    if (solvedA) {
+        solvedB = adjust.MagCorrPara(MatrixOf(horizontal, true), MatrixOf(vertical, true), B);
+        if (!solvedB) boxes.shown.push_back(shown.empty() ? Box{} : shown.back());
+    }
+    EXPECT_EQ(result, solvedA && solvedB ? 1 : 0);
+    EXPECT_EQ(shown, boxes.shown);
+    EXPECT_TRUE(Agree(adjust.GetCorrectPar_A(), A, tolerance));
+    EXPECT_TRUE(Agree(adjust.GetCorrectPar_B(), B, tolerance));
+    if (!result) return;
+    Incline_MagneticTranslationParameter T;
+    adjust.MagneticCoordinateOffset(MatrixOf(horizontal), MatrixOf(horizontal, true), T);
+    EXPECT_TRUE(Agree(adjust.GetCoorTrans().dX, T.dX, tolerance));
+    EXPECT_TRUE(Agree(adjust.GetCoorTrans().dY, T.dY, tolerance));
+    EXPECT_TRUE(Agree(adjust.GetCoorTrans().dZ, T.dZ, tolerance));
+}
+
+detail::TurnReadings Columns(const Turn& turn)
+{
+    detail::TurnReadings readings(static_cast<int>(turn.size()));
+    int i = 0;
+    for (const PoseSensorData& s : turn)
+        readings.Set(i++, s.dMag_x, s.dMag_y, s.dMag_z);
+    readings.Close();
+    return readings;
+}
+
+// Hundreds to thousands of counts of offset, skewed or not, whole or fractional.
+TEST(AdjustByMoments, FieldLikeTurnsAgreeToNineDigits)
+{
+    for (unsigned seed = 1; seed <= 60; ++seed) {
+        std::mt19937 random(seed);
+        std::uniform_real_distribution<double> unit(0, 1);
+        turns::Shape shape;
+        shape.samples = 50 + static_cast<int>(random() % 700);
+        shape.revolutions = 1 + unit(random) * 1.5;
+        shape.radius = 300 + 600 * unit(random);
+        shape.skew = 0.4 * (unit(random) - 0.5);
+        shape.scale = 0.7 + 0.6 * unit(random);
+        shape.offset = 1500 * unit(random);
+        shape.noise = 1 + 6 * unit(random);
+        shape.wholeCounts = seed % 3 == 0;
+        shape.seed = seed;
+        SCOPED_TRACE(seed);
+        const Turn horizontal = turns::Make(shape, false), vertical = turns::Make(shape, true);
+        EXPECT_TRUE(detail::SolveByMoments(Columns(horizontal), Columns(vertical)).has_value());
+        ExpectSameAsTheFits(horizontal, vertical, 1e-9);
+    }
+}
+
+struct Odd
+{
+    const char* why;
+    Turn horizontal, vertical;
+};
+
+std::vector<Odd> OddTurns()
+{
+    const turns::Shape shape{.samples = 120, .seed = 3};
+    const Turn h = turns::Make(shape, false), v = turns::Make(shape, true);
+    std::vector<Odd> odd;
+    const auto change = [&](const char* why, bool horizontal, auto&& edit) {
+        odd.push_back({why, h, v});
+        int i = 0;
+        for (PoseSensorData& s : horizontal ? odd.back().horizontal : odd.back().vertical)
+            edit(s, i++);
+    };
+    change("z constant at a fraction that has no exact mean", true,
+           [](PoseSensorData& s, int) { s.dMag_z = -317.1; });
+    change("z varies in its last digits only", true,
+           [](PoseSensorData& s, int i) { s.dMag_z = -317 + i % 3 * 1e-13; });
+    change("y varies by less than the fit can see", false,
+           [](PoseSensorData& s, int i) { s.dMag_y = i % 2 * 1e-17; });
+    change("all on one line", true, [](PoseSensorData& s, int i) {
+        s.dMag_x = i;
+        s.dMag_y = 2 * i;
+    });
+    change("one point over and over", true, [](PoseSensorData& s, int) { s = PoseSensorData(); });
+    change("two points in turn", false, [](PoseSensorData& s, int i) {
+        s.dMag_x = s.dMag_z = i % 2 * 100;
+        s.dMag_y = i % 2;
+    });
+    change("far off", true, [](PoseSensorData& s, int) { s.dMag_x += 1e6; });
+    change("far off in the axis", false, [](PoseSensorData& s, int) { s.dMag_y += 1e7; });
+    change("flat ellipse", true, [](PoseSensorData& s, int) { s.dMag_y *= 1e-3; });
+    change("tiny numbers", true, [](PoseSensorData& s, int) {
+        s.dMag_x *= 1e-9;
+        s.dMag_y *= 1e-9;
+        s.dMag_z *= 1e-9;
+    });
+    change("huge numbers", false, [](PoseSensorData& s, int) {
+        s.dMag_x *= 1e90;
+        s.dMag_z *= 1e90;
+    });
+    change("turned about an axis 60 degrees off", false,
+           [](PoseSensorData& s, int) { s.dMag_y += 1.7 * s.dMag_x; });
+    change("a short arc", true, [](PoseSensorData& s, int i) {
+        s.dMag_x = 500 * std::cos(i * 0.004);
+        s.dMag_y = 500 * std::sin(i * 0.004);
+    });
+    for (const double value :
+         {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()})
+        for (const bool horizontal : {true, false})
+            change("a reading that is not finite", horizontal, [value](PoseSensorData& s, int i) {
+                if (i == 60) s.dMag_z = value;
+            });
+    for (const int few : {4, 5, 6, 7, 8}) {
+        odd.push_back({"few samples", h, v});
+        odd.back().horizontal.resize(static_cast<std::size_t>(few));
+        odd.push_back({"few samples", h, v});
+        odd.back().vertical.resize(static_cast<std::size_t>(few));
+    }
+    return odd;
+}
+
+TEST(AdjustByMoments, OddTurnsAnswerAsTheFits)
+{
+    for (const Odd& odd : OddTurns()) {
+        SCOPED_TRACE(odd.why);
+        ExpectSameAsTheFits(odd.horizontal, odd.vertical, 1e-10);
+    }
+}
+
+TEST(AdjustByMoments, RecordedReadingsAnswerAsTheFits)
+{
+    const Turn recorded = turns::Recorded();
+    for (std::size_t start = 0; start + 400 <= recorded.size(); start += 150) {
+        SCOPED_TRACE(start);
+        const auto from = recorded.begin() + static_cast<std::ptrdiff_t>(start);
+        ExpectSameAsTheFits(Turn(from, from + 200), Turn(from + 200, from + 400), 1e-8);
+    }
+}
+
+// Leans next to the bound that ends the passes: a tenth of a millionth to either side.
+TEST(AdjustByMoments, BoundOfThePassesIsTheSame)
+{
+    turns::Shape shape{.samples = 360, .revolutions = 1, .noise = 0.2, .seed = 9};
+    const Turn vertical = turns::Make(shape, true);
+    for (int step = -40; step <= 40; ++step) {
+        Turn horizontal = turns::Make(shape, false);
+        for (PoseSensorData& s : horizontal) {
+            const double lean = 0.001 + step * 5e-9;
+            s.dMag_z += lean * s.dMag_x + lean * lean * s.dMag_y;
+            s.dMag_z_2 = s.dMag_z;
+        }
+        SCOPED_TRACE(step);
+        ExpectSameAsTheFits(horizontal, vertical, 1e-9);
+    }
+}
+
+} // namespace
