@@ -22,8 +22,8 @@ struct MeasureOptions
     int sensorType = 1;
     std::optional<double> biasA;
     std::optional<double> biasB;
-    std::vector<double> truth; // N, E, h, or nothing
-    std::string out;           // empty: standard output
+    std::string truth; // N,E,h
+    std::string out;   // empty: standard output
     std::string plot;
     bool skipBad = false;
     bool json = false;
@@ -55,7 +55,7 @@ Examples:
   tiltpole measure walk.csv --pole 1.8 --config pole.cfg --json | jq .tilt_deg.max
   tiltpole measure replay.csv --pole 2.0 --bias 0.75 \
       --truth 238540.000,650135.000,112.500 --out tips.csv --plot tips.svg
-  tail -f live.csv | tiltpole measure - --pole 2.0 --config pole.cfg --skip-bad
+  zcat walk.csv.gz | tiltpole measure - --pole 2.0 --config pole.cfg --skip-bad
 
 Exit codes: 0 done, 1 no sample could be measured, 2 wrong use or unreadable input.)";
 
@@ -78,8 +78,8 @@ MeasureSetup SetupOf(const MeasureOptions& options, const CInclineSensor_Positio
                        position.GetMagneticBiasAngle_A(),
                        position.GetMagneticBiasAngle_B(),
                        std::nullopt};
-    if (!options.truth.empty()) {
-        setup.truth = xyhCoordinate{options.truth[0], options.truth[1], options.truth[2]};
+    if (const auto truth = ParseNumbers(options.truth, 3)) {
+        setup.truth = xyhCoordinate{(*truth)[0], (*truth)[1], (*truth)[2]};
     }
     return setup;
 }
@@ -181,6 +181,53 @@ private:
     std::optional<TipTable> m_table;
 };
 
+void AddInputOptions(CLI::App& command, MeasureOptions& options)
+{
+    command.add_option("LOG", options.log, "Sample log; - is standard input")
+        ->required()
+        ->type_name("FILE");
+    command.add_option("--pole", options.poleLength, "Pole length, antenna to tip [m]")
+        ->required()
+        ->type_name("LENGTH")
+        ->check(PositiveNumber());
+    command
+        .add_option("--config", options.config,
+                    "Parameter file of the calibration; without it the readings are used as they "
+                    "are")
+        ->type_name("FILE");
+    command.add_flag("--partial-config", options.partialConfig,
+                     "Accept a parameter file that lacks keys; what it lacks keeps its default");
+    command
+        .add_option("--sensor-type", options.sensorType,
+                    "1: first axis convention, the default; other values: second; 2 also turns "
+                    "the projection")
+        ->type_name("N");
+    command
+        .add_option("--bias", options.biasA,
+                    "Heading bias of magnetometer A [degrees], subtracted from the heading; "
+                    "replaces that of --config")
+        ->type_name("ANGLE")
+        ->check(FiniteNumber());
+    command.add_option("--bias-b", options.biasB, "The same for magnetometer B")
+        ->type_name("ANGLE")
+        ->check(FiniteNumber());
+    command.add_flag("--skip-bad", options.skipBad,
+                     "Skip rows that cannot be read, naming and counting them");
+}
+
+void AddOutputOptions(CLI::App& command, MeasureOptions& options)
+{
+    command.add_option("--truth", options.truth, "True tip [m]: adds the errors against it")
+        ->type_name("N,E,h")
+        ->check(NumberList(3));
+    command.add_option("--out", options.out, "Where the rows go; replaced when they are whole")
+        ->type_name("FILE");
+    command.add_option("--plot", options.plot, "Picture of antenna and tips, .png or .svg")
+        ->type_name("FILE")
+        ->check(PictureName());
+    command.add_flag("--json", options.json, "Summary as JSON to standard output");
+}
+
 } // namespace
 
 void AddMeasureCommand(CLI::App& program, int& exitCode)
@@ -189,35 +236,8 @@ void AddMeasureCommand(CLI::App& program, int& exitCode)
     CLI::App* const command =
         program.add_subcommand("measure", "The tip of the pole for every sample of a log.");
     command->footer(kFooter);
-    command->add_option("LOG", options->log, "Sample log; - is standard input")->required();
-    command->add_option("--pole", options->poleLength, "Pole length, antenna to tip [m]")
-        ->required()
-        ->check(PositiveNumber());
-    command->add_option("--config", options->config,
-                        "Parameter file of the calibration; without it readings are used as they "
-                        "are");
-    command->add_flag("--partial-config", options->partialConfig,
-                      "Accept a parameter file that lacks keys; what it lacks keeps its default");
-    command->add_option("--sensor-type", options->sensorType,
-                        "1: first axis convention (default); other values: second; 2 also turns "
-                        "the projection");
-    command
-        ->add_option("--bias", options->biasA,
-                     "Heading bias of magnetometer A [degrees], subtracted from the heading; "
-                     "replaces that of --config")
-        ->check(FiniteNumber());
-    command->add_option("--bias-b", options->biasB, "The same for magnetometer B")
-        ->check(FiniteNumber());
-    command->add_option("--truth", options->truth, "True tip N,E,h [m]: adds the errors against it")
-        ->delimiter(',')
-        ->expected(3)
-        ->check(FiniteNumber());
-    command->add_option("--out", options->out, "File for the rows, replaced when they are whole");
-    command->add_option("--plot", options->plot, "Picture of antenna and tips, .png or .svg")
-        ->check(PictureName());
-    command->add_flag("--skip-bad", options->skipBad,
-                      "Skip rows that cannot be read, naming and counting them");
-    command->add_flag("--json", options->json, "Summary as JSON to standard output");
+    AddInputOptions(*command, *options);
+    AddOutputOptions(*command, *options);
     command->callback([options, &exitCode] { exitCode = Run(*options).Measure(); });
 }
 

@@ -1,6 +1,8 @@
 #include "apps/cli/Numbers.h"
 
 #include "framework/core/ParseNumber.h"
+#include <algorithm>
+#include <fmt/format.h>
 
 namespace cli {
 
@@ -19,6 +21,20 @@ std::optional<double> ParseNumber(std::string_view text)
     return value;
 }
 
+std::optional<std::vector<double>> ParseNumbers(std::string_view text, std::size_t count)
+{
+    std::vector<double> values;
+    for (std::size_t at = 0; at <= text.size();) {
+        const std::size_t end = std::min(text.find(',', at), text.size());
+        const auto value = ParseNumber(text.substr(at, end - at));
+        if (!value) return std::nullopt;
+        values.push_back(*value);
+        at = end + 1;
+    }
+    if (values.size() != count) return std::nullopt;
+    return values;
+}
+
 CLI::Validator FiniteNumber()
 {
     return {[](std::string& text) {
@@ -35,6 +51,17 @@ CLI::Validator PositiveNumber()
                                              : "'" + text + "' is not a number above zero";
             },
             "", "positive number"};
+}
+
+CLI::Validator NumberList(std::size_t count)
+{
+    return {[count](std::string& text) {
+                return ParseNumbers(text, count) ? std::string{}
+                                                 : fmt::format("'{}' is not {} numbers with commas "
+                                                               "between them",
+                                                               text, count);
+            },
+            "", "numbers"};
 }
 
 } // namespace cli

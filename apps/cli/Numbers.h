@@ -2,8 +2,10 @@
 #pragma once
 
 #include <CLI/CLI.hpp>
+#include <cstddef>
 #include <optional>
 #include <string_view>
+#include <vector>
 
 namespace cli {
 
@@ -11,11 +13,16 @@ namespace cli {
 /// @return nothing for other text, for nan and infinities, and for what a double cannot hold
 std::optional<double> ParseNumber(std::string_view text);
 
+/// `count` numbers with commas between them, each as ParseNumber reads it.
+std::optional<std::vector<double>> ParseNumbers(std::string_view text, std::size_t count);
+
 /// The text without the spaces and tabs around it.
 std::string_view Trim(std::string_view text);
 
-/// Command line checks: any finite number; a finite number above zero.
+/// Command line checks: any finite number; a finite number above zero;
+/// finite numbers with commas between them.
 CLI::Validator FiniteNumber();
 CLI::Validator PositiveNumber();
+CLI::Validator NumberList(std::size_t count);
 
 } // namespace cli

@@ -3,12 +3,12 @@
 #include "apps/cli/Errors.h"
 #include "apps/cli/Numbers.h"
 #include <algorithm>
+#include <array>
 #include <cerrno>
-#include <cmath>
+#include <cstdio>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <fstream>
-#include <iterator>
+#include <memory>
 #include <optional>
 #include <system_error>
 
@@ -60,10 +60,15 @@ const std::vector<Key>& Keys()
 
 std::string ReadContent(const std::string& path)
 {
-    errno = 0;
-    std::ifstream file(path, std::ios::binary);
-    std::string content{std::istreambuf_iterator<char>(file), {}};
-    if (!file.is_open() || file.bad() || (content.empty() && errno != 0)) {
+    const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "rb"),
+                                                                  &std::fclose);
+    if (!file) throw InputError(path, std::generic_category().message(errno));
+    std::string content;
+    std::array<char, 4096> block;
+    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get())) {
+        content.append(block.data(), count);
+    }
+    if (std::ferror(file.get()) != 0) {
         throw InputError(path, std::generic_category().message(errno));
     }
     return content;

@@ -7,6 +7,7 @@
 #include <exception>
 #include <fmt/format.h>
 #include <string>
+#include <vector>
 
 namespace {
 
@@ -24,6 +25,16 @@ int Report(const std::string& sentence)
     return cli::kUnreadable;
 }
 
+// What the command line lacks, in a sentence of its own where the parser has none that helps.
+std::string Complaint(const CLI::App& program, const CLI::ParseError& error)
+{
+    if (!program.get_subcommands().empty()) return error.what();
+    const std::vector<std::string> unknown = program.remaining();
+    if (unknown.empty()) return "a command is required";
+    const char* const kind = unknown.front().starts_with('-') ? "option" : "command";
+    return fmt::format("there is no {} {}", kind, unknown.front());
+}
+
 // Wrong use answers one sentence and where to read on; a help page goes to standard output.
 int Explain(const CLI::App& program, const CLI::ParseError& error)
 {
@@ -33,7 +44,8 @@ int Explain(const CLI::App& program, const CLI::ParseError& error)
     std::string command = "tiltpole";
     for (const CLI::App* used : program.get_subcommands())
         command += ' ' + used->get_name();
-    return Report(fmt::format("{}: {} ({} --help tells more)", command, error.what(), command));
+    return Report(
+        fmt::format("{}: {} ({} --help tells more)", command, Complaint(program, error), command));
 }
 
 } // namespace

@@ -44,4 +44,12 @@ TEST(PositiveNumber, RefusesZeroAndBelow)
     EXPECT_NE(check("inf"), "");
 }
 
+TEST(ParseNumbers, WantsExactlySoMany)
+{
+    EXPECT_EQ(cli::ParseNumbers("1,-2.5, 3", 3), (std::vector<double>{1.0, -2.5, 3.0}));
+    for (const char* bad : {"1,2", "1,2,3,4", "1,2,", ",2,3", "1;2;3", "1,2,x", ""}) {
+        EXPECT_EQ(cli::ParseNumbers(bad, 3), std::nullopt) << bad;
+    }
+}
+
 } // namespace

@@ -1,0 +1,51 @@
+#include "tests/apps/cli/RunProgram.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using cli::test::Outcome;
+using cli::test::RunProgram;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+struct UseCase
+{
+    std::vector<std::string> arguments;
+    std::string expected;
+};
+
+TEST(Program, WrongUseIsOneSentenceAndExitCode2)
+{
+    const UseCase cases[] = {
+        {{},                         "tiltpole: a command is required (tiltpole --help tells more)\n"     },
+        {{"measur"},                 "tiltpole: there is no command measur (tiltpole --help tells more)\n"},
+        {{"--fast"},                 "tiltpole: there is no option --fast (tiltpole --help tells more)\n" },
+        {{"measure", "--pole", "2"},
+         "tiltpole measure: LOG is required (tiltpole measure --help tells more)\n"                       },
+    };
+    for (const UseCase& use : cases) {
+        const Outcome outcome = RunProgram(use.arguments);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_EQ(outcome.err, use.expected);
+        EXPECT_EQ(outcome.out, "");
+    }
+}
+
+TEST(Program, HelpGoesToStandardOutput)
+{
+    const Outcome help = RunProgram({"--help"});
+    EXPECT_EQ(help.exitCode, 0);
+    EXPECT_THAT(help.out, HasSubstr("measure"));
+    EXPECT_EQ(help.err, "");
+}
+
+TEST(Program, SaysItsVersion)
+{
+    const Outcome version = RunProgram({"--version"});
+    EXPECT_EQ(version.exitCode, 0);
+    EXPECT_THAT(version.out, StartsWith("tiltpole "));
+}
+
+} // namespace
