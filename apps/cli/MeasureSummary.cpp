@@ -33,7 +33,7 @@ std::string ErrorRow(std::string_view label, Percentiles& errors)
                        kMillimetres * errors.At(0.99), kMillimetres * errors.Max());
 }
 
-nlohmann::ordered_json Spread(Percentiles& values)
+nlohmann::ordered_json SpreadJson(Percentiles& values)
 {
     return {
         {"min",  values.Min()   },
@@ -45,7 +45,7 @@ nlohmann::ordered_json Spread(Percentiles& values)
     };
 }
 
-nlohmann::ordered_json Extent(const Percentiles& values)
+nlohmann::ordered_json ExtentJson(const Extent& values)
 {
     return {
         {"min",  values.Min() },
@@ -139,17 +139,17 @@ nlohmann::ordered_json MeasureSummary::Json()
     json["still_samples"] = m_still;
     json["interference_samples"] = m_interference;
     json["percentiles"] = m_tilt.IsExact() ? "exact" : "within 0.1 %";
-    json["tilt_deg"] = Spread(m_tilt);
-    json["antenna_to_tip_plan_m"] = Spread(m_reach);
+    json["tilt_deg"] = SpreadJson(m_tilt);
+    json["antenna_to_tip_plan_m"] = SpreadJson(m_reach);
     json["tip_m"] = {
-        {"N", Extent(m_tip[0])},
-        {"E", Extent(m_tip[1])},
-        {"h", Extent(m_tip[2])}
+        {"N", ExtentJson(m_tip[0])},
+        {"E", ExtentJson(m_tip[1])},
+        {"h", ExtentJson(m_tip[2])}
     };
     if (m_setup.truth) {
         json["true_tip_m"] = PointJson(*m_setup.truth);
-        json["error_horizontal_m"] = Spread(m_planError);
-        json["error_height_m"] = Spread(m_heightError);
+        json["error_horizontal_m"] = SpreadJson(m_planError);
+        json["error_height_m"] = SpreadJson(m_heightError);
     }
     return json;
 }

@@ -37,11 +37,11 @@ public:
 
 private:
     MeasureSetup m_setup;
-    Percentiles m_tilt;               // degrees
-    Percentiles m_reach;              // antenna to tip in the plane [m]
-    std::array<Percentiles, 3> m_tip; // N, E, h [m]
-    Percentiles m_planError;          // m
-    Percentiles m_heightError;        // without sign [m]
+    Percentiles m_tilt;          // degrees
+    Percentiles m_reach;         // antenna to tip in the plane [m]
+    std::array<Extent, 3> m_tip; // N, E, h [m]
+    Percentiles m_planError;     // m
+    Percentiles m_heightError;   // without sign [m]
     std::uint64_t m_still = 0;
     std::uint64_t m_interference = 0;
     std::uint64_t m_skipped = 0;

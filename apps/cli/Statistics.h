@@ -7,10 +7,27 @@
 
 #include <cstddef>
 #include <cstdint>
-#include <map>
 #include <vector>
 
 namespace cli {
+
+/// Least, greatest and mean of a stream of finite numbers; 0 while nothing was added.
+class Extent
+{
+public:
+    void Add(double value);
+
+    std::uint64_t Count() const { return m_count; }
+    double Min() const { return m_min; }
+    double Max() const { return m_max; }
+    double Mean() const { return m_mean; }
+
+private:
+    std::uint64_t m_count = 0;
+    double m_min = 0.0;
+    double m_max = 0.0;
+    double m_mean = 0.0;
+};
 
 class Percentiles
 {
@@ -24,25 +41,20 @@ public:
     /// @return 0 while nothing was added
     double At(double fraction);
 
-    std::uint64_t Count() const { return m_count; }
-    double Min() const { return m_min; } // exact at any count; 0 while nothing was added
-    double Max() const { return m_max; }
-    double Mean() const { return m_mean; }
+    std::uint64_t Count() const { return m_extent.Count(); }
+    double Min() const { return m_extent.Min(); } // exact at any count
+    double Max() const { return m_extent.Max(); }
+    double Mean() const { return m_extent.Mean(); }
     bool IsExact() const { return m_bins.empty(); }
 
 private:
-    void Bin(double value) { ++m_bins[BinOf(value)]; }
-    static int BinOf(double value);
-    static double MiddleOf(int bin);
+    void Bin(double value);
     double BinnedAt(std::uint64_t rank) const;
 
-    std::uint64_t m_count = 0;
-    double m_min = 0.0;
-    double m_max = 0.0;
-    double m_mean = 0.0;
+    Extent m_extent;
     bool m_sorted = true;
     std::vector<double> m_values;
-    std::map<int, std::uint64_t> m_bins;
+    std::vector<std::uint64_t> m_bins; // counts, from the lowest value to the highest
 };
 
 } // namespace cli

@@ -311,11 +311,11 @@ TEST(Measure, ShowsAMeterOnATerminalWhenTheLogIsLong)
     EXPECT_THAT(RunProgram({"measure", kExample, "--pole", "2"}).err, Not(HasSubstr("MB/s")));
 }
 
-// Memory with a log of 150 MB is that with a log of a few rows, but for the exact percentiles and
+// Memory with a log of 60 MB is that with a log of a few rows, but for the exact percentiles and
 // the points of the picture, which are bounded.
 TEST(Measure, MemoryStaysBoundedOnALongLog)
 {
-    constexpr std::size_t kBlocks = 150;
+    constexpr std::size_t kBlocks = 60;
     std::string block;
     while (block.size() < 1'000'000)
         block += LogRow("0.25", "10.5");
@@ -332,7 +332,7 @@ TEST(Measure, MemoryStaysBoundedOnALongLog)
     const Outcome much = RunProgram(arguments, stream);
     ASSERT_EQ(much.exitCode, 0) << much.err;
     EXPECT_THAT(much.err, HasSubstr("rounded to 0.1 %"));
-    constexpr long kAllowed = 48 * 1024; // KiB; 7 series of 2^18 doubles while they are exact
+    constexpr long kAllowed = 24 * 1024; // KiB; 4 series of 2^18 doubles while they are exact
     EXPECT_LT(much.peakMemory, little.peakMemory + kAllowed);
 }
 

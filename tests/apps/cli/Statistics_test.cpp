@@ -73,4 +73,15 @@ TEST(Percentiles, StayCloseWhenBinned)
     EXPECT_EQ(all.Max(), values.back());
 }
 
+TEST(Percentiles, HugeAndTinyValuesFindABin)
+{
+    Percentiles all;
+    for (std::size_t i = 0; i <= Percentiles::kExact; ++i)
+        all.Add(i % 2 == 0 ? 1e300 : 1e-300);
+    all.Add(-1e300);
+    EXPECT_EQ(all.At(0.25), 0.0);
+    EXPECT_GT(all.At(0.75), 0.999e12);
+    EXPECT_EQ(all.Min(), -1e300);
+}
+
 } // namespace
