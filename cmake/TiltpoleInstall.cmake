@@ -8,6 +8,9 @@ if(TILTPOLE_CONTROLS)
     list(APPEND libraries tiltpole_controls)
 endif()
 
+# Installed libraries find each other wherever the prefix stands.
+set_target_properties(${libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
+
 install(TARGETS ${libraries}
     EXPORT tiltpoleTargets
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tiltpole)

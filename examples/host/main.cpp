@@ -1,0 +1,23 @@
+// The shortest host: a sample of the pose sensor and the antenna coordinate give the tip.
+#include "positioning/InclineSensor_Position.h"
+
+#include <cstdio>
+
+int main()
+{
+    CInclineSensor_Position pole;
+    pole.ConfigRead("pole.cfg"); // its calibration; without that file, readings are used as they are
+
+    PoseSensorData sample;
+    sample.dRoll = 10.0;     // degrees
+    sample.dMag_x = 300.0;   // magnetometer A, counts
+    sample.dMag_y = 400.0;
+    sample.dMag_x_2 = -300.0; // magnetometer B
+    sample.dMag_y_2 = -400.0;
+    xyhCoordinate point{4500000.0, 500000.0, 100.0}; // antenna: N, E, h in metres
+
+    pole.Position(sample, 2.0, point); // the point is now the tip of the 2 m pole
+    std::printf("tip      N %.4f  E %.4f  h %.4f m\n", point.x, point.y, point.h);
+    std::printf("heading  %.3f degrees, interference %d\n", sample.dYaw,
+                pole.IsMagneticInterference());
+}
