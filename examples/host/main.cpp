@@ -6,11 +6,12 @@
 int main()
 {
     CInclineSensor_Position pole;
-    pole.ConfigRead("pole.cfg"); // its calibration; without that file, readings are used as they are
+    pole.ConfigRead(
+        "pole.cfg"); // its calibration; without that file, readings are used as they are
 
     PoseSensorData sample;
-    sample.dRoll = 10.0;     // degrees
-    sample.dMag_x = 300.0;   // magnetometer A, counts
+    sample.dRoll = 10.0;   // degrees
+    sample.dMag_x = 300.0; // magnetometer A, counts
     sample.dMag_y = 400.0;
     sample.dMag_x_2 = -300.0; // magnetometer B
     sample.dMag_y_2 = -400.0;

@@ -1,0 +1,129 @@
+# Builds and installs the libraries (static or shared), builds and runs examples/host against the
+# result, and looks at what was installed. Run with -D for each variable that CMakeLists.txt sets.
+cmake_minimum_required(VERSION 3.25)
+
+set(build_dir ${work_dir}/build)
+set(prefix ${work_dir}/prefix)
+set(host_dir ${work_dir}/host)
+set(include_dir ${prefix}/include/tiltpole)
+
+# Runs a command; its failure is the failure of the test. The output is in `output` afterwards.
+function(run)
+    execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE text ERROR_VARIABLE text)
+    if(NOT result EQUAL 0)
+        list(JOIN ARGN " " command)
+        message(FATAL_ERROR "failed (${result}): ${command}\n${text}")
+    endif()
+    set(output "${text}" PARENT_SCOPE)
+endfunction()
+
+function(install_package)
+    set(shared OFF)
+    if(kind STREQUAL "shared")
+        set(shared ON)
+    endif()
+    run(${CMAKE_COMMAND} -S ${source_dir} -B ${build_dir} -G ${generator}
+        -D CMAKE_BUILD_TYPE=Release -D CMAKE_CXX_COMPILER=${compiler}
+        -D CMAKE_CXX_COMPILER_LAUNCHER=${launcher} -D CMAKE_INSTALL_PREFIX=${prefix}
+        -D BUILD_SHARED_LIBS=${shared} -D TILTPOLE_CONTROLS=OFF -D TILTPOLE_APPS=OFF
+        -D TILTPOLE_TESTS=OFF -D TILTPOLE_BENCHMARKS=OFF -D CMAKE_INSTALL_LIBDIR=lib)
+    run(${CMAKE_COMMAND} --build ${build_dir} --parallel 2)
+    file(REMOVE_RECURSE ${prefix})
+    run(${CMAKE_COMMAND} --install ${build_dir})
+endfunction()
+
+# A host finds the package without knowing of Eigen, and gets the tip that geometry says: 2 m·sin 10°
+# towards heading - 90°, 2 m·cos 10° down, with the heading atan2(400·cos 10°, 300).
+function(check_host)
+    file(REMOVE_RECURSE ${host_dir})
+    run(${CMAKE_COMMAND} -S ${source_dir}/examples/host -B ${host_dir} -G ${generator}
+        -D CMAKE_CXX_COMPILER=${compiler} -D CMAKE_PREFIX_PATH=${prefix}
+        -D CMAKE_DISABLE_FIND_PACKAGE_Eigen3=ON)
+    run(${CMAKE_COMMAND} --build ${host_dir})
+    run(${CMAKE_COMMAND} -E chdir ${host_dir} ${host_dir}/host)
+    set(expected "tip      N 4500000.2763  E 499999.7896  h 98.0304 m
+heading  52.708 degrees, interference 0
+")
+    if(NOT output STREQUAL expected)
+        message(FATAL_ERROR "the host printed\n${output}instead of\n${expected}")
+    endif()
+endfunction()
+
+# What is installed names no library a consumer would have to have.
+function(check_needs_nothing)
+    file(GLOB_RECURSE texts ${prefix}/include/*.h ${prefix}/lib/cmake/*.cmake)
+    list(LENGTH texts count)
+    if(count LESS 20)
+        message(FATAL_ERROR "only ${count} headers and package files were installed")
+    endif()
+    foreach(text ${texts})
+        file(STRINGS ${text} hits REGEX "[Ee]igen3?[/:]|find_dependency\\(Eigen")
+        if(hits)
+            message(FATAL_ERROR "${text} needs Eigen: ${hits}")
+        endif()
+    endforeach()
+endfunction()
+
+# Every installed header compiles alone, without a warning.
+function(check_headers)
+    file(GLOB_RECURSE headers RELATIVE ${include_dir} ${include_dir}/*.h)
+    set(definition)
+    if(kind STREQUAL "static")
+        set(definition -DTILTPOLE_STATIC)
+    endif()
+    foreach(header ${headers})
+        set(unit ${work_dir}/header.cpp)
+        file(WRITE ${unit} "#include \"${header}\"\n#include \"${header}\"\n")
+        run(${compiler} -std=c++20 -fsyntax-only -Wall -Wextra -Wconversion -Wshadow -Werror
+            ${definition} -I ${include_dir} ${unit})
+    endforeach()
+endfunction()
+
+# The names that carry TILTPOLE_API in the installed headers, as a regular expression.
+function(exported_names)
+    file(GLOB_RECURSE headers ${include_dir}/*.h)
+    set(names)
+    foreach(header ${headers})
+        file(READ ${header} text)
+        string(REGEX MATCHALL "(class|struct) TILTPOLE_API [A-Za-z_0-9]+" types "${text}")
+        string(REGEX MATCHALL "TILTPOLE_API [^;{]*\\(" functions "${text}")
+        foreach(declaration ${types} ${functions})
+            string(REGEX MATCH "([A-Za-z_0-9]+)[ (]*$" ignored "${declaration}")
+            list(APPEND names ${CMAKE_MATCH_1})
+        endforeach()
+    endforeach()
+    list(REMOVE_DUPLICATES names)
+    list(JOIN names "|" pattern)
+    set(pattern "${pattern}" PARENT_SCOPE)
+endfunction()
+
+# A shared library shows the exported classes and functions and nothing else.
+function(check_symbols)
+    exported_names()
+    file(GLOB libraries ${prefix}/lib/libtiltpole_*.so)
+    list(LENGTH libraries count)
+    if(NOT count EQUAL 2)
+        message(FATAL_ERROR "expected two shared libraries, found: ${libraries}")
+    endif()
+    foreach(library ${libraries})
+        run(${nm} -DC --defined-only --format=posix ${library})
+        string(REPLACE ";" "," output "${output}")
+        string(REPLACE "\n" ";" symbols "${output}")
+        set(shown 0)
+        foreach(symbol ${symbols})
+            if(NOT symbol MATCHES "^((vtable|typeinfo|typeinfo name) for )?([a-z_]+::)*(${pattern})(::| |\\(|\\[)")
+                message(SEND_ERROR "${library} shows ${symbol}")
+            endif()
+            math(EXPR shown "${shown} + 1")
+        endforeach()
+        message(STATUS "${library}: ${shown} symbols, all of exported names")
+    endforeach()
+endfunction()
+
+install_package()
+check_host()
+check_needs_nothing()
+check_headers()
+if(kind STREQUAL "shared")
+    check_symbols()
+endif()
