@@ -53,27 +53,6 @@ void SetReadingB(PoseSensorData& s, const detail::Reading& m)
     s.dMag_z_2 = m.z;
 }
 
-// Gives a sample its readings back at the end of the scope.
-class RawReadings
-{
-public:
-    explicit RawReadings(PoseSensorData& sample)
-        : m_sample(sample), m_a(ReadingA(sample)), m_b(ReadingB(sample))
-    {}
-    ~RawReadings()
-    {
-        SetReadingA(m_sample, m_a);
-        SetReadingB(m_sample, m_b);
-    }
-    RawReadings(const RawReadings&) = delete;
-    RawReadings& operator=(const RawReadings&) = delete;
-
-private:
-    PoseSensorData& m_sample;
-    const detail::Reading m_a;
-    const detail::Reading m_b;
-};
-
 // Down the pole from the antenna, in the direction of its projection.
 xyhCoordinate DownThePole(const xyhCoordinate& antenna, double length, const detail::Elevation& t,
                           const detail::Turn& azimuth)
@@ -92,6 +71,26 @@ detail::Turn TurnFrom(double radians)
     return {std::cos(radians), std::sin(radians)};
 }
 
+// The tip and the projection by roots. Left out where `trusted` is false.
+struct Step
+{
+    xyhCoordinate tip;
+    detail::Turn k1;
+    bool trusted;
+};
+
+inline Step StepByRoots(int sensorType, const detail::Pose& pose, const detail::TiltAngles& tilt,
+                        bool positiveV, const detail::Turn& heading, double length,
+                        const xyhCoordinate& antenna)
+{
+    const detail::Elevation elevation = detail::ElevationOf(pose, sensorType);
+    const detail::Projection projection =
+        detail::ProjectionOf(tilt, positiveV, elevation, sensorType);
+    const detail::Turn azimuth = heading + projection.turn;
+    return {DownThePole(antenna, length, elevation, azimuth), projection.k1,
+            projection.trusted && !std::isnan(azimuth.cos)};
+}
+
 } // namespace
 
 void CInclineSensor_Position::SetMagneticBiasAngle_A(double angle)
@@ -104,31 +103,32 @@ void CInclineSensor_Position::SetMagneticBiasAngle_A(double angle)
     m_dSinBiasAngle_A = turn.sin;
 }
 
+// CalculateYaw_A, CalculateYaw_B and the tip on corrected readings that the sample never sees.
+// Arithmetic comes first, the arc functions after it: none waits for another.
 int CInclineSensor_Position::Position(PoseSensorData& sample, double poleLength,
                                       xyhCoordinate& point)
 {
-    const RawReadings putBack(sample);
     const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
     const detail::TiltAngles tilt = detail::TiltAnglesOf(pose, m_nSensorType);
-    if (!CalculateYaw_A(sample, pose, tilt) || !CalculateYaw_B(sample, pose)) return 0;
-    return TipOf(sample, pose, tilt, poleLength, point);
-}
+    const detail::Reading a = detail::Corrected(m_MagneticCorrectPar_A, ReadingA(sample));
+    const detail::Reading b = detail::Corrected(m_MagneticCorrectPar_B, ReadingB(sample));
+    JudgeStillness(a, sample.dPitch, sample.dRoll);
+    JudgeInterference(a, b);
 
-int CInclineSensor_Position::TipOf(const PoseSensorData& sample, const detail::Pose& pose,
-                                   const detail::TiltAngles& tilt, double poleLength,
-                                   xyhCoordinate& point)
-{
-    const detail::Elevation elevation = detail::ElevationOf(pose, m_nSensorType);
+    const detail::LevelledField fieldA = detail::Level(pose, a, m_nSensorType);
+    const detail::LevelledField fieldB = detail::LevelOfB(pose, b, m_nSensorType);
+    const double tiltCosine = detail::TiltDirectionCosine(pose, tilt, m_nSensorType);
     const double v = m_nSensorType == detail::kFirstConvention ? sample.dRoll : sample.dPitch;
-    const detail::Projection projection =
-        detail::ProjectionOf(tilt, v > 0.0, elevation, m_nSensorType);
     const detail::Turn heading =
-        detail::HeadingTurnOf(detail::Level(pose, ReadingA(sample), m_nSensorType));
-    const detail::Turn azimuth =
-        heading + (projection.turn + detail::Turn{m_dCosBiasAngle_A, -m_dSinBiasAngle_A});
-    if (projection.trusted && std::isfinite(azimuth.cos)) {
-        KeepProjection(projection.k1);
-        point = DownThePole(point, poleLength, elevation, azimuth);
+        detail::HeadingTurnOf(fieldA) + detail::Turn{m_dCosBiasAngle_A, -m_dSinBiasAngle_A};
+    const Step step = StepByRoots(m_nSensorType, pose, tilt, v > 0.0, heading, poleLength, point);
+
+    sample.dYaw = Heading_A(fieldA);
+    sample.dYaw_2 = Heading_B(fieldB);
+    sample.dYaw_Y = LessTiltDirection(sample.dYaw, tiltCosine);
+    if (step.trusted) {
+        point = step.tip;
+        KeepProjection(detail::AngleOf(step.k1));
         return 1;
     }
 
@@ -171,54 +171,22 @@ int CInclineSensor_Position::Position_Math(xyhCoordinate /*antenna*/, PoseSensor
 
 int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample)
 {
-    const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    return CalculateYaw_A(sample, pose, detail::TiltAnglesOf(pose, m_nSensorType));
-}
-
-int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample, const detail::Pose& pose,
-                                            const detail::TiltAngles& tilt)
-{
     MagneticModify(m_MagneticCorrectPar_A, sample, 1);
-    JudgeStillness(sample);
-    sample.dYaw = Heading(sample, pose, 1);
-    AdjustAzimuth(sample.dYaw);
-    sample.dYaw_Y = sample.dYaw - detail::TiltDirection(pose, tilt, m_nSensorType);
-    AdjustAzimuth(sample.dYaw_Y);
+    JudgeStillness(ReadingA(sample), sample.dPitch, sample.dRoll);
+    const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
+    sample.dYaw = Heading_A(detail::Level(pose, ReadingA(sample), m_nSensorType));
+    sample.dYaw_Y = LessTiltDirection(
+        sample.dYaw, detail::TiltDirectionCosine(pose, detail::TiltAnglesOf(pose, m_nSensorType),
+                                                 m_nSensorType));
     return 1;
-}
-
-void CInclineSensor_Position::JudgeStillness(const PoseSensorData& sample)
-{
-    const detail::Reading last{m_dLastMag_x, m_dLastMag_y, m_dLastMag_z};
-    if (detail::SumOfDifferences(ReadingA(sample), last) <= kStillField
-        && std::fabs(sample.dRoll - m_dLastRoll) <= kStillTilt
-        && std::fabs(sample.dPitch - m_dLastPitch) <= kStillTilt) {
-        m_bStationary = 1; // the reference stays, so slow drift adds up against it
-        return;
-    }
-    m_dLastMag_x = sample.dMag_x;
-    m_dLastMag_y = sample.dMag_y;
-    m_dLastMag_z = sample.dMag_z;
-    m_dLastPitch = sample.dPitch;
-    m_dLastRoll = sample.dRoll;
-    m_bStationary = 0;
 }
 
 int CInclineSensor_Position::CalculateYaw_B(PoseSensorData& sample)
 {
-    return CalculateYaw_B(sample, detail::PoseOf(sample.dPitch, sample.dRoll));
-}
-
-int CInclineSensor_Position::CalculateYaw_B(PoseSensorData& sample, const detail::Pose& pose)
-{
     MagneticModify(m_MagneticCorrectPar_B, sample, 0);
-    const detail::Reading expected{-(sample.dMag_x + m_MagneticTranslationPar.dX),
-                                   -(sample.dMag_y + m_MagneticTranslationPar.dY),
-                                   sample.dMag_z + m_MagneticTranslationPar.dZ};
-    m_bMagneticInterference =
-        detail::SumOfDifferences(expected, ReadingB(sample)) > kUndisturbed ? 1 : 0;
-    sample.dYaw_2 = Heading(sample, pose, 0);
-    AdjustAzimuth(sample.dYaw_2);
+    JudgeInterference(ReadingA(sample), ReadingB(sample));
+    const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
+    sample.dYaw_2 = Heading_B(detail::LevelOfB(pose, ReadingB(sample), m_nSensorType));
     return 1;
 }
 
@@ -231,36 +199,49 @@ void CInclineSensor_Position::MagneticModify(const Incline_MagneticCorrectParame
         SetReadingB(sample, detail::Corrected(par, ReadingB(sample)));
 }
 
-double CInclineSensor_Position::Heading(const PoseSensorData& sample, const detail::Pose& pose,
-                                        int useA) const
+void CInclineSensor_Position::JudgeStillness(const detail::Reading& a, double pitch, double roll)
 {
-    return m_nSensorType == detail::kFirstConvention ? CalculateYaw_ADI(sample, pose, useA)
-                                                     : CalculateYaw_SCA(sample, pose, useA);
+    const detail::Reading last{m_dLastMag_x, m_dLastMag_y, m_dLastMag_z};
+    if (detail::SumOfDifferences(a, last) <= kStillField
+        && std::fabs(roll - m_dLastRoll) <= kStillTilt
+        && std::fabs(pitch - m_dLastPitch) <= kStillTilt) {
+        m_bStationary = 1; // the reference stays, so slow drift adds up against it
+        return;
+    }
+    m_dLastMag_x = a.x;
+    m_dLastMag_y = a.y;
+    m_dLastMag_z = a.z;
+    m_dLastPitch = pitch;
+    m_dLastRoll = roll;
+    m_bStationary = 0;
 }
 
-double CInclineSensor_Position::CalculateYaw_ADI(const PoseSensorData& sample,
-                                                 const detail::Pose& pose, int useA) const
+void CInclineSensor_Position::JudgeInterference(const detail::Reading& a, const detail::Reading& b)
 {
-    const detail::LevelledField field =
-        useA ? detail::LevelFirst(pose, ReadingA(sample))
-             : detail::LevelFirst(pose.Reversed(), detail::TurnedToPole(ReadingB(sample)));
-    return Unbiased(detail::HeadingOf(field), useA);
+    const detail::Reading expected{-(a.x + m_MagneticTranslationPar.dX),
+                                   -(a.y + m_MagneticTranslationPar.dY),
+                                   a.z + m_MagneticTranslationPar.dZ};
+    m_bMagneticInterference = detail::SumOfDifferences(expected, b) > kUndisturbed ? 1 : 0;
 }
 
-double CInclineSensor_Position::CalculateYaw_SCA(const PoseSensorData& sample,
-                                                 const detail::Pose& pose, int useA) const
+// The heading is normalised where it is formed and again where it is stored: two steps in all
+// (Heading.IsNormalisedByTwoStepsAtMost).
+double CInclineSensor_Position::Heading_A(const detail::LevelledField& field) const
 {
-    const detail::LevelledField field =
-        useA ? detail::LevelSecond(pose, ReadingA(sample))
-             : detail::LevelSecond(pose.Reversed(), detail::TurnedToPole(ReadingB(sample)));
-    return Unbiased(detail::HeadingOf(field), useA);
+    const double heading = detail::HeadingOf(field) - m_dMagneticBiasAngle_A;
+    return detail::AdjustedAzimuth(detail::AdjustedAzimuth(heading));
 }
 
-double CInclineSensor_Position::Unbiased(double heading, int useA) const
+double CInclineSensor_Position::Heading_B(const detail::LevelledField& field) const
 {
-    const double unbiased = useA ? heading - m_dMagneticBiasAngle_A
-                                 : heading - m_dMagneticBiasAngle_B + Rad2Deg(kMountingAngleB);
-    return detail::AdjustedAzimuth(unbiased);
+    const double heading =
+        detail::HeadingOf(field) - m_dMagneticBiasAngle_B + Rad2Deg(kMountingAngleB);
+    return detail::AdjustedAzimuth(detail::AdjustedAzimuth(heading));
+}
+
+double CInclineSensor_Position::LessTiltDirection(double heading, double tiltCosine) const
+{
+    return detail::AdjustedAzimuth(heading - Rad2Deg(ACOS(tiltCosine)));
 }
 
 int CInclineSensor_Position::ConverseYaw(double x, double y, double& yaw, double& yawOpposite) const

@@ -15,8 +15,8 @@
 #include "positioning/PoseSensorData.h"
 
 namespace detail {
-struct Pose;
-struct TiltAngles;
+struct LevelledField;
+struct Reading;
 } // namespace detail
 
 class TILTPOLE_API CInclineSensor_Position
@@ -192,19 +192,14 @@ protected:
                       double r3, xyhCoordinate& result) const;
 
 private:
-    int CalculateYaw_A(PoseSensorData& sample, const detail::Pose& pose,
-                       const detail::TiltAngles& tilt);
-    int CalculateYaw_B(PoseSensorData& sample, const detail::Pose& pose);
     void MagneticModify(const Incline_MagneticCorrectParameter& par, PoseSensorData& sample,
                         int useA) const;
-    double Heading(const PoseSensorData& sample, const detail::Pose& pose, int useA) const;
-    double CalculateYaw_ADI(const PoseSensorData& sample, const detail::Pose& pose, int useA) const;
-    double CalculateYaw_SCA(const PoseSensorData& sample, const detail::Pose& pose, int useA) const;
-    double Unbiased(double heading, int useA) const;
-    void JudgeStillness(const PoseSensorData& sample);
+    void JudgeStillness(const detail::Reading& a, double pitch, double roll);
+    void JudgeInterference(const detail::Reading& a, const detail::Reading& b);
+    double Heading_A(const detail::LevelledField& field) const;
+    double Heading_B(const detail::LevelledField& field) const;
+    double LessTiltDirection(double heading, double tiltCosine) const;
     void KeepProjection(double angle);
-    int TipOf(const PoseSensorData& sample, const detail::Pose& pose,
-              const detail::TiltAngles& tilt, double poleLength, xyhCoordinate& point);
 
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_A;
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_B;

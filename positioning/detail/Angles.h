@@ -41,10 +41,10 @@ inline double ArcCosine(double value)
 /// (AdjustAzimuth.TakesOneStepAtMost).
 inline double AdjustedAzimuth(double azimuth)
 {
-    // Without a branch: headings of a turning pole are beyond prediction. Adding -0 changes
-    // nothing.
-    static constexpr double kStep[] = {-0.0, 360.0, -360.0};
-    return azimuth + kStep[(azimuth < 0.0 ? 1 : 0) + (azimuth > 360.0 ? 2 : 0)];
+    // Selected, not branched: headings of a turning pole are beyond prediction. Adding -0.0 changes
+    // nothing, not even the sign of a zero.
+    const double down = azimuth > 360.0 ? -360.0 : -0.0;
+    return azimuth + (azimuth < 0.0 ? 360.0 : down);
 }
 
 /// √(1 − x²), the cosine of an angle whose sine is x, or the reverse. The product keeps its digits

@@ -49,11 +49,10 @@ struct LevelledField
 //   Yh =                  cos r·my −       sin r·mz    rightward
 //
 // Derivation: docs/formulas.md, "Levelling".
-inline LevelledField LevelFirst(const Pose& pose, const Reading& reading)
+inline LevelledField LevelADI(const Pose& pose, const Reading& reading)
 {
     const Reading m{reading.x, -reading.y, -reading.z};
-    return {pose.cosPitch * m.x + pose.sinPitch * pose.sinRoll * m.y
-                + pose.sinPitch * pose.cosRoll * m.z,
+    return {pose.cosPitch * m.x + pose.sinSin * m.y + pose.sinCos * m.z,
             pose.cosRoll * m.y - pose.sinRoll * m.z};
 }
 
@@ -61,16 +60,21 @@ inline LevelledField LevelFirst(const Pose& pose, const Reading& reading)
 //
 //   B1 = sin r·sin p·mx + cos p·my − cos r·sin p·mz    forward
 //   A1 =       cos r·mx            +       sin r·mz    rightward
-inline LevelledField LevelSecond(const Pose& pose, const Reading& m)
+inline LevelledField LevelSCA(const Pose& pose, const Reading& m)
 {
-    return {pose.sinRoll * pose.sinPitch * m.x + pose.cosPitch * m.y
-                - pose.cosRoll * pose.sinPitch * m.z,
+    return {pose.sinSin * m.x + pose.cosPitch * m.y - pose.sinCos * m.z,
             pose.cosRoll * m.x + pose.sinRoll * m.z};
 }
 
 inline LevelledField Level(const Pose& pose, const Reading& m, int sensorType)
 {
-    return sensorType == kFirstConvention ? LevelFirst(pose, m) : LevelSecond(pose, m);
+    return sensorType == kFirstConvention ? LevelADI(pose, m) : LevelSCA(pose, m);
+}
+
+/// Magnetometer B is mounted the other way round: it sees the pose reversed.
+inline LevelledField LevelOfB(const Pose& pose, const Reading& b, int sensorType)
+{
+    return Level(pose.Reversed(), TurnedToPole(b), sensorType);
 }
 
 /// atan2(−rightward, forward) [degrees] in [-180, 180]; 0 or ±180 for a vanishing field.

@@ -15,16 +15,20 @@ struct Pose
 {
     double sinPitch, cosPitch;
     double sinRoll, cosRoll;
+    double sinSin, sinCos; // sin p·sin r, sin p·cos r
 
     /// The same pose seen from magnetometer B: both angles change sign.
-    Pose Reversed() const { return {-sinPitch, cosPitch, -sinRoll, cosRoll}; }
+    Pose Reversed() const { return {-sinPitch, cosPitch, -sinRoll, cosRoll, sinSin, -sinCos}; }
 };
 
 inline Pose PoseOf(double pitch, double roll) // [degrees]
 {
     const double p = Deg2Rad(pitch);
     const double r = Deg2Rad(roll);
-    return {std::sin(p), std::cos(p), std::sin(r), std::cos(r)};
+    const double sinPitch = std::sin(p);
+    const double sinRoll = std::sin(r);
+    const double cosRoll = std::cos(r);
+    return {sinPitch, std::cos(p), sinRoll, cosRoll, sinPitch * sinRoll, sinPitch * cosRoll};
 }
 
 /// The two tilt angles u, v of the pole: pitch and roll, or for the other sensor types
@@ -43,14 +47,6 @@ inline TiltAngles TiltAnglesOf(const Pose& pose, int sensorType)
     return {sinU, OtherLeg(sinU), pose.sinPitch, pose.cosPitch};
 }
 
-/// The same angles, u by its arc sine and back: the digits that the written formulas see.
-inline TiltAngles WrittenTiltAnglesOf(const Pose& pose, int sensorType)
-{
-    if (sensorType == kFirstConvention) return TiltAnglesOf(pose, sensorType);
-    const double u = -ArcSine(pose.cosPitch * pose.sinRoll);
-    return {std::sin(u), std::cos(u), pose.sinPitch, pose.cosPitch};
-}
-
 /// Cosine q of the angle between the tilt direction and the heading:
 ///
 ///   q = (cos²u·sin²v + cos²v·sin²u − (sin²v + sin²u)) / (2·cos u·cos v·sin u·sin v)
@@ -58,33 +54,33 @@ inline TiltAngles WrittenTiltAnglesOf(const Pose& pose, int sensorType)
 /// It equals −tan u·tan v but is formed as written, terms cancelling: its rounding is about
 /// 1e-16·(sin²u + sin²v)/(sin u·sin v). Where u or v is 0 the quotient is 0/0; its limit q = 0 is
 /// used, so a plumb pole gives a number.
-struct TiltQuotient
+inline double TiltQuotient(const TiltAngles& tilt)
 {
-    double q;
-    bool trusted; // false where rounding moves the angle by more than about 1e-11 degrees
-};
-
-inline TiltQuotient TiltQuotientOf(const TiltAngles& tilt)
-{
-    constexpr double kLeastMargin = 2e-3;
     const double sin2U = tilt.sinU * tilt.sinU;
     const double cos2U = tilt.cosU * tilt.cosU;
     const double sin2V = tilt.sinV * tilt.sinV;
     const double cos2V = tilt.cosV * tilt.cosV;
     const double over = cos2U * sin2V + cos2V * sin2U - (sin2V + sin2U);
     const double under = 2.0 * tilt.cosU * tilt.cosV * tilt.sinU * tilt.sinV;
-    if (under == 0.0) return {0.0, true};
-    const double q = over / under;
-    return {q, OtherLeg(q) * std::fabs(under) > kLeastMargin * (sin2U + sin2V)};
+    return under == 0.0 ? 0.0 : over / under;
 }
 
-/// acos q [degrees], of the limited quotient. Measured against the formulas written out, in poses
-/// of all directions: within 1e-10 degrees.
-inline double TiltDirection(const Pose& pose, const TiltAngles& tilt, int sensorType)
+/// Whether rounding moves acos q by less than about 1e-11 degrees.
+inline bool IsWellRounded(double q, const TiltAngles& tilt)
 {
-    TiltQuotient quotient = TiltQuotientOf(tilt);
-    if (!quotient.trusted) quotient = TiltQuotientOf(WrittenTiltAnglesOf(pose, sensorType));
-    return Rad2Deg(ArcCosine(quotient.q));
+    constexpr double kLeastMargin = 1e-3;
+    return OtherLeg(q) * std::fabs(tilt.cosU * tilt.cosV * tilt.sinU * tilt.sinV)
+           > kLeastMargin * (tilt.sinU * tilt.sinU + tilt.sinV * tilt.sinV);
+}
+
+/// The quotient with the digits of the written formulas where they show. Measured against these in
+/// poses of all directions, its arc cosine lies within 1e-11 degrees of theirs.
+inline double TiltDirectionCosine(const Pose& pose, const TiltAngles& tilt, int sensorType)
+{
+    const double q = TiltQuotient(tilt);
+    if (sensorType == kFirstConvention || IsWellRounded(q, tilt)) return q;
+    const double u = -ArcSine(pose.cosPitch * pose.sinRoll);
+    return TiltQuotient({std::sin(u), std::cos(u), tilt.sinV, tilt.cosV});
 }
 
 } // namespace detail
