@@ -138,7 +138,7 @@ void ReadGarbage(benchmark::State& state)
     file.Open(path.path, CFile::modeCreate | CFile::modeWrite);
     file.Write(content.data(), static_cast<UINT>(content.size()));
     file.Close();
-    state.SetLabel(part == kinds[3] ? "bytes" : part);
+    state.SetLabel(part);
     CInclineSensor_Position sensor;
     for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(sensor.ConfigRead(path.path));

@@ -40,13 +40,6 @@ private:
     std::size_t m_end = 0;
 };
 
-// Whether "[key]" stands at `at`, where a '[' is. The closing bracket decides mostly.
-bool StandsAt(std::string_view text, std::size_t at, std::string_view key)
-{
-    const std::size_t close = at + 1 + key.size();
-    return close < text.size() && text[close] == ']' && text.substr(at + 1, key.size()) == key;
-}
-
 double DoubleOf(std::string_view value)
 {
     const auto number = framework::ParseDouble(value);
@@ -176,16 +169,21 @@ int KeyedTextFile::ReadDouble(std::string_view key, double& value) const
 
 void KeyedTextFile::ReadDoubles(std::span<const KeyedDouble> wanted) const
 {
+    constexpr std::size_t kNone = std::string_view::npos;
     const std::string_view text = m_content;
     Values values(text);
     std::vector<KeyedDouble> missing(wanted.begin(), wanted.end());
+    std::size_t open = kNone; // the last '[' with no ']' behind it: only there a key can stand
     for (std::size_t at = 0; at < text.size() && !missing.empty(); ++at) {
-        if (text[at] != '[') continue;
-        const auto found = std::find_if(missing.begin(), missing.end(), [&](const auto& entry) {
-            return StandsAt(text, at, entry.key);
-        });
+        if (text[at] == '[') open = at;
+        if (text[at] != ']' || open == kNone) continue;
+
+        const std::string_view key = text.substr(open + 1, at - open - 1);
+        open = kNone;
+        const auto found = std::find_if(missing.begin(), missing.end(),
+                                        [&](const auto& entry) { return entry.key == key; });
         if (found == missing.end()) continue;
-        const std::string_view value = values.From(at + found->key.size() + 2);
+        const std::string_view value = values.From(at + 1);
         if (!value.empty()) *found->value = DoubleOf(value);
         missing.erase(found);
     }

@@ -48,8 +48,8 @@ public:
     int ReadInteger(std::string_view key, int& value) const;
     int ReadDouble(std::string_view key, double& value) const;
 
-    /// ReadDouble for all of `values` in one pass over the content. Keys are not empty and hold
-    /// neither brackets nor more than 60 bytes.
+    /// ReadDouble for all of `values` in one pass over the content. Keys differ and hold no
+    /// brackets.
     void ReadDoubles(std::span<const KeyedDouble> values) const;
 
     /// Content as read or written so far, for use without a file.
