@@ -101,7 +101,7 @@ double BiasAngleOf(const EarthField& field);
 /// The inverse of a matrix; nothing when the determinant is zero.
 std::optional<Matrix> InverseOf(const Matrix& matrix);
 
-/// Turns instants of a motion into samples, in order of time. Sensor and magnets must outlive it.
+/// Turns instants of a motion into samples, in order of time.
 class SensorReadings
 {
 public:
@@ -125,8 +125,8 @@ private:
                       PoseSensorData& sample);
     Vector Distorted(const Magnetometer& magnetometer, const Vector& field, Generator& noise) const;
 
-    const PoseSensor& m_sensor;
-    const std::vector<Magnet>& m_magnets;
+    PoseSensor m_sensor;
+    std::vector<Magnet> m_magnets;
     Vector m_field;
     Generator m_noiseA;
     Generator m_noiseB;

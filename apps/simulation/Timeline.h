@@ -57,7 +57,7 @@ public:
     bool Loses(double seconds);
 
 private:
-    const Losses& m_losses;
+    Losses m_losses;
     Generator m_random;
 };
 

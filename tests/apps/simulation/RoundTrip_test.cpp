@@ -2,6 +2,7 @@
 #include "apps/simulation/Turn.h"
 #include "apps/simulation/Walk.h"
 #include "positioning/InclineSensor_Position.h"
+#include "tests/apps/simulation/TestSensors.h"
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -9,27 +10,9 @@
 namespace {
 
 using namespace simulation;
+using test::DistortedSensor;
 
 constexpr AntennaNoise kSilent{0.0, 0.0, 0.0, 0.0, 30.0};
-
-PoseSensor DistortedSensor(int type)
-{
-    PoseSensor sensor;
-    sensor.type = type;
-    sensor.a.softIron.rows = {
-        Vector{1.05,  0.0,  0.0},
-        {0.08,  0.93, 0.0},
-        {-0.06, 0.04, 1.1}
-    };
-    sensor.a.hardIron = {45.0, -30.0, 20.0};
-    sensor.b.softIron.rows = {
-        Vector{1.05,  0.0,  0.0 },
-        {-0.03, 1.04, 0.0 },
-        {0.05,  0.02, 0.95}
-    };
-    sensor.b.hardIron = {-25.0, 35.0, -15.0};
-    return sensor;
-}
 
 CInclineSensor_Position PositionFor(const PoseSensor& sensor, const EarthField& field)
 {
