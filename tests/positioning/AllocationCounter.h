@@ -1,0 +1,5 @@
+// Counts what the program asks of the free store.
+#pragma once
+
+/// Calls of operator new since the program began.
+long Allocations();
