@@ -163,12 +163,22 @@ void DescribeEllipse(TipEstimate& estimate, const Matrix3d& covariance, int free
     estimate.ellipseAzimuth = azimuth < 0.0 ? azimuth + 180.0 : azimuth >= 180.0 ? 0.0 : azimuth;
 }
 
+void FindLargestResidual(TipEstimate& estimate, const Fit& fit,
+                         const std::vector<Antenna>& antennas)
+{
+    for (std::size_t k = 0; k < fit.Count(); ++k) {
+        const double residual = fit.At(k).residual;
+        if (std::fabs(residual) <= std::fabs(estimate.largestResidual)) continue;
+        estimate.largestResidual = residual;
+        estimate.largestResidualIndex = antennas[k].index;
+    }
+}
+
 // The residual that is largest by the deviation to be expected of it without it (externally
 // studentised), against what the largest of n may be.
-void FindLargestResidual(TipEstimate& estimate, const Fit& fit,
-                         const std::vector<Antenna>& antennas, const Matrix3d& cofactor)
+void FindSuspect(TipEstimate& estimate, const Fit& fit, const std::vector<Antenna>& antennas,
+                 const Matrix3d& cofactor)
 {
-    const double freedom = static_cast<double>(fit.Freedom());
     double largest = -1.0;
     for (std::size_t k = 0; k < fit.Count(); ++k) {
         const Sight sight = fit.At(k);
@@ -177,16 +187,15 @@ void FindLargestResidual(TipEstimate& estimate, const Fit& fit,
             sight.weight * sight.residual * sight.residual / std::max(1e-12, 1.0 - leverage);
         if (ownSquare <= largest) continue;
         largest = ownSquare;
-        estimate.largestResidualIndex = antennas[k].index;
-        estimate.largestResidual = sight.residual;
+        estimate.suspectIndex = antennas[k].index;
+        estimate.suspectResidual = sight.residual;
     }
-    if (freedom < 2.0) return;
-    const double others = std::max(fit.Misfit() - largest, 0.0) / (freedom - 1.0);
+    constexpr double kRounding = 1e-12; // of residuals [m]
+    if (fit.Freedom() < 2 || std::fabs(estimate.suspectResidual) <= kRounding) return;
+    const double others = std::max(fit.Misfit() - largest, 0.0) / (fit.Freedom() - 1);
     const double chance = (1.0 - kOutlierConfidence) / static_cast<double>(fit.Count());
     const double bound = detail::StudentBound(1.0 - chance, fit.Freedom() - 1);
-    constexpr double kRounding = 1e-12; // of residuals [m]
-    if (std::fabs(estimate.largestResidual) > kRounding)
-        estimate.largestResidualRatio = std::sqrt(largest / others) / bound;
+    estimate.suspectRatio = std::sqrt(largest / others) / bound;
 }
 
 // The fit once more with the radius as a fourth unknown, one step from the solution.
@@ -215,7 +224,7 @@ void TestRadius(TipEstimate& estimate, const Fit& fit)
 TipVerdict Judge(const TipEstimate& estimate)
 {
     constexpr double kRounding = 1e-9; // [m]
-    if (estimate.largestResidualRatio > 1.0) return TipVerdict::Outlier;
+    if (estimate.suspectRatio > 1.0) return TipVerdict::Outlier;
     if (estimate.radiusExcessLimit > 0.0
         && std::fabs(estimate.radiusExcess) > estimate.radiusExcessLimit + kRounding)
         return TipVerdict::WrongRadius;
@@ -263,7 +272,8 @@ TipEstimate EstimateTip(const std::vector<xyhCoord>& antennas, double antennaHei
     estimate.heightHalfInterval =
         detail::StudentBound(kConfidence, fit.Freedom()) * std::sqrt(covariance(2, 2));
     DescribeEllipse(estimate, covariance, fit.Freedom());
-    FindLargestResidual(estimate, fit, finite, cofactor);
+    FindLargestResidual(estimate, fit, finite);
+    FindSuspect(estimate, fit, finite, cofactor);
     TestRadius(estimate, fit);
     DescribeSpread(estimate, fit);
     estimate.verdict = Judge(estimate);

@@ -32,7 +32,7 @@ struct AntennaErrors
 
 enum class TipVerdict {
     NoSolution,   ///< fewer than four finite positions, or no convergence: nothing else is set
-    Outlier,      ///< one residual is larger than chance allows: see largestResidualIndex
+    Outlier,      ///< one residual is larger than chance allows: see suspectIndex
     WrongRadius,  ///< the positions ask for another antenna height: see radiusExcess
     TooUncertain, ///< ellipse or height interval reach beyond kTipTolerance
     Store,        ///< none of these
@@ -58,9 +58,12 @@ struct TipEstimate
     std::size_t used = 0;            ///< finite positions
     std::size_t largestResidualIndex = 0; ///< into the given positions
     double largestResidual = 0.0;         ///< |P − T| − antenna height of that position [m]
-    double largestResidualRatio = 0.0;    ///< to what chance allows; above 1 it is an outlier
-    double radiusExcess = 0.0;            ///< fitted radius − antenna height, were it free [m]
-    double radiusExcessLimit = 0.0;       ///< what chance allows [m]
+    /// The position whose residual is least likely, given its weight and its share in the tip.
+    std::size_t suspectIndex = 0;   ///< into the given positions
+    double suspectResidual = 0.0;   ///< [m]
+    double suspectRatio = 0.0;      ///< to what chance allows; above 1 it is an outlier
+    double radiusExcess = 0.0;      ///< fitted radius − antenna height, were it free [m]
+    double radiusExcessLimit = 0.0; ///< what chance allows [m]
     /// Root mean square angle of the directions tip to antenna, seen along the plane coordinate in
     /// which they are closest together [degrees].
     double directionSpread = 0.0;

@@ -1,5 +1,6 @@
 #include "apps/cli/TipTable.h"
 
+#include "apps/cli/CsvField.h"
 #include <algorithm>
 #include <array>
 #include <cmath>
@@ -14,22 +15,6 @@ constexpr std::array<std::string_view, 12> kColumns{
     "heading_A_deg", "heading_B_deg", "heading_Y_deg", "tilt_deg", "still",   "interference"};
 constexpr std::array<std::string_view, 4> kErrorColumns{"error_N_m", "error_E_m", "error_plan_m",
                                                         "error_h_m"};
-
-void AppendField(fmt::memory_buffer& row, std::string_view text)
-{
-    const auto out = std::back_inserter(row);
-    const bool padded = !text.empty() && (text.front() == ' ' || text.back() == ' ');
-    if (!padded && text.find_first_of(",;\"\r") == std::string_view::npos) {
-        std::copy(text.begin(), text.end(), out);
-        return;
-    }
-    row.push_back('"');
-    for (const char character : text) {
-        if (character == '"') row.push_back('"');
-        row.push_back(character);
-    }
-    row.push_back('"');
-}
 
 // A carried column keeps its name unless that is the name of one of ours.
 std::string CarriedName(const std::string& name)

@@ -2,6 +2,8 @@
 #include "apps/cli/Errors.h"
 #include "apps/cli/Measure.h"
 #include "apps/cli/Simulate.h"
+#include "apps/cli/Solve.h"
+#include "apps/cli/Transform.h"
 #include <CLI/CLI.hpp>
 #include <csignal>
 #include <exception>
@@ -17,6 +19,8 @@ void AddCommands(CLI::App& program, int& exitCode)
 {
     cli::AddMeasureCommand(program, exitCode);
     cli::AddSimulateCommand(program, exitCode);
+    cli::AddSolveCommand(program, exitCode);
+    cli::AddTransformCommand(program, exitCode);
 }
 
 int Report(const std::string& sentence)

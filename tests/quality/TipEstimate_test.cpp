@@ -159,10 +159,12 @@ TEST(TipEstimate, NamesAPositionThatIsOff)
     EXPECT_EQ(estimate.verdict, TipVerdict::Outlier);
     EXPECT_EQ(estimate.largestResidualIndex, 7U);
     EXPECT_GT(estimate.largestResidual, 0.08);
-    EXPECT_GT(estimate.largestResidualRatio, 1.0);
+    EXPECT_EQ(estimate.suspectIndex, 7U);
+    EXPECT_EQ(estimate.suspectResidual, estimate.largestResidual);
+    EXPECT_GT(estimate.suspectRatio, 1.0);
 
     antennas.insert(antennas.begin(), {std::numeric_limits<double>::quiet_NaN(), 0, 0});
-    EXPECT_EQ(EstimateTip(antennas, 2.0).largestResidualIndex, 8U) << "counted as given";
+    EXPECT_EQ(EstimateTip(antennas, 2.0).suspectIndex, 8U) << "counted as given";
 }
 
 TEST(TipEstimate, NoticesAWrongAntennaHeightInAWideCone)

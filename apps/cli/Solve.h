@@ -1,0 +1,10 @@
+// tiltpole solve: the tip from many antenna positions.
+#pragma once
+
+#include <CLI/CLI.hpp>
+
+namespace cli {
+
+void AddSolveCommand(CLI::App& program, int& exitCode);
+
+} // namespace cli
