@@ -8,12 +8,14 @@
 
 #include <gmock/gmock.h>
 
-#include <cstdint>
+#include <algorithm>
+#include <charconv>
 #include <cstring>
 #include <initializer_list>
 #include <limits>
+#include <ostream>
 #include <random>
-#include <vector>
+#include <string_view>
 
 namespace matrixtest {
 
@@ -21,16 +23,40 @@ inline constexpr double kInfinity = std::numeric_limits<double>::infinity();
 inline constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 inline constexpr double kDenormal = 1e-320;
 
-// Row by row; the rows are equally long.
-using Rows = std::initializer_list<std::initializer_list<double>>;
-
-inline literal::Matrix Of(Rows rows)
+// The given elements row by row.
+inline literal::Matrix Filled(int rows, int cols, std::initializer_list<double> elements)
 {
-    literal::Matrix m(static_cast<int>(rows.size()),
-                      rows.size() == 0 ? 0 : static_cast<int>(rows.begin()->size()));
-    m.elements.clear();
-    for (const auto& row : rows)
-        m.elements.insert(m.elements.end(), row);
+    literal::Matrix m(rows, cols);
+    m.elements = elements;
+    return m;
+}
+
+// A matrix as text: "1 2; 3 1/3" has two rows. inf and nan are elements, too.
+inline literal::Matrix Of(std::string_view text)
+{
+    literal::Matrix m;
+    const auto number = [&text] {
+        double x = 0.0;
+        const auto end = std::from_chars(text.data(), text.data() + text.size(), x).ptr;
+        text.remove_prefix(static_cast<std::size_t>(end - text.data()));
+        return x;
+    };
+    m.rows = 1;
+    while (!text.empty()) {
+        double x = number();
+        if (text.starts_with('/')) {
+            text.remove_prefix(1);
+            x /= number();
+        }
+        m.elements.push_back(x);
+        if (m.rows == 1) ++m.cols;
+        if (text.starts_with(';')) {
+            ++m.rows;
+            text.remove_prefix(1);
+        }
+        while (text.starts_with(' '))
+            text.remove_prefix(1);
+    }
     return m;
 }
 
@@ -48,13 +74,13 @@ inline CTiltMatrix Tilt(const literal::Matrix& m)
     return out;
 }
 
-inline CSZMatrix Checked(Rows rows)
+inline CSZMatrix Checked(std::string_view text)
 {
-    return Checked(Of(rows));
+    return Checked(Of(text));
 }
-inline CTiltMatrix Tilt(Rows rows)
+inline CTiltMatrix Tilt(std::string_view text)
 {
-    return Tilt(Of(rows));
+    return Tilt(Of(text));
 }
 
 inline literal::Matrix Read(const literal::Matrix& m)
@@ -194,4 +220,31 @@ private:
 inline constexpr Kind kKinds[] = {Kind::Usual, Kind::Integers, Kind::Rankless, Kind::Wide,
                                   Kind::Special};
 
+// What a failed expectation shows of a matrix.
+inline void Show(const literal::Matrix& m, std::ostream* out)
+{
+    *out << m.rows << " x " << m.cols << " [";
+    for (int r = 0; r < m.rows; ++r) {
+        *out << (r == 0 ? "" : "; ");
+        for (int c = 0; c < m.cols; ++c)
+            *out << (c == 0 ? "" : " ") << m.Get(r, c);
+    }
+    *out << ']';
+}
+
 } // namespace matrixtest
+
+namespace literal {
+inline void PrintTo(const Matrix& m, std::ostream* out)
+{
+    matrixtest::Show(m, out);
+}
+} // namespace literal
+inline void PrintTo(const CSZMatrix& m, std::ostream* out)
+{
+    matrixtest::Show(matrixtest::Read(m), out);
+}
+inline void PrintTo(const CTiltMatrix& m, std::ostream* out)
+{
+    matrixtest::Show(matrixtest::Read(m), out);
+}

@@ -59,67 +59,29 @@ TEST(SZMatrix, StartsZeroFilled)
 
 TEST(SZMatrix, FillsAsItsTypeSays)
 {
-    EXPECT_THAT(CSZMatrix(2, 3, MatZeros), Equals(Of({
-                                               {0, 0, 0},
-                                               {0, 0, 0}
-    })));
-    EXPECT_THAT(CSZMatrix(2, 3, MatOnes), Equals(Of({
-                                              {1, 1, 1},
-                                              {1, 1, 1}
-    })));
-    EXPECT_THAT(CSZMatrix(2, 3, MatIdentity), Equals(Of({
-                                                  {1, 0, 0},
-                                                  {0, 1, 0}
-    })));
-    EXPECT_THAT(CSZMatrix(3, 2, MatIdentity), Equals(Of({
-                                                  {1, 0},
-                                                  {0, 1},
-                                                  {0, 0}
-    })));
-    EXPECT_THAT(CSZMatrix(2, 2, static_cast<MatType>(3)), Equals(Of({
-                                                              {0, 0},
-                                                              {0, 0}
-    })));
+    EXPECT_THAT(CSZMatrix(2, 3, MatZeros), Equals(Of("0 0 0; 0 0 0")));
+    EXPECT_THAT(CSZMatrix(2, 3, MatOnes), Equals(Of("1 1 1; 1 1 1")));
+    EXPECT_THAT(CSZMatrix(2, 3, MatIdentity), Equals(Of("1 0 0; 0 1 0")));
+    EXPECT_THAT(CSZMatrix(3, 2, MatIdentity), Equals(Of("1 0; 0 1; 0 0")));
+    EXPECT_THAT(CSZMatrix(2, 2, static_cast<MatType>(3)), Equals(Of("0 0; 0 0")));
 }
 
 TEST(SZMatrix, CopiesAsManyValuesAsThereAre)
 {
     const double values[] = {1, 2, 3, 4, 5, 6, 7};
-    EXPECT_THAT(CSZMatrix(values, 4, 2, 3), Equals(Of({
-                                                {1, 2, 3},
-                                                {4, 0, 0}
-    })));
-    EXPECT_THAT(CSZMatrix(values, 7, 2, 3), Equals(Of({
-                                                {1, 2, 3},
-                                                {4, 5, 6}
-    })));
-    EXPECT_THAT(CSZMatrix(values, -1, 1, 2), Equals(Of({
-                                                 {0, 0}
-    })));
-    EXPECT_THAT(CSZMatrix(nullptr, 4, 1, 2), Equals(Of({
-                                                 {0, 0}
-    })));
+    EXPECT_THAT(CSZMatrix(values, 4, 2, 3), Equals(Of("1 2 3; 4 0 0")));
+    EXPECT_THAT(CSZMatrix(values, 7, 2, 3), Equals(Of("1 2 3; 4 5 6")));
+    EXPECT_THAT(CSZMatrix(values, -1, 1, 2), Equals(Of("0 0")));
+    EXPECT_THAT(CSZMatrix(nullptr, 4, 1, 2), Equals(Of("0 0")));
 }
 
 TEST(SZMatrix, TakesItsValuesAsArguments)
 {
-    EXPECT_THAT(CSZMatrix(2, 2, 4, 1.0, 2.0, 3.0, 4.0), Equals(Of({
-                                                            {1, 2},
-                                                            {3, 4}
-    })));
-    EXPECT_THAT(CSZMatrix(2, 2, 3, 1.0, 2.0, 3.0), Equals(Of({
-                                                       {1, 2},
-                                                       {3, 0}
-    })));
-    EXPECT_THAT(CSZMatrix(1, 2, 4, 1.0, 2.0, 3.0, 4.0), Equals(Of({
-                                                            {1, 2}
-    })));
-    EXPECT_THAT(CSZMatrix(1, 2, 0), Equals(Of({
-                                        {0, 0}
-    })));
-    EXPECT_THAT(CSZMatrix(1, 2, -5), Equals(Of({
-                                         {0, 0}
-    })));
+    EXPECT_THAT(CSZMatrix(2, 2, 4, 1.0, 2.0, 3.0, 4.0), Equals(Of("1 2; 3 4")));
+    EXPECT_THAT(CSZMatrix(2, 2, 3, 1.0, 2.0, 3.0), Equals(Of("1 2; 3 0")));
+    EXPECT_THAT(CSZMatrix(1, 2, 4, 1.0, 2.0, 3.0, 4.0), Equals(Of("1 2")));
+    EXPECT_THAT(CSZMatrix(1, 2, 0), Equals(Of("0 0")));
+    EXPECT_THAT(CSZMatrix(1, 2, -5), Equals(Of("0 0")));
 }
 
 TEST(SZMatrix, IsHealthyAfterACopyWhenItHasElements)
@@ -128,10 +90,7 @@ TEST(SZMatrix, IsHealthyAfterACopyWhenItHasElements)
     unhealthy = CSZMatrix(2, 2, MatOnes);
     ASSERT_FALSE(unhealthy.isMatrixHealthy()); // assignment keeps the flag
     EXPECT_TRUE(CSZMatrix(unhealthy).isMatrixHealthy());
-    EXPECT_THAT(CSZMatrix(unhealthy), Equals(Of({
-                                          {1, 1},
-                                          {1, 1}
-    })));
+    EXPECT_THAT(CSZMatrix(unhealthy), Equals(Of("1 1; 1 1")));
     EXPECT_TRUE((unhealthy + 1.0).isMatrixHealthy());
 
     const CSZMatrix healthyAndEmpty;
@@ -214,26 +173,14 @@ TEST(SZMatrix, OneIndexIsARow)
 {
     CSZMatrix m(3, 3);
     EXPECT_TRUE(m.SetData(1, 7.0));
-    EXPECT_THAT(m, Equals(Of({
-                       {0, 0, 0},
-                       {7, 0, 0},
-                       {0, 0, 0}
-    })));
+    EXPECT_THAT(m, Equals(Of("0 0 0; 7 0 0; 0 0 0")));
 }
 
 TEST(SZMatrix, TakesABlockWhereItFits)
 {
     CSZMatrix m(3, 3);
-    EXPECT_TRUE(m.SetData(1, 1,
-                          Checked({
-                              {1, 2},
-                              {3, 4}
-    })));
-    EXPECT_THAT(m, Equals(Of({
-                       {0, 0, 0},
-                       {0, 1, 2},
-                       {0, 3, 4}
-    })));
+    EXPECT_TRUE(m.SetData(1, 1, Checked("1 2; 3 4")));
+    EXPECT_THAT(m, Equals(Of("0 0 0; 0 1 2; 0 3 4")));
     constexpr int outside[][2] = {
         {2,       1 },
         {1,       2 },
@@ -245,25 +192,15 @@ TEST(SZMatrix, TakesABlockWhereItFits)
     };
     for (const auto& [r, c] : outside)
         EXPECT_FALSE(m.SetData(r, c, CSZMatrix(2, 2, MatOnes))) << r << ", " << c;
-    EXPECT_THAT(m, Equals(Of({
-                       {0, 0, 0},
-                       {0, 1, 2},
-                       {0, 3, 4}
-    })));
+    EXPECT_THAT(m, Equals(Of("0 0 0; 0 1 2; 0 3 4")));
 }
 
 TEST(SZMatrix, TakesItselfAsABlock)
 {
-    CSZMatrix m = Checked({
-        {1, 2},
-        {3, 4}
-    });
+    CSZMatrix m = Checked("1 2; 3 4");
     EXPECT_TRUE(m.SetData(0, 0, m));
     EXPECT_FALSE(m.SetData(1, 0, m));
-    EXPECT_THAT(m, Equals(Of({
-                       {1, 2},
-                       {3, 4}
-    })));
+    EXPECT_THAT(m, Equals(Of("1 2; 3 4")));
 }
 
 // The last row of an empty block is the one before it: only behind the first row and column is
@@ -273,18 +210,12 @@ TEST(SZMatrix, TakesAnEmptyBlockBehindTheFirstElement)
     CSZMatrix m(2, 2, MatOnes);
     EXPECT_FALSE(m.SetData(0, 0, CSZMatrix()));
     EXPECT_TRUE(m.SetData(1, 1, CSZMatrix()));
-    EXPECT_THAT(m, Equals(Of({
-                       {1, 1},
-                       {1, 1}
-    })));
+    EXPECT_THAT(m, Equals(Of("1 1; 1 1")));
 }
 
 TEST(SZMatrix, CallReachesByLinearPosition)
 {
-    const CSZMatrix m = Checked({
-        {1, 2, 3},
-        {4, 5, 6}
-    });
+    const CSZMatrix m = Checked("1 2 3; 4 5 6");
     EXPECT_EQ(m(0, 3), 4.0);
     EXPECT_EQ(m(1, -1), 3.0);
     EXPECT_EQ(m(-1, 5), 3.0);
@@ -295,10 +226,7 @@ TEST(SZMatrix, CallReachesByLinearPosition)
 
 TEST(SZMatrix, CallOutsideReachesTheFirstElement)
 {
-    const CSZMatrix m = Checked({
-        {1, 2, 3},
-        {4, 5, 6}
-    });
+    const CSZMatrix m = Checked("1 2 3; 4 5 6");
     constexpr int outside[][2] = {
         {-1,      0      },
         {2,       1      },
@@ -359,10 +287,7 @@ TEST(SZMatrix, AllocRefusesSizesBelowOneAndChangesNothing)
     };
     for (const auto& [rows, cols] : sizes)
         EXPECT_FALSE(m.Alloc(rows, cols));
-    EXPECT_THAT(m, Equals(Of({
-                       {1, 1},
-                       {1, 1}
-    })));
+    EXPECT_THAT(m, Equals(Of("1 1; 1 1")));
     EXPECT_TRUE(m.isMatrixHealthy());
 }
 
@@ -388,17 +313,10 @@ TEST(SZMatrix, DiagonalLeavesWhatLiesOutsideTheSquare)
 {
     CSZMatrix wide(2, 3, MatOnes);
     EXPECT_EQ(wide.Diagonal(5), 1);
-    EXPECT_THAT(wide, Equals(Of({
-                          {5, 0, 1},
-                          {0, 5, 1}
-    })));
+    EXPECT_THAT(wide, Equals(Of("5 0 1; 0 5 1")));
     CSZMatrix tall(3, 2, MatOnes);
     EXPECT_EQ(tall.Diagonal(5), 1);
-    EXPECT_THAT(tall, Equals(Of({
-                          {5, 0},
-                          {0, 5},
-                          {1, 1}
-    })));
+    EXPECT_THAT(tall, Equals(Of("5 0; 0 5; 1 1")));
     EXPECT_EQ(CSZMatrix().Diagonal(5), 0);
 }
 
@@ -406,10 +324,7 @@ TEST(SZMatrix, SetDiagonalClearsTheRest)
 {
     CSZMatrix m(2, 3, MatOnes);
     EXPECT_TRUE(m.setDiagonal(5));
-    EXPECT_THAT(m, Equals(Of({
-                       {5, 0, 0},
-                       {0, 5, 0}
-    })));
+    EXPECT_THAT(m, Equals(Of("5 0 0; 0 5 0")));
     EXPECT_FALSE(CSZMatrix().setDiagonal(5));
 }
 
@@ -442,12 +357,7 @@ TEST(SZMatrix, WritesItsElementsAsText)
 
 TEST(SZMatrix, WritesOneLinePerRow)
 {
-    EXPECT_EQ(Checked({
-                          {1, 2},
-                          {3, 4}
-    })
-                  .toString(3, 0, 'f'),
-              CString(L"  1   2 \n  3   4 \n"));
+    EXPECT_EQ(Checked("1 2; 3 4").toString(3, 0, 'f'), CString(L"  1   2 \n  3   4 \n"));
     EXPECT_TRUE(CSZMatrix().toString(3, 0, 'f').IsEmpty());
 }
 
