@@ -182,11 +182,13 @@ CSZMatrix CSZMatrix::operator/(double s) const
     return quotient;
 }
 
+// NOLINTNEXTLINE(misc-unconventional-assign-operator)
 void CSZMatrix::operator=(double s)
 {
     std::fill_n(m_Data.Data(), Count(), s);
 }
 
+// NOLINTNEXTLINE(misc-unconventional-assign-operator)
 bool CSZMatrix::operator=(const CSZMatrix& B) noexcept
 {
     if (&B == this) return true;
@@ -202,6 +204,7 @@ bool CSZMatrix::operator=(const CSZMatrix& B) noexcept
     return true;
 }
 
+// NOLINTNEXTLINE(misc-unconventional-assign-operator)
 bool CSZMatrix::operator=(CSZMatrix&& B) noexcept
 {
     if (&B != this) TakeFrom(B);

@@ -129,6 +129,9 @@ public:
     /// Every element divided by s; a zero matrix of this size when s is exactly 0.
     CSZMatrix operator/(double s) const;
 
+    // Assignments answer whether they succeeded.
+    // NOLINTBEGIN(misc-unconventional-assign-operator)
+
     /// Sets every element to s.
     void operator=(double s);
 
@@ -138,6 +141,8 @@ public:
 
     /// As the copy; B is left 0 x 0, not healthy.
     bool operator=(CSZMatrix&& B) noexcept;
+
+    // NOLINTEND(misc-unconventional-assign-operator)
 
     /// In place; false, with nothing changed, when the sizes differ.
     bool operator+=(const CSZMatrix& B);

@@ -88,12 +88,14 @@ int CTiltMatrix::Alloc(unsigned r, unsigned c)
     return 1;
 }
 
+// NOLINTNEXTLINE(misc-unconventional-assign-operator)
 void CTiltMatrix::operator=(double value)
 {
     ForEachElement([&](unsigned r, unsigned c) { m_Data.Data()[At(r, c)] = value; });
     m_nValid = 1;
 }
 
+// NOLINTNEXTLINE(misc-unconventional-assign-operator)
 int CTiltMatrix::operator=(const CTiltMatrix& B) noexcept
 {
     if (&B == this) return 1;
@@ -103,6 +105,7 @@ int CTiltMatrix::operator=(const CTiltMatrix& B) noexcept
     return HasSizeOf(B) ? 1 : 0;
 }
 
+// NOLINTNEXTLINE(misc-unconventional-assign-operator)
 int CTiltMatrix::operator=(CTiltMatrix&& B) noexcept
 {
     if (&B == this) return 1;

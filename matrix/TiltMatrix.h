@@ -67,6 +67,9 @@ public:
     int Alloc(unsigned n) { return Alloc(n, 1); }
     int Alloc(unsigned r, unsigned c);
 
+    // Assignments answer whether they succeeded.
+    // NOLINTBEGIN(misc-unconventional-assign-operator)
+
     /// Sets every element to `value`.
     void operator=(double value);
 
@@ -74,6 +77,8 @@ public:
     int operator=(const CTiltMatrix& B) noexcept;
     /// As the copy; B is left 0 x 0, not valid.
     int operator=(CTiltMatrix&& B) noexcept;
+
+    // NOLINTEND(misc-unconventional-assign-operator)
 
     /// Sum and difference of equal sizes; product where the columns of this are the rows of B, each
     /// element summed from 0.0 over rising k. Otherwise as told under "validity".

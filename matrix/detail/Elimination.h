@@ -14,21 +14,19 @@
 namespace detail {
 namespace {
 
-using Index = std::ptrdiff_t;
-
-Index RoundUpToLanes(Index n)
+inline Index RoundUpToLanes(Index n)
 {
     return (n + kLanes - 1) / kLanes * kLanes;
 }
 
-void Exchange(double& a, double& b)
+inline void Exchange(double& a, double& b)
 {
     const double first = a;
     a = b;
     b = first;
 }
 
-void Exchange(Index& a, Index& b)
+inline void Exchange(Index& a, Index& b)
 {
     const Index first = a;
     a = b;

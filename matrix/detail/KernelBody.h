@@ -28,7 +28,7 @@ struct Product
 // A tile of Rows rows and Across vectors of the product, from (row, col) on; the last vector holds
 // `lastLanes` columns. The sums stay in registers while k rises.
 template <int Rows, int Across>
-void MultiplyTile(const Product& p, Index row, Index col, int lastLanes)
+void MultiplyTile(const Product& p, Index row, Index col, Index lastLanes)
 {
     Lanes sum[Rows][Across];
     for (auto& rowSum : sum)
@@ -57,7 +57,7 @@ void MultiplyTile(const Product& p, Index row, Index col, int lastLanes)
 
 // All rows of the Across vectors of columns from `col` on.
 template <int Across>
-void MultiplyStrip(const Product& p, Index col, int lastLanes)
+void MultiplyStrip(const Product& p, Index col, Index lastLanes)
 {
     Index row = 0;
     for (; p.rows - row > 6; row += 4)
@@ -80,12 +80,13 @@ void MultiplyStrip(const Product& p, Index col, int lastLanes)
     }
 }
 
-int LanesLeft(Index left)
+inline Index LanesLeft(Index left)
 {
-    return left < kLanes ? static_cast<int>(left) : kLanes;
+    return left < kLanes ? left : kLanes;
 }
 
-void MultiplyLanes(const double* a, const double* b, double* c, int rows, int inner, int cols)
+inline void MultiplyLanes(const double* a, const double* b, double* c, int rows, int inner,
+                          int cols)
 {
     const Product product{a, b, c, rows, inner, cols};
     Index col = 0;
@@ -97,7 +98,7 @@ void MultiplyLanes(const double* a, const double* b, double* c, int rows, int in
 // ---- inverse -----------------------------------------------------------------------------------
 
 // On the stack up to 40 x 40.
-Outcome InvertLanes(double* a, int n, PivotFloor floor)
+inline Outcome InvertLanes(double* a, int n, PivotFloor floor)
 {
     Scratch<double, 2304> elements(Elimination::ElementsFor(n));
     Scratch<Index, 160> swaps(Elimination::SwapsFor(n));
@@ -114,14 +115,14 @@ Outcome InvertLanes(double* a, int n, PivotFloor floor)
 
 // ---- Cholesky ----------------------------------------------------------------------------------
 
-bool RefusesRoot(PivotFloor floor, double x)
+inline bool RefusesRoot(PivotFloor floor, double x)
 {
     if (floor == PivotFloor::SmallestNormal) return x < DBL_MIN;
     return !(x > 0.0) || (floor == PivotFloor::VisibleBesideOne && x + 1.0 == 1.0);
 }
 
 // Works on the transpose of l, whose rows are padded to whole vectors. k falls in every sum.
-Outcome FactorCholeskyLanes(const double* a, double* l, int n, PivotFloor floor)
+inline Outcome FactorCholeskyLanes(const double* a, double* l, int n, PivotFloor floor)
 {
     const Index stride = RoundUpToLanes(n);
     Scratch<double, 2304> transpose(static_cast<std::size_t>(n * stride));
@@ -148,7 +149,7 @@ Outcome FactorCholeskyLanes(const double* a, double* l, int n, PivotFloor floor)
     return Outcome::Done;
 }
 
-constexpr KernelSet kLaneKernels{MultiplyLanes, InvertLanes, FactorCholeskyLanes};
+inline constexpr KernelSet kLaneKernels{MultiplyLanes, InvertLanes, FactorCholeskyLanes};
 
 } // namespace
 } // namespace detail

@@ -6,19 +6,24 @@
 // FirstEqual answers the first lane that equals x, or -1.
 #pragma once
 
+#include <cstddef>
+
 #if defined(__SSE2__)
 #include <immintrin.h>
 #endif
 
 namespace detail {
+
+using Index = std::ptrdiff_t;
+
 namespace {
 
 #if defined(__AVX512F__)
 
 using Lanes = __m512d;
-constexpr int kLanes = 8;
+inline constexpr Index kLanes = 8;
 
-inline __mmask8 FirstLanes(int count)
+inline __mmask8 FirstLanes(Index count)
 {
     return static_cast<__mmask8>((1U << static_cast<unsigned>(count)) - 1U);
 }
@@ -26,7 +31,7 @@ inline Lanes Load(const double* p)
 {
     return _mm512_loadu_pd(p);
 }
-inline Lanes LoadPart(const double* p, int count)
+inline Lanes LoadPart(const double* p, Index count)
 {
     return _mm512_maskz_loadu_pd(FirstLanes(count), p);
 }
@@ -34,7 +39,7 @@ inline void Store(double* p, Lanes v)
 {
     _mm512_storeu_pd(p, v);
 }
-inline void StorePart(double* p, Lanes v, int count)
+inline void StorePart(double* p, Lanes v, Index count)
 {
     _mm512_mask_storeu_pd(p, FirstLanes(count), v);
 }
@@ -59,9 +64,9 @@ inline int FirstEqual(Lanes v, double x)
 #elif defined(__AVX2__)
 
 using Lanes = __m256d;
-constexpr int kLanes = 4;
+inline constexpr Index kLanes = 4;
 
-inline __m256i FirstLanes(int count)
+inline __m256i FirstLanes(Index count)
 {
     return _mm256_cmpgt_epi64(_mm256_set1_epi64x(count), _mm256_setr_epi64x(0, 1, 2, 3));
 }
@@ -69,7 +74,7 @@ inline Lanes Load(const double* p)
 {
     return _mm256_loadu_pd(p);
 }
-inline Lanes LoadPart(const double* p, int count)
+inline Lanes LoadPart(const double* p, Index count)
 {
     return _mm256_maskload_pd(p, FirstLanes(count));
 }
@@ -77,7 +82,7 @@ inline void Store(double* p, Lanes v)
 {
     _mm256_storeu_pd(p, v);
 }
-inline void StorePart(double* p, Lanes v, int count)
+inline void StorePart(double* p, Lanes v, Index count)
 {
     _mm256_maskstore_pd(p, FirstLanes(count), v);
 }
@@ -102,13 +107,13 @@ inline int FirstEqual(Lanes v, double x)
 #elif defined(__SSE2__)
 
 using Lanes = __m128d;
-constexpr int kLanes = 2;
+inline constexpr Index kLanes = 2;
 
 inline Lanes Load(const double* p)
 {
     return _mm_loadu_pd(p);
 }
-inline Lanes LoadPart(const double* p, int count)
+inline Lanes LoadPart(const double* p, Index count)
 {
     return count == 1 ? _mm_load_sd(p) : Load(p);
 }
@@ -116,7 +121,7 @@ inline void Store(double* p, Lanes v)
 {
     _mm_storeu_pd(p, v);
 }
-inline void StorePart(double* p, Lanes v, int count)
+inline void StorePart(double* p, Lanes v, Index count)
 {
     count == 1 ? _mm_store_sd(p, v) : Store(p, v);
 }
@@ -141,13 +146,13 @@ inline int FirstEqual(Lanes v, double x)
 #else
 
 using Lanes = double;
-constexpr int kLanes = 1;
+inline constexpr Index kLanes = 1;
 
 inline Lanes Load(const double* p)
 {
     return *p;
 }
-inline Lanes LoadPart(const double* p, int)
+inline Lanes LoadPart(const double* p, Index)
 {
     return *p;
 }
@@ -155,7 +160,7 @@ inline void Store(double* p, Lanes v)
 {
     *p = v;
 }
-inline void StorePart(double* p, Lanes v, int)
+inline void StorePart(double* p, Lanes v, Index)
 {
     *p = v;
 }
