@@ -54,8 +54,8 @@ class CKFilter::Step
 {
 public:
     explicit Step(const CKFilter& filter)
-        : m_Filter(filter), m_n(filter.m_nState), m_m(filter.m_nMeasurement),
-          m_Largest(std::max(m_n, m_m) * std::max(m_n, m_m)), m_Space(Count(kBlocks * m_Largest))
+        : m_Space(kBlocks * LargestBlock(filter)), m_Filter(filter),
+          m_Largest(LargestBlock(filter)), m_n(filter.m_nState), m_m(filter.m_nMeasurement)
     {}
 
     bool HasMemory() { return m_Space.Data() != nullptr; }
@@ -74,11 +74,16 @@ public:
     double* Covariance() { return Block(1); }
 
 private:
-    static constexpr int kBlocks = 8;
-    static constexpr int kInside = 36; // elements of a block that needs no heap
+    static constexpr std::size_t kBlocks = 8;
+    static constexpr std::size_t kInside = 36; // elements of a block that needs no heap
 
-    static std::size_t Count(int elements) { return static_cast<std::size_t>(elements); }
-    double* Block(int i) { return m_Space.Data() + Count(i * m_Largest); }
+    static std::size_t LargestBlock(const CKFilter& filter)
+    {
+        const auto order =
+            static_cast<std::size_t>(std::max(filter.m_nState, filter.m_nMeasurement));
+        return order * order;
+    }
+    double* Block(std::size_t i) { return m_Space.Data() + i * m_Largest; }
     double* Predicted() { return Block(2); }
     double* Gain() { return Block(3); }
 
@@ -143,8 +148,9 @@ private:
         double* inverse = Block(6);
         const double* left = Times(H, Predicted(), m_n, Block(4));
         const double* product = TimesTranspose(left, m_m, H, Block(5));
-        std::transform(product, product + m_m * m_m, Elements(m_Filter.m_MeasurementNoise), inverse,
-                       std::plus<>());
+        const double* noise = Elements(m_Filter.m_MeasurementNoise);
+        for (int i = 0; i < m_m * m_m; ++i)
+            inverse[i] = product[i] + noise[i];
         detail::Invert(inverse, m_m, detail::PivotFloor::SmallestNormal);
         const double* right = TimesTranspose(Predicted(), m_n, H, Block(4));
         detail::Multiply(right, inverse, Gain(), m_n, m_m, m_m);
@@ -175,8 +181,9 @@ private:
         const double* expected = Apply(m_Filter.m_Measurement, before, Block(5));
         for (int i = 0; i < m_m; ++i)
             residual[i] -= expected[i];
-        for (int i = 0; i < m_n; ++i)
-            State()[i] = before[i] + Dot(Gain() + i * m_m, residual, m_m);
+        const double* gain = Gain();
+        for (int i = 0; i < m_n; ++i, gain += m_m)
+            State()[i] = before[i] + Dot(gain, residual, m_m);
     }
 
     // x ± A·u
@@ -188,10 +195,10 @@ private:
             x[i] += sign * shift[i];
     }
 
-    const CKFilter& m_Filter;
-    int m_n, m_m;
-    int m_Largest; // elements of a block
     detail::Scratch<double, kBlocks * kInside> m_Space;
+    const CKFilter& m_Filter;
+    std::size_t m_Largest; // elements of a block
+    int m_n, m_m;
     bool m_Shortcuts = true;
 };
 

@@ -6,7 +6,6 @@
 namespace detail {
 namespace {
 
-constexpr int kFewest = 8;                  // readings of a turn
 constexpr double kFarthestMean = 8.0;       // from 0, in standard deviations of a coordinate
 constexpr double kLeastSpread = 1e-7;       // of a coordinate, beside its mean
 constexpr double kLeastDiscriminant = 1e-3; // of a conic, 1 for a circle
@@ -100,7 +99,6 @@ Mean CorrectedMean(const TurnReadings& r, const Incline_MagneticCorrectParameter
 std::optional<Incline_MagneticCorrectParameter> SolveByMoments(const TurnReadings& horizontal,
                                                                const TurnReadings& vertical)
 {
-    if (horizontal.count < kFewest || vertical.count < kFewest) return std::nullopt;
     const TurnMoments h = MomentsXYZ(horizontal);
     const TurnMoments v = MomentsXZY(vertical);
     if (!AreWellSpread(h, horizontal, v, vertical)) return std::nullopt;

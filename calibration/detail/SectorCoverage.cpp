@@ -1,6 +1,7 @@
 #include "calibration/detail/SectorCoverage.h"
 
 #include <bitset>
+#include <cmath>
 #include <cstddef>
 
 namespace detail {
@@ -58,7 +59,7 @@ bool SectorCoverage::IsFull(const SampleArray& record) const
 
 int SectorCoverage::Percentage(const SampleArray& record) const
 {
-    return static_cast<int>(Covered(record) * kSectorWidth * 100 / 360.0 + 0.5);
+    return static_cast<int>(std::lround(Covered(record) * kSectorWidth * 100 / 360.0));
 }
 
 } // namespace detail

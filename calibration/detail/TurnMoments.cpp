@@ -192,7 +192,8 @@ NormalEquations NormalEquationsOf(const TurnMoments& m)
 
 TurnReadings::TurnReadings(int readingCount) : count(readingCount)
 {
-    const auto padded = static_cast<std::size_t>((count + kLanes - 1) / kLanes * kLanes);
+    const auto blocks = static_cast<std::size_t>((count + kLanes - 1) / kLanes);
+    const std::size_t padded = blocks * kLanes;
     x.resize(padded);
     y.resize(padded);
     z.resize(padded);

@@ -141,6 +141,33 @@ TYPED_TEST(FilterLiteral, AnyOrderOfCallsLeavesTheSameState)
     }
 }
 
+// Two passes over half a turn: the samples of the second pass move to other sectors, those of the
+// first, which a long record remembers per sector, stay.
+TYPED_TEST(FilterLiteral, LongRecordsSeeAzimuthsThatAnOperationMoved)
+{
+    Twin<TypeParam> twin;
+    for (const int pass : {1, 2})
+        for (PoseSensorData sample :
+             turns::Make({.samples = 400, .revolutions = 0.5}, this->kVertical)) {
+            sample.dMag_x += pass; // no two readings are the same
+            twin.Add(sample);
+        }
+    std::vector<int> second;
+    for (int i = 400; i < 600; ++i)
+        second.push_back(i);
+    turns::Samples given;
+    literal::List mirror;
+    twin.Pick(second, given, mirror);
+    const int before = twin.fast.GetRecordRate();
+    twin.fast.IsComplete(&given);
+    twin.literal.IsComplete(mirror);
+    EXPECT_GT(twin.fast.GetRecordRate(), before) << "the samples turn about a centre of their own";
+    EXPECT_TRUE(twin.HasSameCoverage());
+    twin.Add(turns::Make({}, this->kVertical)[0]);
+    EXPECT_TRUE(twin.HasSameState());
+    EXPECT_TRUE(twin.HasSameCoverage());
+}
+
 TYPED_TEST(FilterLiteral, ReadingsThatAreNoNumbersFollowTheSameRules)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
