@@ -120,6 +120,7 @@ void LoadParameters(const std::string& path, CInclineSensor_Position& position, 
     if (partial) std::erase_if(problems, [](const auto& problem) { return problem.line == 0; });
     if (!problems.empty()) {
         std::vector<std::string> sentences;
+        sentences.reserve(problems.size());
         for (const auto& problem : problems)
             sentences.push_back(problem.key + ' ' + problem.what);
         const std::string reason = fmt::format("{}", fmt::join(sentences, "; "));

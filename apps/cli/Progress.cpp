@@ -30,7 +30,7 @@ std::string ProgressText(std::uint64_t done, std::uint64_t total, double seconds
 {
     const auto amount = static_cast<double>(done);
     const double rate = amount / seconds;
-    const std::string soFar = fmt::format("{}, {}/s", Amount(amount, unit), Amount(rate, unit));
+    std::string soFar = fmt::format("{}, {}/s", Amount(amount, unit), Amount(rate, unit));
     if (total == 0 || done == 0) return soFar;
 
     const auto whole = static_cast<double>(total);

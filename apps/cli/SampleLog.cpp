@@ -128,9 +128,8 @@ bool SampleLog::Next()
 
 void SampleLog::Reject(const std::string& reason) const
 {
-    const InputError error = m_rows.Error(reason);
-    if (!m_onBadRow) throw error;
-    m_onBadRow(error.what());
+    if (!m_onBadRow) throw m_rows.Error(reason);
+    m_onBadRow(m_rows.Error(reason).what());
 }
 
 void SampleLog::ReadRow()

@@ -95,7 +95,8 @@ double Percentiles::BinnedAt(std::uint64_t rank) const
 
 void Percentiles::Bin(double value)
 {
-    ++m_bins[static_cast<std::size_t>(BinOf(value) + kHighestBin)];
+    const int fromLowest = BinOf(value) + kHighestBin;
+    ++m_bins[static_cast<std::size_t>(fromLowest)];
 }
 
 } // namespace cli

@@ -6,6 +6,7 @@
 #include "apps/cli/Transform.h"
 #include <CLI/CLI.hpp>
 #include <csignal>
+#include <cstdio>
 #include <exception>
 #include <fmt/format.h>
 #include <string>
@@ -21,12 +22,6 @@ void AddCommands(CLI::App& program, int& exitCode)
     cli::AddSimulateCommand(program, exitCode);
     cli::AddSolveCommand(program, exitCode);
     cli::AddTransformCommand(program, exitCode);
-}
-
-int Report(const std::string& sentence)
-{
-    fmt::print(stderr, "{}\n", sentence);
-    return cli::kUnreadable;
 }
 
 // What the command line lacks, in a sentence of its own where the parser has none that helps.
@@ -48,8 +43,28 @@ int Explain(const CLI::App& program, const CLI::ParseError& error)
     std::string command = "tiltpole";
     for (const CLI::App* used : program.get_subcommands())
         command += ' ' + used->get_name();
-    return Report(
-        fmt::format("{}: {} ({} --help tells more)", command, Complaint(program, error), command));
+    fmt::print(stderr, "{}: {} ({} --help tells more)\n", command, Complaint(program, error),
+               command);
+    return cli::kUnreadable;
+}
+
+int RunCommand(int argc, char** argv)
+{
+    CLI::App program{"Tip coordinates of a tilted survey pole, from recorded data.", "tiltpole"};
+    program.set_version_flag("--version", "tiltpole " TILTPOLE_VERSION);
+    program.require_subcommand(1);
+    program.footer("Exit codes: 0 done, 1 negative result, 2 wrong use or unreadable input.\n"
+                   "tiltpole COMMAND --help tells about one command.");
+    int exitCode = cli::kDone;
+    AddCommands(program, exitCode);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return Explain(program, error);
+    } catch (const cli::OutputClosed&) {
+        return cli::kDone;
+    }
+    return exitCode;
 }
 
 } // namespace
@@ -57,22 +72,10 @@ int Explain(const CLI::App& program, const CLI::ParseError& error)
 int main(int argc, char** argv)
 {
     std::signal(SIGPIPE, SIG_IGN); // a closed pipe shows as a failing write
-
-    CLI::App program{"Tip coordinates of a tilted survey pole, from recorded data.", "tiltpole"};
-    program.set_version_flag("--version", "tiltpole " TILTPOLE_VERSION);
-    program.require_subcommand(1);
-    program.footer("Exit codes: 0 done, 1 negative result, 2 wrong use or unreadable input.\n"
-                   "tiltpole COMMAND --help tells about one command.");
-    int exitCode = cli::kDone;
     try {
-        AddCommands(program, exitCode);
-        program.parse(argc, argv);
-        return exitCode;
-    } catch (const CLI::ParseError& error) {
-        return Explain(program, error);
-    } catch (const cli::OutputClosed&) {
-        return cli::kDone;
+        return RunCommand(argc, argv);
     } catch (const std::exception& error) {
-        return Report(error.what());
+        std::fprintf(stderr, "%s\n", error.what());
     }
+    return cli::kUnreadable;
 }
