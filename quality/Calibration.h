@@ -1,0 +1,41 @@
+// What goes into the judgement of a calibration, and what a calibration is made of.
+//
+//   angles    degrees
+//   readings  raw sensor counts; A and B are mounted with x and y opposed
+#pragma once
+
+#include "positioning/MagneticParameters.h"
+#include "positioning/PoseSensorData.h"
+
+#include <vector>
+
+namespace quality {
+
+/// Everything a host stores in CInclineSensor_Position after a calibration.
+struct Calibration
+{
+    Incline_MagneticCorrectParameter correctionA;
+    Incline_MagneticCorrectParameter correctionB;
+    Incline_MagneticTranslationParameter translation;
+    double biasAngleA = 0.0; // subtracted from the heading of A [degrees]
+    double biasAngleB = 0.0; // subtracted from the heading of B [degrees]
+};
+
+/// The samples of both turns, in order of time.
+struct CalibrationTurns
+{
+    std::vector<PoseSensorData> horizontal; // turned about the sensor's z axis
+    std::vector<PoseSensorData> vertical;   // turned about the sensor's y axis
+};
+
+/// A calibration and what it was computed from.
+struct CalibrationRun
+{
+    CalibrationTurns recorded; // before screening
+    CalibrationTurns used;     // after it: what the solver was given
+    Calibration calibration;   // what it found, with the bias angles that will be used with it
+    int solverAnswer = 1;      // of CInclineSensor_MagneticAdjust::Adjust
+    int sensorType = 1;        // as CInclineSensor_Position::SetSensorType takes it
+};
+
+} // namespace quality

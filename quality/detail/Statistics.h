@@ -1,0 +1,14 @@
+// Figures of a series of numbers.
+#pragma once
+
+#include <vector>
+
+namespace quality::detail {
+
+/// The middle number, the upper one of two; 0 for an empty series.
+double Median(std::vector<double> series);
+
+/// Median distance from zero, scaled to the standard deviation of normal noise; 0 when empty.
+double RobustSpread(std::vector<double> series);
+
+} // namespace quality::detail

@@ -1,0 +1,336 @@
+#include "quality/CalibrationReport.h"
+
+#include "apps/study/Conditions.h"
+#include "framework/core/MessageBox.h"
+#include "quality/SolverRun.h"
+#include "tests/quality/TurnMaker.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+using namespace quality;
+using simulation::TurnPlan;
+using ::testing::HasSubstr;
+
+namespace {
+
+// A pole with ordinary iron and an operator without fault.
+study::Setting CleanSetting()
+{
+    study::Setting s;
+    s.sensor.a.softIron.rows[1] = {0.03, 0.96, 0.0};
+    s.sensor.a.softIron.rows[2] = {-0.02, 0.04, 1.05};
+    s.sensor.a.hardIron = {45.0, -30.0, 20.0};
+    s.sensor.b.softIron.rows[1] = {-0.02, 1.03, 0.0};
+    s.sensor.b.hardIron = {-25.0, 35.0, -15.0};
+    s.sensor.a.noise = s.sensor.b.noise = 0.5;
+    s.sensor.tiltNoise = 0.05;
+    s.vertical.axis = simulation::TurnAxis::Vertical;
+    s.vertical.startHeading = 30.0;
+    return s;
+}
+
+CalibrationTurns Record(const study::Setting& s, std::uint64_t seed = 7)
+{
+    return {SimulateTurn(s.sensor, s.field, s.horizontal, seed).samples,
+            SimulateTurn(s.sensor, s.field, s.vertical, seed).samples};
+}
+
+// The solver's message boxes are not what these tests are about.
+class CalibrationReport : public ::testing::Test
+{
+protected:
+    void SetUp() override
+    {
+        m_before = framework::SetMessageBoxHandler(
+            [](const wchar_t*, const wchar_t*, unsigned) { return IDOK; });
+    }
+    void TearDown() override { framework::SetMessageBoxHandler(m_before); }
+
+    static quality::CalibrationReport Assess(const study::Setting& s)
+    {
+        return AssessCalibration(RunSolver(Record(s), s.sensor.type));
+    }
+
+private:
+    framework::MessageBoxHandler m_before;
+};
+
+TEST_F(CalibrationReport, CallsACleanCalibrationGood)
+{
+    for (const int type : {1, 2}) {
+        study::Setting s = CleanSetting();
+        s.sensor.type = type;
+        const auto report = Assess(s);
+        EXPECT_EQ(report.verdict, Verdict::Good) << "type " << type;
+        EXPECT_EQ(report.reason, Finding::HeadingsAgree);
+        EXPECT_FALSE(report.weak);
+        EXPECT_LT(report.headingError, kGoodHeading);
+    }
+}
+
+TEST_F(CalibrationReport, NamesTheVerticalAxisWhenTheTurnWasNotAboutIt)
+{
+    study::Setting s = CleanSetting();
+    s.vertical.axisError = 9.0;
+    s.vertical.axisDirection = 45.0;
+    const auto report = Assess(s);
+    EXPECT_EQ(report.verdict, Verdict::Poor);
+    EXPECT_EQ(report.reason, Finding::VerticalAxis);
+    EXPECT_NEAR(report.vertical.axisError, 9.0, 1.0);
+}
+
+TEST_F(CalibrationReport, NamesTheHorizontalAxisWhenTheTurnWasNotAboutIt)
+{
+    study::Setting s = CleanSetting();
+    s.horizontal.axisError = 7.0;
+    const auto report = Assess(s);
+    EXPECT_EQ(report.verdict, Verdict::Poor);
+    EXPECT_EQ(report.reason, Finding::HorizontalAxis);
+    EXPECT_NEAR(report.horizontal.axisError, 7.0, 1.0);
+}
+
+TEST_F(CalibrationReport, MeasuresTheLevelErrorOfALeaningTurn)
+{
+    study::Setting s = CleanSetting();
+    s.horizontal.levelError = 6.0;
+    const auto report = Assess(s);
+    ASSERT_TRUE(report.horizontal.levelError);
+    EXPECT_NEAR(*report.horizontal.levelError, 6.0, 0.5);
+    EXPECT_NEAR(report.horizontal.axisError, 0.0, 0.5);
+}
+
+TEST_F(CalibrationReport, NamesAMagnetThatWasNear)
+{
+    study::Setting s = CleanSetting();
+    s.horizontal.magnets.push_back({.from = 5.0, .to = 8.0, .strength = 150.0, .azimuth = 100.0});
+    const auto report = Assess(s);
+    EXPECT_FALSE(report.verdict == Verdict::Good);
+    EXPECT_EQ(report.reason, Finding::Disturbed);
+    // 3 of 25 seconds of one of two turns
+    EXPECT_NEAR(report.a.disturbed, 60.0 / 1000.0, 0.02);
+}
+
+TEST_F(CalibrationReport, RefusesToRelyOnLessThan270Degrees)
+{
+    study::Setting s = CleanSetting();
+    s.vertical.extent = 240.0;
+    const auto report = Assess(s);
+    EXPECT_EQ(report.verdict, Verdict::Poor);
+    EXPECT_TRUE(report.weak);
+    EXPECT_EQ(report.reason, Finding::VerticalIncomplete);
+    EXPECT_LT(report.vertical.covered, 250.0);
+}
+
+TEST_F(CalibrationReport, GivesAWeakerVerdictWithoutUsableTilt)
+{
+    study::Setting s = CleanSetting();
+    CalibrationTurns turns = Record(s);
+    for (auto* turn : {&turns.horizontal, &turns.vertical}) {
+        for (PoseSensorData& sample : *turn)
+            sample.dPitch = sample.dRoll = 0.0;
+    }
+    const auto report = AssessCalibration(RunSolver(turns));
+    EXPECT_TRUE(report.weak);
+    EXPECT_EQ(report.verdict, Verdict::Usable);
+    EXPECT_EQ(report.reason, Finding::TiltUnusable);
+    EXPECT_EQ(report.jointFit, JointFitOutcome::TiltUnusable);
+    EXPECT_FALSE(report.a.heading);
+    EXPECT_FALSE(report.horizontal.levelError);
+}
+
+TEST_F(CalibrationReport, CallsAnUnevenFieldPoorWithoutUsableTilt)
+{
+    study::Setting s = CleanSetting();
+    s.vertical.axisError = 20.0;
+    CalibrationTurns turns = Record(s);
+    for (PoseSensorData& sample : turns.vertical)
+        sample.dPitch = sample.dRoll = 0.0;
+    const auto report = AssessCalibration(RunSolver(turns));
+    EXPECT_TRUE(report.weak);
+    EXPECT_EQ(report.verdict, Verdict::Poor);
+}
+
+TEST_F(CalibrationReport, RefusesValuesThatAreNoNumbersWhateverTheSolverAnswered)
+{
+    CalibrationRun run = RunSolver(Record(CleanSetting()));
+    ASSERT_EQ(run.solverAnswer, 1);
+    double* values[] = {&run.calibration.correctionA.x0, &run.calibration.correctionB.e,
+                        &run.calibration.translation.dZ, &run.calibration.biasAngleB};
+    for (double* value : values) {
+        const double before = *value;
+        *value = std::nan("");
+        EXPECT_EQ(AssessCalibration(run).verdict, Verdict::Refused);
+        EXPECT_EQ(AssessCalibration(run).reason, Finding::NotFinite);
+        *value = before;
+    }
+}
+
+TEST_F(CalibrationReport, RefusesSamplesThatAreNoNumbers)
+{
+    CalibrationRun run = RunSolver(Record(CleanSetting()));
+    run.recorded.vertical[7].dMag_y_2 = HUGE_VAL;
+    EXPECT_EQ(AssessCalibration(run).verdict, Verdict::Refused);
+}
+
+TEST_F(CalibrationReport, RefusesWhatTheSolverMakesOfATurnFarOffItsAxis)
+{
+    study::Setting s = CleanSetting();
+    s.vertical.axisError = 60.0; // towards x: y follows x by more than one to one
+    s.vertical.axisDirection = 90.0;
+    const CalibrationRun run = RunSolverUnscreened(Record(s));
+    ASSERT_EQ(run.solverAnswer, 1);
+    ASSERT_FALSE(std::isfinite(run.calibration.correctionA.b));
+    EXPECT_EQ(AssessCalibration(run).verdict, Verdict::Refused);
+    EXPECT_EQ(AssessCalibration(run).reason, Finding::NotFinite);
+}
+
+TEST_F(CalibrationReport, RefusesWhatTheSolverGaveUp)
+{
+    CalibrationRun run = RunSolver(Record(CleanSetting()));
+    run.solverAnswer = 0;
+    const auto report = AssessCalibration(run);
+    EXPECT_EQ(report.verdict, Verdict::Refused);
+    EXPECT_EQ(report.reason, Finding::SolverFailed);
+    EXPECT_GT(report.horizontal.covered, 330.0) << "the turns are described all the same";
+}
+
+TEST_F(CalibrationReport, RefusesGainsThatNoSensorHas)
+{
+    CalibrationRun run = RunSolver(Record(CleanSetting()));
+    run.calibration.correctionB.e = 6.0;
+    EXPECT_EQ(AssessCalibration(run).reason, Finding::Implausible);
+    run.calibration.correctionB.e = -1.0;
+    EXPECT_EQ(AssessCalibration(run).verdict, Verdict::Refused);
+}
+
+TEST_F(CalibrationReport, NamesAConstantHeadingError)
+{
+    CalibrationRun run = RunSolver(Record(CleanSetting()));
+    run.calibration.biasAngleA = 5.0;
+    const auto report = AssessCalibration(run);
+    EXPECT_EQ(report.verdict, Verdict::Poor);
+    EXPECT_EQ(report.reason, Finding::ConstantHeading);
+    EXPECT_NEAR(report.a.heading->constant, -5.0, 1.0);
+}
+
+TEST_F(CalibrationReport, ShowsTheHeadingErrorAtTheTip)
+{
+    CalibrationRun run = RunSolver(Record(CleanSetting()));
+    run.calibration.biasAngleA = 5.0;
+    const HeadingError error = *AssessCalibration(run).a.heading;
+    // 2 m · sin 15° and sin 30°, each by the angle in radians
+    EXPECT_NEAR(error.tip15, 517.638 * error.rms15 / 57.29578, 1e-2);
+    EXPECT_NEAR(error.tip30, 1000.0 * error.rms30 / 57.29578, 1e-2);
+}
+
+TEST_F(CalibrationReport, CountsSamplesAndNamesMissingSectors)
+{
+    study::Setting s = CleanSetting();
+    // The gap from 90 to 130 degrees turned: azimuths run against the heading's sense.
+    s.horizontal.extent = 360.0;
+    s.horizontal.losses.gaps.push_back({500 / 20.0 * 90.0 / 360.0, 500 / 20.0 * 130.0 / 360.0});
+    s.sensor.a = {};
+    const auto report = Assess(s);
+    EXPECT_NEAR(report.horizontal.recorded, 500 - 56, 1);
+    EXPECT_LT(report.horizontal.used, report.horizontal.recorded);
+    ASSERT_EQ(report.horizontal.missing.size(), 1u);
+    const MissingSector gap = report.horizontal.missing[0];
+    EXPECT_NEAR((gap.to - gap.from + 360) % 360, 40, 15);
+    EXPECT_NEAR(report.horizontal.covered, 320.0, 12.0);
+}
+
+TEST_F(CalibrationReport, NamesSectorsByThreeDigits)
+{
+    EXPECT_EQ((MissingSector{40, 55}.Name()), "040-055");
+    EXPECT_EQ((MissingSector{345, 5}.Name()), "345-005");
+    EXPECT_EQ((MissingSector{0, 360}.Name()), "000-360");
+}
+
+TEST_F(CalibrationReport, MeasuresTheShareTurnedBack)
+{
+    study::Setting s = CleanSetting();
+    EXPECT_LT(Assess(s).horizontal.turningBack, 0.01);
+    s.horizontal.turningsBack.push_back({180.0, 60.0});
+    // Back 60 degrees and forward again: a quarter of the way, less the five degrees of play.
+    EXPECT_NEAR(Assess(s).horizontal.turningBack, 0.22, 0.06);
+}
+
+TEST_F(CalibrationReport, DescribesTheIron)
+{
+    study::Setting s = CleanSetting();
+    s.sensor.a.softIron = {};
+    s.sensor.a.softIron.rows[1].y = 1.1;
+    s.sensor.a.hardIron = {0.0, 120.0, 0.0};
+    const auto report = Assess(s);
+    EXPECT_NEAR(report.a.hardIron.size, 120.0, 3.0);
+    EXPECT_NEAR(report.a.hardIron.azimuth, 90.0, 2.0);
+    EXPECT_NEAR(report.a.hardIron.elevation, 0.0, 2.0);
+    EXPECT_NEAR(report.a.softIron.size, 0.1, 0.015);
+    EXPECT_NEAR(std::fabs(std::remainder(report.a.softIron.azimuth - 90.0, 180.0)), 0.0, 5.0);
+    EXPECT_GT(report.a.spreadBefore, 4.0 * report.a.spreadAfter);
+    EXPECT_LT(report.a.spreadAfter, 0.01);
+}
+
+TEST_F(CalibrationReport, ComparesTheHeadingsOfAAndB)
+{
+    CalibrationRun run = RunSolver(Record(CleanSetting()));
+    run.calibration.biasAngleB += 4.0;
+    const auto before = AssessCalibration(run).agreement;
+    ASSERT_TRUE(before);
+    EXPECT_NEAR(before->mean, -4.0, 0.5);
+    EXPECT_LT(before->deviation, 1.0);
+    EXPECT_GE(before->largest, std::fabs(before->mean));
+}
+
+TEST_F(CalibrationReport, StandsEmptyTurns)
+{
+    const auto report = AssessCalibration({});
+    EXPECT_EQ(report.verdict, Verdict::Poor);
+    EXPECT_EQ(report.reason, Finding::TooFewSamples);
+    EXPECT_EQ(report.horizontal.covered, 0.0);
+}
+
+TEST_F(CalibrationReport, TellsVerdictReasonAndAdviceAsText)
+{
+    const std::string text = ToText(Assess(CleanSetting()));
+    EXPECT_THAT(text, HasSubstr("Calibration: good, heading error "));
+    EXPECT_THAT(text, HasSubstr("The headings agree with those of the joint fit."));
+    EXPECT_THAT(text, HasSubstr("500 recorded"));
+    EXPECT_THAT(text, HasSubstr("mm at tilt 30"));
+}
+
+TEST_F(CalibrationReport, HasANameASentenceAndAnAdviceForEveryFinding)
+{
+    std::vector<std::string_view> names;
+    for (int i = 0; i <= static_cast<int>(Finding::BeyondEightValues); ++i) {
+        const auto finding = static_cast<Finding>(i);
+        EXPECT_FALSE(Explain(finding).empty()) << i;
+        EXPECT_FALSE(Advice(finding).empty()) << i;
+        EXPECT_THAT(names, ::testing::Not(::testing::Contains(Name(finding))));
+        names.push_back(Name(finding));
+    }
+}
+
+// The study tells the rates on thousands; this is a sample of every condition.
+TEST_F(CalibrationReport, NeverCallsATurnFarOffItsAxisGood)
+{
+    int far = 0;
+    int good = 0;
+    std::uint64_t seed = 900;
+    for (const study::Condition& condition : study::Conditions()) {
+        for (int i = 0; i < 4; ++i) {
+            simulation::Generator random(++seed, simulation::Stream::Placement);
+            study::Setting s = study::Ordinary(random);
+            condition.apply(s, random);
+            const bool isGood = Assess(s).verdict == Verdict::Good;
+            good += isGood ? 1 : 0;
+            if (std::max(s.vertical.axisError, s.horizontal.axisError) < 8.0) continue;
+            ++far;
+            EXPECT_FALSE(isGood) << condition.name << ", seed " << seed;
+        }
+    }
+    EXPECT_GE(far, 5);
+    EXPECT_GT(good, 3);
+}
+
+} // namespace
