@@ -211,6 +211,27 @@ TEST(Position, FollowsItsFormulasInExtremeFields)
             }
 }
 
+// Where the last digit of an arc cosine's argument decides: leans along one axis, hardly leaning,
+// nearly lying. Both ways must see the same digit.
+TEST(Position, FollowsItsFormulasAlongTheAxes)
+{
+    constexpr double angles[] = {0,  1e-5, -1e-5, 3e-4, 0.002, -0.01, 7,    -7.3,
+                                 10, -10,  12.34, 33.3, -45,   60,    89.9, 90};
+    for (const int type : kSensorTypes)
+        for (const double pitch : angles)
+            for (const double roll : angles) {
+                literal::Setup setup;
+                setup.sensorType = type;
+                PoseSensorData sample = Sample(pitch, roll, {210, 35, -430});
+                const auto expected = literal::Measure(setup, sample, 2.0, {1, 2, 3});
+                xyhCoordinate point{1, 2, 3};
+                Reach(type).Position(sample, 2.0, point);
+                EXPECT_NEAR(point.x, expected.tip.x, 1e-11) << type << ' ' << pitch << ' ' << roll;
+                EXPECT_NEAR(point.y, expected.tip.y, 1e-11) << type << ' ' << pitch << ' ' << roll;
+                EXPECT_NEAR(point.h, expected.tip.h, 1e-11) << type << ' ' << pitch << ' ' << roll;
+            }
+}
+
 struct Worst
 {
     double heading = 0.0; // [degrees]
