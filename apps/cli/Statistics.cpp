@@ -51,18 +51,18 @@ void Extent::Add(double value)
 void Percentiles::Add(double value)
 {
     m_extent.Add(value);
+    if (m_values.size() == kExact) {
+        m_bins.resize(2 * kHighestBin + 1);
+        for (const double held : m_values)
+            Bin(held);
+        m_values = {};
+    }
     if (!m_bins.empty()) {
         Bin(value);
         return;
     }
     m_values.push_back(value);
     m_sorted = false;
-    if (m_values.size() > kExact) {
-        m_bins.resize(2 * kHighestBin + 1);
-        for (const double held : m_values)
-            Bin(held);
-        m_values = {};
-    }
 }
 
 double Percentiles::At(double fraction)

@@ -332,7 +332,8 @@ TEST(Measure, MemoryStaysBoundedOnALongLog)
     const Outcome much = RunProgram(arguments, stream);
     ASSERT_EQ(much.exitCode, 0) << much.err;
     EXPECT_THAT(much.err, HasSubstr("rounded to 0.1 %"));
-    constexpr long kAllowed = 24 * 1024; // KiB; 4 series of 2^18 doubles while they are exact
+    // KiB: 4 series of 2^18 doubles while they are exact, and what a sanitizer holds back.
+    constexpr long kAllowed = 40 * 1024;
     EXPECT_LT(much.peakMemory, little.peakMemory + kAllowed);
 }
 
