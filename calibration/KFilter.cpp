@@ -107,15 +107,10 @@ private:
         return space;
     }
 
-    // A · x for a column x.
+    // A · x for a column x, formed as the row xᵀ · Aᵀ, which lies along the vectors.
     const double* Apply(const Factor& A, const double* x, double* space) const
     {
-        if (IsLeftOut(A)) return x;
-        const double* row = Elements(A.matrix);
-        const int columns = A.matrix.getColSize();
-        for (int r = 0; r < A.matrix.getRowSize(); ++r, row += columns)
-            space[r] = Dot(row, x, columns);
-        return space;
+        return TimesTranspose(x, 1, A, space);
     }
 
     static double Dot(const double* a, const double* b, int count)
