@@ -20,11 +20,8 @@ template <class Plane>
 struct TurnNotes;
 } // namespace detail
 
-/// Samples of the vertical turn.
-///
-/// The filter owns the samples that it is given; they must not be changed from outside while it
-/// holds them, for it remembers their extremes and azimuths. Arrays that it returns belong to the
-/// caller, the samples in them to the filter. Not copyable: a copy would free the samples twice.
+/// Samples of the vertical turn. Ownership and operations are those of CInclineSensor_Filter_XY;
+/// told here is what differs.
 class TILTPOLE_API CInclineSensor_Filter_XZ
 {
 public:
@@ -36,63 +33,49 @@ public:
     CInclineSensor_Filter_XZ(const CInclineSensor_Filter_XZ&) = delete;
     CInclineSensor_Filter_XZ& operator=(const CInclineSensor_Filter_XZ&) = delete;
 
-    /// Appends a sample and takes it over: made with new, freed by the filter. Null is ignored.
-    /// Writes its azimuth; each tenth sample recomputes the centre and every azimuth instead.
+    /// Takes a sample over, made with new. Null is ignored.
     void Add(PoseSensorData* sample);
 
     /// Frees the samples. The centre stays valid: the first samples of a new turn get their
     /// azimuths about the centre of the last one, until the tenth recomputes it.
     void Clear();
 
-    /// The centre found last [counts]; not valid before the tenth sample.
+    /// The centre found last [counts].
     PoseSensorCenterParameter GetCenterPar() const;
 
-    /// Orders an array by ascending azimuth and rewrites the turning directions: 0 where the
-    /// azimuth does not exceed that of the entry just before by 1e-6 degrees. Equal azimuths may
-    /// change their order; null entries keep their places. Null is ignored.
+    /// By ascending azimuth, turning directions rewritten.
     void Sort_ByAzimuth(Samples* samples);
 
-    /// The samples worth calibrating with: thinned by time and distance, ordered by azimuth,
-    /// without those off the circle and without stretches turned back.
-    /// @return array for the caller to delete (not the samples in it), or null when none is left
+    /// @return array for the caller to delete (not the samples in it), or null
     Samples* Filter();
 
-    /// About `count` samples of an array, the four extreme ones always among them.
-    /// @return array for the caller to delete; a copy of the whole, null entries included, where
-    ///         `count` exceeds its size; null for a null array or a `count` below 1
+    /// The extremes that always survive are those of dMag_x and dMag_z.
+    /// @return array for the caller to delete, or null
     Samples* Select(Samples* samples, int count);
 
-    /// Whether an array sorted by azimuth closes the turn. Recomputes centre and azimuths from
-    /// the array; its samples must stay alive until the next sample is added or Clear.
-    /// @return 0 for null or where neighbours differ by more than 60 degrees, else 1
+    /// 1 for a sorted array without a gap of more than 60 degrees.
     int IsComplete(Samples* samples);
 
-    /// 1 when every sector of 5 degrees holds a sample, else 0. A sample exactly on a boundary
-    /// counts for neither neighbour.
+    /// 1 when every sector of 5 degrees holds a sample.
     int IsRecordOK() const;
 
-    /// Share of the sectors that hold a sample, a rounded percentage from 0 to 100.
+    /// Covered sectors, a rounded percentage.
     int GetRecordRate() const;
 
 protected:
     /// Centre of an array: middle of the extreme dMag_x and dMag_z, mean dMag_y of the samples
-    /// with these four extremes, and the mean distance from it as radius.
-    /// @return 1, or 0 with nothing changed when the array is null or holds no sample
+    /// with these four extremes (one that is extreme twice counts twice), and the mean distance
+    /// from it as radius.
     int Calculate_CenterPar(Samples* samples);
 
-    /// Azimuths of all samples of an array, in its order. 0 while there is no valid centre.
+    /// As in the horizontal filter, with dMag_z in the place of dMag_y.
     int Calculate_Azimuth(Samples* samples);
-
-    /// Azimuth and turning direction of one sample. 0 for null or while there is no valid centre.
     int Calculate_Azimuth_One(PoseSensorData* sample);
 
-    // Stages of Filter; each returns an array for the caller to delete, null when none is left.
-
-    /// Drops samples within 30 counts and 3 seconds of the last kept one.
+    /// Stages of Filter. Distances are those of dMag_x and dMag_z; kept are samples within 500
+    /// counts of the circle and within 200 of its plane.
     Samples* Filter_ByTime(Samples* samples);
-    /// Keeps samples within 500 counts of the circle and within 200 of its plane.
     Samples* Filter_ByDistance(Samples* samples);
-    /// Drops windows of 10 samples of which more than a fifth turned back, and the last sample.
     Samples* Filter_ByAzimuth(Samples* samples);
 
 private:

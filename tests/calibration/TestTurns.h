@@ -18,6 +18,29 @@ namespace turns {
 
 using Samples = CArray<PoseSensorData*, PoseSensorData*>;
 
+inline PoseSensorData At(double x, double v, double w = 0)
+{
+    PoseSensorData sample;
+    sample.dMag_x = x;
+    sample.dMag_y = v;
+    sample.dMag_z = w;
+    return sample;
+}
+
+// Ten samples of a square about (5, 5), then one more.
+inline constexpr double kSquare[10][2] = {
+    {0,  0 },
+    {5,  0 },
+    {10, 0 },
+    {10, 5 },
+    {10, 10},
+    {5,  10},
+    {0,  10},
+    {0,  5 },
+    {0,  2 },
+    {0,  1 }
+};
+
 // A turn of the field vector on a circle that the sensor sees skewed and shifted.
 struct Shape
 {
