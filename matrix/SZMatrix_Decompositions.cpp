@@ -143,9 +143,10 @@ bool CSZMatrix::LDLdecompostion(CSZMatrix& L, CSZMatrix& D)
 bool CSZMatrix::isSymmetric() const
 {
     if (!IsSquare()) return false;
-    for (int i = 0; i < m_nRows; ++i)
-        for (int j = i + 1; j < m_nCols; ++j)
-            if (!(std::fabs(GetData(i, j) - GetData(j, i)) <= kSymmetryTolerance)) return false;
+    const double* const a = m_Data.Data();
+    for (int i = 1; i < m_nRows; ++i)
+        for (int j = 0; j < i; ++j)
+            if (!(std::fabs(a[At(j, i)] - a[At(i, j)]) <= kSymmetryTolerance)) return false;
     return true;
 }
 

@@ -5,34 +5,15 @@
 // Names read operation/contender/n. JacobiFloor is the arithmetic of the eigen-solver alone: as
 // many line rotations as the solver makes, on bare arrays.
 #include "benchmarks/matrix/Contenders.h"
+#include "benchmarks/matrix/Matrices.h"
 
 #include <benchmark/benchmark.h>
 
-#include <random>
 #include <string>
 
 using namespace contenders;
 
 namespace {
-
-literal::Matrix Random(int rows, int cols)
-{
-    std::mt19937 random(static_cast<unsigned>(rows * 1000 + cols));
-    std::uniform_real_distribution<> uniform(-1.0, 1.0);
-    literal::Matrix m(rows, cols);
-    for (double& x : m.elements)
-        x = uniform(random);
-    return m;
-}
-
-literal::Matrix PositiveDefinite(int n)
-{
-    const literal::Matrix a = Random(n, n);
-    literal::Matrix m = literal::Product(a, literal::Transpose(a));
-    for (int i = 0; i < n; ++i)
-        m.Set(i, i, m.Get(i, i) + 0.1);
-    return m;
-}
 
 // Lets the compiler assume that all memory reached from `object` is read and written here.
 template <class T>
@@ -109,64 +90,6 @@ struct Operations
     }
 };
 
-// Counts the rotations that are not the identity in one run of the solver.
-int CountRotations(const literal::Matrix& a)
-{
-    int count = 0;
-    literal::Matrix d = a;
-    const int n = a.rows;
-    const auto off = [&] {
-        for (int p = 0; p < n; ++p)
-            for (int q = p + 1; q < n; ++q)
-                if (std::fabs(d.Get(p, q)) > 1e-9) return true;
-        return false;
-    };
-    do {
-        for (int p = 0; p < n; ++p)
-            for (int q = p + 1; q < n; ++q) {
-                const literal::Matrix j = literal::Rotation(d, p, q, 1e-9);
-                if (j.Get(p, q) != 0.0) ++count;
-                d = literal::Product(literal::Product(literal::Transpose(j), d), j);
-            }
-    } while (off());
-    return count;
-}
-
-void RotateLine(double* x, double* y, int n, int step, double c, double s)
-{
-    for (int i = 0; i < n; ++i, x += step, y += step) {
-        const double before = *x;
-        *x = before * c + *y * s;
-        *y = *y * c - before * s;
-    }
-}
-
-void JacobiFloor(benchmark::State& state, int n)
-{
-    const int rotations = CountRotations(PositiveDefinite(n));
-    std::vector<double> d = PositiveDefinite(n).elements;
-    std::vector<double> v = d;
-    for (auto _ : state) {
-        int p = 0;
-        int q = 1;
-        for (int i = 0; i < rotations; ++i) {
-            RotateLine(&d[static_cast<std::size_t>(p * n)], &d[static_cast<std::size_t>(q * n)], n,
-                       1, 0.8, 0.6);
-            RotateLine(&d[static_cast<std::size_t>(p)], &d[static_cast<std::size_t>(q)], n, n, 0.8,
-                       0.6);
-            RotateLine(&v[static_cast<std::size_t>(p)], &v[static_cast<std::size_t>(q)], n, n, 0.8,
-                       0.6);
-            if (++q == n) {
-                p = p + 2 < n ? p + 1 : 0;
-                q = p + 1;
-            }
-        }
-        benchmark::DoNotOptimize(d.data());
-        benchmark::ClobberMemory();
-    }
-    state.SetLabel(std::to_string(rotations) + " rotations");
-}
-
 template <int N>
 void RegisterSize()
 {
@@ -175,8 +98,6 @@ void RegisterSize()
     Operations<Armadillo>::Register("armadillo", N);
     Operations<EigenFixed<N>>::Register("eigen-fixed", N);
     Operations<ByValue>::Register("by-value", N);
-    const std::string floor = "JacobiFloor/" + std::to_string(N);
-    benchmark::RegisterBenchmark(floor.c_str(), [](benchmark::State& s) { JacobiFloor(s, N); });
 }
 
 const bool kRegistered = [] {

@@ -1,8 +1,10 @@
 // Gauss-Jordan elimination with full pivoting on rows padded with zeros to whole vectors; part of
 // KernelBody.h.
 //
-// While the rows below a pivot are updated, the largest magnitudes among the columns still open are
-// kept per row, so that the next pivot is found without another pass over the matrix.
+// Rows and columns stay where they are stored; two permutations say which stored row and column
+// stand at a place of the matrix after the exchanges so far. While the rows below a pivot are
+// updated, the largest magnitudes among the columns still open are kept per row, so that the next
+// pivot is found without another pass.
 #pragma once
 
 #include "matrix/detail/Kernels.h"
@@ -19,11 +21,9 @@ inline Index RoundUpToLanes(Index n)
     return (n + kLanes - 1) / kLanes * kLanes;
 }
 
-inline void Exchange(double& a, double& b)
+inline Index LanesLeft(Index left)
 {
-    const double first = a;
-    a = b;
-    b = first;
+    return left < kLanes ? left : kLanes;
 }
 
 inline void Exchange(Index& a, Index& b)
@@ -33,6 +33,18 @@ inline void Exchange(Index& a, Index& b)
     b = first;
 }
 
+inline bool Refuses(PivotFloor floor, double size)
+{
+    switch (floor) {
+    case PivotFloor::SmallestNormal:
+        return size < DBL_MIN;
+    case PivotFloor::VisibleBesideOne:
+        return size + 1.0 == 1.0;
+    default:
+        return false;
+    }
+}
+
 class Elimination
 {
 public:
@@ -40,29 +52,30 @@ public:
     {
         return static_cast<std::size_t>((n + 1) * RoundUpToLanes(n) + n * kLanes);
     }
-    static std::size_t SwapsFor(Index n) { return static_cast<std::size_t>(4 * n); }
+    static std::size_t IndicesFor(Index n) { return static_cast<std::size_t>(6 * n); }
 
-    // `elements` and `swaps` are as large as ElementsFor and SwapsFor say.
-    Elimination(double* elements, Index* swaps, Index n)
+    // `elements` and `indices` are as large as ElementsFor and IndicesFor say.
+    Elimination(double* elements, Index* indices, Index n)
         : m_n(n), m_stride(RoundUpToLanes(n)), m_rows(elements), m_open(elements + n * m_stride),
-          m_rowLargest(m_open + m_stride), m_swaps(swaps)
+          m_rowLargest(m_open + m_stride), m_rowAt(indices), m_colAt(indices + n),
+          m_rowSwap(indices + 2 * n), m_colSwap(indices + 3 * n)
     {}
 
     // Takes over a and looks for the first pivot.
     void Read(const double* a)
     {
-        for (Index j = 0; j < m_stride; ++j)
-            m_open[j] = j < m_n ? 1.0 : 0.0;
+        for (Index i = 0; i < m_n; ++i)
+            m_rowAt[i] = m_colAt[i] = i;
+        for (Index j = 0; j < m_stride; j += kLanes)
+            Store(m_open + j, Fill(1.0));
         Lanes largest = Fill(0.0);
         for (Index i = 0; i < m_n; ++i) {
-            double* const row = Row(i);
-            for (Index j = 0; j < m_n; ++j)
-                row[j] = a[i * m_n + j];
-            for (Index j = m_n; j < m_stride; ++j)
-                row[j] = 0.0;
             Lanes rowLargest = Fill(0.0);
-            for (Index j = 0; j < m_stride; j += kLanes)
-                rowLargest = Larger(Magnitude(Load(row + j)), rowLargest);
+            for (Index j = 0; j < m_n; j += kLanes) {
+                const Lanes part = LoadPart(a + i * m_n + j, LanesLeft(m_n - j));
+                Store(Row(i) + j, part);
+                rowLargest = Larger(Magnitude(part), rowLargest);
+            }
             Store(m_rowLargest + i * kLanes, rowLargest);
             largest = Larger(rowLargest, largest);
         }
@@ -73,56 +86,57 @@ public:
     bool Run(PivotFloor floor)
     {
         for (Index k = 0; k < m_n; ++k) {
-            if (Refuses(floor)) return false;
-            SwapIntoPlace(k);
-            ScalePivotRow(k);
+            if (Refuses(floor, m_pivotSize)) return false;
+            Exchange(m_rowAt[k], m_rowAt[m_rowSwap[k] = m_pivotRow]);
+            Exchange(m_colAt[k], m_colAt[m_colSwap[k] = m_pivotCol]);
+            const Pivot pivot = ScalePivotRow(m_rowAt[k], m_colAt[k]);
             for (Index i = 0; i < k; ++i)
-                EliminateFrom<false>(i, k);
+                EliminateFrom<false>(m_rowAt[i], pivot);
             Lanes largest = Fill(0.0);
             for (Index i = k + 1; i < m_n; ++i)
-                largest = Larger(EliminateFrom<true>(i, k), largest);
+                largest = Larger(EliminateFrom<true>(m_rowAt[i], pivot), largest);
             FindPivot(k + 1, largest);
         }
         return true;
     }
 
-    void WriteWorkingCopy(double* a) const
-    {
-        for (Index i = 0; i < m_n; ++i)
-            for (Index j = 0; j < m_n; ++j)
-                a[i * m_n + j] = Row(i)[j];
-    }
+    // The matrix as it stands, rows and columns exchanged.
+    void WriteWorkingCopy(double* a) const { Write(a, m_rowAt, m_colAt); }
 
-    // Undoes the swaps, the last first: rows as columns were swapped, columns as rows were.
-    void WriteInverse(double* a) const
+    // Undoes the exchanges, the last first: rows as columns were exchanged, columns as rows were.
+    void WriteInverse(double* a)
     {
-        Index* const rowFrom = m_swaps + 2 * m_n;
+        Index* const rowFrom = m_colSwap + m_n;
         Index* const colFrom = rowFrom + m_n;
-        for (Index i = 0; i < m_n; ++i)
-            rowFrom[i] = colFrom[i] = i;
-        for (Index k = m_n - 1; k >= 0; --k) {
-            Exchange(rowFrom[k], rowFrom[m_swaps[2 * k + 1]]);
-            Exchange(colFrom[k], colFrom[m_swaps[2 * k]]);
-        }
         for (Index i = 0; i < m_n; ++i) {
-            const double* const row = Row(rowFrom[i]);
-            for (Index j = 0; j < m_n; ++j)
-                a[i * m_n + j] = row[colFrom[j]];
+            rowFrom[i] = m_rowAt[i];
+            colFrom[i] = m_colAt[i];
         }
+        for (Index k = m_n - 1; k >= 0; --k) {
+            Exchange(rowFrom[k], rowFrom[m_colSwap[k]]);
+            Exchange(colFrom[k], colFrom[m_rowSwap[k]]);
+        }
+        Write(a, rowFrom, colFrom);
     }
 
 private:
-    double* Row(Index i) const { return m_rows + i * m_stride; }
-
-    bool Refuses(PivotFloor floor) const
+    struct Pivot
     {
-        switch (floor) {
-        case PivotFloor::SmallestNormal:
-            return m_pivotSize < DBL_MIN;
-        case PivotFloor::VisibleBesideOne:
-            return m_pivotSize + 1.0 == 1.0;
-        default:
-            return false;
+        OneLane lane; // of its column, in the vector from firstOfCol on
+        const double* row;
+        Index col; // as stored
+        Index firstOfCol;
+        double reciprocal;
+    };
+
+    double* Row(Index stored) const { return m_rows + stored * m_stride; }
+
+    void Write(double* a, const Index* rowFrom, const Index* colFrom) const
+    {
+        for (Index i = 0; i < m_n; ++i) {
+            const double* const row = Row(rowFrom[i]);
+            for (Index j = 0; j < m_n; ++j)
+                *a++ = row[colFrom[j]];
         }
     }
 
@@ -130,74 +144,60 @@ private:
     // magnitude 0, where no magnitude is above 0.
     void FindPivot(Index k, Lanes largest)
     {
-        m_pivotSize = 0.0;
         m_pivotRow = m_pivotCol = k;
-        double lanes[kLanes];
-        Store(lanes, largest);
-        for (const double x : lanes)
-            m_pivotSize = x > m_pivotSize ? x : m_pivotSize;
+        m_pivotSize = LargestOf(largest);
         if (m_pivotSize == 0.0) return;
-        while (FirstEqual(Load(m_rowLargest + m_pivotRow * kLanes), m_pivotSize) < 0)
+        while (!HoldsEqual(Load(m_rowLargest + m_rowAt[m_pivotRow] * kLanes), m_pivotSize))
             ++m_pivotRow;
-        const double* const row = Row(m_pivotRow);
-        while (__builtin_fabs(row[m_pivotCol]) != m_pivotSize)
+        const double* const row = Row(m_rowAt[m_pivotRow]);
+        while (__builtin_fabs(row[m_colAt[m_pivotCol]]) != m_pivotSize)
             ++m_pivotCol;
     }
 
-    void SwapIntoPlace(Index k)
+    Pivot ScalePivotRow(Index stored, Index col)
     {
-        m_swaps[2 * k] = m_pivotRow;
-        m_swaps[2 * k + 1] = m_pivotCol;
-        if (m_pivotRow != k)
-            for (Index j = 0; j < m_stride; j += kLanes) {
-                const Lanes pivotRow = Load(Row(m_pivotRow) + j);
-                Store(Row(m_pivotRow) + j, Load(Row(k) + j));
-                Store(Row(k) + j, pivotRow);
-            }
-        if (m_pivotCol != k)
-            for (Index i = 0; i < m_n; ++i)
-                Exchange(Row(i)[k], Row(i)[m_pivotCol]);
+        double* const row = Row(stored);
+        const Index firstOfCol = col / kLanes * kLanes;
+        const Pivot pivot{LaneAt(col - firstOfCol), row, col, firstOfCol, 1.0 / row[col]};
+        const Lanes factor = Fill(pivot.reciprocal);
+        for (Index j = 0; j < m_stride; j += kLanes) {
+            const Lanes scaled = Load(row + j) * factor;
+            Store(row + j, j == firstOfCol ? Put(scaled, pivot.lane, factor) : scaled);
+        }
+        m_open[col] = 0.0;
+        return pivot;
     }
 
-    void ScalePivotRow(Index k)
-    {
-        double* const row = Row(k);
-        m_reciprocal = 1.0 / row[k];
-        const Lanes factor = Fill(m_reciprocal);
-        for (Index j = 0; j < m_stride; j += kLanes)
-            Store(row + j, Load(row + j) * factor);
-        row[k] = m_reciprocal;
-        m_open[k] = 0.0;
-    }
-
-    // Subtracts the pivot row from row i; with Search, answers and keeps what is largest in it.
+    // Subtracts the pivot row from a row; with Search, answers and keeps what is largest in it.
     template <bool Search>
-    Lanes EliminateFrom(Index i, Index k)
+    Lanes EliminateFrom(Index stored, const Pivot& pivot)
     {
-        double* const row = Row(i);
-        const double* const pivotRow = Row(k);
-        const double inPivotColumn = row[k];
+        double* const row = Row(stored);
+        const double inPivotColumn = row[pivot.col];
         const Lanes factor = Fill(inPivotColumn);
+        const Lanes instead = Fill(-inPivotColumn * pivot.reciprocal);
         Lanes largest = Fill(0.0);
         for (Index j = 0; j < m_stride; j += kLanes) {
-            const Lanes left = Load(row + j) - factor * Load(pivotRow + j);
+            Lanes left = Load(row + j) - factor * Load(pivot.row + j);
+            if (j == pivot.firstOfCol) left = Put(left, pivot.lane, instead);
             Store(row + j, left);
             if constexpr (Search) largest = Larger(Magnitude(left) * Load(m_open + j), largest);
         }
-        row[k] = -inPivotColumn * m_reciprocal;
-        if constexpr (Search) Store(m_rowLargest + i * kLanes, largest);
+        if constexpr (Search) Store(m_rowLargest + stored * kLanes, largest);
         return largest;
     }
 
     Index m_n;
     Index m_stride;       // elements from row to row
-    double* m_rows;       // n rows
-    double* m_open;       // per column 1, or 0 once it has been a pivot's (and behind the last)
-    double* m_rowLargest; // kLanes magnitudes per row
-    Index* m_swaps;       // row and column per step; then room for two permutations
+    double* m_rows;       // n rows, as stored
+    double* m_open;       // per stored column 1, or 0 once it has been a pivot's
+    double* m_rowLargest; // kLanes magnitudes per stored row
+    Index* m_rowAt;       // the stored row at a place
+    Index* m_colAt;
+    Index* m_rowSwap; // the place each step exchanged with its own
+    Index* m_colSwap; // then room for two more permutations
     double m_pivotSize = 0.0;
-    double m_reciprocal = 0.0;
-    Index m_pivotRow = 0;
+    Index m_pivotRow = 0; // the place of the next pivot
     Index m_pivotCol = 0;
 };
 

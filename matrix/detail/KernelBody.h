@@ -80,11 +80,6 @@ void MultiplyStrip(const Product& p, Index col, Index lastLanes)
     }
 }
 
-inline Index LanesLeft(Index left)
-{
-    return left < kLanes ? left : kLanes;
-}
-
 inline void MultiplyLanes(const double* a, const double* b, double* c, int rows, int inner,
                           int cols)
 {
@@ -101,9 +96,9 @@ inline void MultiplyLanes(const double* a, const double* b, double* c, int rows,
 inline Outcome InvertLanes(double* a, int n, PivotFloor floor)
 {
     Scratch<double, 2304> elements(Elimination::ElementsFor(n));
-    Scratch<Index, 160> swaps(Elimination::SwapsFor(n));
-    if (elements.Data() == nullptr || swaps.Data() == nullptr) return Outcome::NoMemory;
-    Elimination elimination(elements.Data(), swaps.Data(), n);
+    Scratch<Index, 240> indices(Elimination::IndicesFor(n));
+    if (elements.Data() == nullptr || indices.Data() == nullptr) return Outcome::NoMemory;
+    Elimination elimination(elements.Data(), indices.Data(), n);
     elimination.Read(a);
     if (!elimination.Run(floor)) {
         elimination.WriteWorkingCopy(a);

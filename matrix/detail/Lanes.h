@@ -3,7 +3,8 @@
 //
 // LoadPart and StorePart touch the first `count` lanes only (1 <= count <= kLanes); the lanes
 // behind them load as 0. Larger(a, b) is a where a > b, else b, so b where either is not a number.
-// FirstEqual answers the first lane that equals x, or -1.
+// HoldsEqual answers whether a lane equals x. Put(v, lane, w) is v with that one lane of w.
+// LargestOf is for lanes that are numbers from 0 on.
 #pragma once
 
 #include <cstddef>
@@ -55,10 +56,27 @@ inline Lanes Magnitude(Lanes a)
 {
     return _mm512_abs_pd(a);
 }
-inline int FirstEqual(Lanes v, double x)
+inline bool HoldsEqual(Lanes v, double x)
 {
-    const unsigned equal = _mm512_cmp_pd_mask(v, Fill(x), _CMP_EQ_OQ);
-    return equal == 0 ? -1 : __builtin_ctz(equal);
+    return _mm512_cmp_pd_mask(v, Fill(x), _CMP_EQ_OQ) != 0;
+}
+
+using OneLane = __mmask8;
+inline OneLane LaneAt(Index lane)
+{
+    return static_cast<OneLane>(1U << static_cast<unsigned>(lane));
+}
+inline Lanes Put(Lanes v, OneLane lane, Lanes w)
+{
+    return _mm512_mask_mov_pd(v, lane, w);
+}
+inline double LargestOf(Lanes v)
+{
+    double lanes[kLanes];
+    Store(lanes, v);
+    const __m256d half = _mm256_max_pd(_mm256_loadu_pd(lanes), _mm256_loadu_pd(lanes + 4));
+    const __m128d pair = _mm_max_pd(_mm256_castpd256_pd128(half), _mm256_extractf128_pd(half, 1));
+    return _mm_cvtsd_f64(_mm_max_sd(pair, _mm_unpackhi_pd(pair, pair)));
 }
 
 #elif defined(__AVX2__)
@@ -98,10 +116,25 @@ inline Lanes Magnitude(Lanes a)
 {
     return _mm256_andnot_pd(Fill(-0.0), a);
 }
-inline int FirstEqual(Lanes v, double x)
+inline bool HoldsEqual(Lanes v, double x)
 {
-    const int equal = _mm256_movemask_pd(_mm256_cmp_pd(v, Fill(x), _CMP_EQ_OQ));
-    return equal == 0 ? -1 : __builtin_ctz(static_cast<unsigned>(equal));
+    return _mm256_movemask_pd(_mm256_cmp_pd(v, Fill(x), _CMP_EQ_OQ)) != 0;
+}
+
+using OneLane = Lanes;
+inline OneLane LaneAt(Index lane)
+{
+    return _mm256_castsi256_pd(
+        _mm256_cmpeq_epi64(_mm256_set1_epi64x(lane), _mm256_setr_epi64x(0, 1, 2, 3)));
+}
+inline Lanes Put(Lanes v, OneLane lane, Lanes w)
+{
+    return _mm256_blendv_pd(v, w, lane);
+}
+inline double LargestOf(Lanes v)
+{
+    const __m128d pair = _mm_max_pd(_mm256_castpd256_pd128(v), _mm256_extractf128_pd(v, 1));
+    return _mm_cvtsd_f64(_mm_max_sd(pair, _mm_unpackhi_pd(pair, pair)));
 }
 
 #elif defined(__SSE2__)
@@ -137,10 +170,23 @@ inline Lanes Magnitude(Lanes a)
 {
     return _mm_andnot_pd(Fill(-0.0), a);
 }
-inline int FirstEqual(Lanes v, double x)
+inline bool HoldsEqual(Lanes v, double x)
 {
-    const int equal = _mm_movemask_pd(_mm_cmpeq_pd(v, Fill(x)));
-    return equal == 0 ? -1 : __builtin_ctz(static_cast<unsigned>(equal));
+    return _mm_movemask_pd(_mm_cmpeq_pd(v, Fill(x))) != 0;
+}
+
+using OneLane = Lanes;
+inline OneLane LaneAt(Index lane)
+{
+    return _mm_castsi128_pd(_mm_set_epi64x(lane == 1 ? -1 : 0, lane == 0 ? -1 : 0));
+}
+inline Lanes Put(Lanes v, OneLane lane, Lanes w)
+{
+    return _mm_or_pd(_mm_and_pd(lane, w), _mm_andnot_pd(lane, v));
+}
+inline double LargestOf(Lanes v)
+{
+    return _mm_cvtsd_f64(_mm_max_sd(v, _mm_unpackhi_pd(v, v)));
 }
 
 #else
@@ -176,9 +222,24 @@ inline Lanes Magnitude(Lanes a)
 {
     return __builtin_fabs(a);
 }
-inline int FirstEqual(Lanes v, double x)
+inline bool HoldsEqual(Lanes v, double x)
 {
-    return v == x ? 0 : -1;
+    return v == x;
+}
+
+struct OneLane
+{};
+inline OneLane LaneAt(Index)
+{
+    return {};
+}
+inline Lanes Put(Lanes, OneLane, Lanes w)
+{
+    return w;
+}
+inline double LargestOf(Lanes v)
+{
+    return v;
 }
 
 #endif
