@@ -11,8 +11,8 @@ namespace {
 void Rotate(double& x, double& y, PlaneRotation j)
 {
     const double before = x;
-    x = 0.0 + before * j.cosine + y * j.sine;
-    y = 0.0 + before * -j.sine + y * j.cosine;
+    x = before * j.cosine + y * j.sine;
+    y = before * -j.sine + y * j.cosine;
 }
 
 } // namespace

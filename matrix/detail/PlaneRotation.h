@@ -20,12 +20,12 @@ struct PlaneRotation
 /// Golub & Van Loan, Matrix Computations, 8.5.2.
 PlaneRotation ZeroingRotation(double pp, double qq, double pq);
 
-/// The off-diagonal elements a sweep meets are zeroed one by one: m = J^T * m for the n x n array
-/// m. Rounds like the full product does where all numbers are finite: a sum starts from 0.0, and so
-/// never ends in -0.
+/// m = J^T * m for the n x n array m. Gives the bits of the full product, whose sums start from
+/// 0.0, where all elements are finite and none is -0; then none becomes -0, as the cosine is at
+/// least sqrt(1/2).
 void RotateRows(double* m, int n, int p, int q, PlaneRotation j);
 
-/// m = m * J, rounded likewise.
+/// m = m * J, likewise.
 void RotateColumns(double* m, int n, int p, int q, PlaneRotation j);
 
 } // namespace detail
