@@ -57,31 +57,32 @@ public:
     /// k·((1 − cos θ)·y0 − sin θ·x0 + (1 − k)·y0) to y.
     void XYtoXY(double& x, double& y) const
     {
-        const double turnedX = m_cosine * x - m_sine * y + m_centreX;
-        const double turnedY = m_sine * x + m_cosine * y + m_centreY;
-        x = m_parameters.dScale * turnedX + m_parameters.dDx;
-        y = m_parameters.dScale * turnedY + m_parameters.dDy;
+        const double newX =
+            m_parameters.dScale * (m_ofX[0] * x + m_ofY[0] * y + m_centre[0]) + m_parameters.dDx;
+        const double newY =
+            m_parameters.dScale * (m_ofX[1] * x + m_ofY[1] * y + m_centre[1]) + m_parameters.dDy;
+        x = newX;
+        y = newY;
     }
 
     /// Backward, in place [m]: undoes a forward conversion with the rotation centre (0, 0), and
     /// ignores the centre. A zero scale gives no finite result.
     void XYtoXY1(double& x, double& y) const
     {
-        const double turnedX = x * m_cosine + y * m_sine;
-        const double turnedY = -x * m_sine + y * m_cosine;
-        x = m_backX + turnedX * m_perScale;
-        y = m_backY + turnedY * m_perScale;
+        const double newX = m_back[0] + (x * m_ofX[0] + y * m_ofX[1]) * m_perScale;
+        const double newY = m_back[1] + (x * m_ofY[0] + y * m_ofY[1]) * m_perScale;
+        x = newX;
+        y = newY;
     }
 
 private:
     void Prepare();
 
-    // What the conversions need of the parameters, worked out when these change.
-    double m_cosine = 1.0;
-    double m_sine = 0.0;
-    double m_centreX = 0.0;
-    double m_centreY = 0.0;
+    // What the conversions need of the parameters, worked out when these change. Pairs belong to
+    // the two coordinates of a result, so that both are computed at once.
+    double m_ofX[2] = {1.0, 0.0}; // cos θ, sin θ: what x adds to the turned coordinates
+    double m_ofY[2] = {0.0, 1.0}; // −sin θ, cos θ
+    double m_centre[2] = {};
+    double m_back[2] = {};
     double m_perScale = 1.0;
-    double m_backX = 0.0;
-    double m_backY = 0.0;
 };

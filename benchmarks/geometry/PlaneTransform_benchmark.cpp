@@ -1,0 +1,152 @@
+// Fit and application of the plane transform over a million points, beside Eigen's umeyama,
+// Boost.Geometry's affine transform and PROJ's helmert. Times are per call over all points; the
+// counter gives the time of one point.
+#include "geometry/MagneticConvert.h"
+
+#include <Eigen/Geometry>
+#include <benchmark/benchmark.h>
+#include <cmath>
+#include <random>
+#include <vector>
+#if defined(TILTPOLE_BENCHMARK_BOOST)
+#include <boost/geometry.hpp>
+#include <boost/geometry/geometries/point_xy.hpp>
+#endif
+#if defined(TILTPOLE_BENCHMARK_PROJ)
+#include <proj.h>
+#endif
+
+namespace {
+
+constexpr int kPoints = 1000000;
+constexpr double kScale = 1.0000015504;
+constexpr double kRotation = 7.5874e-6; // [radians]
+
+struct Place
+{
+    double x, y;
+};
+
+std::vector<Place> Places()
+{
+    std::mt19937 random(1);
+    std::uniform_real_distribution<double> share(0.0, 100000.0);
+    std::vector<Place> places(kPoints);
+    for (Place& p : places)
+        p = {4500000.0 + share(random), 500000.0 + share(random)};
+    return places;
+}
+
+void CountPoints(benchmark::State& state)
+{
+    state.counters["per point"] =
+        benchmark::Counter(static_cast<double>(kPoints) * static_cast<double>(state.iterations()),
+                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void FitOurs(benchmark::State& state)
+{
+    CMagneticConvert forward;
+    forward.SetFourParameter(-129.5, -208.2, kRotation, kScale, 0, 0);
+    CMagneticConvert convert;
+    convert.m_Points.SetSize(kPoints);
+    INT_PTR k = 0;
+    for (const Place& p : Places()) {
+        Place to = p;
+        forward.XYtoXY(to.x, to.y);
+        convert.m_Points[k++] = {p.x, p.y, to.x, to.y, 0, 0, 0, 0};
+    }
+    for (auto _ : state)
+        benchmark::DoNotOptimize(convert.CalFourParameter());
+    CountPoints(state);
+}
+
+void FitUmeyama(benchmark::State& state)
+{
+    CMagneticConvert forward;
+    forward.SetFourParameter(-129.5, -208.2, kRotation, kScale, 0, 0);
+    Eigen::Matrix2Xd source(2, kPoints);
+    Eigen::Matrix2Xd target(2, kPoints);
+    Eigen::Index k = 0;
+    for (const Place& p : Places()) {
+        Place to = p;
+        forward.XYtoXY(to.x, to.y);
+        source.col(k) << p.x, p.y;
+        target.col(k++) << to.x, to.y;
+    }
+    for (auto _ : state)
+        benchmark::DoNotOptimize(Eigen::umeyama(source, target).eval());
+    CountPoints(state);
+}
+
+void ForwardOurs(benchmark::State& state)
+{
+    CMagneticConvert convert;
+    convert.SetFourParameter(-129.5, -208.2, kRotation, kScale, 0, 0);
+    std::vector<Place> places = Places();
+    for (auto _ : state) {
+        for (Place& p : places)
+            convert.XYtoXY(p.x, p.y);
+        benchmark::ClobberMemory();
+    }
+    CountPoints(state);
+}
+
+void BackwardOurs(benchmark::State& state)
+{
+    CMagneticConvert convert;
+    convert.SetFourParameter(-129.5, -208.2, kRotation, kScale, 0, 0);
+    std::vector<Place> places = Places();
+    for (auto _ : state) {
+        for (Place& p : places)
+            convert.XYtoXY1(p.x, p.y);
+        benchmark::ClobberMemory();
+    }
+    CountPoints(state);
+}
+
+#if defined(TILTPOLE_BENCHMARK_BOOST)
+void ForwardBoost(benchmark::State& state)
+{
+    using Point = boost::geometry::model::d2::point_xy<double>;
+    const double c = kScale * std::cos(kRotation);
+    const double s = kScale * std::sin(kRotation);
+    const boost::geometry::strategy::transform::matrix_transformer<double, 2, 2> affine(
+        c, -s, -129.5, s, c, -208.2, 0.0, 0.0, 1.0);
+    std::vector<Point> places;
+    for (const Place& p : Places())
+        places.emplace_back(p.x, p.y);
+    for (auto _ : state) {
+        for (Point& p : places)
+            boost::geometry::transform(Point(p), p, affine);
+        benchmark::ClobberMemory();
+    }
+    CountPoints(state);
+}
+BENCHMARK(ForwardBoost)->Unit(benchmark::kMillisecond);
+#endif
+
+#if defined(TILTPOLE_BENCHMARK_PROJ)
+void ForwardProj(benchmark::State& state)
+{
+    PJ* const helmert = proj_create(
+        PJ_DEFAULT_CTX, "+proj=helmert +x=-129.5 +y=-208.2 +s=1.0000015504 +theta=-1.56504");
+    std::vector<PJ_COORD> places;
+    for (const Place& p : Places())
+        places.push_back(proj_coord(p.x, p.y, 0, 0));
+    for (auto _ : state) {
+        proj_trans_array(helmert, PJ_FWD, places.size(), places.data());
+        benchmark::ClobberMemory();
+    }
+    proj_destroy(helmert);
+    CountPoints(state);
+}
+BENCHMARK(ForwardProj)->Unit(benchmark::kMillisecond);
+#endif
+
+BENCHMARK(FitOurs)->Unit(benchmark::kMillisecond);
+BENCHMARK(FitUmeyama)->Unit(benchmark::kMillisecond);
+BENCHMARK(ForwardOurs)->Unit(benchmark::kMillisecond);
+BENCHMARK(BackwardOurs)->Unit(benchmark::kMillisecond);
+
+} // namespace
