@@ -144,7 +144,9 @@ int RunApply(const ApplyOptions& options)
         fmt::print(stderr, "The rotation centre is not used backward.\n");
 
     CsvReader csv(options.points);
-    const auto [xColumn, yColumn] = CoordinateColumns(options, csv);
+    const auto columns = CoordinateColumns(options, csv);
+    const std::size_t xColumn = columns.first;
+    const std::size_t yColumn = columns.second;
     Output output(options.out.empty() ? "-" : options.out);
     fmt::memory_buffer line;
     const auto writeLine = [&](const auto& field) {
