@@ -69,11 +69,20 @@ struct MissingSector
     TILTPOLE_API std::string Name() const;
 };
 
+/// The circle through the raw readings of magnetometer A in the plane of a turn. [counts]
+struct TurnCircle
+{
+    double x = 0.0;      // centre
+    double second = 0.0; // centre, y or z
+    double radius = 0.0;
+};
+
 /// How one turn was made.
 struct TurnFigures
 {
     int recorded = 0;                   // samples before screening
     int used = 0;                       // samples after it
+    TurnCircle circle;                  // of the recorded samples
     double covered = 0.0;               // of the turn, used samples [degrees]
     std::vector<MissingSector> missing; // gaps wider than 15 degrees
     double turningBack = 0.0;           // share of recorded samples behind the furthest one

@@ -1,4 +1,5 @@
 // tiltpole: the library's work on recorded data, from the command line.
+#include "apps/cli/Calibrate.h"
 #include "apps/cli/Errors.h"
 #include "apps/cli/Measure.h"
 #include "apps/cli/Simulate.h"
@@ -18,6 +19,7 @@ namespace {
 // when the command line has been read and leaves the exit code behind.
 void AddCommands(CLI::App& program, int& exitCode)
 {
+    cli::AddCalibrateCommand(program, exitCode);
     cli::AddMeasureCommand(program, exitCode);
     cli::AddSimulateCommand(program, exitCode);
     cli::AddSolveCommand(program, exitCode);

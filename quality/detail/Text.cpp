@@ -14,6 +14,7 @@ std::string Fixed(double number, int decimals, int width)
         const auto end = std::to_chars(digits, digits + sizeof digits, number,
                                        std::chars_format::fixed, decimals);
         text.assign(digits, end.ptr);
+        if (text.find_first_not_of("-0.") == std::string::npos && text[0] == '-') text.erase(0, 1);
     }
     const auto places = static_cast<std::size_t>(width);
     if (text.size() < places) text.insert(0, places - text.size(), ' ');

@@ -49,7 +49,9 @@ TurnFigures FiguresOf(const TurnSamples& samples)
 
     const Turn recorded = TurnOf(samples.recorded, samples.sensorType, Magnetometer::A);
     const std::vector<Eigen::Vector2d> points = InPlane(recorded, samples.vertical);
-    const std::vector<double> azimuths = AzimuthsAbout(CircleThrough(points), points);
+    const Circle circle = CircleThrough(points);
+    figures.circle = {circle.u, circle.v, circle.radius};
+    const std::vector<double> azimuths = AzimuthsAbout(circle, points);
     if (!azimuths.empty()) figures.turningBack = TurningBackShare(azimuths);
     return figures;
 }
