@@ -56,7 +56,9 @@ function(tiltpole_test name)
     target_compile_definitions(${name} PRIVATE
         TILTPOLE_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
     target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <gmock/gmock.h>)
-    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST PROPERTIES TIMEOUT 300)
+    # Random properties begin from a fixed seed: a run that failed can be repeated.
+    gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
+        PROPERTIES TIMEOUT 600 ENVIRONMENT "RC_PARAMS=seed=20261121")
 endfunction()
 
 # tiltpole_benchmark(<name> SOURCES <files> LIBRARIES <targets>): one Google Benchmark program.

@@ -6,8 +6,7 @@
 int main()
 {
     CInclineSensor_Position pole;
-    pole.ConfigRead(
-        "pole.cfg"); // its calibration; without that file, readings are used as they are
+    pole.ConfigRead("pole.cfg"); // the calibration; without it, readings are used as they are
 
     PoseSensorData sample;
     sample.dRoll = 10.0;   // degrees
