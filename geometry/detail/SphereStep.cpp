@@ -4,43 +4,6 @@
 
 namespace detail::sphere {
 
-double Length(const SpacePoint& a)
-{
-    return std::sqrt(Dot(a, a));
-}
-
-double Symmetric3::Determinant() const
-{
-    return xx * (yy * hh - yh * yh) - xy * (xy * hh - yh * xh) + xh * (xy * yh - yy * xh);
-}
-
-Symmetric3 Symmetric3::Adjugate() const
-{
-    return {yy * hh - yh * yh, xh * yh - xy * hh, xy * yh - xh * yy,
-            xx * hh - xh * xh, xy * xh - xx * yh, xx * yy - xy * xy};
-}
-
-SpacePoint Symmetric3::operator*(const SpacePoint& v) const
-{
-    return {xx * v.x + xy * v.y + xh * v.h, xy * v.x + yy * v.y + yh * v.h,
-            xh * v.x + yh * v.y + hh * v.h};
-}
-
-void Symmetric3::AddSquare(const SpacePoint& v)
-{
-    xx += v.x * v.x;
-    xy += v.x * v.y;
-    xh += v.x * v.h;
-    yy += v.y * v.y;
-    yh += v.y * v.h;
-    hh += v.h * v.h;
-}
-
-Symmetric3 Symmetric3::Scaled(double factor) const
-{
-    return {factor * xx, factor * xy, factor * xh, factor * yy, factor * yh, factor * hh};
-}
-
 namespace {
 
 // VᵀV of the residuals after the step: the linearised row at the new tip times the step, plus the

@@ -4,6 +4,7 @@
 // Coordinates and radii in metres. Formulas: docs/formulas.md, "Tip from many antenna positions".
 #pragma once
 
+#include <cmath>
 #include <cstddef>
 
 namespace detail::sphere {
@@ -40,7 +41,10 @@ constexpr SpacePoint Cross(const SpacePoint& a, const SpacePoint& b)
     return {a.y * b.h - a.h * b.y, a.h * b.x - a.x * b.h, a.x * b.y - a.y * b.x};
 }
 
-double Length(const SpacePoint& a);
+inline double Length(const SpacePoint& a)
+{
+    return std::sqrt(Dot(a, a));
+}
 
 // A symmetric 3 × 3 matrix, upper triangle.
 struct Symmetric3
@@ -50,11 +54,40 @@ struct Symmetric3
     double hh = 0.0;
 
     double Trace() const { return xx + yy + hh; }
-    double Determinant() const;
-    Symmetric3 Adjugate() const; // inverse times determinant
-    SpacePoint operator*(const SpacePoint& v) const;
-    void AddSquare(const SpacePoint& v); // plus v·vᵀ
-    Symmetric3 Scaled(double factor) const;
+
+    double Determinant() const
+    {
+        return xx * (yy * hh - yh * yh) - xy * (xy * hh - yh * xh) + xh * (xy * yh - yy * xh);
+    }
+
+    // Inverse times determinant.
+    Symmetric3 Adjugate() const
+    {
+        return {yy * hh - yh * yh, xh * yh - xy * hh, xy * yh - xh * yy,
+                xx * hh - xh * xh, xy * xh - xx * yh, xx * yy - xy * xy};
+    }
+
+    Symmetric3 Scaled(double factor) const
+    {
+        return {factor * xx, factor * xy, factor * xh, factor * yy, factor * yh, factor * hh};
+    }
+
+    SpacePoint operator*(const SpacePoint& v) const
+    {
+        return {xx * v.x + xy * v.y + xh * v.h, xy * v.x + yy * v.y + yh * v.h,
+                xh * v.x + yh * v.y + hh * v.h};
+    }
+
+    // Adds v·vᵀ.
+    void AddSquare(const SpacePoint& v)
+    {
+        xx += v.x * v.x;
+        xy += v.x * v.y;
+        xh += v.x * v.h;
+        yy += v.y * v.y;
+        yh += v.y * v.h;
+        hh += v.h * v.h;
+    }
 };
 
 // A tip after one step, with the figures that grade it.

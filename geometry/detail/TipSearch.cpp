@@ -28,6 +28,7 @@ struct RowBuffers
     explicit RowBuffers(std::size_t count)
         : x(count), y(count), h(count), denominator(count), usable(count)
     {}
+    RowStarts View() { return {x.data(), y.data(), h.data(), denominator.data(), usable.data()}; }
     std::vector<double> x, y, h, denominator;
     std::vector<std::int64_t> usable;
 };
@@ -72,7 +73,8 @@ private:
     CoordinateArrays m_edges; // positions about the first one of the combination
     std::vector<double> m_halfSquare;
     std::vector<std::size_t> m_usable;
-    RowBuffers m_row;
+    RowBuffers m_rowStarts;
+    Row m_row = {};
     WaitingStarts m_waiting;
     Quality m_best;
     std::optional<Quadruple> m_bestMembers;
@@ -82,8 +84,15 @@ Search::Search(const std::vector<SpacePoint>& positions, double antennaHeight, d
                const SearchKernels& kernels)
     : m_kernels(kernels), m_antennaHeight(antennaHeight), m_flatness(flatness), m_cloud(positions),
       m_count(positions.size()), m_edges(m_count), m_halfSquare(m_count + kLanes),
-      m_usable(m_count + 1), m_row(m_count + kLanes), m_waiting(kBatch + m_count + kLanes)
-{}
+      m_usable(m_count + 1), m_rowStarts(m_count + kLanes), m_waiting(kBatch + m_count + kLanes)
+{
+    const double low = std::max(0.0, m_antennaHeight - kRadiusTolerance) * (1.0 - kRadiusSlack);
+    const double high = (m_antennaHeight + kRadiusTolerance) * (1.0 + kRadiusSlack);
+    m_row.e = m_edges.View();
+    m_row.halfSquare = m_halfSquare.data();
+    m_row.lowSquare = low * low;
+    m_row.highSquare = high * high;
+}
 
 void Search::TakeAsFirst(std::size_t i)
 {
@@ -100,21 +109,14 @@ void Search::ScanFourth(std::size_t i, std::size_t j, std::size_t k)
     const SpacePoint b = m_edges.At(k);
     const SpacePoint w = m_halfSquare[j] * b - m_halfSquare[k] * a;
     const SpacePoint c = Cross(a, b);
-    const double low = std::max(0.0, m_antennaHeight - kRadiusTolerance) * (1.0 - kRadiusSlack);
-    const double high = (m_antennaHeight + kRadiusTolerance) * (1.0 + kRadiusSlack);
-    const double flat = 8.0 * m_flatness * m_flatness * m_halfSquare[j] * m_halfSquare[k];
-    const Row row = {
-        m_edges.View(),
-        m_halfSquare.data(),
-        {w.x, w.y, w.h},
-        {c.x, c.y, c.h},
-        low * low,
-        high * high,
-        flat
-    };
-    m_kernels.scanRow(row, k + 1, m_count,
-                      {m_row.x.data(), m_row.y.data(), m_row.h.data(), m_row.denominator.data(),
-                       m_row.usable.data()});
+    m_row.w[0] = w.x;
+    m_row.w[1] = w.y;
+    m_row.w[2] = w.h;
+    m_row.c[0] = c.x;
+    m_row.c[1] = c.y;
+    m_row.c[2] = c.h;
+    m_row.flat = 8.0 * m_flatness * m_flatness * m_halfSquare[j] * m_halfSquare[k];
+    m_kernels.scanRow(m_row, k + 1, m_count, m_rowStarts.View());
     AwaitUsable({i, j, k, 0});
 }
 
@@ -123,15 +125,15 @@ void Search::AwaitUsable(const Quadruple& members)
     std::size_t found = 0;
     for (std::size_t l = members[2] + 1; l < m_count; ++l) {
         m_usable[found] = l;
-        found -= static_cast<std::size_t>(m_row.usable[l]);
+        found -= static_cast<std::size_t>(m_rowStarts.usable[l]);
     }
     for (std::size_t u = 0; u < found; ++u) {
         const std::size_t l = m_usable[u];
         const std::size_t slot = m_waiting.size++;
-        m_waiting.x[slot] = m_row.x[l];
-        m_waiting.y[slot] = m_row.y[l];
-        m_waiting.h[slot] = m_row.h[l];
-        m_waiting.denominator[slot] = m_row.denominator[l];
+        m_waiting.x[slot] = m_rowStarts.x[l];
+        m_waiting.y[slot] = m_rowStarts.y[l];
+        m_waiting.h[slot] = m_rowStarts.h[l];
+        m_waiting.denominator[slot] = m_rowStarts.denominator[l];
         m_waiting.members[slot] = {members[0], members[1], members[2], l};
     }
 }

@@ -180,7 +180,18 @@ inline void Grade(State& s, const Point& tip, double firstHeight, double height)
     if (tip[2] > firstHeight || firstHeight - tip[2] - height > height) s.status = -88;
 }
 
-inline Point Search(const std::vector<Point>& obs, double height, State& state)
+struct PlainSteps
+{
+    static Point Centre(const std::array<Point, 4>& p) { return SphereCentre(p); }
+    static State Step(const std::vector<Point>& obs, Point& tip, double& radius)
+    {
+        return Refine(obs, tip, radius);
+    }
+};
+
+// `Steps` gives the centre of a sphere and the refinement of a start.
+template <class Steps = PlainSteps>
+Point Search(const std::vector<Point>& obs, double height, State& state)
 {
     state = {};
     Point result = {0, 0, 0};
@@ -190,10 +201,10 @@ inline Point Search(const std::vector<Point>& obs, double height, State& state)
         return result;
     }
     const auto meet = [&](const std::array<Point, 4>& order) {
-        Point tip = SphereCentre(order);
+        Point tip = Steps::Centre(order);
         double radius = Distance(tip, order[0]);
         if (!std::isfinite(radius) || std::fabs(radius - height) > 0.05) return;
-        const State candidate = Refine(obs, tip, radius);
+        const State candidate = Steps::Step(obs, tip, radius);
         const double gain = state.pointError - candidate.pointError;
         const bool none = state.pointError < 1e-6;
         const bool better = candidate.pointError < state.pointError

@@ -95,7 +95,7 @@ inline Solution SolveLiterally(const std::vector<literal::Point>& antennas, doub
     literal::State found;
     Solution solution;
     const literal::Point tip =
-        literal::Search(Moved(antennas, antennas.front(), -1.0), antennaHeight, found);
+        literal::Search<>(Moved(antennas, antennas.front(), -1.0), antennaHeight, found);
     if (found.status != -99 && found.status != -100)
         solution.tip = Moved({tip}, antennas.front()).front();
     solution.state = {found.radius,         found.pointError, found.geometryFigure,
