@@ -17,6 +17,7 @@
 #include "matrix/TiltMatrix.h"
 
 #include <functional>
+#include <utility>
 
 class TILTPOLE_API CTiltPosition_Geometry
 {
