@@ -102,8 +102,9 @@ void Frame::AddObservation(const ReplaySample& sample)
         m_observed.push_back(sample.antenna);
         m_ground.graph.AddPoint(point);
     }
-    m_ground.graph.ReDraw();
     m_ground.graph.DrawCurrentPt(nullptr, point);
+    m_ground.graph.InvalidateCtrl(); // takes the mark of the one before away
+    m_ground.graph.ReDraw();
 }
 
 void Frame::OnTimer(UINT_PTR)

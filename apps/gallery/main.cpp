@@ -6,6 +6,7 @@
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
 
+#include <cstdio>
 #include <exception>
 #include <filesystem>
 
@@ -44,9 +45,7 @@ int Render(int& argc, char** argv, const Arguments& arguments)
     return cli::kDone;
 }
 
-} // namespace
-
-int main(int argc, char** argv)
+int RunGallery(int argc, char** argv)
 {
     CLI::App app("Shows every display control of tiltpole in one window, fed by a recorded pole:\n"
                  "dial and gauges follow it, the plots fill, the tilt graph grows.\n",
@@ -60,13 +59,20 @@ int main(int argc, char** argv)
         ->type_name("DIR");
     try {
         app.parse(argc, argv);
-        return arguments.folder.empty() ? Show(argc, argv, arguments)
-                                        : Render(argc, argv, arguments);
     } catch (const CLI::ParseError& error) {
-        const int code = app.exit(error);
-        return code == 0 ? cli::kDone : cli::kUnreadable;
-    } catch (const std::exception& error) {
-        fmt::print(stderr, "tiltpole-gallery: {}\n", error.what());
-        return cli::kUnreadable;
+        return app.exit(error) == 0 ? cli::kDone : cli::kUnreadable;
     }
+    return arguments.folder.empty() ? Show(argc, argv, arguments) : Render(argc, argv, arguments);
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    try {
+        return RunGallery(argc, argv);
+    } catch (const std::exception& error) {
+        std::fprintf(stderr, "tiltpole-gallery: %s\n", error.what());
+    }
+    return cli::kUnreadable;
 }

@@ -14,8 +14,6 @@ IMPLEMENT_DYNAMIC(CPaintDC, CDC)
 
 namespace raster = framework::raster;
 using framework::DcRecord;
-using framework::GdiKind;
-using framework::GdiRecord;
 using framework::GdiReference;
 using framework::ToBox;
 using framework::ToColor;
@@ -131,7 +129,7 @@ BOOL CDC::Attach(HDC handle)
 
 HDC CDC::Detach()
 {
-    const HDC handle = m_hDC;
+    DcRecord* const handle = m_hDC;
     if (handle && handle->attached == this) handle->attached = nullptr;
     m_hDC = nullptr;
     return handle;
@@ -147,7 +145,7 @@ BOOL CDC::CreateCompatibleDC(CDC*)
 
 BOOL CDC::DeleteDC()
 {
-    const HDC handle = Detach();
+    DcRecord* const handle = Detach();
     if (!handle) return FALSE;
     if (handle->window)
         handle->window->TakeBack(handle);

@@ -190,7 +190,7 @@ BOOL CGdiObject::Attach(HGDIOBJ handle)
 
 HGDIOBJ CGdiObject::Detach()
 {
-    const HGDIOBJ handle = m_hObject;
+    GdiRecord* const handle = m_hObject;
     if (handle && handle->attached == this) handle->attached = nullptr;
     m_hObject = nullptr;
     return handle;
@@ -198,7 +198,7 @@ HGDIOBJ CGdiObject::Detach()
 
 BOOL CGdiObject::DeleteObject()
 {
-    const HGDIOBJ handle = Detach();
+    GdiRecord* const handle = Detach();
     if (!handle) return FALSE;
     if (!framework::IsStock(handle)) framework::GdiReference::Release(handle);
     return TRUE;

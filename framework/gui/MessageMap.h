@@ -13,6 +13,8 @@
 
 #include "framework/gui/Types.h"
 
+#include <bit>
+
 class CWnd;
 
 /// Calls the member that answers a message and returns what the message returns.
@@ -57,11 +59,11 @@ protected:                                                                      
      }},
 
 #define ON_WM_CREATE()                                                                             \
-    TILTPOLE_MESSAGE(WM_CREATE, self.OnCreate(reinterpret_cast<LPCREATESTRUCT>(lParam)))
+    TILTPOLE_MESSAGE(WM_CREATE, self.OnCreate(framework::PointerIn<LPCREATESTRUCT>(lParam)))
 #define ON_WM_PAINT() TILTPOLE_MESSAGE(WM_PAINT, (self.OnPaint(), 0))
 #define ON_WM_ERASEBKGND()                                                                         \
     TILTPOLE_MESSAGE(WM_ERASEBKGND,                                                                \
-                     self.OnEraseBkgnd(CDC::FromHandle(reinterpret_cast<HDC>(wParam))))
+                     self.OnEraseBkgnd(CDC::FromHandle(framework::PointerIn<HDC>(wParam))))
 #define ON_WM_SIZE()                                                                               \
     TILTPOLE_MESSAGE(WM_SIZE, (self.OnSize(static_cast<UINT>(wParam), framework::LowWord(lParam),  \
                                            framework::HighWord(lParam)),                           \
@@ -96,6 +98,13 @@ protected:                                                                      
     }
 
 namespace framework {
+
+/// The pointer that travels in a message parameter.
+template <class Pointer, class Parameter>
+constexpr Pointer PointerIn(Parameter parameter)
+{
+    return std::bit_cast<Pointer>(parameter);
+}
 
 /// Two signed 16-bit numbers in one message parameter.
 constexpr LPARAM PackWords(int low, int high)

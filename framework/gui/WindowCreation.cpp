@@ -5,7 +5,6 @@
 #include <algorithm>
 #include <new>
 
-namespace raster = framework::raster;
 using framework::ToColor;
 using framework::WindowClass;
 using framework::WindowRecord;

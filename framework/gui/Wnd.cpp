@@ -1,5 +1,6 @@
 #include "framework/gui/Wnd.h"
 
+#include "framework/gui/MessageMap.h"
 #include "framework/gui/detail/Records.h"
 
 #include <algorithm>
@@ -10,7 +11,6 @@ IMPLEMENT_DYNCREATE(CWnd, CObject)
 
 namespace raster = framework::raster;
 using framework::ToBox;
-using framework::WindowClass;
 using framework::WindowRecord;
 using framework::Windows;
 
@@ -45,7 +45,7 @@ BOOL CWnd::Attach(HWND window)
 
 HWND CWnd::Detach()
 {
-    const HWND window = std::exchange(m_hWnd, nullptr);
+    WindowRecord* const window = std::exchange(m_hWnd, nullptr);
     if (window) std::erase(window->attached, this);
     return window;
 }
@@ -381,7 +381,7 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
     }
     case WM_ERASEBKGND: {
         if (!m_hWnd->windowClass->hasBackground) return 0;
-        const auto* context = reinterpret_cast<HDC>(wParam);
+        const auto* context = framework::PointerIn<HDC>(wParam);
         raster::FillBox(context->Target(), context->Target().clip, m_hWnd->windowClass->background);
         return 1;
     }
@@ -389,15 +389,15 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         DestroyWindow();
         return 0;
     case WM_SETTEXT:
-        m_hWnd->text = reinterpret_cast<LPCTSTR>(lParam);
+        m_hWnd->text = framework::PointerIn<LPCTSTR>(lParam);
         if (m_hWnd->native) m_hWnd->native->SetTitle(m_hWnd->text);
         return TRUE;
     case WM_GETTEXT:
-        return GetWindowText(reinterpret_cast<LPTSTR>(lParam), static_cast<int>(wParam));
+        return GetWindowText(framework::PointerIn<LPTSTR>(lParam), static_cast<int>(wParam));
     case WM_GETTEXTLENGTH:
         return GetWindowTextLength();
     case WM_SETFONT:
-        m_hWnd->font = framework::GdiReference(reinterpret_cast<HFONT>(wParam));
+        m_hWnd->font = framework::GdiReference(framework::PointerIn<HFONT>(wParam));
         if (lParam) Invalidate();
         return 0;
     case WM_GETFONT:
@@ -461,7 +461,7 @@ CClientDC::CClientDC(CWnd* window) : m_hWnd(window ? window->m_hWnd : nullptr)
 
 CClientDC::~CClientDC()
 {
-    const HDC handle = Detach();
+    framework::DcRecord* const handle = Detach();
     if (Windows().Holds(m_hWnd)) m_hWnd->TakeBack(handle);
 }
 

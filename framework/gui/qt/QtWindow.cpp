@@ -6,6 +6,7 @@
 #include <QTimerEvent>
 
 #include <cmath>
+#include <utility>
 
 namespace framework {
 
@@ -29,14 +30,21 @@ int QtWindow::ToDevice(double logical) const
     return static_cast<int>(std::lround(logical * devicePixelRatioF()));
 }
 
+// Widgets stand on whole units of the screen, windows on device pixels: the widget is the smallest
+// one around the window, and the window's corner lies somewhere in its first unit.
 void QtWindow::Place(int x, int y, int newWidth, int newHeight)
 {
     const double ratio = devicePixelRatioF();
-    m_placing = true;
-    setGeometry(static_cast<int>(std::lround(x / ratio)), static_cast<int>(std::lround(y / ratio)),
-                static_cast<int>(std::ceil(newWidth / ratio)),
-                static_cast<int>(std::ceil(newHeight / ratio)));
-    m_placing = false;
+    const auto* outer = dynamic_cast<const QtWindow*>(parentWidget());
+    const QPointF at = QPointF(x, y) + (outer ? outer->m_corner : QPointF());
+    const int left = static_cast<int>(std::floor(at.x() / ratio));
+    const int top = static_cast<int>(std::floor(at.y() / ratio));
+    m_corner = at - QPointF(left, top) * ratio;
+    m_placed = {static_cast<int>(std::ceil((m_corner.x() + newWidth) / ratio)),
+                static_cast<int>(std::ceil((m_corner.y() + newHeight) / ratio))};
+    // Where the widget is larger than the window, what is behind it shows.
+    setAttribute(Qt::WA_OpaquePaintEvent, isWindow() || ratio == 1);
+    setGeometry(left, top, m_placed.width(), m_placed.height());
 }
 
 void QtWindow::Show(bool visible)
@@ -84,7 +92,9 @@ void QtWindow::paintEvent(QPaintEvent*)
 
     const double ratio = devicePixelRatioF();
     QPainter painter(this);
+    if (isWindow() && ratio != 1) painter.fillRect(rect(), Qt::black);
     painter.scale(1 / ratio, 1 / ratio);
+    painter.translate(m_corner);
     for (const FramePiece& piece : m_events.Frame())
         painter.fillRect(piece.box.left, piece.box.top, piece.box.right - piece.box.left,
                          piece.box.bottom - piece.box.top, QColor::fromRgb(piece.color));
@@ -101,19 +111,27 @@ void QtWindow::paintEvent(QPaintEvent*)
 
 void QtWindow::resizeEvent(QResizeEvent*)
 {
-    if (!m_placing) m_events.OnNativeResize(ToDevice(width()), ToDevice(height()));
+    // What Place asked for may arrive much later, when the widget is first shown.
+    if (size() == m_placed) return;
+    m_placed = {};
+    m_corner = {};
+    m_events.OnNativeResize(ToDevice(width()), ToDevice(height()));
 }
 
+// The window decides; when it goes, this widget goes with it, after the event.
 void QtWindow::closeEvent(QCloseEvent* event)
 {
-    // The window decides; when it goes, this widget goes with it, after the event.
     event->ignore();
-    QMetaObject::invokeMethod(
-        this, [this] { m_events.OnNativeClose(); }, Qt::QueuedConnection);
+    if (m_closing == 0) m_closing = startTimer(0);
 }
 
 void QtWindow::timerEvent(QTimerEvent* event)
 {
+    if (event->timerId() == m_closing) {
+        killTimer(std::exchange(m_closing, 0));
+        m_events.OnNativeClose();
+        return;
+    }
     for (const auto& [id, timer] : m_timers) {
         if (timer != event->timerId()) continue;
         m_events.OnNativeTimer(id);
@@ -123,7 +141,9 @@ void QtWindow::timerEvent(QTimerEvent* event)
 
 void QtWindow::ReportMouse(WindowEvents::Mouse what, const QMouseEvent& event)
 {
-    m_events.OnNativeMouse(what, ToDevice(event.position().x()), ToDevice(event.position().y()));
+    const QPointF at = event.position() * devicePixelRatioF() - m_corner;
+    m_events.OnNativeMouse(what, static_cast<int>(std::floor(at.x())),
+                           static_cast<int>(std::floor(at.y())));
 }
 
 void QtWindow::mousePressEvent(QMouseEvent* event)

@@ -3,6 +3,8 @@
 
 #include "framework/gui/detail/Toolkit.h"
 
+#include <QPointF>
+#include <QSize>
 #include <QWidget>
 
 #include <map>
@@ -39,7 +41,9 @@ private:
 
     WindowEvents& m_events;
     std::map<std::uintptr_t, int> m_timers; // ours to the toolkit's
-    bool m_placing = false;
+    int m_closing = 0;                      // the toolkit's timer between a close event and its end
+    QSize m_placed;                         // the size we asked for, until somebody else changes it
+    QPointF m_corner;                       // of the window inside the widget, device pixels
 };
 
 } // namespace framework
