@@ -180,13 +180,13 @@ std::vector<std::string> RenderScenes(const std::string& folder,
                                       const std::vector<ReplaySample>& replay)
 {
     Album album(folder);
+    AddWholeWindow(album, replay); // before the plots leave views that its own would begin with
     AddDials(album);
     AddGauges<CGraphIncline_Left>(album, "incline-left", 0);
     AddGauges<CGraphIncline_Right>(album, "incline-right", 180);
     AddPlots<CGraphMagnetic_XY>(album, "magnetic-xy");
     AddPlots<CGraphMagnetic_XZ>(album, "magnetic-xz");
     AddTiltGraphs(album);
-    AddWholeWindow(album, replay);
     return album.Names();
 }
 
