@@ -112,7 +112,7 @@ void DescribeIron(const Side& side, const FullCorrection& best, MagnetometerFigu
     if (strength > 0.0) figures.hardIronShare = offset.norm() / strength;
 
     const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> axes(gain * gain.transpose());
-    const Eigen::Vector3d squares = axes.eigenvalues();
+    const Eigen::Vector3d& squares = axes.eigenvalues();
     if (!(squares[0] > 0.0)) return;
     Eigen::Vector3d strongest = axes.eigenvectors().col(2);
     if (strongest.z() < 0.0) strongest = -strongest;

@@ -27,10 +27,11 @@ using quality::detail::Magnetometer;
 struct Outcome
 {
     CalibrationReport report;
-    double solver = 0.0;     // true heading error of the solver's result [degrees]
-    double solverTurn = 0.0; // with its constant part taken away
-    double joint = 0.0;      // of the joint fit's eight values
-    double jointFull = 0.0;  // of its full correction
+    double solver = 0.0;       // true heading error of the solver's result [degrees]
+    double solverTurn = 0.0;   // with its constant part taken away
+    double joint = 0.0;        // of the joint fit's eight values
+    double jointFull = 0.0;    // of its full correction
+    double jointUnasked = 0.0; // of the full correction on turns that the joint fit refuses
     bool jointFitted = false;
     bool finite = false;
     bool answered = false;
@@ -84,6 +85,19 @@ private:
     double m_elevation;
 };
 
+// What the joint fit would have made of turns that it refuses; no number where it finds nothing.
+double UnaskedError(const CalibrationRun& run, const Truth& truth)
+{
+    const auto fit = [&](Magnetometer which) {
+        return quality::detail::FitSphere(TurnOf(run.recorded.horizontal, run.sensorType, which),
+                                          TurnOf(run.recorded.vertical, run.sensorType, which));
+    };
+    const auto a = fit(Magnetometer::A);
+    const auto b = fit(Magnetometer::B);
+    if (!a || !b) return std::nan("");
+    return truth.ErrorOf(a->correction, 0.0, b->correction, 0.0).first;
+}
+
 Outcome Simulate(const Setting& s, std::uint64_t seed)
 {
     quality::CalibrationTurns recorded;
@@ -102,6 +116,7 @@ Outcome Simulate(const Setting& s, std::uint64_t seed)
     const quality::JointFit fit =
         quality::detail::InEightValues(model, run.recorded, s.sensor.type);
     outcome.jointFitted = fit.outcome == quality::JointFitOutcome::Fitted;
+    if (!outcome.jointFitted) outcome.jointUnasked = UnaskedError(run, truth);
     if (outcome.jointFitted) {
         outcome.joint = truth.ErrorOf(fit.calibration).first;
         outcome.jointFull = truth.ErrorOf(model.a.correction, 0.0, model.b.correction, 0.0).first;
@@ -271,6 +286,28 @@ std::string Acceptance(const Outcomes& outcomes)
     return text;
 }
 
+// Why the joint fit refuses turns of less than 270 degrees.
+std::string Refusals(const Outcomes& outcomes)
+{
+    const auto refused = [](const Outcome& o) {
+        const quality::JointFitOutcome why = o.report.jointFit;
+        return (why == quality::JointFitOutcome::HorizontalIncomplete
+                || why == quality::JointFitOutcome::VerticalIncomplete)
+               && std::isfinite(o.jointUnasked) && o.finite;
+    };
+    const Figure unasked = [](const Outcome& o) { return o.jointUnasked; };
+    const auto above = [](double limit) {
+        return [limit](const Outcome& o) { return o.jointUnasked > limit; };
+    };
+    return fmt::format(
+        "Turns of less than 270 degrees, error of the joint fit, were it made\n"
+        "  RMS {:.1f}, median {:.1f} degrees; above 10 degrees {:.1f} %, above 30 {:.1f} %; "
+        "solver RMS {:.1f}\n",
+        RmsOf(outcomes, refused, unasked), MedianOf(outcomes, refused, unasked),
+        ShareOf(outcomes, refused, above(10.0)), ShareOf(outcomes, refused, above(30.0)),
+        RmsOf(outcomes, refused, SolverError));
+}
+
 } // namespace
 
 std::string CalibrationStudy(int runs, std::uint64_t seed)
@@ -292,7 +329,7 @@ std::string CalibrationStudy(int runs, std::uint64_t seed)
         all.insert(all.end(), outcomes.begin(), outcomes.end());
     }
     text += ConditionLine("all", all);
-    return fmt::format("{}\n{}\n{}", text, Correlations(all), Acceptance(all));
+    return fmt::format("{}\n{}\n{}\n{}", text, Correlations(all), Acceptance(all), Refusals(all));
 }
 
 } // namespace study

@@ -145,7 +145,7 @@ struct System
 Unknowns RowOf(const Eigen::Vector3d& reading, const Eigen::Vector3d& slope)
 {
     Unknowns row = Unknowns::Zero();
-    for (int i = 0; i < 3; ++i) {
+    for (Eigen::Index i = 0; i < 3; ++i) {
         row.segment<3>(3 * i) = slope[i] * reading;
         row[kOffset + i] = -slope[i];
     }
