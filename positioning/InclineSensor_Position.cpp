@@ -19,6 +19,7 @@ constexpr double kUndisturbed = 300.0;    // [counts], sum over the axes
 constexpr double kProjectBase = 180.0;    // [degrees]
 constexpr double kShortestLine2 = 1e-6;   // [m²]
 constexpr double kLargestUsualBias = 1e3; // [degrees]; beyond, headings lose digits
+constexpr int kOtherType = 0;             // stands for every type but the two with a name
 constexpr double kMountingAngleB = 0.0;   // [rad], of magnetometer B about the pole
 
 // What `filter` remembers, for all objects together.
@@ -53,42 +54,30 @@ void SetReadingB(PoseSensorData& s, const detail::Reading& m)
     s.dMag_z_2 = m.z;
 }
 
-// Down the pole from the antenna, in the direction of its projection.
-xyhCoordinate DownThePole(const xyhCoordinate& antenna, double length, const detail::Elevation& t,
-                          const detail::Turn& azimuth)
+// Down the pole from the antenna by its elevation and the azimuth of its projection [rad].
+xyhCoordinate DownThePole(const xyhCoordinate& antenna, double length, double elevation,
+                          double azimuth)
 {
-    return {antenna.x + length * t.cos * azimuth.cos, antenna.y + length * t.cos * azimuth.sin,
-            antenna.h - length * t.sin};
+    const double level = length * std::cos(elevation);
+    return {antenna.x + level * std::cos(azimuth), antenna.y + level * std::sin(azimuth),
+            antenna.h - length * std::sin(elevation)};
 }
 
-detail::Elevation ElevationFrom(double radians)
+// The same by a way down, the heading given by the field. False, with `point` as it was, where
+// either is not to be trusted.
+inline bool StepDown(const detail::WayDown& way, const detail::LevelledField& field,
+                     const detail::Turn& bias, double length, xyhCoordinate& point)
 {
-    return {std::sin(radians), std::cos(radians)};
-}
-
-detail::Turn TurnFrom(double radians)
-{
-    return {std::cos(radians), std::sin(radians)};
-}
-
-// The tip and the projection by roots. Left out where `trusted` is false.
-struct Step
-{
-    xyhCoordinate tip;
-    detail::Turn k1;
-    bool trusted;
-};
-
-inline Step StepByRoots(int sensorType, const detail::Pose& pose, const detail::TiltAngles& tilt,
-                        bool positiveV, const detail::Turn& heading, double length,
-                        const xyhCoordinate& antenna)
-{
-    const detail::Elevation elevation = detail::ElevationOf(pose, sensorType);
-    const detail::Projection projection =
-        detail::ProjectionOf(tilt, positiveV, elevation, sensorType);
-    const detail::Turn azimuth = heading + projection.turn;
-    return {DownThePole(antenna, length, elevation, azimuth), projection.k1,
-            projection.trusted && !std::isnan(azimuth.cos)};
+    const double strength =
+        std::sqrt(field.forward * field.forward + field.rightward * field.rightward);
+    const detail::Turn north = detail::Turn{field.forward, -field.rightward} + bias;
+    const double scale = length / strength;
+    const detail::Turn azimuth = north + way.turned;
+    if (!(way.trusted && detail::IsUsualStrength(strength) && !std::isnan(bias.cos))) return false;
+    point.x += scale * azimuth.cos;
+    point.y += scale * azimuth.sin;
+    point.h -= length * way.down;
+    return true;
 }
 
 } // namespace
@@ -97,41 +86,56 @@ void CInclineSensor_Position::SetMagneticBiasAngle_A(double angle)
 {
     m_dMagneticBiasAngle_A = angle;
     const bool usual = std::fabs(angle) <= kLargestUsualBias;
-    const detail::Turn turn =
-        TurnFrom(usual ? detail::Deg2Rad(angle) : std::numeric_limits<double>::quiet_NaN());
-    m_dCosBiasAngle_A = turn.cos;
-    m_dSinBiasAngle_A = turn.sin;
+    const double radians =
+        usual ? detail::Deg2Rad(angle) : std::numeric_limits<double>::quiet_NaN();
+    m_dCosBiasAngle_A = std::cos(radians);
+    m_dSinBiasAngle_A = std::sin(radians);
+}
+
+int CInclineSensor_Position::Position(PoseSensorData& sample, double poleLength,
+                                      xyhCoordinate& point)
+{
+    switch (m_nSensorType) {
+    case detail::kFirstConvention:
+        return PositionOfType<detail::kFirstConvention>(sample, poleLength, point);
+    case detail::kTurnedProjectionType:
+        return PositionOfType<detail::kTurnedProjectionType>(sample, poleLength, point);
+    default:
+        return PositionOfType<kOtherType>(sample, poleLength, point);
+    }
 }
 
 // CalculateYaw_A, CalculateYaw_B and the tip on corrected readings that the sample never sees.
 // Arithmetic comes first, the arc functions after it: none waits for another.
-int CInclineSensor_Position::Position(PoseSensorData& sample, double poleLength,
-                                      xyhCoordinate& point)
+template <int SensorType>
+int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleLength,
+                                            xyhCoordinate& point)
 {
     const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    const detail::TiltAngles tilt = detail::TiltAnglesOf(pose, m_nSensorType);
+    const detail::TiltAngles tilt = detail::TiltAnglesOf(pose, SensorType);
     const detail::Reading a = detail::Corrected(m_MagneticCorrectPar_A, ReadingA(sample));
     const detail::Reading b = detail::Corrected(m_MagneticCorrectPar_B, ReadingB(sample));
     JudgeStillness(a, sample.dPitch, sample.dRoll);
     JudgeInterference(a, b);
 
-    const detail::LevelledField fieldA = detail::Level(pose, a, m_nSensorType);
-    const detail::LevelledField fieldB = detail::LevelOfB(pose, b, m_nSensorType);
-    const double tiltCosine = detail::TiltDirectionCosine(pose, tilt, m_nSensorType);
-    const double v = m_nSensorType == detail::kFirstConvention ? sample.dRoll : sample.dPitch;
-    const detail::Turn heading =
-        detail::HeadingTurnOf(fieldA) + detail::Turn{m_dCosBiasAngle_A, -m_dSinBiasAngle_A};
-    const Step step = StepByRoots(m_nSensorType, pose, tilt, v > 0.0, heading, poleLength, point);
+    const detail::LevelledField fieldA = detail::Level(pose, a, SensorType);
+    const detail::LevelledField fieldB = detail::LevelOfB(pose, b, SensorType);
+    const double tiltCosine = detail::TiltDirectionCosine(pose, tilt, SensorType);
+    const double v = SensorType == detail::kFirstConvention ? sample.dRoll : sample.dPitch;
+    const detail::WayDown way = detail::WayDownOf(pose, tilt, v, SensorType);
+    const bool reached =
+        StepDown(way, fieldA, {m_dCosBiasAngle_A, -m_dSinBiasAngle_A}, poleLength, point);
+    if (reached) KeepProjection(way.ahead, way.aside);
 
     sample.dYaw = Heading_A(fieldA);
     sample.dYaw_2 = Heading_B(fieldB);
     sample.dYaw_Y = LessTiltDirection(sample.dYaw, tiltCosine);
-    if (step.trusted) {
-        point = step.tip;
-        KeepProjection(detail::AngleOf(step.k1));
-        return 1;
-    }
+    return reached ? 1 : PositionByFormulas(sample, poleLength, point);
+}
 
+int CInclineSensor_Position::PositionByFormulas(const PoseSensorData& sample, double poleLength,
+                                                xyhCoordinate& point)
+{
     double first = sample.dPitch;
     double second = sample.dRoll;
     GetTiltAngle(first, second);
@@ -148,7 +152,7 @@ int CInclineSensor_Position::Position_Geometry_A(xyhCoordinate antenna, PoseSens
     const double t = Deg2Rad(GetAngleofPoletoHorizontal(sample.dPitch, sample.dRoll));
     const double azimuth =
         Deg2Rad(GetAngleofPoleProject(sample.dPitch, sample.dRoll, sample.dYaw, 1));
-    tip = DownThePole(antenna, poleLength, ElevationFrom(t), TurnFrom(azimuth));
+    tip = DownThePole(antenna, poleLength, t, azimuth);
     return 1;
 }
 
@@ -158,7 +162,7 @@ int CInclineSensor_Position::Position_Geometry_B(xyhCoordinate antenna, PoseSens
     const double t = Deg2Rad(GetAngleofPoletoHorizontal(-sample.dPitch, -sample.dRoll));
     const double azimuth =
         Deg2Rad(GetAngleofPoleProject(-sample.dPitch, -sample.dRoll, sample.dYaw_2, 0));
-    tip = DownThePole(antenna, poleLength, ElevationFrom(t), TurnFrom(azimuth));
+    tip = DownThePole(antenna, poleLength, t, azimuth);
     return 1;
 }
 
@@ -202,9 +206,8 @@ void CInclineSensor_Position::MagneticModify(const Incline_MagneticCorrectParame
 void CInclineSensor_Position::JudgeStillness(const detail::Reading& a, double pitch, double roll)
 {
     const detail::Reading last{m_dLastMag_x, m_dLastMag_y, m_dLastMag_z};
-    if (detail::SumOfDifferences(a, last) <= kStillField
-        && std::fabs(roll - m_dLastRoll) <= kStillTilt
-        && std::fabs(pitch - m_dLastPitch) <= kStillTilt) {
+    if (std::fabs(roll - m_dLastRoll) <= kStillTilt && std::fabs(pitch - m_dLastPitch) <= kStillTilt
+        && detail::SumOfDifferences(a, last) <= kStillField) {
         m_bStationary = 1; // the reference stays, so slow drift adds up against it
         return;
     }
@@ -229,14 +232,14 @@ void CInclineSensor_Position::JudgeInterference(const detail::Reading& a, const 
 double CInclineSensor_Position::Heading_A(const detail::LevelledField& field) const
 {
     const double heading = detail::HeadingOf(field) - m_dMagneticBiasAngle_A;
-    return detail::AdjustedAzimuth(detail::AdjustedAzimuth(heading));
+    return detail::TwiceAdjustedAzimuth(heading);
 }
 
 double CInclineSensor_Position::Heading_B(const detail::LevelledField& field) const
 {
     const double heading =
         detail::HeadingOf(field) - m_dMagneticBiasAngle_B + Rad2Deg(kMountingAngleB);
-    return detail::AdjustedAzimuth(detail::AdjustedAzimuth(heading));
+    return detail::TwiceAdjustedAzimuth(heading);
 }
 
 double CInclineSensor_Position::LessTiltDirection(double heading, double tiltCosine) const
@@ -246,7 +249,7 @@ double CInclineSensor_Position::LessTiltDirection(double heading, double tiltCos
 
 int CInclineSensor_Position::ConverseYaw(double x, double y, double& yaw, double& yawOpposite) const
 {
-    yaw = detail::AdjustedAzimuth(Rad2Deg(std::atan2(y, x)) - m_dProjectAngle);
+    yaw = detail::AdjustedAzimuth(Rad2Deg(std::atan2(y, x)) - ProjectionAngle());
     yawOpposite = detail::AdjustedAzimuth(yaw - 180.0);
     return 1;
 }
@@ -294,6 +297,21 @@ void CInclineSensor_Position::KeepProjection(double angle)
 {
     m_dProjectAngle = angle;
     m_dProjectBase = kProjectBase;
+    m_bProjectByVector = 0;
+}
+
+void CInclineSensor_Position::KeepProjection(double ahead, double aside)
+{
+    m_dProjectAhead = ahead;
+    m_dProjectAside = aside;
+    m_dProjectBase = kProjectBase;
+    m_bProjectByVector = 1;
+}
+
+double CInclineSensor_Position::ProjectionAngle() const
+{
+    return m_bProjectByVector ? Rad2Deg(std::atan2(m_dProjectAside, m_dProjectAhead))
+                              : m_dProjectAngle;
 }
 
 void CInclineSensor_Position::filter(double* const values, int n, int reset)

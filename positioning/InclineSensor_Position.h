@@ -199,7 +199,13 @@ private:
     double Heading_A(const detail::LevelledField& field) const;
     double Heading_B(const detail::LevelledField& field) const;
     double LessTiltDirection(double heading, double tiltCosine) const;
+
+    template <int SensorType>
+    int PositionOfType(PoseSensorData& sample, double poleLength, xyhCoordinate& point);
+    int PositionByFormulas(const PoseSensorData& sample, double poleLength, xyhCoordinate& point);
     void KeepProjection(double angle);
+    void KeepProjection(double ahead, double aside);
+    double ProjectionAngle() const;
 
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_A;
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_B;
@@ -210,7 +216,10 @@ private:
     double m_dLastPitch = 0.0; // pose at the start of the still period [degrees]
     double m_dLastRoll = 0.0;
     double m_dProjectBase = 0.0;  // 180 once a projection angle is kept
-    double m_dProjectAngle = 0.0; // the projection angle kept last [degrees]
+    double m_dProjectAngle = 0.0; // the projection angle kept last [degrees], or instead of it
+    double m_dProjectAhead = 1.0; // a vector in its direction: the angle is formed when asked for
+    double m_dProjectAside = 0.0;
+    int m_bProjectByVector = 0;
     int m_nSensorType = 1;
     double m_dMagneticBiasAngle_A = 0.0; // [degrees]
     double m_dMagneticBiasAngle_B = 0.0;

@@ -2,10 +2,14 @@
 // wide text, converted and written on its own; the whole content as wide text, searched from its
 // start for every key.
 //
-// Files lie in memory (/dev/shm), where flushing to a device costs nothing.
+//   Save         ConfigSave whole: the text, a new file beside the old one, flushed and renamed
+//   SaveText     its text and writing alone, into the file itself as SaveLiteral does
+//
+// Files lie in memory (/dev/shm), where flushing costs a call but no device.
 #include "framework/core/File.h"
 #include "framework/core/TextConversion.h"
 #include "positioning/InclineSensor_Position.h"
+#include "positioning/detail/KeyedTextFile.h"
 
 #include <array>
 #include <benchmark/benchmark.h>
@@ -61,6 +65,29 @@ void Save(benchmark::State& state)
         benchmark::DoNotOptimize(sensor.ConfigSave(file.path));
 }
 BENCHMARK(Save);
+
+void SaveText(benchmark::State& state)
+{
+    const TemporaryFile path("save-text.cfg");
+    std::vector<std::string> keys;
+    for (const wchar_t* key : kKeys)
+        keys.push_back(framework::ToUtf8(key));
+    for ([[maybe_unused]] auto _ : state) {
+        CFile file;
+        file.Open(path.path, CFile::modeCreate | CFile::modeWrite);
+        detail::KeyedTextFile text;
+        text.OpenForWriting(path.path);
+        double value = 1.0321;
+        for (const std::string& key : keys) {
+            text.WriteDouble(key, value);
+            value = 3.7 - value;
+        }
+        const std::string& bytes = text.GetContent();
+        file.Write(bytes.data(), static_cast<UINT>(bytes.size()));
+        benchmark::DoNotOptimize(file.Close());
+    }
+}
+BENCHMARK(SaveText);
 
 void SaveLiteral(benchmark::State& state)
 {

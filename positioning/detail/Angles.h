@@ -47,6 +47,15 @@ inline double AdjustedAzimuth(double azimuth)
     return azimuth + (azimuth < 0.0 ? 360.0 : down);
 }
 
+/// AdjustedAzimuth, twice. The second step changes only what lies beyond -360 or 720.
+inline double TwiceAdjustedAzimuth(double azimuth)
+{
+    const double once = AdjustedAzimuth(azimuth);
+    if (once < 0.0 || once > 360.0) [[unlikely]]
+        return AdjustedAzimuth(once);
+    return once;
+}
+
 /// √(1 − x²), the cosine of an angle whose sine is x, or the reverse. The product keeps its digits
 /// where x is near 1; not a number where |x| > 1.
 inline double OtherLeg(double x)

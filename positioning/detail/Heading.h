@@ -6,7 +6,6 @@
 #include "positioning/detail/Tilt.h"
 
 #include <cmath>
-#include <limits>
 
 namespace detail {
 
@@ -83,17 +82,12 @@ inline double HeadingOf(const LevelledField& field)
     return Rad2Deg(std::atan2(-field.rightward, field.forward));
 }
 
-/// The same as a turn; not of numbers where the field is too small or too large to be squared.
-inline Turn HeadingTurnOf(const LevelledField& field)
+/// Whether the field can be squared without loss.
+inline bool IsUsualStrength(double strength)
 {
     constexpr double kLeast = 1e-150;
     constexpr double kMost = 1e150;
-    const double strength =
-        std::sqrt(field.forward * field.forward + field.rightward * field.rightward);
-    const double scale = strength > kLeast && strength < kMost
-                             ? 1.0 / strength
-                             : std::numeric_limits<double>::quiet_NaN();
-    return {field.forward * scale, -field.rightward * scale};
+    return strength > kLeast && strength < kMost;
 }
 
 /// Azimuth of the vector (dx, dy), counted from +x towards +y [degrees]. |dx| < 1e-6 counts as a

@@ -139,6 +139,35 @@ TEST(Position, KeepsTheProjectionAngleUnlessThePoleIsPlumb)
     EXPECT_EQ(yaw, kept);
 }
 
+// Position keeps a vector, GetAngleofPoleProject an angle: the one kept last counts.
+TEST(Position, KeepsTheProjectionAngleOfItsFormulas)
+{
+    std::mt19937 random(21);
+    std::uniform_real_distribution<double> lean(-70, 70);
+    for (int i = 0; i < 5000; ++i) {
+        const double pitch = lean(random);
+        const double roll = lean(random);
+        Reach sensor(kSensorTypes[i % 5]);
+        Reach other(kSensorTypes[i % 5]);
+        PoseSensorData sample = Sample(pitch, roll, kNorth);
+        xyhCoordinate point;
+        double kept = 0;
+        double yaw = 0;
+        double opposite = 0;
+        sensor.Position(sample, 2, point);
+        sensor.ConverseYaw(1, 0, kept, opposite);
+        other.GetAngleofPoleProject(pitch, roll, 0, 1);
+        other.ConverseYaw(1, 0, yaw, opposite);
+        EXPECT_NEAR(kept, yaw, 1e-9) << pitch << ' ' << roll;
+
+        sensor.GetAngleofPoleProject(roll, pitch, 0, 1);
+        other.GetAngleofPoleProject(roll, pitch, 0, 1);
+        sensor.ConverseYaw(1, 0, kept, opposite);
+        other.ConverseYaw(1, 0, yaw, opposite);
+        EXPECT_EQ(kept, yaw) << pitch << ' ' << roll;
+    }
+}
+
 TEST(Position, UsesTheLengthAsGiven)
 {
     PoseSensorData sample = Sample(0, 0, kNorth);
