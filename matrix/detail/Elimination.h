@@ -16,7 +16,7 @@
 namespace detail {
 namespace {
 
-inline Index RoundUpToLanes(Index n)
+constexpr Index RoundUpToLanes(Index n)
 {
     return (n + kLanes - 1) / kLanes * kLanes;
 }
@@ -45,34 +45,36 @@ inline bool Refuses(PivotFloor floor, double size)
     }
 }
 
+// Fixed: the order where the compiler shall know it and unroll, 0 where only n tells.
+template <Index Fixed>
 class Elimination
 {
 public:
-    static std::size_t ElementsFor(Index n)
+    static constexpr std::size_t ElementsFor(Index n)
     {
         return static_cast<std::size_t>((n + 1) * RoundUpToLanes(n) + n * kLanes);
     }
-    static std::size_t IndicesFor(Index n) { return static_cast<std::size_t>(6 * n); }
+    static constexpr std::size_t IndicesFor(Index n) { return static_cast<std::size_t>(6 * n); }
 
     // `elements` and `indices` are as large as ElementsFor and IndicesFor say.
     Elimination(double* elements, Index* indices, Index n)
-        : m_n(n), m_stride(RoundUpToLanes(n)), m_rows(elements), m_open(elements + n * m_stride),
-          m_rowLargest(m_open + m_stride), m_rowAt(indices), m_colAt(indices + n),
+        : m_order(n), m_rows(elements), m_open(elements + n * Stride()),
+          m_rowLargest(m_open + Stride()), m_rowAt(indices), m_colAt(indices + n),
           m_rowSwap(indices + 2 * n), m_colSwap(indices + 3 * n)
     {}
 
     // Takes over a and looks for the first pivot.
     void Read(const double* a)
     {
-        for (Index i = 0; i < m_n; ++i)
+        for (Index i = 0; i < Order(); ++i)
             m_rowAt[i] = m_colAt[i] = i;
-        for (Index j = 0; j < m_stride; j += kLanes)
+        for (Index j = 0; j < Stride(); j += kLanes)
             Store(m_open + j, Fill(1.0));
         Lanes largest = Fill(0.0);
-        for (Index i = 0; i < m_n; ++i) {
+        for (Index i = 0; i < Order(); ++i) {
             Lanes rowLargest = Fill(0.0);
-            for (Index j = 0; j < m_n; j += kLanes) {
-                const Lanes part = LoadPart(a + i * m_n + j, LanesLeft(m_n - j));
+            for (Index j = 0; j < Order(); j += kLanes) {
+                const Lanes part = LoadPart(a + i * Order() + j, LanesLeft(Order() - j));
                 Store(Row(i) + j, part);
                 rowLargest = Larger(Magnitude(part), rowLargest);
             }
@@ -85,7 +87,7 @@ public:
     // False where a pivot is refused; the elimination stops before it.
     bool Run(PivotFloor floor)
     {
-        for (Index k = 0; k < m_n; ++k) {
+        for (Index k = 0; k < Order(); ++k) {
             if (Refuses(floor, m_pivotSize)) return false;
             Exchange(m_rowAt[k], m_rowAt[m_rowSwap[k] = m_pivotRow]);
             Exchange(m_colAt[k], m_colAt[m_colSwap[k] = m_pivotCol]);
@@ -93,7 +95,7 @@ public:
             for (Index i = 0; i < k; ++i)
                 EliminateFrom<false>(m_rowAt[i], pivot);
             Lanes largest = Fill(0.0);
-            for (Index i = k + 1; i < m_n; ++i)
+            for (Index i = k + 1; i < Order(); ++i)
                 largest = Larger(EliminateFrom<true>(m_rowAt[i], pivot), largest);
             FindPivot(k + 1, largest);
         }
@@ -106,13 +108,13 @@ public:
     // Undoes the exchanges, the last first: rows as columns were exchanged, columns as rows were.
     void WriteInverse(double* a)
     {
-        Index* const rowFrom = m_colSwap + m_n;
-        Index* const colFrom = rowFrom + m_n;
-        for (Index i = 0; i < m_n; ++i) {
+        Index* const rowFrom = m_colSwap + Order();
+        Index* const colFrom = rowFrom + Order();
+        for (Index i = 0; i < Order(); ++i) {
             rowFrom[i] = m_rowAt[i];
             colFrom[i] = m_colAt[i];
         }
-        for (Index k = m_n - 1; k >= 0; --k) {
+        for (Index k = Order() - 1; k >= 0; --k) {
             Exchange(rowFrom[k], rowFrom[m_colSwap[k]]);
             Exchange(colFrom[k], colFrom[m_rowSwap[k]]);
         }
@@ -129,13 +131,15 @@ private:
         double reciprocal;
     };
 
-    double* Row(Index stored) const { return m_rows + stored * m_stride; }
+    Index Order() const { return Fixed > 0 ? Fixed : m_order; }
+    Index Stride() const { return RoundUpToLanes(Order()); } // elements from row to row
+    double* Row(Index stored) const { return m_rows + stored * Stride(); }
 
     void Write(double* a, const Index* rowFrom, const Index* colFrom) const
     {
-        for (Index i = 0; i < m_n; ++i) {
+        for (Index i = 0; i < Order(); ++i) {
             const double* const row = Row(rowFrom[i]);
-            for (Index j = 0; j < m_n; ++j)
+            for (Index j = 0; j < Order(); ++j)
                 *a++ = row[colFrom[j]];
         }
     }
@@ -160,7 +164,7 @@ private:
         const Index firstOfCol = col / kLanes * kLanes;
         const Pivot pivot{LaneAt(col - firstOfCol), row, col, firstOfCol, 1.0 / row[col]};
         const Lanes factor = Fill(pivot.reciprocal);
-        for (Index j = 0; j < m_stride; j += kLanes) {
+        for (Index j = 0; j < Stride(); j += kLanes) {
             const Lanes scaled = Load(row + j) * factor;
             Store(row + j, j == firstOfCol ? Put(scaled, pivot.lane, factor) : scaled);
         }
@@ -177,7 +181,7 @@ private:
         const Lanes factor = Fill(inPivotColumn);
         const Lanes instead = Fill(-inPivotColumn * pivot.reciprocal);
         Lanes largest = Fill(0.0);
-        for (Index j = 0; j < m_stride; j += kLanes) {
+        for (Index j = 0; j < Stride(); j += kLanes) {
             Lanes left = Load(row + j) - factor * Load(pivot.row + j);
             if (j == pivot.firstOfCol) left = Put(left, pivot.lane, instead);
             Store(row + j, left);
@@ -187,8 +191,7 @@ private:
         return largest;
     }
 
-    Index m_n;
-    Index m_stride;       // elements from row to row
+    Index m_order;
     double* m_rows;       // n rows, as stored
     double* m_open;       // per stored column 1, or 0 once it has been a pivot's
     double* m_rowLargest; // kLanes magnitudes per stored row

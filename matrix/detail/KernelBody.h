@@ -80,9 +80,22 @@ void MultiplyStrip(const Product& p, Index col, Index lastLanes)
     }
 }
 
+// A product of two N x N arrays, the size known to the compiler: every sum unrolled.
+template <Index N>
+void MultiplyFixed(const double* a, const double* b, double* c)
+{
+    constexpr Index kAcross = RoundUpToLanes(N) / kLanes;
+    constexpr int kRows = kLanes < 4 ? 2 : static_cast<int>(N); // as many as registers hold
+    static_assert(N % kRows == 0);
+    const Product product{a, b, c, N, N, N};
+    for (Index row = 0; row < N; row += kRows)
+        MultiplyTile<kRows, kAcross>(product, row, 0, N - (kAcross - 1) * kLanes);
+}
+
 inline void MultiplyLanes(const double* a, const double* b, double* c, int rows, int inner,
                           int cols)
 {
+    if (rows == 6 && inner == 6 && cols == 6) return MultiplyFixed<6>(a, b, c);
     const Product product{a, b, c, rows, inner, cols};
     Index col = 0;
     for (; cols - col > kLanes; col += 2 * kLanes)
@@ -92,13 +105,15 @@ inline void MultiplyLanes(const double* a, const double* b, double* c, int rows,
 
 // ---- inverse -----------------------------------------------------------------------------------
 
-// On the stack up to 40 x 40.
-inline Outcome InvertLanes(double* a, int n, PivotFloor floor)
+template <Index Fixed>
+Outcome Eliminate(double* a, Index n, PivotFloor floor)
 {
-    Scratch<double, 2304> elements(Elimination::ElementsFor(n));
-    Scratch<Index, 240> indices(Elimination::IndicesFor(n));
+    using Work = Elimination<Fixed>;
+    constexpr Index kOnStack = Fixed == 0 ? 40 : Fixed;
+    Scratch<double, Work::ElementsFor(kOnStack)> elements(Work::ElementsFor(n));
+    Scratch<Index, Work::IndicesFor(kOnStack)> indices(Work::IndicesFor(n));
     if (elements.Data() == nullptr || indices.Data() == nullptr) return Outcome::NoMemory;
-    Elimination elimination(elements.Data(), indices.Data(), n);
+    Work elimination(elements.Data(), indices.Data(), n);
     elimination.Read(a);
     if (!elimination.Run(floor)) {
         elimination.WriteWorkingCopy(a);
@@ -106,6 +121,11 @@ inline Outcome InvertLanes(double* a, int n, PivotFloor floor)
     }
     elimination.WriteInverse(a);
     return Outcome::Done;
+}
+
+inline Outcome InvertLanes(double* a, int n, PivotFloor floor)
+{
+    return n == 6 ? Eliminate<6>(a, 6, floor) : Eliminate<0>(a, n, floor);
 }
 
 // ---- Cholesky ----------------------------------------------------------------------------------

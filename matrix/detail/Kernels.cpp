@@ -144,8 +144,6 @@ void Multiply(const double* a, const double* b, double* c, int rows, int inner, 
         return MultiplySquare<4>(a, b, c);
     case 5:
         return MultiplySquare<5>(a, b, c);
-    case 6:
-        return MultiplySquare<6>(a, b, c);
     default:
         return ProcessorKernels().multiply(a, b, c, rows, inner, cols);
     }

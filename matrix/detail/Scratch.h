@@ -31,9 +31,9 @@ public:
 private:
     static constexpr std::size_t kAlignment = 64;
 
+    alignas(kAlignment) T m_inside[Inside];
     T* m_pBlock = m_inside;
     bool m_onHeap = false;
-    alignas(kAlignment) T m_inside[Inside];
 };
 
 } // namespace
