@@ -5,10 +5,11 @@
 #include "matrix/detail/Scratch.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
+#include <cstdint>
 #include <functional>
-#include <limits>
 
 namespace {
 
@@ -17,13 +18,21 @@ bool HasShape(const CSZMatrix& matrix, int rows, int columns)
     return matrix.getRowSize() == rows && matrix.getColSize() == columns;
 }
 
-// Whether every element equals `diagonal` on and 0 beside the main diagonal.
-bool IsDiagonal(const CSZMatrix& matrix, double diagonal)
+bool IsZeroBesideDiagonal(const CSZMatrix& matrix)
 {
     for (int r = 0; r < matrix.getRowSize(); ++r)
         for (int c = 0; c < matrix.getColSize(); ++c)
-            if (matrix.GetData(r, c) != (r == c ? diagonal : 0.0)) return false;
+            if (r != c && matrix.GetData(r, c) != 0.0) return false;
     return true;
+}
+
+// Whether every element equals `diagonal` on and 0 beside the main diagonal.
+bool IsDiagonal(const CSZMatrix& matrix, double diagonal)
+{
+    const int square = std::min(matrix.getRowSize(), matrix.getColSize());
+    for (int i = 0; i < square; ++i)
+        if (matrix.GetData(i, i) != diagonal) return false;
+    return IsZeroBesideDiagonal(matrix);
 }
 
 const double* Elements(const CSZMatrix& matrix)
@@ -31,12 +40,16 @@ const double* Elements(const CSZMatrix& matrix)
     return &matrix(0, 0);
 }
 
+// Adding one to an exponent of ones, which only an infinity and what is no number have, carries
+// into the sign; integers, because they sum in vectors.
 bool AreFinite(const double* values, int count)
 {
-    bool finite = true;
+    constexpr std::uint64_t kWithoutSign = ~std::uint64_t{0} >> 1U;
+    constexpr std::uint64_t kExponentStep = std::uint64_t{1} << 52U;
+    std::uint64_t carries = 0;
     for (int i = 0; i < count; ++i)
-        finite &= std::fabs(values[i]) <= std::numeric_limits<double>::max();
-    return finite;
+        carries |= (std::bit_cast<std::uint64_t>(values[i]) & kWithoutSign) + kExponentStep;
+    return carries <= kWithoutSign;
 }
 
 } // namespace
@@ -156,9 +169,10 @@ private:
             seen = Block(4);
         }
         double* unseen = Block(5);
-        for (int r = 0, i = 0; r < m_n; ++r)
-            for (int c = 0; c < m_n; ++c, ++i)
-                unseen[i] = (r == c ? 1.0 : 0.0) - seen[i];
+        for (int i = 0; i < m_n * m_n; ++i)
+            unseen[i] = 0.0 - seen[i];
+        for (int i = 0; i < m_n * m_n; i += m_n + 1)
+            unseen[i] = 1.0 - seen[i];
         detail::Multiply(unseen, Predicted(), Covariance(), m_n, m_n, m_n);
     }
 
@@ -215,6 +229,7 @@ void CKFilter::SetMatrixOrder(int stateOrder, int measurementOrder)
     m_State.Alloc(n, 1);
     m_Covariance.Alloc(n, n);
     KeepProcessNoise();
+    NoteSeparateStates();
 }
 
 int CKFilter::SetSystemMatrix(CSZMatrix Phi, CSZMatrix B, CSZMatrix Gamma, CSZMatrix H, CSZMatrix D)
@@ -230,6 +245,7 @@ int CKFilter::SetSystemMatrix(CSZMatrix Phi, CSZMatrix B, CSZMatrix Gamma, CSZMa
     m_MeasurementControl.Set(D);
     m_NoiseInput = Gamma;
     KeepProcessNoise();
+    NoteSeparateStates();
     return 1;
 }
 
@@ -239,6 +255,7 @@ int CKFilter::SetInitialData(CSZMatrix x0, CSZMatrix P0)
 
     m_State = x0;
     m_Covariance = P0;
+    NoteSeparateStates();
     return 1;
 }
 
@@ -247,6 +264,7 @@ int CKFilter::SetInitialVariance(CSZMatrix variance)
     if (!HasShape(variance, m_nState, 1)) return 0;
 
     m_Covariance = variance;
+    NoteSeparateStates();
     return 1;
 }
 
@@ -258,6 +276,7 @@ int CKFilter::SetNoise(CSZMatrix R, CSZMatrix Q)
     m_MeasurementNoise = R;
     m_ProcessNoise = Q;
     KeepProcessNoise();
+    NoteSeparateStates();
     return 1;
 }
 
@@ -266,18 +285,58 @@ void CKFilter::KeepProcessNoise()
     m_AddedNoise = m_NoiseInput * m_ProcessNoise * m_NoiseInput.matTran();
 }
 
+void CKFilter::NoteSeparateStates()
+{
+    m_hasSeparateStates = m_Transition.isIdentity && m_Measurement.isIdentity && m_Control.isZero
+                          && m_MeasurementControl.isZero;
+    for (const CSZMatrix* noise : {&m_Covariance, &m_MeasurementNoise, &m_AddedNoise})
+        m_hasSeparateStates = m_hasSeparateStates && HasShape(*noise, m_nState, m_nState)
+                              && IsZeroBesideDiagonal(*noise);
+}
+
+// The step for states that are separate: what is left of its formulas on the diagonals. The
+// inverse of a diagonal matrix with full pivots is exactly the reciprocals. 0.0 + turns a negative
+// zero positive, as the sums of the products do.
+// Answers false, with nothing changed, where a pivot would be refused or a number is not finite.
+bool CKFilter::StepSeparately(const double* z)
+{
+    const int n = m_nState;
+    detail::Scratch<double, 12> space(2 * static_cast<std::size_t>(n));
+    double* const state = space.Data();
+    if (state == nullptr) return false;
+    double* const variance = state + n;
+    const double* before = Elements(m_State);
+    bool regular = true;
+    for (int i = 0, ii = 0; i < n; ++i, ii += n + 1) {
+        const double predicted = Elements(m_Covariance)[ii] + Elements(m_AddedNoise)[ii];
+        const double seen = predicted + Elements(m_MeasurementNoise)[ii];
+        regular &= std::isnormal(seen);
+        const double gain = 0.0 + predicted * (1.0 / seen);
+        variance[i] = 0.0 + (1.0 - gain) * predicted;
+        state[i] = before[i] + (0.0 + gain * (z[i] - before[i]));
+    }
+    if (!regular || !AreFinite(state, 2 * n)) return false;
+    for (int i = 0; i < n; ++i) {
+        m_State(i, 0) = state[i];
+        m_Covariance(i, i) = variance[i];
+    }
+    return true;
+}
+
 CSZMatrix CKFilter::Filter(CSZMatrix z, CSZMatrix u, [[maybe_unused]] int reserved)
 {
     if (!HasShape(z, m_nMeasurement, 1) || !HasShape(u, m_nState, 1)) {
         MessageBoxW(nullptr, L"Filter Failure!", L"Warning", MB_ICONEXCLAMATION);
         return z;
     }
+    // 0·inf and 0·nan are not 0: where such numbers turn up, every product is formed.
+    const bool finiteControl = AreFinite(Elements(u), m_nState);
+    if (m_hasSeparateStates && finiteControl && StepSeparately(Elements(z))) return m_State;
+    m_hasSeparateStates = false;
     Step step(*this);
     if (!step.HasMemory()) return m_State;
-    step.Advance(Elements(z), Elements(u), true);
-    // 0·inf and 0·nan are not 0: where such numbers turn up, every product is formed.
-    if (!step.IsFinite() || !AreFinite(Elements(u), m_nState))
-        step.Advance(Elements(z), Elements(u), false);
+    if (finiteControl) step.Advance(Elements(z), Elements(u), true);
+    if (!finiteControl || !step.IsFinite()) step.Advance(Elements(z), Elements(u), false);
     std::copy_n(step.State(), m_nState, &m_State(0, 0));
     if (m_Covariance.getColSize() != m_nState) m_Covariance.Alloc(m_nState, m_nState);
     std::copy_n(step.Covariance(), m_nState * m_nState, &m_Covariance(0, 0));

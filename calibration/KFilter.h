@@ -74,6 +74,8 @@ private:
     class Step;
 
     void KeepProcessNoise();
+    void NoteSeparateStates();
+    bool StepSeparately(const double* z);
 
     int m_nState = 0;
     int m_nMeasurement = 0;
@@ -87,4 +89,7 @@ private:
     CSZMatrix m_State;
     CSZMatrix m_Covariance;
     CSZMatrix m_AddedNoise; // Γ·Q·Γᵀ, the same in every step
+    // Φ = H = I, B = D = 0 and P, R, Γ·Q·Γᵀ diagonal, which P then stays: no state tells anything
+    // about another.
+    bool m_hasSeparateStates = false;
 };

@@ -1,5 +1,6 @@
 // One step of the Kalman filter, 6 states and 6 measurements, beside Eigen with fixed sizes and a
-// literal port. Argument 0: a general model, 1: identities and no control, as the screening uses.
+// literal port. Argument 0: a general model, 1: identities, no control and diagonal covariances, as
+// the screening uses, 2: the same with a full covariance of the state.
 #include "benchmarks/calibration/PlainMatrix.h"
 #include "calibration/KFilter.h"
 
@@ -16,8 +17,9 @@ struct Model
 {
     double Phi[36], B[36], Gamma[36], H[36], D[36], R[36], Q[36], P[36], x[6], z[6], u[6];
 
-    explicit Model(bool identities)
+    explicit Model(const benchmark::State& state)
     {
+        const bool identities = state.range(0) != 0;
         std::mt19937 random(3);
         std::uniform_real_distribution<double> value(-0.4, 0.4);
         for (int i = 0; i < 36; ++i) {
@@ -27,7 +29,7 @@ struct Model
             for (double* matrix : {B, D})
                 matrix[i] = identities ? 0 : value(random);
             R[i] = Q[i] = 16 * one;
-            P[i] = 25 * one;
+            P[i] = 25 * one + (state.range(0) == 2 ? 5 : 0);
         }
         for (int i = 0; i < 6; ++i) {
             x[i] = 100 * value(random);
@@ -39,7 +41,7 @@ struct Model
 
 void Kalman_Ours(benchmark::State& state)
 {
-    const Model m(state.range(0) != 0);
+    const Model m(state);
     const auto square = [](const double* v) { return CSZMatrix(v, 36, kOrder, kOrder); };
     CKFilter filter;
     filter.SetMatrixOrder(kOrder, kOrder);
@@ -57,7 +59,7 @@ void Kalman_Eigen(benchmark::State& state)
 {
     using Square = Eigen::Matrix<double, kOrder, kOrder, Eigen::RowMajor>;
     using Vector = Eigen::Matrix<double, kOrder, 1>;
-    const Model m(state.range(0) != 0);
+    const Model m(state);
     const Square Phi(m.Phi), B(m.B), Gamma(m.Gamma), H(m.H), D(m.D), R(m.R), Q(m.Q);
     Square P(m.P);
     Vector x(m.x);
@@ -77,7 +79,7 @@ void Kalman_Eigen(benchmark::State& state)
 void Kalman_LiteralPort(benchmark::State& state)
 {
     using plain::Matrix;
-    const Model m(state.range(0) != 0);
+    const Model m(state);
     const auto fill = [](const double* v, int rows, int columns) {
         Matrix matrix(rows, columns);
         for (int i = 0; i < rows * columns; ++i)
@@ -99,8 +101,8 @@ void Kalman_LiteralPort(benchmark::State& state)
     }
 }
 
-BENCHMARK(Kalman_Ours)->Arg(0)->Arg(1);
-BENCHMARK(Kalman_Eigen)->Arg(0)->Arg(1);
-BENCHMARK(Kalman_LiteralPort)->Arg(0)->Arg(1);
+BENCHMARK(Kalman_Ours)->DenseRange(0, 2);
+BENCHMARK(Kalman_Eigen)->DenseRange(0, 2);
+BENCHMARK(Kalman_LiteralPort)->DenseRange(0, 2);
 
 } // namespace

@@ -73,7 +73,8 @@ void ExpectSameNumbers(const CSZMatrix& a, const CSZMatrix& b)
     ASSERT_EQ(a.getColSize(), b.getColSize());
     for (int r = 0; r < a.getRowSize(); ++r)
         for (int c = 0; c < a.getColSize(); ++c)
-            ASSERT_TRUE(a.GetData(r, c) == b.GetData(r, c)
+            ASSERT_TRUE((a.GetData(r, c) == b.GetData(r, c)
+                         && std::signbit(a.GetData(r, c)) == std::signbit(b.GetData(r, c)))
                         || (std::isnan(a.GetData(r, c)) && std::isnan(b.GetData(r, c))))
                 << r << ',' << c << ": " << a.GetData(r, c) << " and " << b.GetData(r, c);
 }
@@ -136,6 +137,109 @@ TEST(KFilter, NumbersThatAreNotFiniteSpreadAsTheFormulasSay)
                 ASSERT_NO_FATAL_FAILURE(ExpectSameNumbers(filter.Filter(z, u), model.Step(z, u)));
         }
     }
+}
+
+CSZMatrix RandomDiagonal(std::mt19937& random, int order)
+{
+    std::uniform_real_distribution<double> value(0.5, 20);
+    CSZMatrix matrix(order, order);
+    for (int i = 0; i < order; ++i)
+        matrix.SetData(i, i, value(random));
+    return matrix;
+}
+
+// Identities and diagonal covariances: no state tells anything about another.
+Model SeparateStates(std::mt19937& random, int n)
+{
+    Model model = Smoother(n);
+    for (CSZMatrix* covariance : {&model.R, &model.Q, &model.P})
+        *covariance = RandomDiagonal(random, n);
+    model.x = Random(random, n, 1);
+    return model;
+}
+
+TEST(KFilter, SeparateStatesChangeNoBit)
+{
+    std::mt19937 random(11);
+    for (const int n : {1, 2, 6, 9}) {
+        const Model separate = SeparateStates(random, n);
+        ASSERT_NO_FATAL_FAILURE(ExpectSameSteps(separate, 30, random)) << n;
+        Model diagonalGamma = separate;
+        diagonalGamma.Gamma = RandomDiagonal(random, n);
+        ASSERT_NO_FATAL_FAILURE(ExpectSameSteps(diagonalGamma, 30, random)) << n;
+    }
+}
+
+TEST(KFilter, OneElementBesideADiagonalJoinsTheStates)
+{
+    std::mt19937 random(12);
+    CSZMatrix Model::*const members[] = {&Model::Phi, &Model::B, &Model::Gamma, &Model::H,
+                                         &Model::D,   &Model::R, &Model::Q,     &Model::P};
+    for (CSZMatrix Model::*const member : members) {
+        Model model = SeparateStates(random, 6);
+        (model.*member).SetData(4, 1, 0.75);
+        ASSERT_NO_FATAL_FAILURE(ExpectSameSteps(model, 5, random));
+    }
+}
+
+TEST(KFilter, WhatIsSetLaterDecidesWhetherStatesAreSeparate)
+{
+    std::mt19937 random(13);
+    Model model = SeparateStates(random, 6);
+    CKFilter filter;
+    ASSERT_NO_FATAL_FAILURE(model.Give(filter));
+    const auto expectSameSteps = [&] {
+        for (int i = 0; i < 3; ++i) {
+            const CSZMatrix z = Random(random, 6, 1), u = Random(random, 6, 1);
+            ASSERT_NO_FATAL_FAILURE(ExpectSameNumbers(filter.Filter(z, u), model.Step(z, u)));
+        }
+    };
+    expectSameSteps();
+    model.P = RandomCovariance(random, 6);
+    ASSERT_EQ(filter.SetInitialData(model.x, model.P), 1);
+    expectSameSteps();
+    model.P = RandomDiagonal(random, 6);
+    ASSERT_EQ(filter.SetInitialData(model.x, model.P), 1);
+    expectSameSteps();
+    model.Q = RandomCovariance(random, 6);
+    ASSERT_EQ(filter.SetNoise(model.R, model.Q), 1);
+    expectSameSteps();
+}
+
+TEST(KFilter, AVarianceColumnIsNoDiagonalCovariance)
+{
+    std::mt19937 random(15);
+    Model model = SeparateStates(random, 3);
+    CKFilter filter;
+    ASSERT_NO_FATAL_FAILURE(model.Give(filter));
+    model.P = CSZMatrix(3, 1, 1, 5.0);
+    ASSERT_EQ(filter.SetInitialVariance(model.P), 1);
+    const CSZMatrix z = Random(random, 3, 1), u(3, 1);
+    ExpectSameNumbers(filter.Filter(z, u), model.Step(z, u));
+}
+
+TEST(KFilter, SeparateStatesThatCannotBeInvertedFollowTheFormulas)
+{
+    const double infinity = std::numeric_limits<double>::infinity();
+    const double odd[] = {0.0,    -0.0,     1e-310,    5e-324,      2.3e-308,
+                          -3e300, infinity, -infinity, std::nan("")};
+    std::mt19937 random(14);
+    for (const double noise : odd) {
+        Model model = SeparateStates(random, 6);
+        model.P.SetData(2, 2, 0.0);
+        model.Q.SetData(2, 2, 0.0);
+        model.R.SetData(2, 2, noise); // the third element of S
+        ASSERT_NO_FATAL_FAILURE(ExpectSameSteps(model, 4, random)) << noise;
+        model.P.SetData(2, 2, 1e300); // the gain may leave the range
+        ASSERT_NO_FATAL_FAILURE(ExpectSameSteps(model, 4, random)) << noise;
+        model.x.SetData(2, 0, noise);
+        ASSERT_NO_FATAL_FAILURE(ExpectSameSteps(model, 4, random)) << noise;
+    }
+    Model subnormal = SeparateStates(random, 6); // refused as a pivot, its reciprocal finite
+    subnormal.P.SetData(2, 2, 1e-308);
+    subnormal.Q.SetData(2, 2, 0.0);
+    subnormal.R.SetData(2, 2, 0.0);
+    ASSERT_NO_FATAL_FAILURE(ExpectSameSteps(subnormal, 4, random));
 }
 
 // Equal noise q = r = 16 and P = 25: P⁻ = 41, K = 41/57; then P = 656/57, P⁻ = 1568/57, K =
