@@ -2,10 +2,13 @@
 #include "apps/study/CalibrationStudy.h"
 #include "framework/core/MessageBox.h"
 #include <CLI/CLI.hpp>
+#include <cstdio>
 #include <exception>
 #include <fmt/format.h>
 
-int main(int argc, char** argv)
+namespace {
+
+int Run(int argc, char** argv)
 {
     CLI::App program{"How well simulated calibrations come out and how well their report knows it.",
                      "tiltpole_study"};
@@ -15,14 +18,21 @@ int main(int argc, char** argv)
         ->check(CLI::Range(1, 1000000));
     program.add_option("--seed", seed, "Whole number; the same seed gives the same figures [1]");
     CLI11_PARSE(program, argc, argv);
+    // Failures are counted, not shown.
+    framework::SetMessageBoxHandler([](const wchar_t*, const wchar_t*, unsigned) { return IDOK; });
+    fmt::print("{}", study::CalibrationStudy(runs, seed));
+    return 0;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
     try {
-        // Failures are counted, not shown.
-        framework::SetMessageBoxHandler(
-            [](const wchar_t*, const wchar_t*, unsigned) { return IDOK; });
-        fmt::print("{}", study::CalibrationStudy(runs, seed));
-        return 0;
+        return Run(argc, argv);
     } catch (const std::exception& error) {
-        fmt::print(stderr, "{}\n", error.what());
+        std::fputs(error.what(), stderr);
+        std::fputs("\n", stderr);
         return 2;
     }
 }
