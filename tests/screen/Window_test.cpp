@@ -93,6 +93,18 @@ TEST_F(Screen, ShowsNothingOfAHiddenControl)
     EXPECT_EQ(ScreenAt(host).pixel(11 + 120, 13 + 120), ToRgb(RGB(0, 0, 0))) << "the hub is back";
 }
 
+TEST_F(Screen, PutsChildrenInsideTheFrameOfTheirParent)
+{
+    CWnd framed;
+    ASSERT_TRUE(framed.CreateEx(WS_EX_CLIENTEDGE | WS_EX_STATICEDGE, L"STATIC", L"", kChild,
+                                CRect(535, 21, 575, 70), &host, 3));
+    CGraphCompass inner;
+    ASSERT_TRUE(inner.Create(L"", kChild, CRect(4, 5, 25, 26), &framed, 1));
+    Show();
+    EXPECT_EQ(ScreenAt(host).pixel(535 + 3 + 4, 21 + 3 + 5), ToRgb(RGB(102, 255, 255)));
+    EXPECT_NE(ScreenAt(host).pixel(535 + 3 + 3, 21 + 3 + 5), ToRgb(RGB(102, 255, 255)));
+}
+
 TEST_F(Screen, EndsAWindowThatTheUserCloses)
 {
     Show();

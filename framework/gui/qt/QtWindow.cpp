@@ -30,13 +30,18 @@ int QtWindow::ToDevice(double logical) const
     return static_cast<int>(std::lround(logical * devicePixelRatioF()));
 }
 
+QPointF QtWindow::ClientCorner() const
+{
+    return m_corner + QPointF(m_events.FrameWidth(), m_events.FrameWidth());
+}
+
 // Widgets stand on whole units of the screen, windows on device pixels: the widget is the smallest
 // one around the window, and the window's corner lies somewhere in its first unit.
 void QtWindow::Place(int x, int y, int newWidth, int newHeight)
 {
     const double ratio = devicePixelRatioF();
     const auto* outer = dynamic_cast<const QtWindow*>(parentWidget());
-    const QPointF at = QPointF(x, y) + (outer ? outer->m_corner : QPointF());
+    const QPointF at = QPointF(x, y) + (outer ? outer->ClientCorner() : QPointF());
     const int left = static_cast<int>(std::floor(at.x() / ratio));
     const int top = static_cast<int>(std::floor(at.y() / ratio));
     m_corner = at - QPointF(left, top) * ratio;

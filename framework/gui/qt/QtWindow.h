@@ -38,6 +38,7 @@ protected:
 private:
     void ReportMouse(WindowEvents::Mouse what, const QMouseEvent& event);
     int ToDevice(double logical) const;
+    QPointF ClientCorner() const; // inside the widget, device pixels
 
     WindowEvents& m_events;
     std::map<std::uintptr_t, int> m_timers; // ours to the toolkit's
