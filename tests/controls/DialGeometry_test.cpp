@@ -38,6 +38,10 @@ TEST(DialRings, LieAtFixedSharesOfTheDiameter)
     EXPECT_EQ(rings.outer, 118);
     EXPECT_EQ(rings.middle, 113);
     EXPECT_EQ(rings.inner, 103);
+    const DialRings large = DialRings::Of(1195); // 597.5, 573.6, 522.8125
+    EXPECT_EQ(large.outer, 598);
+    EXPECT_EQ(large.middle, 574);
+    EXPECT_EQ(large.inner, 523);
     EXPECT_EQ(DialRings::Of(0).outer, 0);
     EXPECT_EQ(DialRings::Of(-5).outer, -2) << "-2.5 + 0.5";
 }
