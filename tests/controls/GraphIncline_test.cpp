@@ -89,6 +89,12 @@ TYPED_TEST(Gauge, MarksAFixInTheLeftBand)
     EXPECT_EQ(shown.At(12, y + 1), kGreen);
     EXPECT_NE(shown.At(12, y + 2), kGreen);
     EXPECT_NE(shown.At(30, y), kGreen);
+    // From column 5 to 20, a round end of one pixel more at either side.
+    EXPECT_EQ(shown.At(19, y + 1), kGreen);
+    EXPECT_EQ(shown.At(21, y), kGreen);
+    EXPECT_NE(shown.At(22, y), kGreen);
+    EXPECT_EQ(shown.At(4, y), kGreen);
+    EXPECT_NE(shown.At(3, y), kGreen);
 }
 
 TYPED_TEST(Gauge, IgnoresFixesOutsideItsRangeOrListedAlready)
@@ -124,6 +130,12 @@ TYPED_TEST(Gauge, HasSeventeenTicksOnBothEdges)
         EXPECT_EQ(shown.At(29, y) == kTick, i % 3 == 0) << i;
         EXPECT_EQ(shown.At(71, y) == kTick, i % 3 == 0) << i;
     }
+    EXPECT_EQ(shown.At(25, 170), kTick) << "a short tick is five pixels long";
+    EXPECT_EQ(shown.At(26, 170), kFace);
+    EXPECT_EQ(shown.At(74, 170), kTick);
+    EXPECT_EQ(shown.At(73, 170), kFace);
+    EXPECT_EQ(shown.At(30, 150), kTick) << "a long one is ten";
+    EXPECT_EQ(shown.At(31, 150), kFace);
 }
 
 TYPED_TEST(Gauge, LabelsFiveRowsTheSameOnBothSides)
@@ -137,6 +149,24 @@ TYPED_TEST(Gauge, LabelsFiveRowsTheSameOnBothSides)
                 ink += shown.At(x, y) == RGB(0, 0, 255);
         EXPECT_GT(ink, 10) << i;
     }
+}
+
+// 30, 60, 90, 60, 30 from the bottom up.
+TYPED_TEST(Gauge, CountsItsNumbersFromTheNearerEnd)
+{
+    const Shown shown(this->control);
+    const auto number = [&shown](int tick) {
+        std::vector<bool> ink;
+        for (int y = 180 - 10 * tick - 9; y < 180 - 10 * tick + 10; ++y)
+            for (int x = 32; x < 64; ++x)
+                ink.push_back(shown.At(x, y) == RGB(0, 0, 255));
+        return ink;
+    };
+    EXPECT_EQ(number(3), number(15));
+    EXPECT_EQ(number(6), number(12));
+    EXPECT_NE(number(3), number(6));
+    EXPECT_NE(number(6), number(9));
+    EXPECT_NE(number(3), number(9));
 }
 
 TYPED_TEST(Gauge, ReconstructsInItsNewSize)

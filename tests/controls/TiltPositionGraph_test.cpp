@@ -160,6 +160,21 @@ TEST_F(TiltGraph, DrawsAConfirmedCentreInGreenAtOnce)
     EXPECT_EQ(Now().At(45, 50), kRed) << "but red among the circles";
 }
 
+// 0.15 m at 5 mm a pixel are 30 pixels; the line covers a pixel to the left of its points as well.
+TEST_F(TiltGraph, GivesCentresACircleOfFifteenCentimetres)
+{
+    BeginAt(0.005);
+    graph.ReDraw();
+    graph.SetCenterPoint(1, At(1000.25, 500.5));
+    const Shown shown(view);
+    EXPECT_EQ(shown.At(130, 50), kGreen);
+    EXPECT_EQ(shown.At(129, 50), kGreen);
+    EXPECT_EQ(shown.At(131, 50), kBlack);
+    EXPECT_EQ(shown.At(128, 50), kBlack);
+    EXPECT_EQ(shown.At(100, 20), kGreen);
+    EXPECT_EQ(shown.At(100, 18), kBlack);
+}
+
 TEST_F(TiltGraph, LinksConfirmedCentres)
 {
     BeginAt(0.01);

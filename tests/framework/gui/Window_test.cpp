@@ -274,6 +274,21 @@ TEST(LentContext, IsTakenBackWhenSixteenMoreAreLent)
     EXPECT_EQ(other.ReleaseDC(lent[2]), 0) << "not this window's";
 }
 
+TEST(LentContext, StaysWhatItIsWhileFifteenMoreAreLent)
+{
+    Painted window;
+    ASSERT_TRUE(window.CreateTop(10, 10));
+    CDC* const first = window.GetDC();
+    first->SetTextColor(RGB(1, 2, 3));
+    std::vector<CDC*> others;
+    for (int i = 0; i < 15; ++i) {
+        others.push_back(window.GetDC());
+        others.back()->SetTextColor(RGB(9, 9, 9));
+    }
+    EXPECT_EQ(first->GetTextColor(), RGB(1, 2, 3));
+    EXPECT_EQ(window.ReleaseDC(first), 1);
+}
+
 TEST(Text, OfAWindowIsKept)
 {
     Painted window;
