@@ -60,13 +60,13 @@ enum class Finding {
 
 /// A part of a turn without samples, by azimuth about the turn's centre, whole degrees in
 /// multiples of five. `to` may be below `from` where it reaches over 360.
-struct MissingSector
+struct TILTPOLE_API MissingSector
 {
     int from = 0;
     int to = 360;
 
     /// "040-055"
-    TILTPOLE_API std::string Name() const;
+    std::string Name() const;
 };
 
 /// The circle through the raw readings of magnetometer A in the plane of a turn. [counts]
