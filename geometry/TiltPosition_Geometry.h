@@ -71,8 +71,9 @@ public:
     CTiltMatrix Adjustment(CTiltMatrix* obs, int count, TiltPoint_State& state);
 
     /// One least-squares step of the sphere |P − T| = r over all positions, the correction added
-    /// with the sign of the misclosure |P − T| − r. The radius grows by the mean of the three
-    /// elements of Aᵀl, and the point error comes from the diagonal of the normal matrix itself.
+    /// with the sign of the misclosure |P − T| − r. The radius grows by the sum of the three
+    /// elements of Aᵀl divided by the number of positions, and the point error comes from the
+    /// diagonal of the normal matrix itself.
     /// With four positions the point error is not finite.
     /// @param tip     in: start, out: after the step, 3 × 1 [m]
     /// @param radius  in: of the start, out: after the step [m]

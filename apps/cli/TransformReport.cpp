@@ -35,11 +35,12 @@ std::string ResidualTable(const TransformFit& fit)
 
 std::string WithoutTable(const TransformFit& fit)
 {
-    std::string text = fmt::format("\n{:<20}{:>13}{:>14}{:>14}{:>14}{:>10}\n", "fit without",
-                                   "scale [ppm]", "rotation [\"]", "dx [m]", "dy [m]", "miss [m]");
+    std::string text =
+        fmt::format("\n{:<20}{:>13}{:>18}{:>14}{:>14}{:>10}\n", "fit without", "scale [ppm]",
+                    "rotation [arcsec]", "dx [m]", "dy [m]", "miss [m]");
     for (std::size_t k = 0; k < fit.rows.size(); ++k) {
         const PairResult& r = fit.results[k];
-        text += fmt::format("  {:<18}{:>13.4f}{:>14.5f}{:>14.4f}{:>14.4f}{:>10.4f}\n",
+        text += fmt::format("  {:<18}{:>13.4f}{:>18.5f}{:>14.4f}{:>14.4f}{:>10.4f}\n",
                             fit.rows[k].name, (r.without.dScale - 1.0) * kPartsPerMillion,
                             r.without.dRotate * kArcSeconds, r.without.dDx, r.without.dDy,
                             std::hypot(r.predictionX, r.predictionY));
