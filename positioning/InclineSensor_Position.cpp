@@ -106,7 +106,8 @@ int CInclineSensor_Position::Position(PoseSensorData& sample, double poleLength,
 }
 
 // CalculateYaw_A, CalculateYaw_B and the tip on corrected readings that the sample never sees.
-// Arithmetic comes first, the arc functions after it: none waits for another.
+// Arithmetic comes first, then the arc functions, then what is made of them: none waits for
+// another.
 template <int SensorType>
 int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleLength,
                                             xyhCoordinate& point)
@@ -127,9 +128,12 @@ int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleL
         StepDown(way, fieldA, {m_dCosBiasAngle_A, -m_dSinBiasAngle_A}, poleLength, point);
     if (reached) KeepProjection(way.ahead, way.aside);
 
-    sample.dYaw = Heading_A(fieldA);
-    sample.dYaw_2 = Heading_B(fieldB);
-    sample.dYaw_Y = LessTiltDirection(sample.dYaw, tiltCosine);
+    const double azimuthA = detail::HeadingOf(fieldA);
+    const double azimuthB = detail::HeadingOf(fieldB);
+    const double tiltDirection = Rad2Deg(ACOS(tiltCosine));
+    sample.dYaw = Heading_A(azimuthA);
+    sample.dYaw_2 = Heading_B(azimuthB);
+    sample.dYaw_Y = detail::AdjustedAzimuth(sample.dYaw - tiltDirection);
     return reached ? 1 : PositionByFormulas(sample, poleLength, point);
 }
 
@@ -178,10 +182,11 @@ int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample)
     MagneticModify(m_MagneticCorrectPar_A, sample, 1);
     JudgeStillness(ReadingA(sample), sample.dPitch, sample.dRoll);
     const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    sample.dYaw = Heading_A(detail::Level(pose, ReadingA(sample), m_nSensorType));
-    sample.dYaw_Y = LessTiltDirection(
-        sample.dYaw, detail::TiltDirectionCosine(pose, detail::TiltAnglesOf(pose, m_nSensorType),
-                                                 m_nSensorType));
+    const detail::TiltAngles tilt = detail::TiltAnglesOf(pose, m_nSensorType);
+    const double tiltCosine = detail::TiltDirectionCosine(pose, tilt, m_nSensorType);
+    sample.dYaw =
+        Heading_A(detail::HeadingOf(detail::Level(pose, ReadingA(sample), m_nSensorType)));
+    sample.dYaw_Y = detail::AdjustedAzimuth(sample.dYaw - Rad2Deg(ACOS(tiltCosine)));
     return 1;
 }
 
@@ -190,7 +195,8 @@ int CInclineSensor_Position::CalculateYaw_B(PoseSensorData& sample)
     MagneticModify(m_MagneticCorrectPar_B, sample, 0);
     JudgeInterference(ReadingA(sample), ReadingB(sample));
     const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    sample.dYaw_2 = Heading_B(detail::LevelOfB(pose, ReadingB(sample), m_nSensorType));
+    sample.dYaw_2 =
+        Heading_B(detail::HeadingOf(detail::LevelOfB(pose, ReadingB(sample), m_nSensorType)));
     return 1;
 }
 
@@ -229,22 +235,15 @@ void CInclineSensor_Position::JudgeInterference(const detail::Reading& a, const 
 
 // The heading is normalised where it is formed and again where it is stored: two steps in all
 // (Heading.IsNormalisedByTwoStepsAtMost).
-double CInclineSensor_Position::Heading_A(const detail::LevelledField& field) const
+double CInclineSensor_Position::Heading_A(double azimuth) const
 {
-    const double heading = detail::HeadingOf(field) - m_dMagneticBiasAngle_A;
-    return detail::TwiceAdjustedAzimuth(heading);
+    return detail::TwiceAdjustedAzimuth(azimuth - m_dMagneticBiasAngle_A);
 }
 
-double CInclineSensor_Position::Heading_B(const detail::LevelledField& field) const
+double CInclineSensor_Position::Heading_B(double azimuth) const
 {
-    const double heading =
-        detail::HeadingOf(field) - m_dMagneticBiasAngle_B + Rad2Deg(kMountingAngleB);
-    return detail::TwiceAdjustedAzimuth(heading);
-}
-
-double CInclineSensor_Position::LessTiltDirection(double heading, double tiltCosine) const
-{
-    return detail::AdjustedAzimuth(heading - Rad2Deg(ACOS(tiltCosine)));
+    return detail::TwiceAdjustedAzimuth(azimuth - m_dMagneticBiasAngle_B
+                                        + Rad2Deg(kMountingAngleB));
 }
 
 int CInclineSensor_Position::ConverseYaw(double x, double y, double& yaw, double& yawOpposite) const

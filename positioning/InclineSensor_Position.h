@@ -15,7 +15,6 @@
 #include "positioning/PoseSensorData.h"
 
 namespace detail {
-struct LevelledField;
 struct Reading;
 } // namespace detail
 
@@ -196,9 +195,8 @@ private:
                         int useA) const;
     void JudgeStillness(const detail::Reading& a, double pitch, double roll);
     void JudgeInterference(const detail::Reading& a, const detail::Reading& b);
-    double Heading_A(const detail::LevelledField& field) const;
-    double Heading_B(const detail::LevelledField& field) const;
-    double LessTiltDirection(double heading, double tiltCosine) const;
+    double Heading_A(double azimuth) const;
+    double Heading_B(double azimuth) const;
 
     template <int SensorType>
     int PositionOfType(PoseSensorData& sample, double poleLength, xyhCoordinate& point);
