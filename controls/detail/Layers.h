@@ -1,6 +1,8 @@
 // Pictures in memory, one over the other, that the plots are shown from.
 #pragma once
 
+#include "controls/detail/Blit.h"
+
 #include "framework/core/Rect.h"
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/GdiObject.h"
@@ -34,7 +36,7 @@ struct Layers
         CBitmap* const previous = memory.SelectObject(&picture);
         const int width = client.Width();
         const int height = client.Height();
-        memory.BitBlt(0, 0, width, height, &grid.dc, 0, 0, SRCCOPY);
+        CopyOntoFresh(memory, client.Size(), grid.dc, grid.bitmap);
         memory.BitBlt(0, 0, width, height, &points.dc, 0, 0, SRCPAINT);
         target.BitBlt(0, 0, width, height, &memory, 0, 0, SRCCOPY);
         afterwards(memory);

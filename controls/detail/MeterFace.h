@@ -2,6 +2,8 @@
 // memory, a value, fixed marks, and the composition of the three without flicker.
 #pragma once
 
+#include "controls/detail/Blit.h"
+
 #include "framework/core/Array.h"
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/GdiObject.h"
@@ -30,7 +32,7 @@ struct MeterFace
         CBitmap picture;
         picture.CreateCompatibleBitmap(&target, client.Width(), client.Height());
         CBitmap* const previous = memory.SelectObject(&picture);
-        memory.BitBlt(0, 0, client.Width(), client.Height(), &background, 0, 0, SRCCOPY);
+        CopyOntoFresh(memory, client.Size(), background, backgroundBitmap);
         drawOver(memory);
         target.BitBlt(0, 0, client.Width(), client.Height(), &memory, 0, 0, SRCCOPY);
         memory.SelectObject(previous);

@@ -61,6 +61,18 @@ private:
     std::vector<COLORREF> m_pixels;
 };
 
+/// Leaves white where the next bitmap of that size is likely to be made.
+inline void SoilBitmaps(int width, int height)
+{
+    CDC memory;
+    memory.CreateCompatibleDC(nullptr);
+    CBitmap bitmap;
+    bitmap.CreateCompatibleBitmap(&memory, width, height);
+    memory.SelectObject(&bitmap);
+    const CRect all(0, 0, width, height);
+    memory.FillSolidRect(&all, kWhite);
+}
+
 /// A control on a dialog, painted.
 template <class Control>
 struct Placed

@@ -178,6 +178,15 @@ TEST(Compass, KeepsTheSizeOfItsBackgroundUntilReconstructed)
     EXPECT_NE(Shown(dial.control).At(120, 120), kBlack);
 }
 
+TEST(Compass, IsBlackBesideABackgroundThatIsTooSmall)
+{
+    Placed<CGraphCompass> dial(100, 100);
+    dial.control.MoveWindow(0, 0, 120, 130);
+    SoilBitmaps(120, 130);
+    dial.control.UpdateWindow();
+    EXPECT_EQ(Shown(dial.control).Count(kBlack), 21 + 120 * 130 - 100 * 100) << "the hub has 21";
+}
+
 TEST(Compass, SurvivesEverySize)
 {
     for (const int side : {0, 1, 4, 5, 6, 59, 64, 65, 124, 125}) {

@@ -85,6 +85,23 @@ TEST_F(TiltGraph, ShowsItsAxesOnBlack)
     EXPECT_GT(shown.Count(RGB(122, 122, 122)), 5) << "the letters";
 }
 
+TEST_F(TiltGraph, IsBlackBeforeItsLayersAreMade)
+{
+    graph.SetView(&view);
+    SoilBitmaps(200, 100);
+    EXPECT_EQ(Now().Count(kBlack), 200 * 100);
+}
+
+TEST_F(TiltGraph, IsBlackBesideLayersThatAreTooSmall)
+{
+    Begin();
+    view.MoveWindow(0, 0, 210, 120);
+    SoilBitmaps(210, 120);
+    const Shown shown = Now();
+    EXPECT_EQ(shown.Count(kWhite), 0);
+    EXPECT_EQ(shown.At(10, 90), kAxis);
+}
+
 TEST_F(TiltGraph, ShowsAnObservationInsideAtOnce)
 {
     BeginAt(0.01);
