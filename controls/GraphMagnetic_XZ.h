@@ -44,7 +44,7 @@ public:
     /// @}
 
 protected:
-    /// Draws both layers again.
+    /// Draws both layers again for the client area as it is now; a new size counts from then on.
     void InvalidateCtrl();
     afx_msg void OnPaint();
 

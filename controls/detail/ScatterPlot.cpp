@@ -179,8 +179,9 @@ void ScatterPlot::RebuildLayers()
 void ScatterPlot::Paint()
 {
     CPaintDC dc(&m_window);
-    m_window.GetClientRect(&m_client);
-    m_layers.Present(dc, m_client, [this](CDC& memory) {
+    CRect client;
+    m_window.GetClientRect(&client);
+    m_layers.Present(dc, client, [this](CDC& memory) {
         DrawTrackPoints(&memory);
         DrawCenterPoints(&memory);
     });

@@ -57,7 +57,7 @@ private:
 
     CWnd& m_window;
     const PlotPlane& m_plane;
-    CRect m_client;
+    CRect m_client; // when the layers were last drawn
     Layers m_layers;
     PlotView m_view;
     int m_outside = 0; // track points out of view since the last zoom

@@ -184,7 +184,16 @@ TYPED_TEST(Plot, StartsCountingAgainAfterAZoomAndAfterClear)
     this->control->Clear();
     for (int i = 0; i < 10; ++i)
         this->Add(1000 + i, 0);
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther) << "after Clear";
+    this->Add(1010, 0);
+    EXPECT_NE(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+
+    this->folder.Write(TypeParam::kFile, TypeParam::kOther);
+    for (int i = 0; i < 10; ++i)
+        this->Add(100000 + i, 0);
+    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther) << "after a zoom";
+    this->Add(100010, 0);
+    EXPECT_NE(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
 }
 
 TYPED_TEST(Plot, LeavesTheViewAloneBelowTwoSamples)
@@ -221,6 +230,21 @@ TYPED_TEST(Plot, EmptiesItselfAndKeepsItsView)
     EXPECT_EQ(shown.Count(kRed), 0);
     this->Add(0, -100);
     EXPECT_EQ(this->Now().At(100, 44), TypeParam::kTrack);
+}
+
+// The client area is measured with the layers, so that new crosses fit to those that are there.
+TYPED_TEST(Plot, TakesANewSizeWithItsLayersAndNotWithAPaint)
+{
+    this->control->MoveWindow(0, 0, 300, 250);
+    this->control->UpdateWindow();
+    this->Add(0, -100);
+    EXPECT_EQ(this->Now().At(100, 44), TypeParam::kTrack);
+    this->control->Clear();
+    long x = 0;
+    long y = 0;
+    this->control->WorldToClient(0, -100, x, y);
+    EXPECT_EQ(x, 100);
+    EXPECT_EQ(y, 144);
 }
 
 TYPED_TEST(Plot, KeepsItsViewBetweenRuns)
