@@ -43,10 +43,11 @@ public:
 
     void PreSubclassWindow() override;
 
-protected:
     afx_msg void OnPaint();
+    /// FALSE: the background is part of every paint.
     afx_msg BOOL OnEraseBkgnd(CDC* dc);
 
+protected:
     DECLARE_MESSAGE_MAP()
 
     controls::GaugeControl m_gauge;

@@ -64,6 +64,35 @@ TEST(Compass, KeepsValuesOutsideACircleAsGiven)
     }
 }
 
+struct Reach : CGraphCompass
+{
+    using CGraphCompass::m_face;
+    using CGraphCompass::m_rings;
+};
+
+TEST(Compass, MeasuresItsDiameterByItsSmallerSide)
+{
+    struct Case
+    {
+        int width, height, diameter, unit, outer;
+        const char* why;
+    };
+    const Case cases[] = {
+        {5,   5,   0,   0, 0,  "no dial"                         },
+        {1,   90,  -4,  0, -1, "-2 + 0.5, cut towards zero"      },
+        {64,  64,  59,  0, 30, "below 60 the needle has no width"},
+        {65,  200, 60,  1, 30, "60"                              },
+        {124, 124, 119, 1, 60, "up to 119"                       },
+        {300, 125, 120, 2, 60, "120"                             },
+    };
+    for (const Case& c : cases) {
+        const Placed<Reach> dial(c.width, c.height);
+        EXPECT_EQ(dial.control.m_face.diameter, c.diameter) << c.why;
+        EXPECT_EQ(dial.control.m_face.needleUnit, c.unit) << c.why;
+        EXPECT_EQ(dial.control.m_rings.outer, c.outer) << c.why;
+    }
+}
+
 // At east P0 is above the axis, P2 below it. The two-pixel grey edge lies on P1-P2-P3 up to 90
 // degrees and on P1-P0-P3 beyond.
 TEST(Compass, ChangesTheShadowSideAtNinetyDegrees)
@@ -161,9 +190,13 @@ TEST(Compass, TakesANewBackColourWithTheNextPaint)
     dial.control.UpdateWindow();
     EXPECT_EQ(Shown(dial.control).At(0, 0), RGB(1, 2, 3));
 
-    CGraphCompass unseen;
-    unseen.SetMeterBackColor(RGB(4, 5, 6));
-    EXPECT_EQ(unseen.GetMeterBackColor(), RGB(4, 5, 6));
+    CGraphCompass unpainted;
+    ASSERT_TRUE(unpainted.Create(L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 9, 9), &dial.dialog, 2));
+    unpainted.ValidateRect(nullptr);
+    unpainted.SetMeterBackColor(RGB(4, 5, 6));
+    EXPECT_EQ(unpainted.GetMeterBackColor(), RGB(4, 5, 6));
+    CRect pending;
+    EXPECT_TRUE(unpainted.GetUpdateRect(&pending)) << "invalidated all the same";
 }
 
 TEST(Compass, KeepsTheSizeOfItsBackgroundUntilReconstructed)
@@ -217,6 +250,14 @@ TEST(Compass, IsKnownAtRunTime)
     EXPECT_STREQ(known->m_lpszClassName, "CGraphCompass");
     EXPECT_EQ(known->m_wSchema, 0xFFFFu);
     EXPECT_TRUE(dial.IsKindOf(RUNTIME_CLASS(CStatic)));
+}
+
+TEST(Compass, ErasesNothing)
+{
+    CGraphCompass dial;
+    CDC memory;
+    EXPECT_FALSE(dial.OnEraseBkgnd(&memory));
+    EXPECT_FALSE(dial.OnEraseBkgnd(nullptr));
 }
 
 TEST(Compass, DrawsNothingWithoutAContext)

@@ -138,6 +138,17 @@ TYPED_TEST(Gauge, HasSeventeenTicksOnBothEdges)
     EXPECT_EQ(shown.At(31, 150), kFace);
 }
 
+// Half a row a tick: each row has two. The left gauge's pointer lies over the last one.
+TYPED_TEST(Gauge, KeepsItsSeventeenTicksWhereTheyCoincide)
+{
+    Placed<typename TypeParam::Control> low(kWidth, 9);
+    const Shown shown(low.control);
+    for (int y = 0; y < 8; ++y) {
+        EXPECT_EQ(shown.At(23, y), kTick) << y;
+        EXPECT_EQ(shown.At(77, y), kTick) << y;
+    }
+}
+
 TYPED_TEST(Gauge, LabelsFiveRowsTheSameOnBothSides)
 {
     const Shown shown(this->control);
@@ -186,6 +197,11 @@ TYPED_TEST(Gauge, SurvivesEverySize)
         gauge.control.SetFix(static_cast<int>(TypeParam::kLow) + 10);
         gauge.Repainted();
     }
+}
+
+TYPED_TEST(Gauge, ErasesNothing)
+{
+    EXPECT_FALSE(this->control.OnEraseBkgnd(nullptr));
 }
 
 TYPED_TEST(Gauge, IsKnownAtRunTimeAndAddsOneStyleBit)
