@@ -335,9 +335,7 @@ UINT_PTR CWnd::SetTimer(UINT_PTR id, UINT milliseconds, void*)
 
 BOOL CWnd::KillTimer(UINT_PTR id)
 {
-    if (!m_hWnd || !m_hWnd->native) return FALSE;
-    m_hWnd->native->StopTimer(id);
-    return TRUE;
+    return m_hWnd && m_hWnd->native && m_hWnd->native->StopTimer(id);
 }
 
 const AFX_MSGMAP* CWnd::GetThisMessageMap()

@@ -125,7 +125,10 @@ public:
     void EndPaint(PAINTSTRUCT* paint);
 
     LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
+    /// Asks for OnTimer at intervals; `id` is not 0, one that is there begins anew. `callback` is
+    /// not used. Returns `id`, or 0 without a window.
     UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds, void* callback);
+    /// FALSE where there is no such timer.
     BOOL KillTimer(UINT_PTR id);
 
     HWND m_hWnd = nullptr;

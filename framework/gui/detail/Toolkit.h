@@ -65,8 +65,8 @@ public:
     virtual void RequestPaint() = 0; ///< OnNativePaint from the event loop, then the new picture
     virtual void Present() = 0;      ///< shows the picture as it is, at once where possible
     virtual void StartTimer(std::uintptr_t id, unsigned milliseconds) = 0;
-    virtual void StopTimer(std::uintptr_t id) = 0;
-    virtual void* Handle() = 0; ///< the toolkit's own object
+    virtual bool StopTimer(std::uintptr_t id) = 0; ///< false where there is none
+    virtual void* Handle() = 0;                    ///< the toolkit's own object
 };
 
 class Toolkit

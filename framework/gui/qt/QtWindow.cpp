@@ -78,12 +78,13 @@ void QtWindow::StartTimer(std::uintptr_t id, unsigned milliseconds)
     m_timers[id] = startTimer(static_cast<int>(milliseconds));
 }
 
-void QtWindow::StopTimer(std::uintptr_t id)
+bool QtWindow::StopTimer(std::uintptr_t id)
 {
     const auto known = m_timers.find(id);
-    if (known == m_timers.end()) return;
+    if (known == m_timers.end()) return false;
     killTimer(known->second);
     m_timers.erase(known);
+    return true;
 }
 
 void* QtWindow::Handle()

@@ -23,7 +23,7 @@ public:
     void RequestPaint() override;
     void Present() override;
     void StartTimer(std::uintptr_t id, unsigned milliseconds) override;
-    void StopTimer(std::uintptr_t id) override;
+    bool StopTimer(std::uintptr_t id) override;
     void* Handle() override;
 
 protected:

@@ -2,6 +2,8 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <chrono>
 #include <vector>
 
 namespace {
@@ -77,12 +79,19 @@ TEST(Window, PaintsOnceShownAndAskedTo)
     EXPECT_EQ(window.paints, 1) << "nothing is invalid any more";
 }
 
-TEST(Window, PaintsFromTheEventLoop)
+struct EventLoop
 {
     int argc = 1;
-    char name[] = "test";
-    char* argv[] = {name, nullptr};
-    framework::Application events(argc, argv, framework::Display::None);
+    char name[5] = "test";
+    char* argv[2] = {name, nullptr};
+    framework::Application events{argc, argv, framework::Display::None};
+
+    void DispatchPending() { events.DispatchPending(); }
+};
+
+TEST(Window, PaintsFromTheEventLoop)
+{
+    EventLoop events;
     Painted window;
     ASSERT_TRUE(window.CreateTop(40, 30));
     window.ShowWindow(SW_SHOW);
@@ -301,6 +310,65 @@ TEST(Text, OfAWindowIsKept)
     EXPECT_EQ(window.GetWindowText(buffer, 5), 4);
     EXPECT_STREQ(buffer, L"Pole");
     EXPECT_EQ(window.GetWindowTextLength(), 11);
+}
+
+// Counts the ticks of its timers and stops each with the second one.
+class Ticking : public CWnd
+{
+public:
+    std::vector<UINT_PTR> ticks;
+    std::vector<BOOL> killed;
+
+    Ticking()
+    {
+        CreateEx(0, AfxRegisterWndClass(0), L"test", WS_OVERLAPPED, 0, 0, 20, 20, nullptr, 0);
+    }
+
+    /// Dispatches until there are that many ticks, or no more come.
+    void WaitFor(EventLoop& events, std::size_t count) const
+    {
+        using namespace std::chrono;
+        const auto end = steady_clock::now() + seconds(10);
+        while (ticks.size() < count && steady_clock::now() < end)
+            events.DispatchPending();
+    }
+
+protected:
+    afx_msg void OnTimer(UINT_PTR id)
+    {
+        ticks.push_back(id);
+        if (std::count(ticks.begin(), ticks.end(), id) == 2) killed.push_back(KillTimer(id));
+    }
+
+    DECLARE_MESSAGE_MAP()
+};
+
+BEGIN_MESSAGE_MAP(Ticking, CWnd)
+ON_WM_TIMER()
+END_MESSAGE_MAP()
+
+TEST(Timer, TicksUnderItsNumberUntilKilled)
+{
+    EventLoop events;
+    Ticking window;
+    EXPECT_EQ(window.SetTimer(7, 1, nullptr), 7u);
+    EXPECT_EQ(window.SetTimer(9, 1, nullptr), 9u);
+    window.WaitFor(events, 4);
+    std::sort(window.ticks.begin(), window.ticks.end());
+    EXPECT_EQ(window.ticks, (std::vector<UINT_PTR>{7, 7, 9, 9}));
+    EXPECT_EQ(window.killed, (std::vector<BOOL>{TRUE, TRUE}));
+}
+
+TEST(Timer, IsKilledOnlyWhereThereIsOne)
+{
+    Ticking window;
+    EXPECT_FALSE(window.KillTimer(7)) << "never set";
+    window.SetTimer(7, 100000, nullptr);
+    EXPECT_TRUE(window.KillTimer(7));
+    EXPECT_FALSE(window.KillTimer(7)) << "killed already";
+    CWnd none;
+    EXPECT_EQ(none.SetTimer(7, 1, nullptr), 0u);
+    EXPECT_FALSE(none.KillTimer(7));
 }
 
 TEST(WindowClass, IsTheSameForTheSameArguments)
