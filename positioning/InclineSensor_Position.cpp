@@ -133,7 +133,7 @@ int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleL
     const double tiltDirection = Rad2Deg(ACOS(tiltCosine));
     sample.dYaw = Heading_A(azimuthA);
     sample.dYaw_2 = Heading_B(azimuthB);
-    sample.dYaw_Y = detail::AdjustedAzimuth(sample.dYaw - tiltDirection);
+    sample.dYaw_Y = detail::BesideTilt(sample.dYaw, tiltDirection, pose, tilt, SensorType);
     return reached ? 1 : PositionByFormulas(sample, poleLength, point);
 }
 
@@ -186,7 +186,8 @@ int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample)
     const double tiltCosine = detail::TiltDirectionCosine(pose, tilt, m_nSensorType);
     sample.dYaw =
         Heading_A(detail::HeadingOf(detail::Level(pose, ReadingA(sample), m_nSensorType)));
-    sample.dYaw_Y = detail::AdjustedAzimuth(sample.dYaw - Rad2Deg(ACOS(tiltCosine)));
+    sample.dYaw_Y =
+        detail::BesideTilt(sample.dYaw, Rad2Deg(ACOS(tiltCosine)), pose, tilt, m_nSensorType);
     return 1;
 }
 

@@ -97,4 +97,17 @@ inline double TiltDirectionCosine(const Pose& pose, const TiltAngles& tilt, int 
     return TiltQuotientByAngle(pose, tilt).Value();
 }
 
+/// `heading` less the tilt direction [degrees], normalised by one step. A result so near a whole
+/// turn that the last digit decides between 0 and 360 takes the digits of the written formulas.
+inline double BesideTilt(double heading, double tiltDirection, const Pose& pose,
+                         const TiltAngles& tilt, int sensorType)
+{
+    constexpr double kNear = 1e-9; // [degrees], far above the 1.3e-11 of TiltDirectionCosine
+    double angle = heading - tiltDirection;
+    const bool decides = std::fabs(angle) < kNear || std::fabs(angle - 360.0) < kNear;
+    if (decides && sensorType != kFirstConvention) [[unlikely]]
+        angle = heading - Rad2Deg(ArcCosine(TiltQuotientByAngle(pose, tilt).Value()));
+    return AdjustedAzimuth(angle);
+}
+
 } // namespace detail

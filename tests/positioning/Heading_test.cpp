@@ -190,6 +190,28 @@ TEST(TiltDirection, IsNinetyWhereATiltAngleIsZero)
         }
 }
 
+// The heading of a reading along x alone is the tilt direction itself: what is left is 0 or 360 as
+// the last digit of the written formulas says.
+TEST(TiltDirection, TurnsWhereItsFormulasTurn)
+{
+    for (const int type : kSensorTypes)
+        for (int pitch = -175; pitch <= 175; pitch += 5)
+            for (int roll = -175; roll <= 175; roll += 5)
+                for (const double x : {-100.0, 100.0}) {
+                    literal::Setup setup;
+                    setup.sensorType = type;
+                    PoseSensorData shown = Sample(pitch, roll, {x, 0, 0});
+                    PoseSensorData measured = shown;
+                    const auto expected = literal::Measure(setup, shown, 2.0, {});
+                    if (std::isnan(expected.yawY)) continue; // a tilt angle of 0
+                    xyhCoordinate point;
+                    Reach(type).CalculateYaw_A(shown);
+                    Reach(type).Position(measured, 2.0, point);
+                    EXPECT_NEAR(shown.dYaw_Y, expected.yawY, 1e-10) << pitch << ' ' << roll;
+                    EXPECT_EQ(measured.dYaw_Y, shown.dYaw_Y) << pitch << ' ' << roll;
+                }
+}
+
 // A first sample at the reference of a new object: all zero.
 int StillAfter(double field, double pitch, double roll)
 {
