@@ -131,8 +131,8 @@ int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleL
     const double azimuthA = detail::HeadingOf(fieldA);
     const double azimuthB = detail::HeadingOf(fieldB);
     const double tiltDirection = Rad2Deg(ACOS(tiltCosine));
-    sample.dYaw = Heading_A(azimuthA);
-    sample.dYaw_2 = Heading_B(azimuthB);
+    sample.dYaw = detail::TwiceAdjustedAzimuth(LessBias_A(azimuthA));
+    sample.dYaw_2 = detail::TwiceAdjustedAzimuth(LessBias_B(azimuthB));
     sample.dYaw_Y = detail::BesideTilt(sample.dYaw, tiltDirection, pose, tilt, SensorType);
     return reached ? 1 : PositionByFormulas(sample, poleLength, point);
 }
@@ -177,6 +177,39 @@ int CInclineSensor_Position::Position_Math(xyhCoordinate /*antenna*/, PoseSensor
     return 1;
 }
 
+// Inlined, these form the sines and cosines of the pose once with what their caller forms.
+[[gnu::always_inline]] inline double
+CInclineSensor_Position::HeadingByType(const PoseSensorData& sample, int useA, int sensorType) const
+{
+    const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
+    const detail::LevelledField field = useA ? detail::Level(pose, ReadingA(sample), sensorType)
+                                             : detail::LevelOfB(pose, ReadingB(sample), sensorType);
+    const double azimuth = detail::HeadingOf(field);
+    return detail::AdjustedAzimuth(useA ? LessBias_A(azimuth) : LessBias_B(azimuth));
+}
+
+[[gnu::always_inline]] inline double
+CInclineSensor_Position::CalculateYaw_ADI(const PoseSensorData& sample, int useA) const
+{
+    return HeadingByType(sample, useA, detail::kFirstConvention);
+}
+
+[[gnu::always_inline]] inline double
+CInclineSensor_Position::CalculateYaw_SCA(const PoseSensorData& sample, int useA) const
+{
+    return HeadingByType(sample, useA, kOtherType);
+}
+
+// Normalised where it is formed and again here: two steps in all
+// (Heading.IsNormalisedByTwoStepsAtMost).
+[[gnu::always_inline]] inline double CInclineSensor_Position::Heading(const PoseSensorData& sample,
+                                                                      int useA) const
+{
+    const bool first = m_nSensorType == detail::kFirstConvention;
+    return detail::AdjustedAzimuth(first ? CalculateYaw_ADI(sample, useA)
+                                         : CalculateYaw_SCA(sample, useA));
+}
+
 int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample)
 {
     MagneticModify(m_MagneticCorrectPar_A, sample, 1);
@@ -184,8 +217,7 @@ int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample)
     const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
     const detail::TiltAngles tilt = detail::TiltAnglesOf(pose, m_nSensorType);
     const double tiltCosine = detail::TiltDirectionCosine(pose, tilt, m_nSensorType);
-    sample.dYaw =
-        Heading_A(detail::HeadingOf(detail::Level(pose, ReadingA(sample), m_nSensorType)));
+    sample.dYaw = Heading(sample, 1);
     sample.dYaw_Y =
         detail::BesideTilt(sample.dYaw, Rad2Deg(ACOS(tiltCosine)), pose, tilt, m_nSensorType);
     return 1;
@@ -195,9 +227,7 @@ int CInclineSensor_Position::CalculateYaw_B(PoseSensorData& sample)
 {
     MagneticModify(m_MagneticCorrectPar_B, sample, 0);
     JudgeInterference(ReadingA(sample), ReadingB(sample));
-    const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    sample.dYaw_2 =
-        Heading_B(detail::HeadingOf(detail::LevelOfB(pose, ReadingB(sample), m_nSensorType)));
+    sample.dYaw_2 = Heading(sample, 0);
     return 1;
 }
 
@@ -234,17 +264,14 @@ void CInclineSensor_Position::JudgeInterference(const detail::Reading& a, const 
     m_bMagneticInterference = detail::SumOfDifferences(expected, b) > kUndisturbed ? 1 : 0;
 }
 
-// The heading is normalised where it is formed and again where it is stored: two steps in all
-// (Heading.IsNormalisedByTwoStepsAtMost).
-double CInclineSensor_Position::Heading_A(double azimuth) const
+double CInclineSensor_Position::LessBias_A(double azimuth) const
 {
-    return detail::TwiceAdjustedAzimuth(azimuth - m_dMagneticBiasAngle_A);
+    return azimuth - m_dMagneticBiasAngle_A;
 }
 
-double CInclineSensor_Position::Heading_B(double azimuth) const
+double CInclineSensor_Position::LessBias_B(double azimuth) const
 {
-    return detail::TwiceAdjustedAzimuth(azimuth - m_dMagneticBiasAngle_B
-                                        + Rad2Deg(kMountingAngleB));
+    return azimuth - m_dMagneticBiasAngle_B + Rad2Deg(kMountingAngleB);
 }
 
 int CInclineSensor_Position::ConverseYaw(double x, double y, double& yaw, double& yawOpposite) const

@@ -195,8 +195,14 @@ private:
                         int useA) const;
     void JudgeStillness(const detail::Reading& a, double pitch, double roll);
     void JudgeInterference(const detail::Reading& a, const detail::Reading& b);
-    double Heading_A(double azimuth) const;
-    double Heading_B(double azimuth) const;
+    /// Heading of magnetometer A, or B where useA is 0, from its corrected reading: ADI for sensor
+    /// type 1, SCA for the others [degrees], normalised by one step.
+    double CalculateYaw_ADI(const PoseSensorData& sample, int useA) const;
+    double CalculateYaw_SCA(const PoseSensorData& sample, int useA) const;
+    double HeadingByType(const PoseSensorData& sample, int useA, int sensorType) const;
+    double Heading(const PoseSensorData& sample, int useA) const;
+    double LessBias_A(double azimuth) const;
+    double LessBias_B(double azimuth) const;
 
     template <int SensorType>
     int PositionOfType(PoseSensorData& sample, double poleLength, xyhCoordinate& point);
