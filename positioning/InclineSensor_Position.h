@@ -118,7 +118,8 @@ public:
     /// @return 1
     int ConverseYaw(double x, double y, double& yaw, double& yawOpposite) const;
 
-    /// Azimuth of (dx, dy) [degrees] in [0, 360). |dx| < 1e-6 counts as 0; the null vector gives 0.
+    /// Azimuth of (dx, dy) [degrees], 0 to 360; a dy hardly below 0 rounds to 360. |dx| < 1e-6
+    /// counts as 0; the null vector gives 0.
     double ConverseYaw_True(double dx, double dy) const;
 
     /// Elevation of the pole above the horizontal: 90 when plumb [degrees].

@@ -91,7 +91,7 @@ inline bool IsUsualStrength(double strength)
 }
 
 /// Azimuth of the vector (dx, dy), counted from +x towards +y [degrees]. |dx| < 1e-6 counts as a
-/// vector along y; a vector without direction, or not of numbers, gives 0.
+/// vector along y; a vector without direction, or with a dx that is no number, gives 0.
 inline double AzimuthOf(double dx, double dy)
 {
     constexpr double kAlongY = 1e-6;

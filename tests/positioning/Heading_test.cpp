@@ -331,20 +331,21 @@ struct VectorCase
 TEST(VectorAzimuth, CoversEveryQuadrant)
 {
     constexpr VectorCase cases[] = {
-        {0,     5,    90,  "along y"                         },
-        {0,     -5,   270, "against y"                       },
-        {0,     0,    0,   "no direction"                    },
-        {9e-7,  -2,   270, "dx too small to count"           },
-        {-9e-7, 0,    0,   "nor in the null vector"          },
-        {1,     1,    45,  "first"                           },
-        {-1,    1,    135, "second"                          },
-        {-1,    -1,   225, "third"                           },
-        {1,     -1,   315, "fourth"                          },
-        {3,     0,    0,   "along x"                         },
-        {-3,    0,    180, "against x"                       },
-        {1e-6,  0,    0,   "the limit itself counts"         },
-        {kNaN,  1,    0,   "what is no number has no azimuth"},
-        {1,     kNaN, 0,   "on either axis"                  },
+        {0,     5,      90,  "along y"                         },
+        {0,     -5,     270, "against y"                       },
+        {0,     0,      0,   "no direction"                    },
+        {9e-7,  -2,     270, "dx too small to count"           },
+        {-9e-7, 0,      0,   "nor in the null vector"          },
+        {1,     1,      45,  "first"                           },
+        {-1,    1,      135, "second"                          },
+        {-1,    -1,     225, "third"                           },
+        {1,     -1,     315, "fourth"                          },
+        {3,     0,      0,   "along x"                         },
+        {-3,    0,      180, "against x"                       },
+        {1e-6,  0,      0,   "the limit itself counts"         },
+        {1,     -1e-20, 360, "hardly below x rounds to a turn" },
+        {kNaN,  1,      0,   "what is no number has no azimuth"},
+        {1,     kNaN,   0,   "on either axis"                  },
     };
     for (const VectorCase& c : cases)
         EXPECT_NEAR(CInclineSensor_Position{}.ConverseYaw_True(c.dx, c.dy), c.expected, kRoundOff)
