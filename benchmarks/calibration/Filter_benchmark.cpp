@@ -1,6 +1,7 @@
 // The sample filters beside their literal port and a peer written by hand: Add over a whole turn,
 // Filter, and the polls of the host.
 #include "calibration/InclineSensor_Filter_XY.h"
+#include "calibration/InclineSensor_Filter_XZ.h"
 #include "tests/calibration/LiteralFilter.h"
 #include "tests/calibration/TestTurns.h"
 
@@ -18,7 +19,7 @@ using Turn = std::vector<PoseSensorData>;
 enum Kind { Round, Skewed, OneRevolution, Recorded };
 
 // Round: two revolutions, so that the centre settles half way.
-Turn MakeTurn(const benchmark::State& state)
+Turn MakeTurn(const benchmark::State& state, bool vertical = false)
 {
     const auto samples = static_cast<int>(state.range(0));
     turns::Shape shape{.samples = samples, .revolutions = 2, .radius = 4000, .seed = 31};
@@ -38,7 +39,7 @@ Turn MakeTurn(const benchmark::State& state)
     default:
         break;
     }
-    return turns::Make(shape, false);
+    return turns::Make(shape, vertical);
 }
 
 // What a careful author writes without remembering anything: no azimuth before it is asked for,
@@ -129,6 +130,10 @@ struct LiteralXY : literal::Filter
 {
     LiteralXY() : literal::Filter(literal::Rules{false}) {}
 };
+struct LiteralXZ : literal::Filter
+{
+    LiteralXZ() : literal::Filter(literal::Rules{true}) {}
+};
 
 void Add_Ours(benchmark::State& state)
 {
@@ -143,14 +148,17 @@ void Add_ByHand(benchmark::State& state)
     AddWholeTurn<ByHand>(state);
 }
 
-void Filter_Ours(benchmark::State& state)
+// Every side walks samples that were allocated one by one, as a host hands them over, has computed
+// their azimuths while they were added, and screens the same record again and again.
+template <class Ours>
+void FilterOurs(benchmark::State& state, bool vertical)
 {
-    CInclineSensor_Filter_XY filter;
-    for (const PoseSensorData& s : MakeTurn(state))
+    Ours filter;
+    for (const PoseSensorData& s : MakeTurn(state, vertical))
         filter.Add(new PoseSensorData(s));
     std::ptrdiff_t kept = 0;
     for (auto _ : state) {
-        const std::unique_ptr<CInclineSensor_Filter_XY::Samples> result(filter.Filter());
+        const std::unique_ptr<typename Ours::Samples> result(filter.Filter());
         kept = result ? result->GetSize() : 0;
         benchmark::DoNotOptimize(kept);
     }
@@ -158,12 +166,14 @@ void Filter_Ours(benchmark::State& state)
 }
 
 template <class Filter, class Run>
-void FilterPeer(benchmark::State& state, Run run)
+void FilterPeer(benchmark::State& state, bool vertical, Run run)
 {
-    Turn turn = MakeTurn(state);
+    std::vector<std::unique_ptr<PoseSensorData>> samples;
     Filter filter{};
-    for (PoseSensorData& s : turn)
-        filter.Add(&s);
+    for (const PoseSensorData& s : MakeTurn(state, vertical)) {
+        samples.push_back(std::make_unique<PoseSensorData>(s));
+        filter.Add(samples.back().get());
+    }
     std::size_t kept = 0;
     for (auto _ : state) {
         kept = run(filter).size();
@@ -172,13 +182,25 @@ void FilterPeer(benchmark::State& state, Run run)
     state.counters["kept"] = static_cast<double>(kept);
 }
 
-void Filter_LiteralPort(benchmark::State& state)
+void FilterXY_Ours(benchmark::State& state)
 {
-    FilterPeer<LiteralXY>(state, [](LiteralXY& filter) { return filter.Screen(); });
+    FilterOurs<CInclineSensor_Filter_XY>(state, false);
 }
-void Filter_ByHand(benchmark::State& state)
+void FilterXY_ByHand(benchmark::State& state)
 {
-    FilterPeer<ByHand>(state, [](ByHand& filter) { return filter.Filter(); });
+    FilterPeer<ByHand>(state, false, [](ByHand& filter) { return filter.Filter(); });
+}
+void FilterXY_LiteralPort(benchmark::State& state)
+{
+    FilterPeer<LiteralXY>(state, false, [](LiteralXY& filter) { return filter.Screen(); });
+}
+void FilterXZ_Ours(benchmark::State& state)
+{
+    FilterOurs<CInclineSensor_Filter_XZ>(state, true);
+}
+void FilterXZ_LiteralPort(benchmark::State& state)
+{
+    FilterPeer<LiteralXZ>(state, true, [](LiteralXZ& filter) { return filter.Screen(); });
 }
 
 void GetRecordRate_Ours(benchmark::State& state)
@@ -220,9 +242,11 @@ void Rates(benchmark::internal::Benchmark* b)
 BENCHMARK(Add_Ours)->Apply(Sizes);
 BENCHMARK(Add_ByHand)->Apply(Sizes);
 BENCHMARK(Add_LiteralPort)->Apply(Sizes);
-BENCHMARK(Filter_Ours)->Apply(Sizes);
-BENCHMARK(Filter_ByHand)->Apply(Sizes);
-BENCHMARK(Filter_LiteralPort)->Apply(Sizes);
+BENCHMARK(FilterXY_Ours)->Apply(Sizes);
+BENCHMARK(FilterXY_ByHand)->Apply(Sizes);
+BENCHMARK(FilterXY_LiteralPort)->Apply(Sizes);
+BENCHMARK(FilterXZ_Ours)->Apply(Sizes);
+BENCHMARK(FilterXZ_LiteralPort)->Apply(Sizes);
 BENCHMARK(GetRecordRate_Ours)->Apply(Rates);
 BENCHMARK(GetRecordRate_LiteralPort)->Apply(Rates);
 
