@@ -6,31 +6,24 @@
 #include <cmath>
 #include <cstddef>
 #include <functional>
+#include <iterator>
 #include <utility>
 #include <vector>
 
 namespace detail {
 namespace {
 
-struct Entry
-{
-    double azimuth;
-    std::size_t rank; // place among the entries that take part
-    PoseSensorData* sample;
-};
+using Iterator = Candidates::iterator;
 
-struct ByAzimuth
-{
-    bool operator()(const Entry& a, const Entry& b) const { return a.azimuth < b.azimuth; }
+constexpr auto Precedes = [](const Candidate& a, const Candidate& b) {
+    return a.azimuth < b.azimuth;
 };
-
-using Entries = std::vector<Entry>;
 
 // End of the run that starts at `first`: entries that do not descend. A run that descends
 // throughout is turned round.
-Entries::iterator EndOfRun(Entries::iterator first, Entries::iterator end)
+Iterator EndOfRun(Iterator first, Iterator end)
 {
-    const auto descends = [](const Entry& a, const Entry& b) { return b.azimuth < a.azimuth; };
+    const auto descends = [](const Candidate& a, const Candidate& b) { return Precedes(b, a); };
     const auto rising = std::adjacent_find(first, end, descends);
     if (rising != first || end - first < 2) return rising == end ? end : rising + 1;
     const auto falling = std::adjacent_find(first, end, std::not_fn(descends));
@@ -39,20 +32,28 @@ Entries::iterator EndOfRun(Entries::iterator first, Entries::iterator end)
     return last;
 }
 
-// Stable. A turn gives few runs, one per revolution, which only have to be merged.
-void SortEntries(Entries& entries)
+// Merges two runs; what the one holds before the other begins is in its place already.
+void MergeRuns(Iterator first, Iterator middle, Iterator last)
 {
-    std::vector<Entries::iterator> ends{entries.begin()};
+    first = std::upper_bound(first, middle, *middle, Precedes);
+    last = std::lower_bound(middle, last, *std::prev(middle), Precedes);
+    std::inplace_merge(first, middle, last, Precedes);
+}
+
+// Stable. A turn gives few runs, one per revolution, which only have to be merged.
+void SortRuns(Candidates entries)
+{
+    std::vector<Iterator> ends{entries.begin()};
     const std::size_t mostRuns = 2 + entries.size() / 32;
     while (ends.back() != entries.end() && ends.size() <= mostRuns)
         ends.push_back(EndOfRun(ends.back(), entries.end()));
     if (ends.back() != entries.end())
-        return std::stable_sort(entries.begin(), entries.end(), ByAzimuth());
+        return std::stable_sort(entries.begin(), entries.end(), Precedes);
 
     while (ends.size() > 2) {
-        std::vector<Entries::iterator> merged{entries.begin()};
+        std::vector<Iterator> merged{entries.begin()};
         for (std::size_t i = 2; i < ends.size(); i += 2) {
-            std::inplace_merge(ends[i - 2], ends[i - 1], ends[i], ByAzimuth());
+            MergeRuns(ends[i - 2], ends[i - 1], ends[i]);
             merged.push_back(ends[i]);
         }
         if (merged.back() != entries.end()) merged.push_back(entries.end());
@@ -60,22 +61,22 @@ void SortEntries(Entries& entries)
     }
 }
 
-// How many of the ranks noted so far lie below a given one: a Fenwick tree.
-class RankCounter
+// How many of the places noted so far lie before a given one: a Fenwick tree.
+class PlaceCounter
 {
 public:
-    explicit RankCounter(std::size_t ranks) : m_Tree(ranks + 1, 0) {}
+    explicit PlaceCounter(std::size_t places) : m_Tree(places + 1, 0) {}
 
-    void Note(std::size_t rank)
+    void Note(std::size_t place)
     {
-        for (std::size_t i = rank + 1; i < m_Tree.size(); i += i & (~i + 1))
+        for (std::size_t i = place + 1; i < m_Tree.size(); i += i & (~i + 1))
             ++m_Tree[i];
     }
 
-    std::size_t Below(std::size_t rank) const
+    std::size_t Before(std::size_t place) const
     {
         std::size_t count = 0;
-        for (std::size_t i = rank; i > 0; i &= i - 1)
+        for (std::size_t i = place; i > 0; i &= i - 1)
             count += m_Tree[i];
         return count;
     }
@@ -84,77 +85,89 @@ private:
     std::vector<std::size_t> m_Tree;
 };
 
-// Entries of equal azimuth [first, last) in rank order, rotated as the exchange sort leaves them:
-// each lesser entry that follows in the original order sends the foremost of those met so far to
-// the back.
-void RotateEquals(Entry* first, Entry* last, std::size_t ranks, const RankCounter& lesser)
+// Entries of equal azimuth [first, last) in the order of their places, rotated as the exchange
+// sort leaves them: each lesser entry that follows in the original order sends the foremost of
+// those met so far to the back.
+void RotateEquals(Iterator first, Iterator last, std::size_t places, const PlaceCounter& lesser)
 {
-    std::vector<PoseSensorData*> met;
-    for (const Entry* entry = first; entry != last; ++entry) {
-        met.push_back(entry->sample);
-        const std::size_t next = entry + 1 != last ? (entry + 1)->rank : ranks;
-        const std::size_t passed = lesser.Below(next) - lesser.Below(entry->rank);
+    std::vector<Candidate> met;
+    for (auto entry = first; entry != last; ++entry) {
+        met.push_back(*entry);
+        const std::size_t next = entry + 1 != last ? (entry + 1)->place : places;
+        const std::size_t passed = lesser.Before(next) - lesser.Before(entry->place);
         const auto turn = static_cast<std::ptrdiff_t>(passed % met.size());
         std::rotate(met.begin(), met.begin() + turn, met.end());
     }
-    for (PoseSensorData* sample : met)
-        (first++)->sample = sample;
+    std::copy(met.begin(), met.end(), first);
 }
 
-void OrderEquals(Entries& entries)
+void OrderEquals(Candidates entries, std::size_t places)
 {
-    const std::size_t ranks = entries.size();
-    RankCounter lesser(ranks);
-    for (std::size_t first = 0, last = 0; first < ranks; first = last) {
-        for (last = first + 1; last < ranks && entries[last].azimuth == entries[first].azimuth;)
-            ++last;
-        if (last - first > 1)
-            RotateEquals(&entries[first], &entries[first] + (last - first), ranks, lesser);
-        for (std::size_t i = first; i < last; ++i)
-            lesser.Note(entries[i].rank);
+    PlaceCounter lesser(places);
+    for (auto first = entries.begin(); first != entries.end();) {
+        const auto last = std::find_if(
+            first, entries.end(), [&](const Candidate& entry) { return Precedes(*first, entry); });
+        if (last - first > 1) RotateEquals(first, last, places, lesser);
+        for (; first != last; ++first)
+            lesser.Note(first->place);
     }
 }
 
-bool TakesPart(const PoseSensorData* sample)
+// Entries that all take part, of an array of so many places.
+void SortEntries(Candidates entries, std::size_t places)
 {
-    return sample != nullptr && !std::isnan(sample->dAzimuth);
+    SortRuns(entries);
+    const auto equal = [](const Candidate& a, const Candidate& b) {
+        return a.azimuth == b.azimuth;
+    };
+    if (std::adjacent_find(entries.begin(), entries.end(), equal) != entries.end())
+        OrderEquals(entries, places);
 }
 
-Entries EntriesOf(const SampleArray& samples)
+bool TakesPart(const Candidate& candidate)
 {
-    Entries entries;
-    entries.reserve(static_cast<std::size_t>(CountOf(samples)));
-    for (int i = 0; i < CountOf(samples); ++i) {
-        PoseSensorData* sample = samples.GetAt(i);
-        if (TakesPart(sample)) entries.push_back({sample->dAzimuth, entries.size(), sample});
-    }
-    return entries;
+    return !std::isnan(candidate.azimuth);
 }
 
-void RewriteFlags(const SampleArray& samples)
+void RewriteFlags(Candidates candidates)
 {
-    for (int i = 1; i < CountOf(samples); ++i) {
-        PoseSensorData* sample = samples.GetAt(i);
-        const PoseSensorData* before = samples.GetAt(i - 1);
-        if (sample != nullptr && before != nullptr)
-            sample->SetTurnFlag(TurnFlag(sample->dAzimuth, before->dAzimuth));
+    const Candidate* before = nullptr;
+    for (Candidate& candidate : candidates) {
+        if (candidate.sample != nullptr) {
+            if (before == nullptr || before->sample == nullptr) {
+                candidate.turnFlag = candidate.sample->GetTurnFlag();
+            } else {
+                candidate.turnFlag = TurnFlag(candidate.azimuth, before->azimuth);
+                candidate.sample->SetTurnFlag(candidate.turnFlag);
+            }
+        }
+        before = &candidate;
     }
 }
 
 } // namespace
 
+void SortByAzimuth(Candidates candidates)
+{
+    if (std::all_of(candidates.begin(), candidates.end(), TakesPart)) {
+        SortEntries(candidates, candidates.size());
+    } else {
+        std::vector<Candidate> moving;
+        std::copy_if(candidates.begin(), candidates.end(), std::back_inserter(moving), TakesPart);
+        SortEntries(moving, candidates.size());
+        auto next = moving.begin();
+        for (Candidate& candidate : candidates)
+            if (TakesPart(candidate)) candidate = *next++;
+    }
+    RewriteFlags(candidates);
+}
+
 void SortByAzimuth(SampleArray& samples)
 {
-    Entries entries = EntriesOf(samples);
-    SortEntries(entries);
-    const auto equal = [](const Entry& a, const Entry& b) { return a.azimuth == b.azimuth; };
-    if (std::adjacent_find(entries.begin(), entries.end(), equal) != entries.end())
-        OrderEquals(entries);
-
-    auto next = entries.begin();
+    std::vector<Candidate> candidates = CandidatesOf(samples);
+    SortByAzimuth(candidates);
     for (int i = 0; i < CountOf(samples); ++i)
-        if (TakesPart(samples.GetAt(i))) samples.SetAt(i, (next++)->sample);
-    RewriteFlags(samples);
+        samples.SetAt(i, candidates[static_cast<std::size_t>(i)].sample);
 }
 
 } // namespace detail

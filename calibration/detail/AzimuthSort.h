@@ -1,7 +1,7 @@
 // Ascending azimuth, in the order that an exchange sort leaves.
 #pragma once
 
-#include "calibration/detail/SampleArray.h"
+#include "calibration/detail/Candidate.h"
 
 namespace detail {
 
@@ -12,5 +12,6 @@ namespace detail {
 /// i": equal azimuths come out rotated as that sort rotates them, null entries and azimuths that
 /// are not numbers keep their places. Derivation: docs/formulas.md, "Exchange sort".
 void SortByAzimuth(SampleArray& samples);
+void SortByAzimuth(Candidates candidates);
 
 } // namespace detail

@@ -1,23 +1,27 @@
 // Stages that thin a turn out: what a filter keeps of an array of samples.
 //
-// Every stage walks the array in order, passes over null entries and returns a new array for the
-// caller to delete; the samples stay whose they are.
+// A stage walks its entries in order and passes over null ones. Arrays that it returns are new, for
+// the caller to delete; the samples stay whose they are.
 #pragma once
 
+#include "calibration/detail/Candidate.h"
 #include "calibration/detail/Plane.h"
-#include "calibration/detail/SampleArray.h"
 
+#include <algorithm>
 #include <cmath>
+#include <limits>
 
 namespace detail {
 
 inline constexpr double kStillDistance = 30.0; // counts from the last kept sample
 inline constexpr int kStillSeconds = 3;        // after which a still pole gives a sample again
+inline constexpr double kFarAway = std::numeric_limits<double>::infinity();
 
-/// Time of day; a turn across midnight is not joined.
-inline int SecondOfDay(const PoseSensorData& sample)
+/// By the time of day; a turn across midnight is not joined.
+inline int SecondsBetween(const PoseSensorData& earlier, const PoseSensorData& later)
 {
-    return sample.nHour * 3600 + sample.nMinute * 60 + sample.nSecond;
+    return (later.nHour - earlier.nHour) * 3600 + (later.nMinute - earlier.nMinute) * 60
+           + later.nSecond - earlier.nSecond;
 }
 
 /// PlaneDistance(dx, dSecond) < kStillDistance; the root is taken only next to the bound.
@@ -36,8 +40,25 @@ bool HasMovedOn(const PoseSensorData& sample, const PoseSensorData& lastKept)
 {
     return !IsStill(sample.dMag_x - lastKept.dMag_x,
                     sample.*Plane::Second - lastKept.*Plane::Second)
-           || SecondOfDay(sample) - SecondOfDay(lastKept) >= kStillSeconds;
+           || SecondsBetween(lastKept, sample) >= kStillSeconds;
 }
+
+/// Tells which of the samples it is shown, one after the other, were not taken while the pole
+/// stood still.
+template <class Plane>
+class TimeScreen
+{
+public:
+    bool Keeps(const PoseSensorData& sample)
+    {
+        if (m_LastKept != nullptr && !HasMovedOn<Plane>(sample, *m_LastKept)) return false;
+        m_LastKept = &sample;
+        return true;
+    }
+
+private:
+    const PoseSensorData* m_LastKept = nullptr;
+};
 
 /// Thins out samples taken while the pole stood still. Null for a null array or an empty result.
 template <class Plane>
@@ -47,22 +68,24 @@ SampleArray* FilterByTime(const SampleArray* samples)
     std::unique_ptr<SampleArray> kept = NewSampleArray();
     if (!kept) return nullptr;
 
-    const PoseSensorData* last = nullptr;
-    for (int i = 0; i < CountOf(*samples); ++i) {
-        PoseSensorData* sample = samples->GetAt(i);
-        if (sample == nullptr) continue;
-        if (last != nullptr && !HasMovedOn<Plane>(*sample, *last)) continue;
-        kept->Add(sample);
-        last = sample;
-    }
+    TimeScreen<Plane> screen;
+    for (PoseSensorData* sample : EntriesOf(*samples))
+        if (sample != nullptr && screen.Keeps(*sample)) kept->Add(sample);
     return ReleaseUnlessEmpty(std::move(kept));
 }
 
+/// Whether a sample at that distance from the centre lies near the circle [counts].
 template <class Plane>
-bool LiesOnTurn(const PoseSensorData& sample, const PoseSensorCenterParameter& center)
+bool LiesOnCircle(double distance, const PoseSensorCenterParameter& center)
 {
-    return std::fabs(DistanceFromCenter<Plane>(sample, center) - center.dRadius) < Plane::InPlane
-           && std::fabs(sample.*Plane::Axis - center.*Plane::CenterAxis) < Plane::OffPlane;
+    return std::fabs(distance - center.dRadius) < Plane::InPlane;
+}
+
+/// Whether a sample lies near the plane of the circle.
+template <class Plane>
+bool LiesInPlane(const PoseSensorData& sample, const PoseSensorCenterParameter& center)
+{
+    return std::fabs(sample.*Plane::Axis - center.*Plane::CenterAxis) < Plane::OffPlane;
 }
 
 /// Keeps the samples that lie on the turn. Null for a null array or an empty result.
@@ -73,23 +96,57 @@ SampleArray* FilterByDistance(const SampleArray* samples, const PoseSensorCenter
     std::unique_ptr<SampleArray> kept = NewSampleArray();
     if (!kept) return nullptr;
 
-    for (int i = 0; i < CountOf(*samples); ++i) {
-        PoseSensorData* sample = samples->GetAt(i);
-        if (sample != nullptr && LiesOnTurn<Plane>(*sample, center)) kept->Add(sample);
-    }
+    for (PoseSensorData* sample : EntriesOf(*samples))
+        if (sample != nullptr && LiesInPlane<Plane>(*sample, center)
+            && LiesOnCircle<Plane>(DistanceFromCenter<Plane>(*sample, center), center))
+            kept->Add(sample);
     return ReleaseUnlessEmpty(std::move(kept));
 }
 
 /// Drops windows of 10 samples in which more than a fifth turned back. The last sample of the
 /// array never reaches the result. Null for a null array or an empty result.
 SampleArray* FilterByAzimuth(const SampleArray* samples);
+SampleArray* FilterByAzimuth(Candidates candidates);
+
+/// The samples of a record that were not taken while the pole stood still, stored in `room`, which
+/// is as large as the record. Forms the radius of the turn on the way.
+template <class Plane>
+Candidates ThinOut(const SampleArray& record, PoseSensorCenterParameter& turn, Candidate* room)
+{
+    const PoseSensorCenterParameter center = turn;
+    double distances = 0.0;
+    TimeScreen<Plane> screen;
+    Candidate* next = room;
+    for (PoseSensorData* sample : EntriesOf(record)) {
+        const double distance = DistanceFromCenter<Plane>(*sample, center);
+        distances += distance;
+        if (!screen.Keeps(*sample)) continue;
+        next->sample = sample;
+        next->azimuth = sample->dAzimuth;
+        next->distance = LiesInPlane<Plane>(*sample, center) ? distance : kFarAway;
+        next->place = static_cast<std::uint32_t>(next - room);
+        ++next;
+    }
+    turn.dRadius = distances / CountOf(record);
+    return {room, next};
+}
+
+/// The candidates that lie on the turn, in the same order, in the place of the given ones.
+template <class Plane>
+Candidates KeepOnTurn(Candidates candidates, const PoseSensorCenterParameter& center)
+{
+    const auto end = std::remove_if(candidates.begin(), candidates.end(), [&](const Candidate& c) {
+        return !LiesOnCircle<Plane>(c.distance, center);
+    });
+    return {candidates.begin(), end};
+}
 
 template <class Plane>
 TurnExtent<Plane> ExtentOf(const SampleArray& samples)
 {
     TurnExtent<Plane> extent;
-    for (int i = 0; i < CountOf(samples); ++i)
-        if (const PoseSensorData* sample = samples.GetAt(i)) extent.Include(*sample);
+    for (const PoseSensorData* sample : EntriesOf(samples))
+        if (sample != nullptr) extent.Include(*sample);
     return extent;
 }
 

@@ -7,7 +7,9 @@
 #include "calibration/detail/TurnAzimuth.h"
 
 #include <cmath>
+#include <cstddef>
 #include <limits>
+#include <memory>
 
 namespace detail {
 
@@ -156,14 +158,15 @@ public:
     SampleArray* Filter()
     {
         Recenter();
-        std::unique_ptr<SampleArray> kept(FilterByTime<Plane>(&m_Record));
-        Sort(kept.get());
-        if (m_Center.nValid != 0) {
-            m_Center = CenterWithRadius<Plane>(m_Center, m_Record, m_Notes);
-            m_Notes.radiusOwed = 0;
-            kept.reset(FilterByDistance<Plane>(kept.get(), m_Center));
-        }
-        return FilterByAzimuth(kept.get());
+        if (CountOf(m_Record) == 0) return nullptr;
+
+        const auto room = std::make_unique_for_overwrite<Candidate[]>(
+            static_cast<std::size_t>(CountOf(m_Record)));
+        const Candidates kept = ThinOut<Plane>(m_Record, m_Center, room.get());
+        m_Notes.radiusOwed = 0;
+        SortByAzimuth(kept);
+        m_Notes.flagsInOrder = false;
+        return FilterByAzimuth(KeepOnTurn<Plane>(kept, m_Center));
     }
 
 private:
@@ -196,11 +199,12 @@ private:
     void RewriteFlags()
     {
         const int count = m_Notes.flagsInOrder ? 1 : m_Notes.azimuths;
+        const PoseSensorData* before = m_Previous;
         for (int i = 0; i < count; ++i) {
             PoseSensorData* sample = m_Record.GetAt(i);
-            if (m_Previous != nullptr)
-                sample->SetTurnFlag(TurnFlag(sample->dAzimuth, m_Previous->dAzimuth));
-            m_Previous = sample;
+            if (before != nullptr)
+                sample->SetTurnFlag(TurnFlag(sample->dAzimuth, before->dAzimuth));
+            before = sample;
         }
         m_Notes.flagsInOrder = true;
         m_Previous = m_Record.GetAt(m_Notes.azimuths - 1);

@@ -1,8 +1,11 @@
 // The sample filters against the same rules written down literally: equal in every bit.
 #include "tests/calibration/FilterTwin.h"
 
+#include <rapidcheck/gtest.h>
+
 #include <limits>
 #include <random>
+#include <tuple>
 
 namespace {
 
@@ -186,6 +189,51 @@ TYPED_TEST(FilterLiteral, ReadingsThatAreNoNumbersFollowTheSameRules)
             EXPECT_TRUE(twin.HasSameState());
         }
     }
+}
+
+// Readings on a coarse grid: many samples stand still, share an azimuth, turn back or lie on an
+// axis; code 9 is no number.
+template <class Filter>
+void CheckGrid(const std::vector<std::tuple<int, int, int, int>>& codes)
+{
+    const auto reading = [](int code, double step) {
+        return code == 9 ? std::numeric_limits<double>::quiet_NaN() : code * step;
+    };
+    Twin<Filter> twin;
+    int second = 0;
+    for (const auto& [x, v, w, pause] : codes) {
+        PoseSensorData sample = turns::At(reading(x, 20), reading(v, 20), reading(w, 30));
+        if (kIsVertical<Filter>) std::swap(sample.dMag_y, sample.dMag_z);
+        second += pause;
+        sample.nMinute = second / 60;
+        sample.nSecond = second % 60;
+        twin.Add(sample);
+    }
+    for (const int call : {1, 2}) {
+        RC_LOG() << "call " << call << '\n';
+        RC_ASSERT(twin.IsSame(twin.fast.Filter(), twin.literal.Screen()));
+        RC_ASSERT(twin.HasSameState());
+    }
+}
+
+auto GridReadings()
+{
+    const auto inPlane = rc::gen::weightedOneOf<int>({
+        {200, rc::gen::inRange(-8, 9)},
+        {1,   rc::gen::just(9)                     }
+    });
+    return rc::gen::container<std::vector<std::tuple<int, int, int, int>>>(
+        rc::gen::tuple(inPlane, inPlane, rc::gen::inRange(-2, 3), rc::gen::inRange(0, 5)));
+}
+
+RC_GTEST_PROP(FilterOnAGrid, EqualsThePlainRulesInThePlaneXY, ())
+{
+    CheckGrid<CInclineSensor_Filter_XY>(*rc::gen::scale(4, GridReadings()));
+}
+
+RC_GTEST_PROP(FilterOnAGrid, EqualsThePlainRulesInThePlaneXZ, ())
+{
+    CheckGrid<CInclineSensor_Filter_XZ>(*rc::gen::scale(4, GridReadings()));
 }
 
 } // namespace
