@@ -138,8 +138,8 @@ void Search::AwaitUsable(const Quadruple& members)
     }
 }
 
-// Starts are judged against the best at the time. The best only improves until it falls below
-// kNoBest, from where every start replaces it: then the verdicts count for nothing.
+// Starts are judged against the best at the time. One below kNoBest is replaced by every start, so
+// the best can get worse on the way: while it is, the verdicts count for nothing.
 void Search::JudgeWaiting()
 {
     if (m_waiting.size == 0) return;
@@ -157,10 +157,8 @@ void Search::JudgeWaiting()
                                                  {origin.x, origin.y, origin.h},
                                                  toBeat * toBeat * redundancy
     });
-    for (std::size_t slot = 0; slot < m_waiting.size; ++slot) {
-        if (m_waiting.hopeless[slot] != 0 && HasBest()) continue;
-        Weigh(slot);
-    }
+    for (std::size_t slot = 0; slot < m_waiting.size; ++slot)
+        if (m_waiting.hopeless[slot] == 0 || PointErrorToBeat() > toBeat) Weigh(slot);
     m_waiting.size = 0;
 }
 

@@ -99,6 +99,21 @@ TEST(TipSearch, LetsEveryStartReplaceABestBelowAMicrometre)
     }
 }
 
+// Noise that gives some starts point errors below 1e-6 m and most of them larger ones: the best
+// gets worse again and again in the course of the search.
+TEST(TipSearch, AgreesWithTheLiteralSearchWhileTheBestGetsWorse)
+{
+    for (const double tilt : {5.0, 15.0, 30.0, 60.0})
+        for (const double noise : {3e-8, 1e-7, 3e-7})
+            for (unsigned seed = 1; seed <= 20; ++seed) {
+                const PoleSet setup = {
+                    .count = 10, .tilt = tilt, .planNoise = noise, .heightNoise = noise};
+                const auto antennas = Antennas(setup, seed);
+                ExpectSame(Solve(antennas, 2.0), SolveLiterally(antennas, 2.0),
+                           Name(setup, 2.0, seed));
+            }
+}
+
 TEST(TipSearch, IsTheSameAtSurveySize)
 {
     const literal::Point grid = {4500000.0, 500000.0, 100.0};
