@@ -29,15 +29,18 @@ std::string Shown(std::string_view text)
     return std::string(text.substr(0, kMost)) + "...";
 }
 
+bool IsBlank(const char* begin, const char* end)
+{
+    return Trim({begin, static_cast<std::size_t>(end - begin)}).empty();
+}
+
 // The separator is the first one that stands outside quotes; a header of one column has none.
 char SeparatorOf(const char* begin, const char* end)
 {
     bool quoted = false;
-    bool comma = false;
     for (const char* at = begin; at != end; ++at) {
         if (*at == '"') quoted = !quoted;
-        if (!quoted && *at == ';') return ';';
-        comma = comma || (!quoted && *at == ',');
+        if (!quoted && (*at == ';' || *at == ',')) return *at;
     }
     return ',';
 }
@@ -73,14 +76,14 @@ void CsvReader::ReadHeader()
     char* end = nullptr;
     do {
         if (!NextLine(begin, end)) {
-            throw InputError(m_name, 1,
-                             "the file is empty; its first line should name the columns");
+            throw HeaderError("the file is empty; its first line should name the columns");
         }
         if (m_line == 1 && end - begin >= 3 && std::memcmp(begin, "\xEF\xBB\xBF", 3) == 0) {
             begin += 3;
         }
-    } while (begin == end);
+    } while (IsBlank(begin, end));
 
+    m_headerLine = m_line;
     m_separator = SeparatorOf(begin, end);
     Split(begin, end);
     if (m_fields.size() > 1 && m_fields.back().empty()) m_fields.pop_back();
@@ -92,7 +95,7 @@ std::optional<std::size_t> CsvReader::Find(std::string_view name) const
     const auto found = std::find(m_columns.begin(), m_columns.end(), name);
     if (found == m_columns.end()) return std::nullopt;
     if (std::find(found + 1, m_columns.end(), name) != m_columns.end()) {
-        throw InputError(m_name, 1, fmt::format("the column {} stands twice", name));
+        throw HeaderError(fmt::format("the column {} stands twice", name));
     }
     return static_cast<std::size_t>(found - m_columns.begin());
 }
@@ -100,7 +103,7 @@ std::optional<std::size_t> CsvReader::Find(std::string_view name) const
 std::size_t CsvReader::Require(std::string_view name) const
 {
     const auto column = Find(name);
-    if (!column) throw InputError(m_name, 1, fmt::format("there is no column {}", name));
+    if (!column) throw HeaderError(fmt::format("there is no column {}", name));
     return *column;
 }
 
@@ -110,7 +113,7 @@ bool CsvReader::Next()
     char* end = nullptr;
     do {
         if (!NextLine(begin, end)) return false;
-    } while (Trim({begin, static_cast<std::size_t>(end - begin)}).empty());
+    } while (IsBlank(begin, end));
 
     Split(begin, end);
     // A separator that ends the line stands for no further field.

@@ -1,10 +1,9 @@
 // Delimited text, read one row at a time by column names.
 //
 //   separator   `,` or `;`, whichever the header line uses; the decimal sign is always a point
-//   lines       end with LF or CR LF; blank lines are passed over; a UTF-8 byte-order mark is
-//   skipped fields      may be quoted with ", a quote inside doubled; a quoted field ends on its
-//   own line memory      one line at a time, and no line beyond kLongestLine; files may be of any
-//   size
+//   lines       end with LF or CR LF; blank lines and a UTF-8 byte-order mark are passed over
+//   fields      may be quoted with ", a quote inside doubled; a quoted field ends on its line
+//   memory      one line at a time, and no line beyond kLongestLine; files may be of any size
 //
 //     CsvReader rows("points.csv");
 //     const std::size_t north = rows.Require("N");
@@ -61,6 +60,12 @@ public:
     /// An error about the current row: `file:line: reason`.
     InputError Error(const std::string& reason) const { return {m_name, m_line, reason}; }
 
+    /// The same about the header.
+    InputError HeaderError(const std::string& reason) const
+    {
+        return {m_name, m_headerLine, reason};
+    }
+
     /// True when reading itself failed, so that nothing can follow: not a row to be skipped.
     bool Failed() const { return m_failed; }
 
@@ -82,6 +87,7 @@ private:
     std::uint64_t m_size = 0;
     std::uint64_t m_bytesRead = 0;
     std::uint64_t m_line = 0;
+    std::uint64_t m_headerLine = 1;
     bool m_failed = false;
     bool m_atEnd = false;
     char m_separator = ',';

@@ -101,8 +101,8 @@ void SampleLog::FindColumns(bool antenna)
         }
     }
     if (!missing.empty()) {
-        throw InputError(m_rows.Name(), 1,
-                         fmt::format("the header has no column {}", fmt::join(missing, ", ")));
+        throw m_rows.HeaderError(
+            fmt::format("the header has no column {}", fmt::join(missing, ", ")));
     }
     m_time = m_rows.Find("Time");
     for (std::size_t i = 0; i < m_rows.Columns().size(); ++i) {

@@ -12,6 +12,7 @@ using cli::InputError;
 using cli::test::ScratchFolder;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::HasSubstr;
 
 using Rows = std::vector<std::vector<std::string>>;
 
@@ -84,6 +85,16 @@ TEST(Csv, ASeparatorInsideAQuotedNameDoesNotCount)
     }));
 }
 
+TEST(Csv, TheFirstSeparatorOfTheHeaderCounts)
+{
+    EXPECT_EQ(RowsOf("a,b;c\n1,2;3\n"), (Rows{
+                                            {"1", "2;3"}
+    }));
+    EXPECT_EQ(RowsOf("a;b,c\n1;2,3\n"), (Rows{
+                                            {"1", "2,3"}
+    }));
+}
+
 TEST(Csv, SaysWhatIsWrongAndWhere)
 {
     const std::pair<const char*, const char*> cases[] = {
@@ -96,6 +107,20 @@ TEST(Csv, SaysWhatIsWrongAndWhere)
     };
     for (const auto& [content, expected] : cases)
         EXPECT_EQ(ComplaintAbout(content), expected);
+}
+
+TEST(Csv, NamesTheLineOfAHeaderBelowBlankLines)
+{
+    const ScratchFolder folder;
+    const CsvReader reader(folder.Write("rows.csv", "\n \na,b,b\n1,2,3\n"));
+    for (const char* const name : {"b", "c"}) {
+        try {
+            reader.Require(name);
+            ADD_FAILURE() << name;
+        } catch (const InputError& error) {
+            EXPECT_THAT(error.what(), HasSubstr("rows.csv:3: ")) << name;
+        }
+    }
 }
 
 TEST(Csv, AMissingFileIsNamed)
