@@ -2,15 +2,11 @@
 
 #include "apps/cli/Errors.h"
 #include "apps/cli/Numbers.h"
+#include "apps/cli/ReadFile.h"
 #include <algorithm>
-#include <array>
-#include <cerrno>
-#include <cstdio>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
-#include <memory>
 #include <optional>
-#include <system_error>
 
 namespace cli {
 
@@ -58,22 +54,6 @@ const std::vector<Key>& Keys()
     return keys;
 }
 
-std::string ReadContent(const std::string& path)
-{
-    const std::unique_ptr<std::FILE, decltype(&std::fclose)> file(std::fopen(path.c_str(), "rb"),
-                                                                  &std::fclose);
-    if (!file) throw InputError(path, std::generic_category().message(errno));
-    std::string content;
-    std::array<char, 4096> block;
-    while (const std::size_t count = std::fread(block.data(), 1, block.size(), file.get())) {
-        content.append(block.data(), count);
-    }
-    if (std::ferror(file.get()) != 0) {
-        throw InputError(path, std::generic_category().message(errno));
-    }
-    return content;
-}
-
 // The library's rule: the first place where the bracketed key stands, up to the next CR.
 std::optional<ParameterProblem> Check(const Key& key, const std::string& content)
 {
@@ -106,7 +86,7 @@ std::optional<ParameterProblem> Check(const Key& key, const std::string& content
 
 std::vector<ParameterProblem> CheckParameters(const std::string& path)
 {
-    const std::string content = ReadContent(path);
+    const std::string content = ReadFile(path);
     std::vector<ParameterProblem> problems;
     for (const Key& key : Keys()) {
         if (auto problem = Check(key, content)) problems.push_back(std::move(*problem));

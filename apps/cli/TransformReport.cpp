@@ -1,12 +1,11 @@
 #include "apps/cli/TransformReport.h"
 
 #include "apps/cli/Errors.h"
+#include "apps/cli/ReadFile.h"
 #include <algorithm>
 #include <cmath>
 #include <cstdint>
 #include <fmt/format.h>
-#include <fstream>
-#include <iterator>
 #include <numbers>
 
 namespace cli {
@@ -50,9 +49,7 @@ std::string WithoutTable(const TransformFit& fit)
 
 nlohmann::json ParseFile(const std::string& path)
 {
-    std::ifstream file(path, std::ios::binary);
-    if (!file) throw InputError(path, "cannot be read");
-    const std::string text{std::istreambuf_iterator<char>(file), {}};
+    const std::string text = ReadFile(path);
     try {
         return nlohmann::json::parse(text);
     } catch (const nlohmann::json::parse_error& error) {
