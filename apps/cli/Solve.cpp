@@ -104,25 +104,32 @@ void AddSolveCommand(CLI::App& program, int& exitCode)
     CLI::App* const command =
         program.add_subcommand("solve", "The tip from many antenna positions about it.");
     command->footer(kFooter);
-    command->add_option("POINTS", setup.file, "Antenna positions; - is standard input")->required();
+    command->add_option("POINTS", setup.file, "Antenna positions; - is standard input")
+        ->required()
+        ->type_name("FILE");
     command->add_option("--height", setup.antennaHeight, "Antenna height above the tip [m]")
         ->required()
+        ->type_name("LENGTH")
         ->check(PositiveNumber());
     command->add_option("--cutoff", setup.cutoff, "Largest incline [degrees]; default 45")
+        ->type_name("ANGLE")
         ->check(FiniteNumber());
     command
         ->add_option(
             "--plan-error", setup.errors.plan,
             "Standard deviation of antenna N and E each [m]; default 0.008. Only its ratio "
             "to --height-error counts")
+        ->type_name("LENGTH")
         ->check(PositiveNumber());
     command
         ->add_option("--height-error", setup.errors.height,
                      "Standard deviation of the antenna's height [m]; default 0.015")
+        ->type_name("LENGTH")
         ->check(PositiveNumber());
     command
         ->add_option("--plot", options->plot,
                      "Picture of antennas, tips and residuals, .png or .svg")
+        ->type_name("FILE")
         ->check(PictureName());
     command->add_flag("--json", options->json, "Results as JSON");
     command->callback([options, &exitCode] { exitCode = Run(*options); });

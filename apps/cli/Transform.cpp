@@ -129,8 +129,11 @@ int RunFit(const FitOptions& options)
 std::pair<std::size_t, std::size_t> CoordinateColumns(const ApplyOptions& options,
                                                       const CsvReader& csv)
 {
-    if (!options.columns.empty())
-        return {csv.Require(options.columns[0]), csv.Require(options.columns[1])};
+    if (const auto& names = options.columns; !names.empty()) {
+        if (names[0] == names[1])
+            throw CLI::ValidationError("--columns", "x and y are the same column");
+        return {csv.Require(names[0]), csv.Require(names[1])};
+    }
     if (csv.Find("N") && csv.Find("E")) return {*csv.Find("N"), *csv.Find("E")};
     return {csv.Require("x"), csv.Require("y")};
 }
@@ -180,7 +183,7 @@ CLI::Validator ColumnEqualsValue()
                 const bool fits = equals != std::string::npos && equals > 0;
                 return fits ? std::string() : text + " is not COLUMN=VALUE";
             },
-            "COLUMN=VALUE", "column equals value"};
+            "", "column equals value"};
 }
 
 void AddFit(CLI::App& transform, int& exitCode)
@@ -189,10 +192,14 @@ void AddFit(CLI::App& transform, int& exitCode)
     CLI::App* const command =
         transform.add_subcommand("fit", "Fit scale, rotation and shift to point pairs.");
     command->footer(kFitFooter);
-    command->add_option("PAIRS", options->pairs, "Point pairs; - is standard input")->required();
+    command->add_option("PAIRS", options->pairs, "Point pairs; - is standard input")
+        ->required()
+        ->type_name("FILE");
     command->add_option("--only", options->only, "Use only rows with this text in this column")
+        ->type_name("COLUMN=VALUE")
         ->check(ColumnEqualsValue());
-    command->add_option("--out", options->out, "File for the parameters, replaced when complete");
+    command->add_option("--out", options->out, "Where the parameters go; replaced when complete")
+        ->type_name("FILE");
     command->add_flag("--json", options->json, "Results as JSON");
     command->callback([options, &exitCode] { exitCode = RunFit(*options); });
 }
@@ -202,13 +209,19 @@ void AddApply(CLI::App& transform, int& exitCode)
     const auto options = std::make_shared<ApplyOptions>();
     CLI::App* const command = transform.add_subcommand("apply", "Transform the points of a file.");
     command->footer(kApplyFooter);
-    command->add_option("POINTS", options->points, "Points; - is standard input")->required();
-    command->add_option("--parameters", options->parameters, "Parameter file, JSON")->required();
+    command->add_option("POINTS", options->points, "Points; - is standard input")
+        ->required()
+        ->type_name("FILE");
+    command->add_option("--parameters", options->parameters, "Parameter file, JSON")
+        ->required()
+        ->type_name("FILE");
     command
         ->add_option("--columns", options->columns, "Names of the columns x,y; default N,E or x,y")
         ->delimiter(',')
-        ->expected(2);
-    command->add_option("--out", options->out, "File for the rows, replaced when they are whole");
+        ->expected(2)
+        ->type_name("NAME");
+    command->add_option("--out", options->out, "Where the rows go; replaced when they are whole")
+        ->type_name("FILE");
     command->add_flag("--inverse", options->inverse, "From the second system back to the first");
     command->callback([options, &exitCode] { exitCode = RunApply(*options); });
 }

@@ -27,10 +27,10 @@ void AddCommands(CLI::App& program, int& exitCode)
 }
 
 // What the command line lacks, in a sentence of its own where the parser has none that helps.
-std::string Complaint(const CLI::App& program, const CLI::ParseError& error)
+std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
 {
-    if (!program.get_subcommands().empty()) return error.what();
-    const std::vector<std::string> unknown = program.remaining();
+    if (command.get_require_subcommand_min() == 0) return error.what();
+    const std::vector<std::string> unknown = command.remaining();
     if (unknown.empty()) return "a command is required";
     const char* const kind = unknown.front().starts_with('-') ? "option" : "command";
     return fmt::format("there is no {} {}", kind, unknown.front());
@@ -42,11 +42,13 @@ int Explain(const CLI::App& program, const CLI::ParseError& error)
     if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
         return program.exit(error);
     }
-    std::string command = "tiltpole";
-    for (const CLI::App* used : program.get_subcommands())
-        command += ' ' + used->get_name();
-    fmt::print(stderr, "{}: {} ({} --help tells more)\n", command, Complaint(program, error),
-               command);
+    const CLI::App* command = &program; // the innermost that was given
+    std::string name = program.get_name();
+    while (!command->get_subcommands().empty()) {
+        command = command->get_subcommands().front();
+        name += ' ' + command->get_name();
+    }
+    fmt::print(stderr, "{}: {} ({} --help tells more)\n", name, Complaint(*command, error), name);
     return cli::kUnreadable;
 }
 

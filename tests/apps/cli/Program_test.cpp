@@ -24,6 +24,12 @@ TEST(Program, WrongUseIsOneSentenceAndExitCode2)
         {{"--fast"},                 "tiltpole: there is no option --fast (tiltpole --help tells more)\n" },
         {{"measure", "--pole", "2"},
          "tiltpole measure: LOG is required (tiltpole measure --help tells more)\n"                       },
+        {{"transform"},
+         "tiltpole transform: a command is required (tiltpole transform --help tells more)\n"             },
+        {{"simulate", "wlak"},
+         "tiltpole simulate: there is no command wlak (tiltpole simulate --help tells more)\n"            },
+        {{"transform", "fit"},
+         "tiltpole transform fit: PAIRS is required (tiltpole transform fit --help tells more)\n"         },
     };
     for (const UseCase& use : cases) {
         const Outcome outcome = RunProgram(use.arguments);

@@ -206,6 +206,14 @@ TEST(TransformProgram, NamesWhatItCannotRead)
         EXPECT_EQ(outcome.exitCode, 2) << c.parameters;
         EXPECT_EQ(outcome.output, parameters + c.says + "\n");
     }
+    const LineOutcome aFolder =
+        RunLine("transform apply --parameters " + folder.Path("") + " " + points);
+    EXPECT_EQ(aFolder.exitCode, 2);
+    EXPECT_EQ(aFolder.output, folder.Path("") + ": Is a directory\n");
+    const std::string good =
+        folder.Write("p.json", R"({"scale": 1, "rotation": 0, "dx": 0, "dy": 0})");
+    EXPECT_EQ(RunLine("transform apply --columns x,x --parameters " + good + " " + points).exitCode,
+              2);
     EXPECT_EQ(RunLine("transform").exitCode, 2);
     EXPECT_EQ(RunLine("transform fit " + kExample + " --only direction").exitCode, 2);
     const std::string bad =
