@@ -83,6 +83,27 @@ TEST(Heading, DoesNotChangeWithTheLean)
     }
 }
 
+TEST(Heading, LeavesTheReadingAsItIsWithoutACorrection)
+{
+    constexpr Field readings[] = {
+        {0.1,   -310.7,  44.3 },
+        {1e-9,  3e8,     -2.5 },
+        {-1e12, 1.0 / 3, 1e-12},
+    };
+    for (const Field& m : readings) {
+        Reach sensor;
+        PoseSensorData sample = Sample(4, -3, m, m);
+        sensor.CalculateYaw_A(sample);
+        sensor.CalculateYaw_B(sample);
+        EXPECT_EQ(sample.dMag_x, m.x);
+        EXPECT_EQ(sample.dMag_y, m.y);
+        EXPECT_EQ(sample.dMag_z, m.z);
+        EXPECT_EQ(sample.dMag_x_2, m.x);
+        EXPECT_EQ(sample.dMag_y_2, m.y);
+        EXPECT_EQ(sample.dMag_z_2, m.z);
+    }
+}
+
 TEST(Heading, CorrectsTheReadingInPlaceFromRawValues)
 {
     Reach sensor;
