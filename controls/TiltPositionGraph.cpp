@@ -8,6 +8,7 @@
 
 using controls::DrawSegment;
 using controls::Selected;
+using controls::Shifted;
 using controls::ToInt;
 using controls::ToPixel;
 
@@ -261,6 +262,8 @@ void CTiltPositionGraph::DrawCurrentPt(CDC* dc, TiltPoint_Sensor point)
     const Selected usePen(*target, pen);
     const CPoint at = PixelOf(point);
     DrawCircle(target, at, kCurrentRadius);
-    DrawSegment(*target, {at.x, at.y - kCurrentRadius}, {at.x, at.y + kCurrentRadius});
-    DrawSegment(*target, {at.x - kCurrentRadius, at.y}, {at.x + kCurrentRadius, at.y});
+    DrawSegment(*target, {at.x, Shifted(at.y, -kCurrentRadius)},
+                {at.x, Shifted(at.y, kCurrentRadius)});
+    DrawSegment(*target, {Shifted(at.x, -kCurrentRadius), at.y},
+                {Shifted(at.x, kCurrentRadius), at.y});
 }

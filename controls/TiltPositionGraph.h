@@ -56,7 +56,8 @@ public:
     void DrawLinkDistance(CDC* dc, TiltPoint_Sensor point);
     /// The circle of a centre that is set and confirmed.
     void DrawCircle(CDC* dc, TiltPoint_Sensor point);
-    /// A circle of trunc(2·radius·π) chords by the context's pen.
+    /// A circle of trunc(2·radius·π) chords by the context's pen; a radius above 65536 counts as
+    /// 65536.
     void DrawCircle(CDC* dc, POINT centre, int radius);
     /// @}
 

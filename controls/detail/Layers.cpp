@@ -1,5 +1,6 @@
 #include "controls/detail/Layers.h"
 
+#include "controls/detail/Pixel.h"
 #include "controls/detail/Selected.h"
 
 namespace controls {
@@ -56,8 +57,8 @@ void AxisGlyph::Draw(CDC& dc) const
 
 void DrawCross(CDC& dc, CPoint at)
 {
-    DrawSegment(dc, {at.x - kCrossArm, at.y}, {at.x + kCrossArm, at.y});
-    DrawSegment(dc, {at.x, at.y - kCrossArm}, {at.x, at.y + kCrossArm});
+    DrawSegment(dc, {Shifted(at.x, -kCrossArm), at.y}, {Shifted(at.x, kCrossArm), at.y});
+    DrawSegment(dc, {at.x, Shifted(at.y, -kCrossArm)}, {at.x, Shifted(at.y, kCrossArm)});
 }
 
 } // namespace controls

@@ -2,7 +2,9 @@
 // symmetrically. What an int cannot hold becomes its nearest limit, not a number becomes 0.
 #pragma once
 
+#include <algorithm>
 #include <climits>
+#include <cstdint>
 
 namespace controls {
 
@@ -19,6 +21,12 @@ constexpr int ToInt(double value)
 constexpr int ToPixel(double value)
 {
     return ToInt(value + 0.5);
+}
+
+/// The pixel that lies `by` pixels on.
+constexpr int Shifted(int pixel, std::int64_t by)
+{
+    return static_cast<int>(std::clamp<std::int64_t>(pixel + by, INT_MIN, INT_MAX));
 }
 
 } // namespace controls

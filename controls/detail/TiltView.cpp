@@ -12,11 +12,6 @@ constexpr double kSmallestScale = 0.000001; // metres per pixel; below it nothin
 constexpr double kFinestZoom = 0.01;
 constexpr double kMargin = 1.2;
 
-int Shifted(int edge, std::int64_t by)
-{
-    return static_cast<int>(std::clamp<std::int64_t>(edge + by, INT_MIN, INT_MAX));
-}
-
 } // namespace
 
 void TiltView::ToClient(const CRect& client, double x, double y, long& cx, long& cy) const

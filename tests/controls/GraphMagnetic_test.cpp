@@ -3,6 +3,7 @@
 
 #include "tests/controls/ControlTest.h"
 
+#include <climits>
 #include <cstring>
 #include <filesystem>
 #include <fstream>
@@ -245,6 +246,19 @@ TYPED_TEST(Plot, TakesANewSizeWithItsLayersAndNotWithAPaint)
     this->control->WorldToClient(0, -100, x, y);
     EXPECT_EQ(x, 100);
     EXPECT_EQ(y, 144);
+}
+
+// A hundredth of a count a pixel: the limits of an int lie far beyond those of a pixel.
+TYPED_TEST(Plot, ShowsNothingOfWhatNoPixelCanReach)
+{
+    for (const int limit : {INT_MIN, INT_MAX}) {
+        this->AddCenter(limit, 0);
+        this->AddCenter(0, limit);
+    }
+    this->Add(0, 0);
+    this->Add(1, 1);
+    this->control->ZoomAll();
+    EXPECT_EQ(this->Now().Count(kRed), 0);
 }
 
 TYPED_TEST(Plot, KeepsItsViewBetweenRuns)

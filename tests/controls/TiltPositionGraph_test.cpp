@@ -237,6 +237,17 @@ TEST_F(TiltGraph, MarksTheCurrentPointOnItsView)
     EXPECT_EQ(Now().At(108, 50), kRed) << "drawn again with the layers";
 }
 
+TEST_F(TiltGraph, ShowsNothingOfWhatNoPixelCanReach)
+{
+    BeginAt(0.01);
+    const Shown before = Now();
+    for (const double far : {-1e300, 1e300}) {
+        graph.DrawCurrentPt(nullptr, At(1000.5, far));
+        graph.DrawCurrentPt(nullptr, At(far, 501.0));
+    }
+    EXPECT_EQ(Shown(view), before);
+}
+
 TEST_F(TiltGraph, KeepsTheCurrentPointThroughClear)
 {
     BeginAt(0.01);
