@@ -90,7 +90,7 @@ int CopySample(const SampleSet& samples, int index, PoseSensorData& sample)
     return 1;
 }
 
-CSZMatrix Corrected(CSZMatrix readings, const Incline_MagneticCorrectParameter& P)
+void Correct(CSZMatrix& readings, const Incline_MagneticCorrectParameter& P)
 {
     for (int i = 0; i < readings.getRowSize(); ++i) {
         const double x = readings.GetData(i, 0);
@@ -100,7 +100,6 @@ CSZMatrix Corrected(CSZMatrix readings, const Incline_MagneticCorrectParameter& 
         readings.SetData(i, 1, P.a * x + P.b * y - P.y0);
         readings.SetData(i, 2, P.c * x + P.d * y + P.e * z - P.z0);
     }
-    return readings;
 }
 
 CSZMatrix Column(const CSZMatrix& readings, int column)
@@ -140,7 +139,8 @@ Ending CorrectRoughly(const CSZMatrix& H, const CSZMatrix& V, Incline_MagneticCo
 Ending Level(const CSZMatrix& H, Incline_MagneticCorrectParameter& P)
 {
     for (int pass = 1; pass < detail::kPasses; ++pass) {
-        const CSZMatrix corrected = Corrected(H, P);
+        CSZMatrix corrected = H;
+        Correct(corrected, P);
         const auto leanX = SlopeOf(corrected, 2, 0);
         const auto leanY = SlopeOf(corrected, 2, 1);
         if (!leanX || !leanY) return Ending::NoHorizontalLine;
@@ -295,7 +295,7 @@ CSZMatrix CInclineSensor_MagneticAdjust::OverDeterminedEquationSolution(CSZMatri
 void CInclineSensor_MagneticAdjust::MagneticModify(const Incline_MagneticCorrectParameter& P,
                                                    CSZMatrix& M)
 {
-    M = Corrected(std::move(M), P);
+    Correct(M, P);
 }
 
 int CInclineSensor_MagneticAdjust::EllipseFit(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& p)

@@ -270,4 +270,14 @@ TEST(MagneticModify, UsesTheRawReadingsOnTheRightSide)
     EXPECT_EQ(M.GetData(1, 2), 1 + 0 + 5 - 2);
 }
 
+TEST(MagneticModify, LeavesSizeAndHealthOfTheMatrix)
+{
+    CSZMatrix M(4, 3, MatOnes), empty;
+    ReachAdjust().MagneticModify({}, M);
+    ReachAdjust().MagneticModify({}, empty);
+    EXPECT_EQ(M.getRowSize(), 4);
+    EXPECT_TRUE(M.isMatrixHealthy());
+    EXPECT_TRUE(empty.isMatrixHealthy());
+}
+
 } // namespace
