@@ -8,7 +8,7 @@ namespace {
 
 constexpr double kFarthestMean = 8.0;       // from 0, in standard deviations of a coordinate
 constexpr double kLeastSpread = 1e-7;       // of a coordinate, beside its mean
-constexpr double kLeastDiscriminant = 1e-3; // of a conic, 1 for a circle
+constexpr double kLeastDiscriminant = 0.05; // of a conic, 1 for a circle
 constexpr double kLeastRadicand = 1e-4;     // below the roots of the first correction
 constexpr double kNextToBound = 1e-7;       // of kLevelSlope
 

@@ -167,7 +167,7 @@ double FillUpWithMean(std::vector<double>& column, std::size_t count)
 }
 
 constexpr std::size_t kUnknowns = 5;
-constexpr double kLeastPivot = 1e-4; // of a diagonal element, at which the conic is well determined
+constexpr double kLeastPivot = 0.01; // of a diagonal element, at which the conic is well determined
 
 // The normal equations of the conic, right side in the last column, upper triangle filled.
 using NormalEquations = std::array<std::array<double, kUnknowns + 1>, kUnknowns>;
