@@ -11,12 +11,6 @@ namespace {
 constexpr std::chrono::milliseconds kBeforeFirst{1000};
 constexpr std::chrono::milliseconds kBetween{100};
 
-std::string Amount(double count, Unit unit)
-{
-    if (unit == Unit::Steps) return fmt::format("{:.0f}", count);
-    return fmt::format("{:.1f} MB", count / 1e6);
-}
-
 std::string Duration(double seconds)
 {
     const auto whole = std::llround(seconds);
@@ -30,12 +24,15 @@ std::string ProgressText(std::uint64_t done, std::uint64_t total, double seconds
 {
     const auto amount = static_cast<double>(done);
     const double rate = amount / seconds;
-    std::string soFar = fmt::format("{}, {}/s", Amount(amount, unit), Amount(rate, unit));
+    std::string soFar;
+    if (unit == Unit::Bytes)
+        soFar = fmt::format("{:.1f} MB, {:.1f} MB/s", amount / 1e6, rate / 1e6);
     if (total == 0 || done == 0) return soFar;
 
     const auto whole = static_cast<double>(total);
     const double share = std::fmin(amount / whole, 1.0);
-    return fmt::format("{:3.0f} %  {}, {} left", std::floor(100.0 * share), soFar,
+    if (!soFar.empty()) soFar += ", ";
+    return fmt::format("{:3.0f} %  {}{} left", std::floor(100.0 * share), soFar,
                        Duration(std::fmax(whole - amount, 0.0) / rate));
 }
 

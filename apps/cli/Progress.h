@@ -8,7 +8,8 @@
 
 namespace cli {
 
-enum class Unit { Bytes, Steps };
+/// What the meter counts; None: shares of the work, which are no amount to show.
+enum class Unit { Bytes, None };
 
 /// The text of the meter: share done, amount, rate and, where `total` is known, the time left.
 /// @param total    0 when unknown

@@ -77,7 +77,7 @@ std::vector<AntennaRow> ReadRows(const std::string& path)
 int Run(const SolveOptions& options)
 {
     constexpr double kSteps = 1e6;
-    Progress meter(static_cast<std::uint64_t>(kSteps), Unit::Steps);
+    Progress meter(static_cast<std::uint64_t>(kSteps), Unit::None);
     const SolvedTip solved =
         SolveTip(options.setup, ReadRows(options.setup.file), [&](double fraction) {
             meter.Update(static_cast<std::uint64_t>(fraction * kSteps));

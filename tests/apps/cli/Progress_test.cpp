@@ -11,13 +11,17 @@ TEST(Progress, SaysShareAmountRateAndTimeLeft)
 {
     EXPECT_EQ(ProgressText(500'000'000, 2'000'000'000, 2.0, Unit::Bytes),
               " 25 %  500.0 MB, 250.0 MB/s, 6 s left");
-    EXPECT_EQ(ProgressText(1000, 400'000, 1.0, Unit::Steps),
-              "  0 %  1000, 1000/s, 6 min 39 s left");
+}
+
+TEST(Progress, SaysNoAmountWhereThereIsNone)
+{
+    EXPECT_EQ(ProgressText(1000, 400'000, 1.0, Unit::None), "  0 %  6 min 39 s left");
+    EXPECT_EQ(ProgressText(0, 400'000, 1.0, Unit::None), "");
 }
 
 TEST(Progress, NeverClaimsToBeDoneBeforeItIs)
 {
-    EXPECT_EQ(ProgressText(1999, 2000, 1.0, Unit::Steps).substr(0, 5), " 99 %");
+    EXPECT_EQ(ProgressText(1999, 2000, 1.0, Unit::None).substr(0, 5), " 99 %");
 }
 
 TEST(Progress, OfAnUnknownTotalShowsWhatIsDone)
