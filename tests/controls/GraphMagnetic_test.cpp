@@ -204,7 +204,7 @@ TYPED_TEST(Plot, LeavesTheViewAloneBelowTwoSamples)
     EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
 }
 
-TYPED_TEST(Plot, ZoomsFromItsCountAloneWhileTheScaleIsOutOfRange)
+TYPED_TEST(Plot, NeverZoomsByItselfAtScaleZero)
 {
     this->Add(0, 0);
     this->Add(0, 0);
@@ -214,11 +214,40 @@ TYPED_TEST(Plot, ZoomsFromItsCountAloneWhileTheScaleIsOutOfRange)
     this->control->WorldToClient(123, 456, x, y);
     EXPECT_EQ(x, 0);
     EXPECT_EQ(y, 0);
-    // Each further sample lies at (0, 0), inside, and counts once: nothing zooms yet.
+    // Each further sample lies at (0, 0), inside; it counts, but only one outside would zoom.
     for (int i = 0; i < 20; ++i)
         this->Add(i, i);
     this->control->WorldToClient(123, 456, x, y);
     EXPECT_EQ(x, 0);
+}
+
+// Above 1000 counts a pixel samples inside count as well: the first one outside is the eleventh.
+TYPED_TEST(Plot, CountsEverySampleWhileTheScaleIsOutOfRange)
+{
+    const auto begin = [this](const char* view) {
+        const std::string line = std::string(TypeParam::kOther).substr(0, 17) + view;
+        this->folder.Write(TypeParam::kFile, line);
+        this->control = std::make_unique<typename TypeParam::Control>();
+        this->control->Create(nullptr, nullptr, WS_CHILD, CRect(0, 0, 200, 150), &this->dialog, 4);
+        for (int i = 0; i < 10; ++i)
+            this->Add(1000, 1000);
+        EXPECT_EQ(this->folder.Text(TypeParam::kFile), line) << "inside";
+        this->Add(-1, -1000000);
+        return this->folder.Text(TypeParam::kFile) != line;
+    };
+    EXPECT_TRUE(begin("0, 0, 1000.000001,"));
+    EXPECT_FALSE(begin("0, 0, 1000.000000,"));
+}
+
+TYPED_TEST(Plot, NeverZoomsForCentres)
+{
+    this->Add(0, -100); // a zoom needs two samples
+    this->Add(10, -90);
+    for (int i = 0; i < 30; ++i)
+        this->AddCenter(1000 + i, 0);
+    for (int i = 0; i < 10; ++i)
+        this->Add(1000 + i, 0);
+    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
 }
 
 TYPED_TEST(Plot, EmptiesItselfAndKeepsItsView)
