@@ -28,6 +28,18 @@ double Millimetres(double metres)
     return 1000.0 * metres;
 }
 
+// Four positions leave nothing to test the radius or a single residual with.
+bool HasTests(const quality::TipEstimate& e)
+{
+    return e.used > 4;
+}
+
+std::string PointError(double error)
+{
+    if (!std::isfinite(error)) return "unknown: four positions leave nothing over";
+    return fmt::format("{:.1f} mm", Millimetres(error));
+}
+
 std::string PositionLines(const SolvedTip& solved)
 {
     const std::size_t read = solved.rows.size();
@@ -57,7 +69,7 @@ std::string SearchLines(const SolvedTip& solved)
         text += Line("  tip", Point(solved.searched));
         text += Line("  radius", fmt::format("{:.4f} m, {:+.1f} mm to the antenna height",
                                              state.dRadius, Millimetres(state.dRadiusExcess)));
-        text += Line("  point error", fmt::format("{:.1f} mm", Millimetres(state.dPointError)));
+        text += Line("  point error", PointError(state.dPointError));
         text +=
             Line("  geometry figure", fmt::format("{:.3f}, height cofactor {:.4f}",
                                                   state.dGeometryFigure, state.dHeightCofactor));
@@ -72,7 +84,7 @@ std::string SearchLines(const SolvedTip& solved)
 std::string FreeRadius(const quality::TipEstimate& e)
 {
     constexpr double kOpen = 0.5; // [m]
-    if (!(e.radiusExcessLimit < kOpen)) return "these positions cannot tell";
+    if (!HasTests(e) || !(e.radiusExcessLimit < kOpen)) return "these positions cannot tell";
     return fmt::format("{:+.1f} mm to the antenna height, chance allows {:.1f}",
                        Millimetres(e.radiusExcess), Millimetres(e.radiusExcessLimit));
 }
@@ -93,10 +105,12 @@ std::string EstimateLines(const SolvedTip& solved)
         Line("  residuals", fmt::format("{:.1f} mm rms, largest {:+.1f} mm at {}",
                                         Millimetres(e.residualRms), Millimetres(e.largestResidual),
                                         solved.RowOf(e.largestResidualIndex).name));
-    text += Line("  least likely residual",
-                 fmt::format("{:+.1f} mm at {}, {:.2f} of what chance allows",
-                             Millimetres(e.suspectResidual), solved.RowOf(e.suspectIndex).name,
-                             e.suspectRatio));
+    if (HasTests(e)) {
+        text += Line("  least likely residual",
+                     fmt::format("{:+.1f} mm at {}, {:.2f} of what chance allows",
+                                 Millimetres(e.suspectResidual), solved.RowOf(e.suspectIndex).name,
+                                 e.suspectRatio));
+    }
     text += Line("  radius, were it free", FreeRadius(e));
     text += Line("  spread of directions", fmt::format("{:.1f} degrees{}", e.directionSpread,
                                                        e.narrowCone ? ": a narrow cone" : ""));
@@ -135,10 +149,10 @@ nlohmann::ordered_json PointJson(const xyhCoord& point)
     };
 }
 
-// JSON has no infinities: a figure that is not finite is null.
-nlohmann::ordered_json Figure(double value)
+// JSON has no infinities: a figure that is not finite, or not known, is null.
+nlohmann::ordered_json Figure(double value, bool known = true)
 {
-    if (!std::isfinite(value)) return nullptr;
+    if (!known || !std::isfinite(value)) return nullptr;
     return value;
 }
 
@@ -181,12 +195,12 @@ nlohmann::ordered_json EstimateJson(const SolvedTip& solved)
         {"value", e.largestResidual                        }
     };
     json["suspect"] = {
-        {"point", solved.RowOf(e.suspectIndex).name},
-        {"value", e.suspectResidual                },
-        {"ratio", Figure(e.suspectRatio)           }
+        {"point",            solved.RowOf(e.suspectIndex).name},
+        {       "value", e.suspectResidual                                 },
+        { "ratio",      Figure(e.suspectRatio,                                       HasTests(e))}
     };
-    json["radius_excess"] = e.radiusExcess;
-    json["radius_excess_limit"] = e.radiusExcessLimit;
+    json["radius_excess"] = Figure(e.radiusExcess, HasTests(e));
+    json["radius_excess_limit"] = Figure(e.radiusExcessLimit, HasTests(e));
     json["direction_spread"] = e.directionSpread;
     json["narrow_cone"] = e.narrowCone;
     return json;

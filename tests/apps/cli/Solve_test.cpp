@@ -16,6 +16,7 @@ using cli::test::ReadAll;
 using cli::test::RunLine;
 using cli::test::ScratchFolder;
 using testing::HasSubstr;
+using testing::Not;
 using testing::StartsWith;
 
 // Positions on a sphere of radius 2 about N 4500000, E 500000, h 100, tilts in rings.
@@ -113,6 +114,22 @@ TEST_F(Solve, NeedsFourPositions)
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.output, HasSubstr("-99: fewer than four positions"));
     EXPECT_EQ(Run("N,E,h\n").exitCode, 1);
+}
+
+// Neither the search nor the free radius has a position to spare.
+TEST_F(Solve, ClaimsNothingThatFourPositionsCannotTell)
+{
+    const std::string points = "N,E,h\n0,0,2\n0.9,0,1.786\n0,0.9,1.786\n-0.9,0,1.787\n";
+    const std::string text = Run(points).output;
+    EXPECT_THAT(text, Not(HasSubstr("nan")));
+    EXPECT_THAT(text, HasSubstr("point error           unknown"));
+    EXPECT_THAT(text, HasSubstr("radius, were it free  these positions cannot tell"));
+    EXPECT_THAT(text, Not(HasSubstr("what chance allows")));
+    const nlohmann::json json = Json(points);
+    EXPECT_TRUE(json["search"]["point_error"].is_null());
+    EXPECT_TRUE(json["estimate"]["suspect"]["ratio"].is_null());
+    EXPECT_TRUE(json["estimate"]["radius_excess"].is_null());
+    EXPECT_TRUE(json["estimate"]["radius_excess_limit"].is_null());
 }
 
 TEST_F(Solve, WarnsOfANarrowCone)
