@@ -198,6 +198,26 @@ TEST(Adjust, PassLimitIsToldAndStillCounts)
     EXPECT_EQ(boxes.shown, (std::vector<Box>{kPassLimit, kPassLimit})) << "one per magnetometer";
 }
 
+// The horizontal arc is short and noisy: once corrected, the conic through it is a hyperbola.
+TEST(Adjust, CentreOfAConicThatIsNoEllipseIsTakenAllTheSame)
+{
+    const Turn horizontal = turns::Make(
+        {.samples = 120, .revolutions = 0.3, .skew = 0.3, .noise = 30, .seed = 8}, false);
+    const Turn vertical = turns::Make({.samples = 120, .skew = 0.2, .seed = 8}, true);
+    const auto expected =
+        literal::Calibrate(ReadingsOf(horizontal, false), ReadingsOf(vertical, false));
+    literal::Correction level = expected;
+    level.x0 = level.y0 = level.z0 = 0;
+    const auto p = literal::Ellipse(level.Apply(ReadingsOf(horizontal, false)), 0, 1);
+    ASSERT_GE(p[1] * p[1], 4 * p[0] * (1 - p[0])) << "the corrected conic is meant to be none";
+
+    RecordedBoxes boxes;
+    Incline_MagneticCorrectParameter P;
+    EXPECT_EQ(ReachAdjust().MagCorrPara(MatrixOf(horizontal), MatrixOf(vertical), P), 1);
+    EXPECT_TRUE(boxes.shown.empty());
+    ExpectCorrection(P, expected, 1e-6);
+}
+
 struct Failure
 {
     const char* why;
