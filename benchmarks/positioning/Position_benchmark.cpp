@@ -1,12 +1,15 @@
 // Position per sample, beside what it is to be compared with in the same run:
 //
 //   Literal        the formulas written out one by one (tests/positioning/Literal.h)
-//   Trigonometry   bare library calls: the five that Position makes, or six with the angle of the
-//                  projection, which it leaves until ConverseYaw asks for it
+//   Trigonometry   bare library calls on the arguments that the measurement has: the five that
+//                  Position makes, or six with the angle of the projection, which it leaves until
+//                  ConverseYaw asks for it
 //   Fusion         one step of a complementary filter with the same tip arithmetic, on Eigen
 //
 // Read the ratios, by CPU time; a single number depends on the machine.
 #include "positioning/InclineSensor_Position.h"
+#include "positioning/detail/Heading.h"
+#include "positioning/detail/Tilt.h"
 #include "tests/positioning/Literal.h"
 
 #include <Eigen/Geometry>
@@ -95,25 +98,58 @@ void Literal(benchmark::State& state)
 }
 BENCHMARK(Literal)->ArgName("type")->Arg(1)->Arg(2)->Arg(0);
 
+// What the library calls of a measurement are given for one sample.
+struct Arguments
+{
+    double pitch, roll; // [rad]
+    detail::LevelledField fieldA, fieldB;
+    double tiltCosine, projectionCosine;
+};
+
+std::array<Arguments, kSamples> ArgumentsOf(int sensorType)
+{
+    literal::Setup setup;
+    setup.sensorType = sensorType;
+    std::array<Arguments, kSamples> arguments;
+    for (std::size_t i = 0; i < kSamples; ++i) {
+        const PoseSensorData& s = Samples()[i];
+        const detail::Pose pose = detail::PoseOf(s.dPitch, s.dRoll);
+        const detail::Reading a{s.dMag_x, s.dMag_y, s.dMag_z};
+        const detail::Reading b{s.dMag_x_2, s.dMag_y_2, s.dMag_z_2};
+        const literal::Result written = literal::Measure(setup, s, kPoleLength, {});
+        arguments[i] = {detail::Deg2Rad(s.dPitch),
+                        detail::Deg2Rad(s.dRoll),
+                        detail::Level(pose, detail::Corrected(kCorrection, a), sensorType),
+                        detail::LevelOfB(pose, detail::Corrected(kCorrection, b), sensorType),
+                        detail::ClampToUnit(written.quotient),
+                        detail::ClampToUnit(written.cosine[0])};
+    }
+    return arguments;
+}
+
 // Sine and cosine of pitch and roll, two headings, the tilt direction; the projection where asked.
+// The arguments lie ready: none waits for the result of another, as those of a measurement do.
 void Trigonometry(benchmark::State& state)
 {
     const bool projection = state.range(0) == 6;
-    const auto& samples = Samples();
+    const auto arguments = ArgumentsOf(static_cast<int>(state.range(1)));
     std::size_t i = 0;
     for ([[maybe_unused]] auto _ : state) {
-        const PoseSensorData& s = samples[i++ % kSamples];
-        const double p = s.dPitch * 0.0174532925;
-        const double r = s.dRoll * 0.0174532925;
-        benchmark::DoNotOptimize(std::sin(p) + std::cos(p));
-        benchmark::DoNotOptimize(std::sin(r) + std::cos(r));
-        benchmark::DoNotOptimize(std::atan2(s.dMag_y, s.dMag_x));
-        benchmark::DoNotOptimize(std::atan2(s.dMag_y_2, s.dMag_x_2));
-        benchmark::DoNotOptimize(std::acos(p));
-        if (projection) benchmark::DoNotOptimize(std::acos(r));
+        const Arguments& s = arguments[i++ % kSamples];
+        benchmark::DoNotOptimize(std::sin(s.pitch) + std::cos(s.pitch));
+        benchmark::DoNotOptimize(std::sin(s.roll) + std::cos(s.roll));
+        benchmark::DoNotOptimize(std::atan2(-s.fieldA.rightward, s.fieldA.forward));
+        benchmark::DoNotOptimize(std::atan2(-s.fieldB.rightward, s.fieldB.forward));
+        benchmark::DoNotOptimize(std::acos(s.tiltCosine));
+        if (projection) benchmark::DoNotOptimize(std::acos(s.projectionCosine));
     }
 }
-BENCHMARK(Trigonometry)->ArgName("calls")->Arg(5)->Arg(6);
+BENCHMARK(Trigonometry)
+    ->ArgNames({"calls", "type"})
+    ->Args({5, 1})
+    ->Args({6, 1})
+    ->Args({5, 2})
+    ->Args({6, 2});
 
 // One step of a complementary filter on a quaternion (Mahony, Hamel, Pflimlin, IEEE Trans. Autom.
 // Control 53 (2008) 1203): the rate is corrected by how far the measured gravity and field lie from
