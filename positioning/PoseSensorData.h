@@ -8,6 +8,9 @@
 #include "framework/core/Export.h"
 #include "framework/core/String.h"
 
+#include <cstdint>
+#include <cstring>
+
 /// One sample of the pose sensor. A plain value: copied whole, all zero when made.
 struct TILTPOLE_API PoseSensorData
 {
@@ -44,8 +47,17 @@ struct TILTPOLE_API PoseSensorData
     static CString TextHeader();
 
     /// The flag of the sample filters, 1 or 0, kept in the first 32 bits of dSpare.
-    int GetTurnFlag() const;
-    void SetTurnFlag(int flag);
+    int GetTurnFlag() const
+    {
+        std::int32_t flag = 0;
+        std::memcpy(&flag, &dSpare, sizeof flag);
+        return flag;
+    }
+    void SetTurnFlag(int flag)
+    {
+        const std::int32_t stored = flag;
+        std::memcpy(&dSpare, &stored, sizeof stored);
+    }
 };
 
 /// A point: x to the north, y to the east, h up [m].
