@@ -193,6 +193,7 @@ int Conclude(const CalibrateOptions& options, const CalibrationReport& report,
 int CalibrateTurns(const CalibrateOptions& options)
 {
     GivenBias(options); // complains before any work is done
+    KeepInputs({options.out, options.report, options.plot}, {options.horizontal, options.vertical});
     const CalibrationRun run = Calibrate(options);
     const CalibrationReport report = quality::AssessCalibration(run);
     std::string text = ToText(report);

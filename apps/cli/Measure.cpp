@@ -238,7 +238,10 @@ void AddMeasureCommand(CLI::App& program, int& exitCode)
     command->footer(kFooter);
     AddInputOptions(*command, *options);
     AddOutputOptions(*command, *options);
-    command->callback([options, &exitCode] { exitCode = Run(*options).Measure(); });
+    command->callback([options, &exitCode] {
+        KeepInputs({options->out, options->plot}, {options->log, options->config});
+        exitCode = Run(*options).Measure();
+    });
 }
 
 } // namespace cli

@@ -5,6 +5,7 @@
 #include <climits>
 #include <cstdlib>
 #include <fcntl.h>
+#include <filesystem>
 #include <memory>
 #include <sys/stat.h>
 #include <system_error>
@@ -92,6 +93,17 @@ void Output::Flush()
 void Output::Fail() const
 {
     throw InputError(m_name, "cannot be written: " + std::generic_category().message(errno));
+}
+
+void KeepInputs(std::initializer_list<std::string> outputs,
+                std::initializer_list<std::string> inputs)
+{
+    for (const std::string& output : outputs)
+        for (const std::string& input : inputs) {
+            std::error_code error; // of a name that is no file: nothing to keep
+            if (std::filesystem::equivalent(output, input, error))
+                throw InputError(output, "is read by this command; name another file to write");
+        }
 }
 
 void WriteFile(const std::string& path, std::string_view content)

@@ -2,6 +2,7 @@
 // flushed to the disk and renamed. Standard output is buffered and every failing write is noticed.
 #pragma once
 
+#include <initializer_list>
 #include <string>
 #include <string_view>
 
@@ -36,6 +37,12 @@ private:
     int m_file = -1;
     std::string m_held;
 };
+
+/// Sees that no file that is written is one that is read, under whatever name: readings often exist
+/// once only. Empty names and "-" are no files.
+/// @throws InputError that names the file
+void KeepInputs(std::initializer_list<std::string> outputs,
+                std::initializer_list<std::string> inputs);
 
 /// Replaces the file by the content, whole or not at all.
 /// @throws InputError when that fails

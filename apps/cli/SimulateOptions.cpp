@@ -57,6 +57,12 @@ Vector VectorFrom(const std::vector<double>& numbers)
     return {numbers[0], numbers[1], numbers[2]};
 }
 
+void CheckInterval(const std::string& option, double from, double to)
+{
+    if (!(from < to))
+        throw CLI::ValidationError(option, fmt::format("{} is not after {}", to, from));
+}
+
 } // namespace
 
 std::vector<double> NumbersIn(const std::string& text, char separator, const NumberForm& form,
@@ -113,13 +119,16 @@ CLI::Option* AddNumber(CLI::App& command, const std::string& option, double& tar
 }
 
 CLI::Option* AddAmount(CLI::App& command, const std::string& option, double& target,
-                       const std::string& description)
+                       const std::string& description, double limit)
 {
     return AddNumbers(
         command, option, kOne,
-        [option, &target](const std::vector<double>& numbers) {
+        [option, limit, &target](const std::vector<double>& numbers) {
             if (numbers[0] < 0.0)
                 throw CLI::ValidationError(option, fmt::format("'{}' is below 0", numbers[0]));
+            if (!(numbers[0] < limit))
+                throw CLI::ValidationError(option,
+                                           fmt::format("'{}' is not below {}", numbers[0], limit));
             target = numbers[0];
         },
         fmt::format("{} [{}]", description, target));
@@ -170,10 +179,11 @@ void AddStartTime(CLI::App& command, double& secondOfDay)
 void AddLosses(CLI::App& command, simulation::Losses& losses)
 {
     UnderHeading(command, "Losses");
-    AddAmount(command, "--drop", losses.share, "Share of the samples lost at random, 0 to 1");
+    AddAmount(command, "--drop", losses.share, "Share of the samples lost at random, below 1", 1.0);
     AddRepeated(
         command, "--gap", {"FROM:TO", 2, 2},
         [&losses](const std::vector<double>& t) {
+            CheckInterval("--gap", t[0], t[1]);
             losses.gaps.push_back({t[0], t[1]});
         },
         "Seconds without samples; repeatable");
@@ -185,6 +195,7 @@ void MagnetOptions::AddTo(CLI::App& command)
     AddRepeated(
         command, "--magnet", {"FROM:TO:STRENGTH[:AZIMUTH[:ELEVATION]]", 3, 5},
         [this](const std::vector<double>& n) {
+            CheckInterval("--magnet", n[0], n[1]);
             Magnet magnet;
             magnet.from = n[0];
             magnet.to = n[1];

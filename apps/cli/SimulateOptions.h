@@ -5,6 +5,7 @@
 #include "apps/simulation/TruthText.h"
 #include <CLI/CLI.hpp>
 #include <functional>
+#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -39,9 +40,10 @@ CLI::Option* AddRepeated(CLI::App& command, const std::string& option, const Num
 CLI::Option* AddNumber(CLI::App& command, const std::string& option, double& target,
                        const std::string& description);
 
-/// The same, refusing numbers below zero.
+/// The same, refusing numbers below zero and from `limit` on.
 CLI::Option* AddAmount(CLI::App& command, const std::string& option, double& target,
-                       const std::string& description);
+                       const std::string& description,
+                       double limit = std::numeric_limits<double>::infinity());
 
 /// An option of three numbers: x, y, h of a point.
 CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point& target,

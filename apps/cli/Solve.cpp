@@ -76,6 +76,7 @@ std::vector<AntennaRow> ReadRows(const std::string& path)
 
 int Run(const SolveOptions& options)
 {
+    KeepInputs({options.plot}, {options.setup.file});
     constexpr double kSteps = 1e6;
     Progress meter(static_cast<std::uint64_t>(kSteps), Unit::None);
     const SolvedTip solved =

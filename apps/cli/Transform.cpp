@@ -108,6 +108,7 @@ bool SourcesDiffer(const std::vector<PairRow>& rows)
 
 int RunFit(const FitOptions& options)
 {
+    KeepInputs({options.out}, {options.pairs});
     std::vector<PairRow> rows = ReadPairs(options);
     if (!SourcesDiffer(rows)) {
         fmt::print(stderr, "{}: a fit needs two pairs whose source points differ\n", options.pairs);
@@ -140,6 +141,7 @@ std::pair<std::size_t, std::size_t> CoordinateColumns(const ApplyOptions& option
 
 int RunApply(const ApplyOptions& options)
 {
+    KeepInputs({options.out}, {options.points, options.parameters});
     const Magnetic_FourParameter p = ReadParameters(options.parameters);
     CMagneticConvert convert;
     convert.SetFourParameter(p.dDx, p.dDy, p.dRotate, p.dScale, p.dX0, p.dY0);

@@ -49,6 +49,17 @@ TEST(Output, KeepsTheModeAndTheLinkOfTheOldFile)
     EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
+TEST(Output, AFileThatIsReadIsKept)
+{
+    const ScratchFolder folder;
+    const std::string log = folder.Write("log.csv", "readings");
+    const std::string link = folder.Path("latest.csv");
+    fs::create_symlink(log, link);
+    EXPECT_THROW(cli::KeepInputs({"", log}, {"other.csv", log}), cli::InputError);
+    EXPECT_THROW(cli::KeepInputs({link}, {log}), cli::InputError) << "by another name";
+    EXPECT_NO_THROW(cli::KeepInputs({"", "-", folder.Path("new.csv")}, {log, "-", ""}));
+}
+
 TEST(Output, AFullDeviceIsAnError)
 {
     EXPECT_THROW(cli::WriteFile("/dev/full", "content"), cli::InputError);

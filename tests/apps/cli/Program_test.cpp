@@ -1,4 +1,5 @@
 #include "tests/apps/cli/RunProgram.h"
+#include "tests/apps/cli/ScratchFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -36,6 +37,43 @@ TEST(Program, WrongUseIsOneSentenceAndExitCode2)
         EXPECT_EQ(outcome.exitCode, 2);
         EXPECT_EQ(outcome.err, use.expected);
         EXPECT_EQ(outcome.out, "");
+    }
+}
+
+TEST(Program, NoCommandReplacesWhatItReads)
+{
+    const cli::test::ScratchFolder folder;
+    const std::string file = folder.Write("data.csv", "x,y\n1,2\n");
+    const std::vector<std::string> commands[] = {
+        {"measure",   file,       "--pole", "2",            "--out", file   },
+        {     "measure",        "-", "--config",     file,       "--pole",     "2", "--out", file},
+        { "transform", "apply",    file,     "--parameters", file,    "--out", file},
+        {"transform", "fit",      file,     "--out",        file   },
+        {  "calibrate",       "--horizontal",     file,     "--vertical",     file,    "--report",        file},
+    };
+    for (const auto& command : commands) {
+        const Outcome outcome = RunProgram(command);
+        EXPECT_EQ(outcome.exitCode, 2) << command[0];
+        EXPECT_EQ(outcome.err, file + ": is read by this command; name another file to write\n");
+        EXPECT_EQ(cli::test::ReadAll(file), "x,y\n1,2\n");
+    }
+}
+
+TEST(Program, NothingIsSimulatedThatCannotBeMeant)
+{
+    const std::vector<std::string> wrong[] = {
+        {"--drop",   "1"      },
+        {"--drop",   "1.5"    },
+        {"--gap",    "5:2"    },
+        {"--gap",    "5:5"    },
+        {"--magnet", "5:2:100"},
+    };
+    for (const auto& options : wrong) {
+        std::vector<std::string> arguments = {"simulate", "turns"};
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = RunProgram(arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << options[1];
+        EXPECT_THAT(outcome.err, HasSubstr(options[0]));
     }
 }
 
