@@ -7,7 +7,8 @@
 #include <cmath>
 #include <limits>
 #include <numbers>
-#include <optional>
+#include <span>
+#include <utility>
 
 namespace quality {
 
@@ -26,6 +27,9 @@ constexpr double kConverged = 1e-9; // step [m]
 constexpr int kMostIterations = 100;
 constexpr double kDegrees = 180.0 / std::numbers::pi;
 constexpr std::size_t kFewest = 4;
+constexpr double kOpenDirection = 1e-10; // least to largest eigenvalue of the normal equations
+constexpr double kSecondConfidence = 0.999;
+constexpr double kAside = 0.1; // of the antenna height
 
 struct Antenna
 {
@@ -46,6 +50,12 @@ std::vector<Antenna> FiniteAntennas(const std::vector<xyhCoord>& given)
     return antennas;
 }
 
+// Of unit weight.
+double Variance(double misfit, int freedom)
+{
+    return std::max(misfit / freedom, kLeastErrorFactor * kLeastErrorFactor);
+}
+
 // One antenna position seen from a tip.
 struct Sight
 {
@@ -61,9 +71,14 @@ public:
         : m_antennas(antennas), m_antennaHeight(antennaHeight),
           m_variance(errors.plan * errors.plan, errors.plan * errors.plan,
                      errors.height * errors.height)
-    {}
+    {
+        // Aside of the plane of a swing, in which the way across it could not be told.
+        m_tip =
+            Middle() + antennaHeight * (Vector3d(0.0, 0.0, -1.0) + kAside * AcrossTheAntennas());
+    }
 
     bool Converge();
+    Fit Mirrored() const;
 
     Sight At(std::size_t k, const Vector3d& tip) const
     {
@@ -76,19 +91,22 @@ public:
     std::size_t Count() const { return m_antennas.size(); }
     int Freedom() const { return static_cast<int>(Count()) - 3; }
     const Vector3d& Tip() const { return m_tip; }
+    bool IsBelowTheAntennas() const { return m_tip.z() < Middle().z(); }
     int Iterations() const { return m_iterations; }
     double Misfit() const { return Misfit(m_tip); }
     Matrix3d Normal() const;
     Matrix3d DirectionScatter() const;
 
 private:
+    Vector3d Middle() const;
+    Vector3d AcrossTheAntennas() const;
     double Misfit(const Vector3d& tip) const;
     Vector3d Step() const;
 
-    const std::vector<Antenna>& m_antennas;
+    std::span<const Antenna> m_antennas;
     double m_antennaHeight;
     Vector3d m_variance;
-    Vector3d m_tip = Vector3d::Zero();
+    Vector3d m_tip; // begins below the middle of the antennas
     int m_iterations = 0;
 };
 
@@ -132,13 +150,17 @@ Vector3d Fit::Step() const
     return Normal().ldlt().solve(right);
 }
 
-// Gauss–Newton from below the middle of the antennas; a step that makes the misfit larger is
-// halved.
+Vector3d Fit::Middle() const
+{
+    Vector3d middle = Vector3d::Zero();
+    for (const Antenna& antenna : m_antennas)
+        middle += antenna.position / static_cast<double>(Count());
+    return middle;
+}
+
+// Gauss–Newton; a step that makes the misfit larger is halved.
 bool Fit::Converge()
 {
-    for (const Antenna& antenna : m_antennas)
-        m_tip += antenna.position / static_cast<double>(Count());
-    m_tip.z() -= m_antennaHeight;
     for (m_iterations = 1; m_iterations <= kMostIterations; ++m_iterations) {
         Vector3d step = Step();
         if (!step.allFinite()) return false;
@@ -149,6 +171,26 @@ bool Fit::Converge()
         if (step.norm() <= kConverged) return true;
     }
     return false;
+}
+
+// Across the plane in which the antennas lie best.
+Vector3d Fit::AcrossTheAntennas() const
+{
+    const Vector3d middle = Middle();
+    Matrix3d scatter = Matrix3d::Zero();
+    for (const Antenna& antenna : m_antennas)
+        scatter += (antenna.position - middle) * (antenna.position - middle).transpose();
+    return Eigen::SelfAdjointEigenSolver<Matrix3d>(scatter).eigenvectors().col(0);
+}
+
+// The fit that begins at the other side of that plane: there a second tip fits as well as this one
+// the nearer the antennas come to the plane.
+Fit Fit::Mirrored() const
+{
+    const Vector3d across = AcrossTheAntennas();
+    Fit mirrored = *this;
+    mirrored.m_tip -= 2.0 * across.dot(m_tip - Middle()) * across;
+    return mirrored;
 }
 
 void DescribeEllipse(TipEstimate& estimate, const Matrix3d& covariance, int freedom)
@@ -190,9 +232,8 @@ void FindSuspect(TipEstimate& estimate, const Fit& fit, const std::vector<Antenn
         estimate.suspectIndex = antennas[k].index;
         estimate.suspectResidual = sight.residual;
     }
-    constexpr double kRounding = 1e-12; // of residuals [m]
-    if (fit.Freedom() < 2 || std::fabs(estimate.suspectResidual) <= kRounding) return;
-    const double others = std::max(fit.Misfit() - largest, 0.0) / (fit.Freedom() - 1);
+    if (fit.Freedom() < 2) return;
+    const double others = Variance(fit.Misfit() - largest, fit.Freedom() - 1);
     const double chance = (1.0 - kOutlierConfidence) / static_cast<double>(fit.Count());
     const double bound = detail::StudentBound(1.0 - chance, fit.Freedom() - 1);
     estimate.suspectRatio = std::sqrt(largest / others) / bound;
@@ -215,19 +256,34 @@ void TestRadius(TipEstimate& estimate, const Fit& fit)
     const Matrix4d cofactor = normal.inverse();
     if (!cofactor.allFinite()) return;
     const Vector4d step = cofactor * right;
-    const double misfit = std::max(0.0, fit.Misfit() - step.dot(right));
+    const double variance = Variance(fit.Misfit() - step.dot(right), freedom);
     estimate.radiusExcess = step[3];
-    estimate.radiusExcessLimit = detail::StudentBound(kRadiusConfidence, freedom)
-                                 * std::sqrt(misfit / freedom * cofactor(3, 3));
+    estimate.radiusExcessLimit =
+        detail::StudentBound(kRadiusConfidence, freedom) * std::sqrt(variance * cofactor(3, 3));
+}
+
+bool LeavesNoDirectionOpen(const Matrix3d& normal)
+{
+    const Eigen::SelfAdjointEigenSolver<Matrix3d> axes(normal, Eigen::EigenvaluesOnly);
+    return axes.eigenvalues()[0] > kOpenDirection * axes.eigenvalues()[2];
+}
+
+// Whether `other` is a second tip that the residuals do not rule out: whether chance may make the
+// variance of one set of positions so much larger than that of another.
+bool FitsAsWell(const Fit& other, const Fit& best, double variance)
+{
+    const double bound = detail::VarianceRatioBound(kSecondConfidence, best.Freedom());
+    return (other.Tip() - best.Tip()).norm() > kTipTolerance && other.IsBelowTheAntennas()
+           && other.Misfit() / other.Freedom() <= bound * variance;
 }
 
 TipVerdict Judge(const TipEstimate& estimate)
 {
-    constexpr double kRounding = 1e-9; // [m]
     if (estimate.suspectRatio > 1.0) return TipVerdict::Outlier;
     if (estimate.radiusExcessLimit > 0.0
-        && std::fabs(estimate.radiusExcess) > estimate.radiusExcessLimit + kRounding)
+        && std::fabs(estimate.radiusExcess) > estimate.radiusExcessLimit)
         return TipVerdict::WrongRadius;
+    if (estimate.ambiguous) return TipVerdict::Ambiguous;
     if (estimate.ellipseMajor > kTipTolerance || estimate.heightHalfInterval > kTipTolerance)
         return TipVerdict::TooUncertain;
     return TipVerdict::Store;
@@ -252,15 +308,26 @@ TipEstimate EstimateTip(const std::vector<xyhCoord>& antennas, double antennaHei
         return {};
     Fit fit(finite, antennaHeight, errors);
     if (!fit.Converge()) return {};
-    const Matrix3d cofactor = fit.Normal().inverse();
-    if (!cofactor.allFinite()) return {};
+    Fit other = fit.Mirrored();
+    const bool hasOther = other.Converge();
+    if (hasOther && other.IsBelowTheAntennas()
+        && (!fit.IsBelowTheAntennas() || other.Misfit() < fit.Misfit()))
+        std::swap(fit, other);
+    const Matrix3d normal = fit.Normal();
+    if (!LeavesNoDirectionOpen(normal)) return {};
+    const Matrix3d cofactor = normal.inverse();
 
     TipEstimate estimate;
     const xyhCoord& origin = antennas[finite.front().index];
-    estimate.tip = {origin.x + fit.Tip().x(), origin.y + fit.Tip().y(), origin.h + fit.Tip().z()};
+    const auto given = [&origin](const Vector3d& tip) {
+        return xyhCoord{origin.x + tip.x(), origin.y + tip.y(), origin.h + tip.z()};
+    };
+    estimate.tip = given(fit.Tip());
     estimate.used = finite.size();
     estimate.iterations = fit.Iterations();
-    const double variance = fit.Misfit() / fit.Freedom();
+    const double variance = Variance(fit.Misfit(), fit.Freedom());
+    estimate.ambiguous = hasOther && FitsAsWell(other, fit, variance);
+    if (estimate.ambiguous) estimate.otherTip = given(other.Tip());
     const Matrix3d covariance = variance * cofactor;
     Eigen::Map<Eigen::Matrix<double, 3, 3, Eigen::RowMajor>>(&estimate.covariance[0][0]) =
         covariance;

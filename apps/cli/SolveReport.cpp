@@ -114,6 +114,7 @@ std::string EstimateLines(const SolvedTip& solved)
     text += Line("  radius, were it free", FreeRadius(e));
     text += Line("  spread of directions", fmt::format("{:.1f} degrees{}", e.directionSpread,
                                                        e.narrowCone ? ": a narrow cone" : ""));
+    if (e.ambiguous) text += Line("  second tip, fits too", Point(e.otherTip));
     if (e.narrowCone) {
         text +=
             "  Warning: the positions lie in a narrow cone. A sphere can fit them to a tenth of a\n"
@@ -121,6 +122,11 @@ std::string EstimateLines(const SolvedTip& solved)
             "sides.\n";
     }
     return text;
+}
+
+double Distance(const xyhCoord& p, const xyhCoord& q)
+{
+    return std::hypot(p.x - q.x, p.y - q.y, p.h - q.h);
 }
 
 const char* VerdictName(TipVerdict verdict)
@@ -132,6 +138,8 @@ const char* VerdictName(TipVerdict verdict)
         return "outlier";
     case TipVerdict::WrongRadius:
         return "wrong_radius";
+    case TipVerdict::Ambiguous:
+        return "ambiguous";
     case TipVerdict::TooUncertain:
         return "too_uncertain";
     case TipVerdict::Store:
@@ -203,6 +211,7 @@ nlohmann::ordered_json EstimateJson(const SolvedTip& solved)
     json["radius_excess_limit"] = Figure(e.radiusExcessLimit, HasTests(e));
     json["direction_spread"] = e.directionSpread;
     json["narrow_cone"] = e.narrowCone;
+    if (e.ambiguous) json["other_tip"] = PointJson(e.otherTip);
     return json;
 }
 
@@ -268,6 +277,11 @@ std::string Recommendation(const SolvedTip& solved)
             "Store neither: the positions ask for a radius that is {:+.1f} mm off the "
             "antenna height. Check the antenna height.",
             Millimetres(e.radiusExcess));
+    case TipVerdict::Ambiguous:
+        return fmt::format("Store neither: the positions lie almost in one plane, and a tip "
+                           "{:.1f} mm away, on the other side of it, fits as well. Observe more "
+                           "positions, leaning out of that plane.",
+                           Millimetres(Distance(e.tip, e.otherTip)));
     case TipVerdict::TooUncertain:
         return fmt::format("Store neither: the 95 % region reaches beyond {:.0f} mm. Observe more "
                            "positions, leaning further and to all sides.",
@@ -275,7 +289,9 @@ std::string Recommendation(const SolvedTip& solved)
     case TipVerdict::NoSolution:
         break;
     }
-    return "Store neither: there is no least-squares solution. Observe more positions.";
+    return "Store neither: there is no least-squares solution. Observe more positions, leaning to "
+           "all "
+           "sides.";
 }
 
 std::string SolveText(const SolvedTip& solved)

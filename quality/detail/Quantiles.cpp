@@ -42,4 +42,14 @@ double FisherBoundOfTwo(double probability, int freedom)
     return half * (std::pow(1.0 - probability, -1.0 / half) - 1.0);
 }
 
+// √ν/2·(√F − 1/√F) of an F with (ν, ν) degrees of freedom is a Student's t with ν: T. Cacoullos,
+// A relation between t and F-distributions, J. Amer. Statist. Assoc. 60 (1965) 528.
+double VarianceRatioBound(double probability, int freedom)
+{
+    const double t = StudentBound(probability, freedom);
+    const double half = t / std::sqrt(static_cast<double>(freedom));
+    const double root = half + std::sqrt(1.0 + half * half);
+    return root * root;
+}
+
 } // namespace quality::detail

@@ -12,4 +12,8 @@ double StudentBound(double probability, int freedom);
 // The quantile of Fisher's F with 2 and `freedom` degrees of freedom; closed form.
 double FisherBoundOfTwo(double probability, int freedom);
 
+// The ratio of two variances, each of `freedom` degrees of freedom, that chance exceeds in one
+// direction or the other with 1 − `probability`.
+double VarianceRatioBound(double probability, int freedom);
+
 } // namespace quality::detail

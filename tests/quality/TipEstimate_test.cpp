@@ -64,6 +64,9 @@ TEST(Quantiles, AgreeWithTables)
     EXPECT_NEAR(FisherBoundOfTwo(0.95, 1), 199.5, 0.1);
     EXPECT_NEAR(FisherBoundOfTwo(0.95, 12), 3.885, 0.001);
     EXPECT_NEAR(FisherBoundOfTwo(0.95, 120), 3.072, 0.001);
+    EXPECT_NEAR(VarianceRatioBound(0.95, 1), 647.8, 0.1);
+    EXPECT_NEAR(VarianceRatioBound(0.95, 10), 3.717, 0.001);
+    EXPECT_NEAR(VarianceRatioBound(0.95, 20), 2.464, 0.001);
 }
 
 TEST(TipEstimate, FindsTheCentreOfAnExactSphere)
@@ -75,8 +78,9 @@ TEST(TipEstimate, FindsTheCentreOfAnExactSphere)
     EXPECT_NEAR(estimate.tip.x, 10, 1e-9);
     EXPECT_NEAR(estimate.tip.y, 20, 1e-9);
     EXPECT_NEAR(estimate.tip.h, 100, 1e-9);
-    EXPECT_LT(estimate.ellipseMajor, 1e-9);
-    EXPECT_LT(estimate.heightHalfInterval, 1e-9);
+    EXPECT_LT(estimate.ellipseMajor, 0.001);
+    EXPECT_LT(estimate.heightHalfInterval, 0.001);
+    EXPECT_EQ(estimate.errorFactor, quality::kLeastErrorFactor);
     EXPECT_NEAR(estimate.radiusExcess, 0.0, 1e-9);
     EXPECT_EQ(estimate.verdict, TipVerdict::Store);
     EXPECT_EQ(estimate.used, 15U);
@@ -192,6 +196,68 @@ TEST(TipEstimate, WarnsOfANarrowCone)
         oneSided.push_back({2 * std::sin(tilt), 0.01 * (k % 2), 2 * std::cos(tilt)});
     }
     EXPECT_TRUE(EstimateTip(oneSided, 2.0).narrowCone);
+}
+
+// A swing in the plane y = `aside`: each tip at a distance of 2 m has a mirror image there.
+std::vector<xyhCoord> Swing(double aside, double wobble, double noise, unsigned seed)
+{
+    std::mt19937 random(seed);
+    std::normal_distribution<double> normal;
+    std::vector<xyhCoord> antennas;
+    for (int k = 0; k < 20; ++k) {
+        const double x = -0.8 + 0.08 * k;
+        const double y = aside + (k % 2 ? wobble : -wobble);
+        antennas.push_back({x + noise * normal(random), y + noise * normal(random),
+                            std::sqrt(4.0 - x * x - y * y) + noise * normal(random)});
+    }
+    return antennas;
+}
+
+TEST(TipEstimate, StoresNothingWhereASecondTipFitsAsWell)
+{
+    constexpr double kAside = 0.8;
+    int ambiguous = 0;
+    for (unsigned seed = 0; seed < 500; ++seed) {
+        const TipEstimate estimate = EstimateTip(Swing(kAside, 0.0, 0.001, seed), 2.0);
+        EXPECT_NE(estimate.verdict, TipVerdict::Store) << seed;
+        if (estimate.verdict != TipVerdict::Ambiguous) continue;
+        ++ambiguous;
+        EXPECT_TRUE(estimate.ambiguous);
+        const double nearer = std::min(estimate.tip.y, estimate.otherTip.y);
+        const double farther = std::max(estimate.tip.y, estimate.otherTip.y);
+        EXPECT_NEAR(nearer, 0.0, 0.1) << seed;
+        EXPECT_NEAR(farther, 2.0 * kAside, 0.1) << seed;
+    }
+    EXPECT_GT(ambiguous, 450);
+}
+
+TEST(TipEstimate, KeepsToTheRightSideOfASwingThatLeavesItsPlane)
+{
+    for (unsigned seed = 0; seed < 200; ++seed) {
+        const TipEstimate estimate = EstimateTip(Swing(0.4, 0.2, 0.005, seed), 2.0);
+        EXPECT_FALSE(estimate.ambiguous) << seed;
+        EXPECT_NEAR(estimate.tip.y, 0.0, 0.06) << seed;
+    }
+}
+
+TEST(TipEstimate, HasNoSolutionInOnePlaneWithTheTip)
+{
+    std::vector<xyhCoord> antennas;
+    for (int k = 0; k < 8; ++k) {
+        const double tilt = 0.1 * (k - 3.5);
+        antennas.push_back({4500000 + 1.2 * std::sin(tilt), 500000 + 1.6 * std::sin(tilt),
+                            100 + 2.0 * std::cos(tilt)});
+    }
+    EXPECT_EQ(EstimateTip(antennas, 2.0).verdict, TipVerdict::NoSolution);
+}
+
+// Residuals of repeated positions vanish, and so would a region that rests on them alone.
+TEST(TipEstimate, StoresNothingFromPositionsThatRepeatEachOther)
+{
+    std::vector<xyhCoord> antennas;
+    for (int k = 0; k < 12; ++k)
+        antennas.push_back({0.001 * std::cos(0.5 * k), 0.001 * std::sin(0.5 * k), 2.0});
+    EXPECT_EQ(EstimateTip(antennas, 2.0).verdict, TipVerdict::TooUncertain);
 }
 
 TEST(TipEstimate, HasNoSolutionWithoutEnough)

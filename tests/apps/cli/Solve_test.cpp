@@ -132,6 +132,26 @@ TEST_F(Solve, ClaimsNothingThatFourPositionsCannotTell)
     EXPECT_TRUE(json["estimate"]["radius_excess_limit"].is_null());
 }
 
+// A swing 0.8 m beside the plane through the tip: a second tip stands 1.6 m away.
+TEST_F(Solve, StoresNeitherOfTwoTipsThatFit)
+{
+    std::string swing = "name,N,E,h\n";
+    for (int k = 0; k < 20; ++k) {
+        const double north = -0.8 + 0.08 * k;
+        swing += fmt::format("P{},{:.3f},{:.3f},{:.3f}\n", k + 1, 4500000 + north, 500000.8,
+                             100 + std::sqrt(4.0 - north * north - 0.64));
+    }
+    const LineOutcome outcome = Run(swing);
+    EXPECT_EQ(outcome.exitCode, 1) << outcome.output;
+    EXPECT_THAT(outcome.output, HasSubstr("second tip, fits too"));
+    EXPECT_THAT(outcome.output, HasSubstr("Store neither: the positions lie almost in one plane"));
+    const nlohmann::json estimate = Json(swing)["estimate"];
+    EXPECT_EQ(estimate["verdict"], "ambiguous");
+    const double apart =
+        estimate["tip"]["E"].get<double>() - estimate["other_tip"]["E"].get<double>();
+    EXPECT_NEAR(std::fabs(apart), 1.6, 0.05);
+}
+
 TEST_F(Solve, WarnsOfANarrowCone)
 {
     const LineOutcome outcome = Run(Sphere(10.0));
