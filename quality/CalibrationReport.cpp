@@ -138,6 +138,10 @@ HeadingError HeadingErrorOf(const Side& side, const detail::SphereFit& joint, in
     error.constant = d.mean;
     error.tip15 = TipError(d.rmsAt[1], detail::kTilts[1]);
     error.tip30 = TipError(d.rmsAt[2], detail::kTilts[2]);
+    const detail::HeadingUncertainty known =
+        detail::UncertaintyOf(joint.correction, joint.covariance, joint.elevationHorizontal, grid);
+    error.uncertainty = std::hypot(known.constant, known.varying);
+    error.uncertaintyConstant = known.constant;
     return error;
 }
 
@@ -260,13 +264,21 @@ void Judge(const CalibrationRun& run, const detail::JointModel& model, Calibrati
 
     const HeadingError& a = *report.a.heading;
     const HeadingError& b = *report.b.heading;
+    const auto larger = [&](double certainty) {
+        return std::max(a.With(certainty), b.With(certainty));
+    };
     const HeadingError& worse = a.rms >= b.rms ? a : b;
     report.headingError = worse.rms;
-    report.verdict = worse.rms < kGoodHeading     ? Verdict::Good
-                     : worse.rms < kUsableHeading ? Verdict::Usable
-                                                  : Verdict::Poor;
+    report.headingBound = larger(kGoodCertainty);
+    report.verdict = report.headingBound < kGoodHeading          ? Verdict::Good
+                     : larger(kUsableCertainty) < kUsableHeading ? Verdict::Usable
+                                                                 : Verdict::Poor;
     if (report.verdict == Verdict::Good) {
         report.reason = Finding::HeadingsAgree;
+        return;
+    }
+    if (worse.rms < kGoodHeading) {
+        report.reason = Finding::JointFitUncertain;
         return;
     }
     const JointFit eight = detail::InEightValues(model, run.recorded, run.sensorType);
@@ -274,6 +286,13 @@ void Judge(const CalibrationRun& run, const detail::JointModel& model, Calibrati
 }
 
 } // namespace
+
+double HeadingError::With(double certainty) const
+{
+    const double alike = uncertaintyConstant * uncertaintyConstant;
+    const double varying = uncertainty * uncertainty - alike;
+    return std::sqrt(rms * rms + alike + certainty * certainty * varying);
+}
 
 CalibrationReport AssessCalibration(const CalibrationRun& run)
 {

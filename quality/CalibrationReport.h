@@ -28,6 +28,12 @@ namespace quality {
 inline constexpr double kGoodHeading = 1.0;
 inline constexpr double kUsableHeading = 3.0;
 
+/// The joint fit has an uncertainty of its own, which is added to the difference as the root of the
+/// sum of squares: so many times before a calibration is called good, once for usable. Nine of ten
+/// joint fits are off by less than twice their uncertainty.
+inline constexpr double kGoodCertainty = 2.0;
+inline constexpr double kUsableCertainty = 1.0;
+
 /// Without a joint fit: spread of the corrected field strength up to which a calibration may still
 /// be usable. Coefficient of variation.
 inline constexpr double kUsableSpread = 0.01;
@@ -41,6 +47,7 @@ enum class Verdict { Good, Usable, Poor, Refused };
 enum class Finding {
     HeadingsAgree,        // nothing to complain about
     HeadingsRoughlyAgree, // no single cause stands out
+    JointFitUncertain,    // the headings agree, but the joint fit itself is not known well enough
     SolverFailed,         // the solver answered 0
     NotFinite,            // a value of the calibration or of a sample is no number
     TooFewSamples,        // a turn has fewer than ten samples
@@ -111,6 +118,14 @@ struct HeadingError
     double constant = 0.0; // its mean: what a bias angle takes away [degrees]
     double tip15 = 0.0;    // tip error of a pole of kReportPole by rms15 and rms30 [mm]
     double tip30 = 0.0;
+    /// Of the joint fit's own headings, RMS over the same ones, and its part that all of them
+    /// have in common. [degrees]
+    double uncertainty = 0.0;
+    double uncertaintyConstant = 0.0;
+
+    /// Heading error, `certainty` uncertainties of the joint fit included: √(rms² +
+    /// (certainty·u)²).
+    double With(double certainty) const;
 };
 
 /// What one magnetometer suffers from, and how well that is removed.
@@ -139,6 +154,8 @@ struct CalibrationReport
     bool weak = false; // judged without the joint fit, for the reason in jointFit
     Finding reason = Finding::NotFinite;
     double headingError = 0.0; // the verdict's figure: the larger of A and B; 0 when weak [degrees]
+    double headingBound = 0.0; // the same with kGoodCertainty uncertainties: to be called good it
+                               // must stay below kGoodHeading [degrees]
     JointFitOutcome jointFit = JointFitOutcome::TooFewSamples;
     TurnFigures horizontal;
     TurnFigures vertical;

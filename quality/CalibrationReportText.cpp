@@ -26,6 +26,11 @@ constexpr std::array kFindings = {
      "The headings differ from those of the joint fit, and no single cause stands out.",
      "Record both turns again, slowly and about the sensor's own axes, or calibrate "
      "with the joint fit."},
+    FindingText{Finding::JointFitUncertain, "joint-fit-uncertain",
+     "The headings agree with those of the joint fit, which is itself not known well enough "
+     "to call them good.",
+     "Record both turns again, slowly and with more samples, the vertical turn with the "
+     "sensor's y axis to the north or south."},
     FindingText{Finding::SolverFailed, "solver-failed",
      "The solver found no calibration.",
      "Record both turns again, all the way round and away from iron."},
@@ -149,6 +154,7 @@ void AddMagnetometer(std::string& text, std::string_view title, const Magnetomet
          Fixed(h.rms, 2) + " degrees (level " + Fixed(h.rmsLevel, 2) + ", tilt 15 "
              + Fixed(h.rms15, 2) + ", tilt 30 " + Fixed(h.rms30, 2) + "), constant part "
              + Fixed(h.constant, 2));
+    Line(text, "joint fit itself known to", Fixed(h.uncertainty, 2) + " degrees");
     Line(text, "tip error, 2 m pole",
          Fixed(h.tip15, 1) + " mm at tilt 15, " + Fixed(h.tip30, 1) + " mm at tilt 30");
 }

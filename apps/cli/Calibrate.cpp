@@ -199,7 +199,8 @@ int CalibrateTurns(const CalibrateOptions& options)
     std::string text = ToText(report);
     if (options.method == "joint" && report.a.heading) {
         text += "Calibrated with the joint fit: the heading error is what eight values cannot "
-                "express;\nerrors of the fit itself are not in it.\n";
+                "express;\nwhat the fit itself does not know is its uncertainty, which the verdict "
+                "allows for.\n";
     }
     Print(text);
     if (!options.report.empty()) WriteReport(options.report, report, run, options.method);

@@ -51,6 +51,7 @@ ordered_json HeadingJson(const std::optional<quality::HeadingError>& heading)
     json["rms_tilt15_deg"] = Number(heading->rms15);
     json["rms_tilt30_deg"] = Number(heading->rms30);
     json["constant_deg"] = Number(heading->constant);
+    json["joint_fit_uncertainty_deg"] = Number(heading->uncertainty);
     json["tip_tilt15_mm"] = Number(heading->tip15);
     json["tip_tilt30_mm"] = Number(heading->tip30);
     return json;
@@ -112,6 +113,7 @@ ordered_json JsonOf(const quality::CalibrationReport& report, const quality::Cal
     json["advice"] = Advice(report.reason);
     const bool judged = !report.weak && report.a.heading;
     json["heading_error_deg"] = judged ? Number(report.headingError) : ordered_json(nullptr);
+    json["heading_bound_deg"] = judged ? Number(report.headingBound) : ordered_json(nullptr);
     json["sensor_type"] = run.sensorType;
     json["horizontal"] = TurnJson(report.horizontal);
     json["vertical"] = TurnJson(report.vertical);

@@ -1,16 +1,19 @@
 // How well calibrations come out under every condition, and how well their report knows it.
 #pragma once
 
+#include "apps/study/Conditions.h"
 #include <cstdint>
 #include <string>
+#include <vector>
 
 namespace study {
 
 /// Simulates `runs` calibrations under each condition and tells, as text:
-///   - per condition: true heading error of solver and joint fit, shares of the verdicts
-///   - over all: rank correlation of each figure with the true error, and how often the verdicts
-///     accept wrongly
-/// True errors are RMS over all headings at tilts of 0, 15 and 30 degrees.
-std::string CalibrationStudy(int runs, std::uint64_t seed);
+///   - per condition: true heading error of solver and joint fit, shares of the verdicts, and how
+///     the verdict's figure lies to the true error
+///   - over all: rank correlation of each figure with the true error, how often the verdicts
+///     accept wrongly, and what other limits would do
+std::string CalibrationStudy(const std::vector<Condition>& conditions, int runs,
+                             std::uint64_t seed);
 
 } // namespace study

@@ -55,18 +55,6 @@ void Distort(Setting& s, double soft, double hard, Generator& random)
     }
 }
 
-// The errors of both turns, in multiples of an ordinary operator's.
-void Handle(Setting& s, double clumsiness, Generator& random)
-{
-    for (TurnPlan* plan : {&s.horizontal, &s.vertical}) {
-        plan->levelError = clumsiness * random.Uniform(0.0, 3.0);
-        plan->levelDirection = random.Uniform(0.0, 360.0);
-        plan->axisError = clumsiness * random.Uniform(0.0, 3.0);
-        plan->axisDirection = random.Uniform(0.0, 360.0);
-        plan->wobble = clumsiness * random.Uniform(0.0, 1.0);
-    }
-}
-
 double DurationOf(const TurnPlan& plan)
 {
     return plan.samples / plan.rate;
@@ -230,6 +218,17 @@ void Mixed(Setting& s, Generator& random)
 }
 
 } // namespace
+
+void Handle(Setting& s, double clumsiness, Generator& random)
+{
+    for (TurnPlan* plan : {&s.horizontal, &s.vertical}) {
+        plan->levelError = clumsiness * random.Uniform(0.0, 3.0);
+        plan->levelDirection = random.Uniform(0.0, 360.0);
+        plan->axisError = clumsiness * random.Uniform(0.0, 3.0);
+        plan->axisDirection = random.Uniform(0.0, 360.0);
+        plan->wobble = clumsiness * random.Uniform(0.0, 1.0);
+    }
+}
 
 Setting Ordinary(Generator& random)
 {

@@ -15,6 +15,7 @@ struct Setting
     simulation::EarthField field;
     simulation::TurnPlan horizontal;
     simulation::TurnPlan vertical;
+    bool screened = true; // by the sample filters, before the solver
 };
 
 /// A fault of the operator, the field or the sensor, of random size.
@@ -24,10 +25,17 @@ struct Condition
     void (*apply)(Setting&, simulation::Generator&);
 };
 
+/// Draws the operator's errors of both turns, in multiples of an ordinary operator's.
+void Handle(Setting& setting, double clumsiness, simulation::Generator& random);
+
 /// An ordinary calibration: iron of a screw's size, small errors of the operator.
 Setting Ordinary(simulation::Generator& random);
 
 /// All conditions; the first one adds nothing to an ordinary calibration.
 const std::vector<Condition>& Conditions();
+
+/// Poles and recordings unlike those of Conditions(): other fields and units, few samples, exact
+/// turns, several revolutions. They check thresholds that were found elsewhere.
+const std::vector<Condition>& Variations();
 
 } // namespace study

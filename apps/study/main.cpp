@@ -17,10 +17,20 @@ int Run(int argc, char** argv)
     program.add_option("--runs", runs, "Calibrations under each condition [400]")
         ->check(CLI::Range(1, 1000000));
     program.add_option("--seed", seed, "Whole number; the same seed gives the same figures [1]");
+    bool variations = false;
+    program.add_flag("--variations", variations,
+                     "Poles and recordings unlike those that the thresholds were found on");
+    std::string only;
+    program.add_option("--only", only, "Only conditions with this text in their name");
     CLI11_PARSE(program, argc, argv);
     // Failures are counted, not shown.
     framework::SetMessageBoxHandler([](const wchar_t*, const wchar_t*, unsigned) { return IDOK; });
-    fmt::print("{}", study::CalibrationStudy(runs, seed));
+    std::vector<study::Condition> conditions =
+        variations ? study::Variations() : study::Conditions();
+    std::erase_if(conditions, [&only](const study::Condition& c) {
+        return c.name.find(only) == std::string_view::npos;
+    });
+    fmt::print("{}", study::CalibrationStudy(conditions, runs, seed));
     return 0;
 }
 

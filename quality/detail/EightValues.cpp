@@ -42,13 +42,9 @@ Slopes SlopesAt(const Values& q, const Target& target)
     const LevelFrame& frame = target.pose->frame;
     const Eigen::Vector3d& r = target.reading;
     const Eigen::Vector3d c = Corrected(q, r);
-    const double forward = frame.forward.dot(c);
-    const double rightward = frame.rightward.dot(c);
-    const double heading = std::atan2(-rightward, forward) - q[8];
+    const double heading = frame.Heading(c) / kDegreesPerRadian - q[8];
     const double off = heading - target.pose->heading / kDegreesPerRadian;
-    // d heading / d corrected
-    const Eigen::Vector3d g = (rightward * frame.forward - forward * frame.rightward)
-                              / (forward * forward + rightward * rightward);
+    const Eigen::Vector3d g = frame.HeadingSlope(c);
     Values row;
     row << -g.x(), -g.y(), -g.z(), g.y() * r.x(), g.y() * r.y(), g.z() * r.x(), g.z() * r.y(),
         g.z() * r.z(), -1.0;
@@ -148,6 +144,27 @@ HeadingDifference Compare(const FullCorrection& judged, double biasAngle,
     for (double& rms : difference.rmsAt)
         rms = std::sqrt(rms);
     return difference;
+}
+
+HeadingUncertainty UncertaintyOf(const FullCorrection& fit, const CorrectionCovariance& covariance,
+                                 double elevation, const std::vector<Pose>& grid)
+{
+    using Slopes = Eigen::Matrix<double, 12, 1>;
+    const Eigen::Matrix3d inverse = fit.matrix.inverse();
+    Slopes mean = Slopes::Zero();
+    double all = 0.0;
+    for (const Pose& pose : grid) {
+        const Eigen::Vector3d field = pose.frame.Field(pose.heading, elevation);
+        const Eigen::Vector3d reading = inverse * (field + fit.offset);
+        const Eigen::Vector3d g = pose.frame.HeadingSlope(field);
+        Slopes slopes;
+        slopes << g.x() * reading, g.y() * reading, g.z() * reading, -g;
+        mean += pose.weight * slopes;
+        all += pose.weight * slopes.dot(covariance * slopes);
+    }
+    const double constant = mean.dot(covariance * mean);
+    return {std::sqrt(constant) * kDegreesPerRadian,
+            std::sqrt(std::max(all - constant, 0.0)) * kDegreesPerRadian};
 }
 
 std::optional<EightValues> Reduced(const FullCorrection& full, double elevation,

@@ -10,6 +10,7 @@
 #include "positioning/MagneticParameters.h"
 #include "quality/detail/FieldModel.h"
 #include "quality/detail/LevelFrame.h"
+#include "quality/detail/SphereFit.h"
 
 #include <optional>
 #include <vector>
@@ -46,6 +47,18 @@ struct HeadingDifference
 HeadingDifference Compare(const FullCorrection& judged, double biasAngle,
                           const FullCorrection& reference, double elevation,
                           const std::vector<Pose>& grid);
+
+/// How well the headings of a fit are known, as standard deviations [degrees].
+struct HeadingUncertainty
+{
+    double constant = 0.0; // of what all headings have in common
+    double varying = 0.0;  // of the rest: root of its mean variance over the grid
+};
+
+/// @param covariance  of the fit's weights and offset
+/// @param elevation   sine of the field's elevation that the poses are computed for
+HeadingUncertainty UncertaintyOf(const FullCorrection& fit, const CorrectionCovariance& covariance,
+                                 double elevation, const std::vector<Pose>& grid);
 
 struct EightValues
 {

@@ -9,6 +9,13 @@ double LevelFrame::Heading(const Eigen::Vector3d& corrected) const
     return std::atan2(-rightward.dot(corrected), forward.dot(corrected)) * kDegreesPerRadian;
 }
 
+Eigen::Vector3d LevelFrame::HeadingSlope(const Eigen::Vector3d& corrected) const
+{
+    const double along = forward.dot(corrected);
+    const double across = rightward.dot(corrected);
+    return (across * forward - along * rightward) / (along * along + across * across);
+}
+
 Eigen::Vector3d LevelFrame::Field(double heading, double elevation) const
 {
     const double level = std::sqrt(1.0 - elevation * elevation);

@@ -24,6 +24,9 @@ struct LevelFrame
     /// Heading of a corrected reading [degrees] in [−180, 180].
     double Heading(const Eigen::Vector3d& corrected) const;
 
+    /// How that heading follows the corrected reading [radians per unit of it].
+    Eigen::Vector3d HeadingSlope(const Eigen::Vector3d& corrected) const;
+
     /// The unit field that reads as this heading.
     /// @param heading    [degrees]
     /// @param elevation  sine of the field's angle above the horizon

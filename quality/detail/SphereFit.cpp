@@ -1,5 +1,6 @@
 #include "quality/detail/SphereFit.h"
 
+#include "quality/detail/SphereSystem.h"
 #include "quality/detail/Statistics.h"
 
 #include <Eigen/Cholesky>
@@ -12,180 +13,40 @@
 namespace quality::detail {
 namespace {
 
-constexpr int kUnknowns = 14;         // nine weights by rows, three offsets, two elevations
-constexpr int kOffset = 9;            // place of the first offset
-constexpr int kElevation = 12;        // place of the first elevation
-constexpr std::size_t kFewest = 10;   // readings in a turn
-constexpr int kMostSteps = 80;        // Levenberg-Marquardt, weights renewed at each
-constexpr double kSmallStep = 1e-7;   // of unknowns near one: 1e-5 degrees of heading
-constexpr double kRotation = 0.05;    // standard deviation expected of M_ij - M_ji, near 3 degrees
-constexpr double kAlike = 2.0;        // readings that count as one: neighbours share their errors
-constexpr double kOutlier = 2.5;      // spreads at which a reading has lost three quarters
-constexpr double kDisturbed = 5.0;    // spreads beyond which a reading counts as disturbed
-constexpr double kLeastSpread = 1e-4; // of the field: below any sensor's noise
+constexpr int kMostSteps = 80;           // Levenberg-Marquardt, weights renewed at each
+constexpr double kSmallStep = 1e-7;      // of unknowns near one: 1e-5 degrees of heading
+constexpr double kDisturbed = 5.0;       // spreads beyond which a reading counts as disturbed
+constexpr int kBlocks = 24;              // of a turn: 15 degrees, within which readings err alike
+constexpr double kPriorScatter = 0.25;   // of the variance that the prior allows: irons and mounts
+                                         // turn a magnetometer half as much, by a degree or so
+constexpr double kLeastCurvature = 0.25; // share of the weights; 0.7 where errors are normal
 
-using Unknowns = Eigen::Matrix<double, kUnknowns, 1>;
-using Normal = Eigen::Matrix<double, kUnknowns, kUnknowns>;
-
-struct Residual
-{
-    double sphere = 0.0;
-    double elevation = 0.0;
-};
-
-// Counts shifted and scaled to the order of one, which keeps the normal equations well scaled.
-struct Scaled
-{
-    Turn turns[2];
-    Eigen::Vector3d centre;
-    double scale = 0.0;
-
-    std::size_t Size() const { return turns[0].size() + turns[1].size(); }
-};
-
-Eigen::Vector3d Corrected(const Unknowns& p, const Eigen::Vector3d& r)
-{
-    return {p.segment<3>(0).dot(r) - p[kOffset], p.segment<3>(3).dot(r) - p[kOffset + 1],
-            p.segment<3>(6).dot(r) - p[kOffset + 2]};
-}
-
-std::vector<Residual> ResidualsOf(const Scaled& data, const Unknowns& p)
-{
-    std::vector<Residual> residuals;
-    residuals.reserve(data.Size());
-    for (int turn = 0; turn < 2; ++turn) {
-        for (const Observation& o : data.turns[turn]) {
-            const Eigen::Vector3d c = Corrected(p, o.reading);
-            residuals.push_back({c.norm() - 1.0, c.dot(o.up) - p[kElevation + turn]});
-        }
-    }
-    return residuals;
-}
-
-struct Spread
-{
-    double sphere = 0.0;
-    double elevation = 0.0;
-};
-
-Spread SpreadOf(const std::vector<Residual>& residuals)
-{
-    std::vector<double> sphere;
-    std::vector<double> elevation;
-    for (const Residual& r : residuals) {
-        sphere.push_back(r.sphere);
-        elevation.push_back(r.elevation);
-    }
-    return {std::max(RobustSpread(std::move(sphere)), kLeastSpread),
-            std::max(RobustSpread(std::move(elevation)), kLeastSpread)};
-}
-
-// How much each reading counts: what its residuals are divided by, and its own share.
-struct Weighting
-{
-    double scale = 1.0;         // one over the variance, both kinds alike
-    std::vector<double> shares; // in (0, 1]
-};
-
-// Geman and McClure: the share of a reading falls with the square of its distance in spreads.
-Weighting WeightingOf(const std::vector<Residual>& residuals)
-{
-    const Spread spread = SpreadOf(residuals);
-    Weighting weighting;
-    // One variance for both: of two, the smaller one would draw all weight to its condition.
-    const double variance =
-        (spread.sphere * spread.sphere + spread.elevation * spread.elevation) / 2.0;
-    weighting.scale = 1.0 / (kAlike * variance);
-    weighting.shares.reserve(residuals.size());
-    for (const Residual& r : residuals) {
-        const double sphere = r.sphere / (kOutlier * spread.sphere);
-        const double elevation = r.elevation / (kOutlier * spread.elevation);
-        const double share = 1.0 / (1.0 + sphere * sphere + elevation * elevation);
-        weighting.shares.push_back(share * share);
-    }
-    return weighting;
-}
-
-// The three pairs of weights that a rotation of the magnetometer against the pole makes unequal.
-constexpr int kPairs[3][2] = {
-    {3, 1},
-    {6, 2},
-    {7, 5}
-};
-
-double CostOf(const std::vector<Residual>& residuals, const Weighting& weighting, const Unknowns& p)
+double CostOf(const Residuals& residuals, const Weighting& weighting, const Unknowns& p)
 {
     double cost = 0.0;
-    for (std::size_t i = 0; i < residuals.size(); ++i) {
-        const Residual& r = residuals[i];
-        cost += weighting.shares[i] * (r.sphere * r.sphere + r.elevation * r.elevation);
-    }
-    cost *= weighting.scale;
-    for (const auto& pair : kPairs) {
-        const double rotation = (p[pair[0]] - p[pair[1]]) / kRotation;
-        cost += rotation * rotation;
-    }
-    return cost;
-}
-
-struct System
-{
-    Normal normal = Normal::Zero();
-    Unknowns gradient = Unknowns::Zero();
-
-    // A residual whose slopes are `row`.
-    void Add(const Unknowns& row, double residual, double weight)
-    {
-        normal.selfadjointView<Eigen::Lower>().rankUpdate(row, weight);
-        gradient += weight * residual * row;
-    }
-};
-
-// Slopes of a residual whose slope in the corrected reading is `slope`.
-Unknowns RowOf(const Eigen::Vector3d& reading, const Eigen::Vector3d& slope)
-{
-    Unknowns row = Unknowns::Zero();
-    for (Eigen::Index i = 0; i < 3; ++i) {
-        row.segment<3>(3 * i) = slope[i] * reading;
-        row[kOffset + i] = -slope[i];
-    }
-    return row;
-}
-
-System Linearised(const Scaled& data, const Unknowns& p, const std::vector<Residual>& residuals,
-                  const Weighting& weighting)
-{
-    System system;
-    std::size_t i = 0;
-    for (int turn = 0; turn < 2; ++turn) {
-        for (const Observation& o : data.turns[turn]) {
-            const Eigen::Vector3d c = Corrected(p, o.reading);
-            const double weight = weighting.scale * weighting.shares[i];
-            system.Add(RowOf(o.reading, c.normalized()), residuals[i].sphere, weight);
-            Unknowns row = RowOf(o.reading, o.up);
-            row[kElevation + turn] = -1.0;
-            system.Add(row, residuals[i].elevation, weight);
-            ++i;
+    for (std::size_t turn = 0; turn < 2; ++turn) {
+        for (std::size_t i = 0; i < residuals.turns[turn].size(); ++i) {
+            const Residual& r = residuals.turns[turn][i];
+            cost += weighting.turns[turn][i] * (r.sphere * r.sphere + r.elevation * r.elevation);
         }
     }
-    for (const auto& pair : kPairs) {
-        Unknowns row = Unknowns::Zero();
-        row[pair[0]] = 1.0;
-        row[pair[1]] = -1.0;
-        system.Add(row, p[pair[0]] - p[pair[1]], 1.0 / (kRotation * kRotation));
-    }
-    return system;
+    return cost * weighting.scale + PriorCost(p);
 }
 
 // Share of the readings that are further off than noise takes them.
-double DisturbedShare(const std::vector<Residual>& residuals, const Spread& spread)
+double DisturbedShare(const Residuals& residuals, const Spread& spread)
 {
     const auto isFar = [&spread](const Residual& r) {
         return std::fabs(r.sphere) > kDisturbed * spread.sphere
                || std::fabs(r.elevation) > kDisturbed * spread.elevation;
     };
-    const auto far = std::count_if(residuals.begin(), residuals.end(), isFar);
-    return static_cast<double>(far) / static_cast<double>(residuals.size());
+    std::ptrdiff_t far = 0;
+    std::size_t all = 0;
+    for (const std::vector<Residual>& turn : residuals.turns) {
+        far += std::count_if(turn.begin(), turn.end(), isFar);
+        all += turn.size();
+    }
+    return static_cast<double>(far) / static_cast<double>(all);
 }
 
 struct Solution
@@ -201,17 +62,18 @@ struct Solution
 Solution Minimised(const Scaled& data, Unknowns p)
 {
     double damping = 1e-3;
-    std::vector<Residual> residuals = ResidualsOf(data, p);
+    Residuals residuals = ResidualsOf(data, p);
     int step = 0;
     for (; step < kMostSteps && damping < 1e9; ++step) {
         const Weighting weighting = WeightingOf(residuals);
-        const System system = Linearised(data, p, residuals, weighting);
+        System system = SystemOf(data, p, residuals, weighting);
+        AddPrior(p, system);
         const double cost = CostOf(residuals, weighting, p);
         Normal damped = system.normal.selfadjointView<Eigen::Lower>();
         damped.diagonal() *= 1.0 + damping;
         const Unknowns change = damped.ldlt().solve(system.gradient);
         const Unknowns trial = p - change;
-        std::vector<Residual> trialResiduals = ResidualsOf(data, trial);
+        Residuals trialResiduals = ResidualsOf(data, trial);
         if (CostOf(trialResiduals, weighting, trial) <= cost) {
             p = trial;
             residuals = std::move(trialResiduals);
@@ -225,32 +87,6 @@ Solution Minimised(const Scaled& data, Unknowns p)
     return {p, spread, DisturbedShare(residuals, spread), step};
 }
 
-bool ScaleTurns(const Turn& horizontal, const Turn& vertical, Scaled& data)
-{
-    if (horizontal.size() < kFewest || vertical.size() < kFewest) return false;
-    Eigen::Array3d low[2];
-    Eigen::Array3d high[2];
-    int turn = 0;
-    for (const Turn* t : {&horizontal, &vertical}) {
-        low[turn] = high[turn] = t->front().reading.array();
-        for (const Observation& o : *t) {
-            if (!o.reading.allFinite() || !o.up.allFinite()) return false;
-            low[turn] = low[turn].min(o.reading.array());
-            high[turn] = high[turn].max(o.reading.array());
-        }
-        data.turns[turn++] = *t;
-    }
-    const Eigen::Array3d middle = (low[1] + high[1]) / 2.0;
-    data.centre = {middle.x(), (low[0].y() + high[0].y()) / 2.0, middle.z()};
-    data.scale = (high[1] - low[1]).maxCoeff() / 2.0;
-    if (!(data.scale > 0.0) || !std::isfinite(data.scale)) return false;
-    for (Turn& t : data.turns) {
-        for (Observation& o : t)
-            o.reading = (o.reading - data.centre) / data.scale;
-    }
-    return true;
-}
-
 // Two starts: an undistorted magnetometer, centred by the extremes of the turns, and one whose
 // offset is the mean of the readings instead.
 Unknowns StartOf(const Scaled& data, int which)
@@ -259,7 +95,7 @@ Unknowns StartOf(const Scaled& data, int which)
     p[0] = p[4] = p[8] = 1.0;
     if (which == 1) {
         Eigen::Vector3d means[2];
-        for (int turn = 0; turn < 2; ++turn) {
+        for (std::size_t turn = 0; turn < 2; ++turn) {
             means[turn].setZero();
             for (const Observation& o : data.turns[turn])
                 means[turn] += o.reading;
@@ -269,12 +105,12 @@ Unknowns StartOf(const Scaled& data, int which)
         p[kOffset + 1] = means[0].y();
         p[kOffset + 2] = means[1].z();
     }
-    for (int turn = 0; turn < 2; ++turn) {
+    for (std::size_t turn = 0; turn < 2; ++turn) {
         std::vector<double> rises;
         for (const Observation& o : data.turns[turn]) {
             rises.push_back(Corrected(p, o.reading).dot(o.up));
         }
-        p[kElevation + turn] = Median(std::move(rises));
+        p[ElevationOf(turn)] = Median(std::move(rises));
     }
     return p;
 }
@@ -284,6 +120,74 @@ bool IsNearOwnAxes(const Unknowns& p)
     Eigen::Matrix3d m;
     m << p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8];
     return p.allFinite() && m.determinant() > 0.0 && m.diagonal().minCoeff() > 0.0;
+}
+
+// Sum over blocks of readings of the squared gradient that each block adds: what errors that
+// neighbours share do to the solution. Scaled up as the unknowns fit a part of them.
+Normal ScatterOfBlocks(const Scaled& data, const Unknowns& p, const Residuals& residuals,
+                       const Weighting& weighting)
+{
+    Normal scatter = Normal::Zero();
+    double blocks = 0.0;
+    for (std::size_t turn = 0; turn < 2; ++turn) {
+        const Turn& readings = data.turns[turn];
+        const std::size_t count = std::min<std::size_t>(kBlocks, readings.size());
+        std::size_t i = 0;
+        for (std::size_t block = 1; block <= count; ++block) {
+            Unknowns sum = Unknowns::Zero();
+            for (; i < block * readings.size() / count; ++i) {
+                const ResidualSlopes slopes = SlopesOf(readings[i], turn, p);
+                const Residual& residual = residuals.turns[turn][i];
+                sum += weighting.turns[turn][i]
+                       * (residual.sphere * slopes.sphere + residual.elevation * slopes.elevation);
+            }
+            scatter += weighting.scale * weighting.scale * sum * sum.transpose();
+        }
+        blocks += static_cast<double>(count);
+    }
+    return scatter * (blocks / (blocks - kUnknowns));
+}
+
+// A share falls as its reading is moved away, which makes the cost flatter than its weights: by
+// this factor, the mean of d(share·residual)/d(residual) over that of the shares.
+double CurvatureOf(const Weighting& weighting)
+{
+    double slopes = 0.0;
+    double shares = 0.0;
+    for (const std::vector<double>& turn : weighting.turns) {
+        for (const double share : turn) {
+            slopes += share * (2.0 * std::sqrt(share) - 1.0);
+            shares += share;
+        }
+    }
+    return std::max(slopes / shares, kLeastCurvature);
+}
+
+// Covariance of the unknowns, by the spread that the blocks of readings show among themselves.
+Normal CovarianceOf(const Scaled& data, const Unknowns& p)
+{
+    const Residuals residuals = ResidualsOf(data, p);
+    const Weighting weighting = WeightingOf(residuals);
+    System prior;
+    AddPrior(p, prior);
+    System all = SystemOf(data, p, residuals, weighting);
+    all.normal = CurvatureOf(weighting) * all.normal + prior.normal;
+
+    const Normal known = prior.normal.selfadjointView<Eigen::Lower>();
+    const Normal scatter = ScatterOfBlocks(data, p, residuals, weighting) + kPriorScatter * known;
+    const Normal normal = all.normal.selfadjointView<Eigen::Lower>();
+    const Normal inverse = normal.ldlt().solve(Normal::Identity());
+    return inverse * scatter * inverse;
+}
+
+// matrix = weights / scale,  offset = offsets + matrix·centre
+CorrectionCovariance InCounts(const Normal& covariance, const Scaled& data)
+{
+    Eigen::Matrix<double, 12, kUnknowns> slopes = Eigen::Matrix<double, 12, kUnknowns>::Identity();
+    slopes.topLeftCorner<9, 9>() /= data.scale;
+    for (Eigen::Index row = 0; row < 3; ++row)
+        slopes.row(kOffset + row).segment<3>(3 * row) = data.centre.transpose() / data.scale;
+    return slopes * covariance * slopes.transpose();
 }
 
 SphereFit InCounts(const Scaled& data, const Solution& solution)
@@ -299,6 +203,7 @@ SphereFit InCounts(const Scaled& data, const Solution& solution)
     fit.elevationSpread = solution.spread.elevation;
     fit.disturbed = solution.disturbed;
     fit.steps = solution.steps;
+    fit.covariance = InCounts(CovarianceOf(data, p), data);
     return fit;
 }
 
@@ -306,17 +211,17 @@ SphereFit InCounts(const Scaled& data, const Solution& solution)
 
 std::optional<SphereFit> FitSphere(const Turn& horizontal, const Turn& vertical)
 {
-    Scaled data;
-    if (!ScaleTurns(horizontal, vertical, data)) return {};
+    const std::optional<Scaled> data = ScaledTurns(horizontal, vertical);
+    if (!data) return {};
     std::optional<Solution> best;
     for (const int start : {0, 1}) {
-        const Solution found = Minimised(data, StartOf(data, start));
+        const Solution found = Minimised(*data, StartOf(*data, start));
         if (!IsNearOwnAxes(found.p)) continue;
         const auto misfit = [](const Solution& s) { return s.spread.sphere + s.spread.elevation; };
         if (!best || misfit(found) < misfit(*best)) best = found;
     }
     if (!best) return {};
-    return InCounts(data, *best);
+    return InCounts(*data, *best);
 }
 
 } // namespace quality::detail

@@ -15,6 +15,9 @@
 
 namespace quality::detail {
 
+/// Covariance of the weights by rows and of the offset, twelve numbers.
+using CorrectionCovariance = Eigen::Matrix<double, 12, 12>;
+
 struct SphereFit
 {
     FullCorrection correction;        // counts to the unit sphere
@@ -24,6 +27,9 @@ struct SphereFit
     double elevationSpread = 0.0;     // of corrected·up − s, robust standard deviation
     double disturbed = 0.0;           // share of readings far off either condition
     int steps = 0;                    // of the better start
+    /// How well the correction is known, judged by how evenly its residuals lie along the turns.
+    /// What turns all readings of both turns alike, an offset of pitch or roll, is not in it.
+    CorrectionCovariance covariance = CorrectionCovariance::Zero();
 };
 
 /// Fits both turns, from two starts, and keeps the better solution.

@@ -1,6 +1,6 @@
 #include "quality/CalibrationReport.h"
 
-#include "apps/study/Conditions.h"
+#include "apps/study/Trial.h"
 #include "framework/core/MessageBox.h"
 #include "quality/SolverRun.h"
 #include "tests/quality/TurnMaker.h"
@@ -311,7 +311,104 @@ TEST_F(CalibrationReport, HasANameASentenceAndAnAdviceForEveryFinding)
     }
 }
 
-// The study tells the rates on thousands; this is a sample of every condition.
+TEST_F(CalibrationReport, EnlargesTheErrorByWhatTheJointFitDoesNotKnow)
+{
+    HeadingError error;
+    error.rms = 0.6;
+    error.uncertainty = 0.5;
+    EXPECT_DOUBLE_EQ(error.With(0.0), 0.6);
+    EXPECT_DOUBLE_EQ(error.With(1.0), std::sqrt(0.36 + 0.25));
+    EXPECT_DOUBLE_EQ(error.With(2.0), std::sqrt(0.36 + 1.0));
+    // What all headings have in common counts once: 0.25 = 0.3² + 0.4²
+    error.uncertaintyConstant = 0.3;
+    EXPECT_DOUBLE_EQ(error.With(1.0), std::sqrt(0.36 + 0.25));
+    EXPECT_DOUBLE_EQ(error.With(2.0), std::sqrt(0.36 + 0.09 + 4.0 * 0.16));
+}
+
+TEST_F(CalibrationReport, CallsNothingGoodThatTheJointFitDoesNotKnow)
+{
+    study::Setting s = CleanSetting();
+    s.sensor.a.noise = s.sensor.b.noise = 12.0;
+    s.sensor.tiltNoise = 3.0;
+    s.horizontal.samples = s.vertical.samples = 60;
+    const CalibrationTurns turns = Record(s);
+    CalibrationRun run = RunSolverUnscreened(turns);
+    run.calibration = FitJointly(turns).calibration; // differs from itself by next to nothing
+    const auto report = AssessCalibration(run);
+    EXPECT_LT(report.headingError, kGoodHeading);
+    EXPECT_GT(report.headingBound, kGoodHeading);
+    EXPECT_NE(report.verdict, Verdict::Good);
+    EXPECT_EQ(report.reason, Finding::JointFitUncertain);
+    EXPECT_THAT(ToText(report), HasSubstr("joint fit itself known to"));
+}
+
+TEST_F(CalibrationReport, CallsExactTurnsGoodWhateverTheUnitAndDirection)
+{
+    for (const double scale : {1.0, 100.0}) {
+        for (const double heading : {0.0, 50.0, 90.0, 265.0}) {
+            study::Setting s = CleanSetting();
+            s.field.strength *= scale;
+            for (simulation::Magnetometer* m : {&s.sensor.a, &s.sensor.b}) {
+                m->softIron = {};
+                m->hardIron = scale * m->hardIron;
+                m->noise = 0.02 * scale;
+            }
+            s.sensor.tiltNoise = 0.0;
+            s.vertical.startHeading = heading;
+            const auto report = AssessCalibration(RunSolverUnscreened(Record(s)));
+            EXPECT_EQ(report.verdict, Verdict::Good) << scale << ' ' << heading;
+        }
+    }
+}
+
+// In these turns one of both could be fitted to the last digit by leaving the other out.
+TEST_F(CalibrationReport, FitsBothTurnsHoweverExactOneOfThemIs)
+{
+    const study::Condition& exact = study::Variations().front();
+    ASSERT_EQ(exact.name, "exact turns, no noise");
+    for (const std::uint64_t seed : {2000076u, 2000112u, 2000135u}) {
+        simulation::Generator random(seed, simulation::Stream::Placement);
+        study::Setting s = study::Ordinary(random);
+        exact.apply(s, random);
+        const study::Result result = study::Simulate(s, seed).solver;
+        EXPECT_LT(result.error.asUsed, 0.01) << seed;
+        EXPECT_LT(result.report.headingBound, 0.05) << seed;
+        EXPECT_EQ(result.report.verdict, Verdict::Good) << seed;
+    }
+}
+
+// The study tells the rates on thousands. Were the verdict blind, most of the called good would be
+// off by more than a degree, as nine of ten of all are.
+TEST_F(CalibrationReport, TellsGoodFromBadUnderMixedConditions)
+{
+    int good = 0;
+    int wronglyGood = 0;
+    int bad = 0;
+    int badAccepted = 0;
+    std::uint64_t seed = 4000;
+    for (const auto* conditions : {&study::Conditions(), &study::Variations()}) {
+        for (const study::Condition& condition : *conditions) {
+            for (int i = 0; i < 3; ++i) {
+                simulation::Generator random(++seed, simulation::Stream::Placement);
+                study::Setting s = study::Ordinary(random);
+                condition.apply(s, random);
+                const study::Result result = study::Simulate(s, seed).solver;
+                const bool isGood = result.report.verdict == Verdict::Good;
+                const bool isBad = !(result.error.asUsed <= 3.0);
+                good += isGood ? 1 : 0;
+                wronglyGood += isGood && result.error.asUsed > 1.0 ? 1 : 0;
+                bad += isBad ? 1 : 0;
+                badAccepted += isBad && IsAccepted(result.report.verdict) ? 1 : 0;
+                EXPECT_FALSE(isGood && isBad) << condition.name << ", seed " << seed;
+            }
+        }
+    }
+    EXPECT_GE(good, 8);
+    EXPECT_LE(wronglyGood, 1);
+    EXPECT_GE(bad, 30);
+    EXPECT_LE(badAccepted, 4); // the weaker verdict included
+}
+
 TEST_F(CalibrationReport, NeverCallsATurnFarOffItsAxisGood)
 {
     int far = 0;

@@ -105,6 +105,47 @@ TEST(SphereFit, TakesTheSmallerRotationWhereTheTurnsTellNone)
     EXPECT_LT(std::fabs(m(1, 0) - m(0, 1)) / m(0, 0), 0.02);
 }
 
+HeadingUncertainty Known(const World& world, double verticalHeading, int samples)
+{
+    Plan horizontal = turnmaker::HorizontalPlan();
+    Plan vertical = turnmaker::VerticalPlan(verticalHeading);
+    horizontal.samples = vertical.samples = samples;
+    const auto fit = Fit(world, horizontal, vertical);
+    if (!fit) return {std::nan(""), std::nan("")};
+    return UncertaintyOf(fit->correction, fit->covariance, fit->elevationHorizontal,
+                         HeadingGrid(world.sensorType, Magnetometer::A));
+}
+
+World NoisyWorld(double size)
+{
+    World world = DistortedWorld();
+    world.noise = 2.0 * size;
+    world.tiltNoise = 0.2 * size;
+    return world;
+}
+
+// Of independent errors: in proportion to their size, and to the root of their number. A factor of
+// 1.6 allows for the chance in one set of 400 readings.
+TEST(SphereFit, KnowsItsUncertaintyBySizeAndNumberOfErrors)
+{
+    const double usual = Known(NoisyWorld(1.0), 20.0, 400).varying;
+    EXPECT_GT(usual, 0.0);
+    EXPECT_NEAR(std::log(Known(NoisyWorld(4.0), 20.0, 400).varying / usual), std::log(4.0),
+                std::log(1.6));
+    EXPECT_NEAR(std::log(Known(NoisyWorld(1.0), 20.0, 6400).varying / usual), std::log(0.25),
+                std::log(1.6));
+    EXPECT_LT(Known(NoisyWorld(0.0), 20.0, 400).varying, 0.02);
+}
+
+// An axis to the east leaves the rotation about z to the prior, which stands at 0.05 / 2 for the
+// difference of two weights: half of it is the rotation, 0.72 degrees.
+TEST(SphereFit, KnowsThatTheAxisToTheEastTellsNoRotation)
+{
+    const double toTheEast = Known(NoisyWorld(3.0), 90.0, 200).constant;
+    EXPECT_NEAR(toTheEast, 0.72, 0.3);
+    EXPECT_LT(Known(NoisyWorld(3.0), 0.0, 200).constant, toTheEast / 2.0);
+}
+
 TEST(SphereFit, RefusesTurnsOfFewerThanTenReadings)
 {
     Plan few = turnmaker::HorizontalPlan();

@@ -1,0 +1,30 @@
+// Figures over many trials.
+#pragma once
+
+#include "apps/study/Trial.h"
+
+#include <functional>
+#include <vector>
+
+namespace study {
+
+using Trials = std::vector<Trial>;
+using Figure = std::function<double(const Trial&)>;
+using Chosen = std::function<bool(const Trial&)>;
+
+/// The solver answered, its values are finite and the joint fit judged them.
+bool Comparable(const Trial& trial);
+
+/// Spearman's rank correlation of two figures over the chosen trials.
+double RankCorrelation(const Trials& trials, const Chosen& chosen, const Figure& x,
+                       const Figure& y);
+
+double RmsOf(const Trials& trials, const Chosen& chosen, const Figure& figure);
+
+/// @param share  in [0, 1]; 0.5 is the median
+double QuantileOf(const Trials& trials, const Chosen& chosen, const Figure& figure, double share);
+
+/// Percent of the trials among `among` that are chosen.
+double ShareOf(const Trials& trials, const Chosen& among, const Chosen& chosen);
+
+} // namespace study
