@@ -57,12 +57,6 @@ Vector VectorFrom(const std::vector<double>& numbers)
     return {numbers[0], numbers[1], numbers[2]};
 }
 
-void CheckInterval(const std::string& option, double from, double to)
-{
-    if (!(from < to))
-        throw CLI::ValidationError(option, fmt::format("{} is not after {}", to, from));
-}
-
 } // namespace
 
 std::vector<double> NumbersIn(const std::string& text, char separator, const NumberForm& form,
@@ -119,16 +113,13 @@ CLI::Option* AddNumber(CLI::App& command, const std::string& option, double& tar
 }
 
 CLI::Option* AddAmount(CLI::App& command, const std::string& option, double& target,
-                       const std::string& description, double limit)
+                       const std::string& description)
 {
     return AddNumbers(
         command, option, kOne,
-        [option, limit, &target](const std::vector<double>& numbers) {
+        [option, &target](const std::vector<double>& numbers) {
             if (numbers[0] < 0.0)
                 throw CLI::ValidationError(option, fmt::format("'{}' is below 0", numbers[0]));
-            if (!(numbers[0] < limit))
-                throw CLI::ValidationError(option,
-                                           fmt::format("'{}' is not below {}", numbers[0], limit));
             target = numbers[0];
         },
         fmt::format("{} [{}]", description, target));
@@ -179,11 +170,10 @@ void AddStartTime(CLI::App& command, double& secondOfDay)
 void AddLosses(CLI::App& command, simulation::Losses& losses)
 {
     UnderHeading(command, "Losses");
-    AddAmount(command, "--drop", losses.share, "Share of the samples lost at random, below 1", 1.0);
+    AddAmount(command, "--drop", losses.share, "Share of the samples lost at random, 0 to below 1");
     AddRepeated(
         command, "--gap", {"FROM:TO", 2, 2},
         [&losses](const std::vector<double>& t) {
-            CheckInterval("--gap", t[0], t[1]);
             losses.gaps.push_back({t[0], t[1]});
         },
         "Seconds without samples; repeatable");
@@ -195,7 +185,8 @@ void MagnetOptions::AddTo(CLI::App& command)
     AddRepeated(
         command, "--magnet", {"FROM:TO:STRENGTH[:AZIMUTH[:ELEVATION]]", 3, 5},
         [this](const std::vector<double>& n) {
-            CheckInterval("--magnet", n[0], n[1]);
+            if (!(n[0] < n[1]))
+                throw CLI::ValidationError("--magnet", "a magnet must leave after it comes");
             Magnet magnet;
             magnet.from = n[0];
             magnet.to = n[1];

@@ -5,7 +5,6 @@
 #include "apps/simulation/TruthText.h"
 #include <CLI/CLI.hpp>
 #include <functional>
-#include <limits>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -40,10 +39,9 @@ CLI::Option* AddRepeated(CLI::App& command, const std::string& option, const Num
 CLI::Option* AddNumber(CLI::App& command, const std::string& option, double& target,
                        const std::string& description);
 
-/// The same, refusing numbers below zero and from `limit` on.
+/// The same, refusing numbers below zero.
 CLI::Option* AddAmount(CLI::App& command, const std::string& option, double& target,
-                       const std::string& description,
-                       double limit = std::numeric_limits<double>::infinity());
+                       const std::string& description);
 
 /// An option of three numbers: x, y, h of a point.
 CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point& target,

@@ -31,6 +31,15 @@ bool LossDecision::Loses(double seconds)
            });
 }
 
+std::string ProblemOf(const Losses& losses)
+{
+    if (!(losses.share >= 0.0 && losses.share < 1.0))
+        return "the share of lost samples must lie from 0 to below 1";
+    const auto isEmpty = [](const Gap& gap) { return !(gap.from < gap.to); };
+    if (std::ranges::any_of(losses.gaps, isEmpty)) return "a gap must end after it begins";
+    return {};
+}
+
 double Smoothly(double s)
 {
     const double cut = std::clamp(s, 0.0, 1.0);

@@ -3,6 +3,7 @@
 
 #include "apps/simulation/PoseSensor.h"
 #include <array>
+#include <string>
 #include <vector>
 
 namespace simulation {
@@ -17,7 +18,7 @@ struct Gap
 /// Losses between sensor and log.
 struct Losses
 {
-    double share = 0.0;      // of the samples, at random, in [0, 1]
+    double share = 0.0;      // of the samples, at random, in [0, 1)
     std::vector<Gap> gaps{}; // lost as a whole
 };
 
@@ -61,11 +62,8 @@ private:
     Generator m_random;
 };
 
-/// Whether a number lies in [0, 1].
-inline bool IsShare(double number)
-{
-    return number >= 0.0 && number <= 1.0;
-}
+/// What is wrong with losses, or an empty text.
+std::string ProblemOf(const Losses& losses);
 
 /// 0 at 0, 1 at 1, level at both ends: 3s^2 - 2s^3, s cut to [0, 1].
 double Smoothly(double s);

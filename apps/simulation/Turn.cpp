@@ -184,7 +184,7 @@ std::string ProblemOf(const TurnPlan& plan)
     if (!(DurationOf(plan) <= kMostSeconds)) return "a turn lasts at most 1000000 seconds";
     if (!(std::fabs(plan.extent) > 0.0 && std::fabs(plan.extent) <= kMostDegrees))
         return "a turn goes over more than 0 and at most 1000000 degrees";
-    if (!IsShare(plan.losses.share)) return "the share of lost samples must lie from 0 to 1";
+    if (std::string problem = ProblemOf(plan.losses); !problem.empty()) return problem;
     if (!(plan.unevenness >= 0.0 && plan.unevenness < 1.0))
         return "the unevenness of the speed must be at least 0 and below 1";
     const double extent = std::fabs(plan.extent);

@@ -131,7 +131,7 @@ std::string ProblemOf(const WalkPlan& plan)
     if (!(plan.rate > 0.0)) return "the sample rate must be above 0 Hz";
     if (!(plan.dwell > 0.0)) return "the time on a point must be above 0 seconds";
     if (!(plan.travel > 0.0)) return "the time between two points must be above 0 seconds";
-    if (!IsShare(plan.losses.share)) return "the share of lost samples must lie from 0 to 1";
+    if (std::string problem = ProblemOf(plan.losses); !problem.empty()) return problem;
     if (!(plan.poleLength > 0.0)) return "the pole must be longer than 0 m";
     if (!(plan.leastLean >= 0.0 && plan.leastLean <= plan.mostLean && plan.mostLean < 45.0))
         return "the lean must lie from 0 to below 45 degrees, the least one first";

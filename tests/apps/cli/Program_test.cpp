@@ -59,24 +59,6 @@ TEST(Program, NoCommandReplacesWhatItReads)
     }
 }
 
-TEST(Program, NothingIsSimulatedThatCannotBeMeant)
-{
-    const std::vector<std::string> wrong[] = {
-        {"--drop",   "1"      },
-        {"--drop",   "1.5"    },
-        {"--gap",    "5:2"    },
-        {"--gap",    "5:5"    },
-        {"--magnet", "5:2:100"},
-    };
-    for (const auto& options : wrong) {
-        std::vector<std::string> arguments = {"simulate", "turns"};
-        arguments.insert(arguments.end(), options.begin(), options.end());
-        const Outcome outcome = RunProgram(arguments);
-        EXPECT_EQ(outcome.exitCode, 2) << options[1];
-        EXPECT_THAT(outcome.err, HasSubstr(options[0]));
-    }
-}
-
 TEST(Program, HelpGoesToStandardOutput)
 {
     const Outcome help = RunProgram({"--help"});
