@@ -3,6 +3,7 @@
 #include "tests/positioning/Reach.h"
 
 #include <cstdlib>
+#include <gtest/gtest.h>
 #include <string_view>
 
 namespace {

@@ -1,6 +1,7 @@
 #include "tests/positioning/Reach.h"
 
 #include <cmath>
+#include <gtest/gtest.h>
 #include <limits>
 #include <rapidcheck/gtest.h>
 

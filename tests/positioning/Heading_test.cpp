@@ -2,6 +2,7 @@
 #include "tests/positioning/Reach.h"
 
 #include <cmath>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 

@@ -3,6 +3,7 @@
 #include "tests/positioning/TemporaryFolder.h"
 
 #include <array>
+#include <gtest/gtest.h>
 #include <limits>
 #include <rapidcheck/gtest.h>
 #include <string>

@@ -9,6 +9,12 @@ namespace {
 constexpr double kPi = 3.141592653589793;
 constexpr double kHalfPi = 1.5707963267948966;
 
+// One rounding in every build; std::pow may give another last digit.
+double Square(double x)
+{
+    return x * x;
+}
+
 } // namespace
 
 double Rad(double degrees)
@@ -71,7 +77,7 @@ double ElevationDegrees(int sensorType, double pitch, double roll)
     const double r = Rad(roll);
     double g = 0.0;
     if (sensorType == 1) {
-        g = Asin(std::sqrt(std::pow(std::sin(r), 2) + std::pow(std::sin(p), 2)));
+        g = Asin(std::sqrt(Square(std::sin(r)) + Square(std::sin(p))));
     } else {
         g = Acos(std::cos(p) * std::cos(r));
         if (g > kHalfPi) g = kPi - g;
@@ -102,7 +108,7 @@ double Projection(int sensorType, double pitch, double roll, double heading, dou
 Result Measure(const Setup& setup, const PoseSensorData& s, double length,
                const xyhCoordinate& antenna)
 {
-    using std::cos, std::sin, std::pow;
+    using std::cos, std::sin;
     Result out{};
     const double rawA[] = {s.dMag_x, s.dMag_y, s.dMag_z};
     const double rawB[] = {s.dMag_x_2, s.dMag_y_2, s.dMag_z_2};
@@ -122,8 +128,8 @@ Result Measure(const Setup& setup, const PoseSensorData& s, double length,
     double u = 0.0;
     double v = 0.0;
     TiltAngles(setup.sensorType, s.dPitch, s.dRoll, u, v);
-    out.quotient = (pow(cos(u), 2) * pow(sin(v), 2) + pow(cos(v), 2) * pow(sin(u), 2)
-                    - (pow(sin(v), 2) + pow(sin(u), 2)))
+    out.quotient = (Square(cos(u)) * Square(sin(v)) + Square(cos(v)) * Square(sin(u))
+                    - (Square(sin(v)) + Square(sin(u))))
                    / (2.0 * cos(u) * cos(v) * sin(u) * sin(v));
     out.yawY = Adjust(out.yaw - Deg(Acos(out.quotient)));
 

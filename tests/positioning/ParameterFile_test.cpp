@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <rapidcheck/gtest.h>

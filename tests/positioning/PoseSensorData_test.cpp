@@ -3,6 +3,7 @@
 #include "positioning/MagneticParameters.h"
 
 #include <cstring>
+#include <gtest/gtest.h>
 #include <limits>
 #include <string>
 #include <type_traits>

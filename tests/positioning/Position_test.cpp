@@ -3,6 +3,7 @@
 #include "tests/positioning/Reach.h"
 
 #include <cmath>
+#include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <utility>
