@@ -29,8 +29,9 @@ inline constexpr double kGoodHeading = 1.0;
 inline constexpr double kUsableHeading = 3.0;
 
 /// The joint fit has an uncertainty of its own, which is added to the difference as the root of the
-/// sum of squares: so many times before a calibration is called good, once for usable. Nine of ten
-/// joint fits are off by less than twice their uncertainty.
+/// sum of squares: what varies with the heading so many times before a calibration is called good
+/// or usable, what all headings share once (HeadingError::With). Nine of ten joint fits are off by
+/// less than twice their uncertainty.
 inline constexpr double kGoodCertainty = 2.0;
 inline constexpr double kUsableCertainty = 1.0;
 
@@ -109,7 +110,7 @@ struct Direction
 };
 
 /// How far the headings of the calibration differ from those of the joint fit.
-struct HeadingError
+struct TILTPOLE_API HeadingError
 {
     double rms = 0.0;      // over all headings at tilts of 0, 15 and 30 degrees [degrees]
     double rmsLevel = 0.0; // at each tilt [degrees]
@@ -123,8 +124,8 @@ struct HeadingError
     double uncertainty = 0.0;
     double uncertaintyConstant = 0.0;
 
-    /// Heading error, `certainty` uncertainties of the joint fit included: √(rms² +
-    /// (certainty·u)²).
+    /// Heading error, the joint fit's uncertainty included: √(rms² + c² + (certainty·v)²) with
+    /// its common part c and the rest v = √(u² − c²). [degrees]
     double With(double certainty) const;
 };
 
