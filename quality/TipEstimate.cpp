@@ -5,7 +5,6 @@
 #include <Eigen/Dense>
 #include <algorithm>
 #include <cmath>
-#include <limits>
 #include <numbers>
 #include <span>
 #include <utility>
@@ -72,9 +71,14 @@ public:
           m_variance(errors.plan * errors.plan, errors.plan * errors.plan,
                      errors.height * errors.height)
     {
+        for (const Antenna& antenna : m_antennas)
+            m_middle += antenna.position / static_cast<double>(Count());
+        Matrix3d scatter = Matrix3d::Zero();
+        for (const Antenna& antenna : m_antennas)
+            scatter += (antenna.position - m_middle) * (antenna.position - m_middle).transpose();
+        m_across = Eigen::SelfAdjointEigenSolver<Matrix3d>(scatter).eigenvectors().col(0);
         // Aside of the plane of a swing, in which the way across it could not be told.
-        m_tip =
-            Middle() + antennaHeight * (Vector3d(0.0, 0.0, -1.0) + kAside * AcrossTheAntennas());
+        m_tip = m_middle + antennaHeight * (Vector3d(0.0, 0.0, -1.0) + kAside * m_across);
     }
 
     bool Converge();
@@ -91,22 +95,22 @@ public:
     std::size_t Count() const { return m_antennas.size(); }
     int Freedom() const { return static_cast<int>(Count()) - 3; }
     const Vector3d& Tip() const { return m_tip; }
-    bool IsBelowTheAntennas() const { return m_tip.z() < Middle().z(); }
+    bool IsBelowTheAntennas() const { return m_tip.z() < m_middle.z(); }
     int Iterations() const { return m_iterations; }
     double Misfit() const { return Misfit(m_tip); }
     Matrix3d Normal() const;
     Matrix3d DirectionScatter() const;
 
 private:
-    Vector3d Middle() const;
-    Vector3d AcrossTheAntennas() const;
     double Misfit(const Vector3d& tip) const;
     Vector3d Step() const;
 
     std::span<const Antenna> m_antennas;
     double m_antennaHeight;
     Vector3d m_variance;
-    Vector3d m_tip; // begins below the middle of the antennas
+    Vector3d m_middle = Vector3d::Zero(); // of the antennas
+    Vector3d m_across;                    // normal of the plane in which the antennas lie best
+    Vector3d m_tip;                       // begins below the middle of the antennas
     int m_iterations = 0;
 };
 
@@ -150,14 +154,6 @@ Vector3d Fit::Step() const
     return Normal().ldlt().solve(right);
 }
 
-Vector3d Fit::Middle() const
-{
-    Vector3d middle = Vector3d::Zero();
-    for (const Antenna& antenna : m_antennas)
-        middle += antenna.position / static_cast<double>(Count());
-    return middle;
-}
-
 // Gauss–Newton; a step that makes the misfit larger is halved.
 bool Fit::Converge()
 {
@@ -173,23 +169,12 @@ bool Fit::Converge()
     return false;
 }
 
-// Across the plane in which the antennas lie best.
-Vector3d Fit::AcrossTheAntennas() const
-{
-    const Vector3d middle = Middle();
-    Matrix3d scatter = Matrix3d::Zero();
-    for (const Antenna& antenna : m_antennas)
-        scatter += (antenna.position - middle) * (antenna.position - middle).transpose();
-    return Eigen::SelfAdjointEigenSolver<Matrix3d>(scatter).eigenvectors().col(0);
-}
-
-// The fit that begins at the other side of that plane: there a second tip fits as well as this one
-// the nearer the antennas come to the plane.
+// The fit that begins at the other side of the plane of the antennas: there a second tip fits as
+// well as this one the nearer they come to that plane.
 Fit Fit::Mirrored() const
 {
-    const Vector3d across = AcrossTheAntennas();
     Fit mirrored = *this;
-    mirrored.m_tip -= 2.0 * across.dot(m_tip - Middle()) * across;
+    mirrored.m_tip -= 2.0 * m_across.dot(m_tip - m_middle) * m_across;
     return mirrored;
 }
 
