@@ -202,11 +202,9 @@ nlohmann::ordered_json EstimateJson(const SolvedTip& solved)
         {"point", solved.RowOf(e.largestResidualIndex).name},
         {"value", e.largestResidual                        }
     };
-    json["suspect"] = {
-        {"point",            solved.RowOf(e.suspectIndex).name},
-        {       "value", e.suspectResidual                                 },
-        { "ratio",      Figure(e.suspectRatio,                                       HasTests(e))}
-    };
+    json["suspect"]["point"] = solved.RowOf(e.suspectIndex).name;
+    json["suspect"]["value"] = e.suspectResidual;
+    json["suspect"]["ratio"] = Figure(e.suspectRatio, HasTests(e));
     json["radius_excess"] = Figure(e.radiusExcess, HasTests(e));
     json["radius_excess_limit"] = Figure(e.radiusExcessLimit, HasTests(e));
     json["direction_spread"] = e.directionSpread;
@@ -289,9 +287,8 @@ std::string Recommendation(const SolvedTip& solved)
     case TipVerdict::NoSolution:
         break;
     }
-    return "Store neither: there is no least-squares solution. Observe more positions, leaning to "
-           "all "
-           "sides.";
+    return "Store neither: there is no least-squares solution. "
+           "Observe more positions, leaning to all sides.";
 }
 
 std::string SolveText(const SolvedTip& solved)
