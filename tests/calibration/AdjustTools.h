@@ -4,14 +4,12 @@
 
 #include "calibration/InclineSensor_MagneticAdjust.h"
 #include "framework/core/MessageBox.h"
+#include "tests/ScratchFolder.h"
 #include "tests/calibration/TestTurns.h"
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
-#include <unistd.h>
 #include <utility>
 #include <vector>
 
@@ -61,32 +59,23 @@ private:
 class OwnDataFolder
 {
 public:
-    OwnDataFolder()
-        : path(std::filesystem::temp_directory_path()
-               / ("tiltpole-adjust-" + std::to_string(::getpid())))
-    {
-        std::filesystem::remove_all(path);
-        ::setenv("XDG_DATA_HOME", path.c_str(), 1);
-    }
-    ~OwnDataFolder()
-    {
-        ::unsetenv("XDG_DATA_HOME");
-        std::filesystem::remove_all(path);
-    }
+    OwnDataFolder() { ::setenv("XDG_DATA_HOME", Root().c_str(), 1); }
+    ~OwnDataFolder() { ::unsetenv("XDG_DATA_HOME"); }
     OwnDataFolder(const OwnDataFolder&) = delete;
     OwnDataFolder& operator=(const OwnDataFolder&) = delete;
 
-    std::string Read(const std::string& name) const
-    {
-        std::ifstream file(path / "tiltpole" / name, std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
+    /// Not there before the library makes it.
+    std::string Root() const { return m_scratch.Path("data"); }
+    std::string Read(const std::string& name) const { return m_scratch.Read(Place(name)); }
     bool Has(const std::string& name) const
     {
-        return std::filesystem::exists(path / "tiltpole" / name);
+        return std::filesystem::exists(m_scratch.Path(Place(name)));
     }
 
-    std::filesystem::path path;
+private:
+    static std::string Place(const std::string& name) { return "data/tiltpole/" + name; }
+
+    ScratchFolder m_scratch;
 };
 
 inline CSZMatrix ColumnOf(const std::vector<double>& values)

@@ -1,7 +1,10 @@
 // The dump of a failed calibration, byte for byte.
 #include "tests/calibration/AdjustTools.h"
 
+#include <filesystem>
+#include <fstream>
 #include <gtest/gtest.h>
+#include <string>
 
 namespace {
 
@@ -74,13 +77,13 @@ TEST(ErrorDump, IndicesBeyond999TakeTheRoomTheyNeed)
 TEST(ErrorDump, ThatCannotBeWrittenIsSkipped)
 {
     const OwnDataFolder folder;
-    std::ofstream(folder.path) << "a file where the folder should be";
+    std::ofstream(folder.Root()) << "a file where the folder should be";
     RecordedBoxes boxes;
     CInclineSensor_MagneticAdjust adjust;
     Load(adjust, {1, Sample()}, {});
     EXPECT_EQ(adjust.Adjust(), 0);
     EXPECT_EQ(boxes.shown.size(), 2U) << "nothing more is told";
-    EXPECT_TRUE(std::filesystem::is_regular_file(folder.path));
+    EXPECT_TRUE(std::filesystem::is_regular_file(folder.Root()));
 }
 
 } // namespace

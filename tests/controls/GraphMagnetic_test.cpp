@@ -1,13 +1,12 @@
 #include "controls/GraphMagnetic_XY.h"
 #include "controls/GraphMagnetic_XZ.h"
 
+#include "tests/ScratchFolder.h"
 #include "tests/controls/ControlTest.h"
 
 #include <climits>
 #include <cstring>
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 
 namespace controls::test {
@@ -45,38 +44,11 @@ struct XZ
 };
 
 // The module stands in an empty folder of the test's own.
-class ModuleFolder
+class ModuleFolder : public ScratchFolder
 {
 public:
-    ModuleFolder()
-    {
-        std::string name = (std::filesystem::temp_directory_path() / "plotXXXXXX").string();
-        m_path = mkdtemp(name.data());
-        framework::SetModulePath(CString((m_path / "host").c_str()));
-    }
-    ~ModuleFolder()
-    {
-        framework::SetModulePath(CString());
-        std::filesystem::remove_all(m_path);
-    }
-    ModuleFolder(const ModuleFolder&) = delete;
-    ModuleFolder& operator=(const ModuleFolder&) = delete;
-
-    std::filesystem::path File(const char* name) const { return m_path / name; }
-
-    std::string Text(const char* name) const
-    {
-        std::ifstream file(File(name), std::ios::binary);
-        return {std::istreambuf_iterator<char>(file), {}};
-    }
-
-    void Write(const char* name, const std::string& text) const
-    {
-        std::ofstream(File(name), std::ios::binary) << text;
-    }
-
-private:
-    std::filesystem::path m_path;
+    ModuleFolder() { framework::SetModulePath(CString(Path("host").c_str())); }
+    ~ModuleFolder() { framework::SetModulePath(CString()); }
 };
 
 // A plot of 194 x 144 pixels inside its edges whose view begins at (-100, -200) with one count a
@@ -153,11 +125,11 @@ TYPED_TEST(Plot, ZoomsWithTheEleventhSampleOutside)
 {
     for (int i = 0; i < 10; ++i)
         this->Add(1000 + i, 0);
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther) << "ten are not enough";
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther) << "ten are not enough";
     this->Add(0, -100);
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther) << "inside does not count";
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther) << "inside does not count";
     this->Add(1010, 0);
-    EXPECT_NE(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+    EXPECT_NE(this->folder.Read(TypeParam::kFile), TypeParam::kOther);
     // Extent 1010 x 100: 1010/194·1.5 counts a pixel; the middle is (505, -50).
     long x = 0;
     long y = 0;
@@ -173,9 +145,9 @@ TYPED_TEST(Plot, CountsTheRightAndBottomEdgeAsOutside)
         this->Add(94, -100); // column 194
     for (int i = 0; i < 5; ++i)
         this->Add(0, -200); // row 144
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther);
     this->Add(94, -100);
-    EXPECT_NE(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+    EXPECT_NE(this->folder.Read(TypeParam::kFile), TypeParam::kOther);
 }
 
 TYPED_TEST(Plot, StartsCountingAgainAfterAZoomAndAfterClear)
@@ -185,23 +157,23 @@ TYPED_TEST(Plot, StartsCountingAgainAfterAZoomAndAfterClear)
     this->control->Clear();
     for (int i = 0; i < 10; ++i)
         this->Add(1000 + i, 0);
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther) << "after Clear";
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther) << "after Clear";
     this->Add(1010, 0);
-    EXPECT_NE(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+    EXPECT_NE(this->folder.Read(TypeParam::kFile), TypeParam::kOther);
 
     this->folder.Write(TypeParam::kFile, TypeParam::kOther);
     for (int i = 0; i < 10; ++i)
         this->Add(100000 + i, 0);
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther) << "after a zoom";
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther) << "after a zoom";
     this->Add(100010, 0);
-    EXPECT_NE(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+    EXPECT_NE(this->folder.Read(TypeParam::kFile), TypeParam::kOther);
 }
 
 TYPED_TEST(Plot, LeavesTheViewAloneBelowTwoSamples)
 {
     this->Add(5000, 5000);
     this->control->ZoomAll();
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther);
 }
 
 TYPED_TEST(Plot, NeverZoomsByItselfAtScaleZero)
@@ -231,9 +203,9 @@ TYPED_TEST(Plot, CountsEverySampleWhileTheScaleIsOutOfRange)
         this->control->Create(nullptr, nullptr, WS_CHILD, CRect(0, 0, 200, 150), &this->dialog, 4);
         for (int i = 0; i < 10; ++i)
             this->Add(1000, 1000);
-        EXPECT_EQ(this->folder.Text(TypeParam::kFile), line) << "inside";
+        EXPECT_EQ(this->folder.Read(TypeParam::kFile), line) << "inside";
         this->Add(-1, -1000000);
-        return this->folder.Text(TypeParam::kFile) != line;
+        return this->folder.Read(TypeParam::kFile) != line;
     };
     EXPECT_TRUE(begin("0, 0, 1000.000001,"));
     EXPECT_FALSE(begin("0, 0, 1000.000000,"));
@@ -247,7 +219,7 @@ TYPED_TEST(Plot, NeverZoomsForCentres)
         this->AddCenter(1000 + i, 0);
     for (int i = 0; i < 10; ++i)
         this->Add(1000 + i, 0);
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther);
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther);
 }
 
 TYPED_TEST(Plot, EmptiesItselfAndKeepsItsView)
@@ -298,19 +270,19 @@ TYPED_TEST(Plot, KeepsItsViewBetweenRuns)
     // 388/194 = 2, 288/144 = 2, times 1.5; origin (194 - 291, 144 - 216), half added and cut.
     const std::string expected =
         std::string(TypeParam::kOther).substr(0, 17) + "-96, -71, 3.000000,\r\n";
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), expected);
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), expected);
     typename TypeParam::Control next;
     EXPECT_TRUE(next.ConfigSave());
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), expected);
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), expected);
 }
 
 TYPED_TEST(Plot, WritesItsDefaultsByteForByte)
 {
-    std::filesystem::remove(this->folder.File(TypeParam::kFile));
+    std::filesystem::remove(this->folder.Path(TypeParam::kFile));
     typename TypeParam::Control fresh;
     EXPECT_FALSE(fresh.ConfigRead()) << "no file";
     EXPECT_TRUE(fresh.ConfigSave());
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kDefaults);
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kDefaults);
 }
 
 TYPED_TEST(Plot, SurvivesAnyViewFile)
@@ -321,14 +293,14 @@ TYPED_TEST(Plot, SurvivesAnyViewFile)
         typename TypeParam::Control fresh;
         EXPECT_TRUE(fresh.ConfigRead());
         EXPECT_TRUE(fresh.ConfigSave());
-        EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kDefaults);
+        EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kDefaults);
     }
 }
 
 TYPED_TEST(Plot, FailsToSaveWhereItMayNotWrite)
 {
-    std::filesystem::remove(this->folder.File(TypeParam::kFile));
-    std::filesystem::create_directory(this->folder.File(TypeParam::kFile));
+    std::filesystem::remove(this->folder.Path(TypeParam::kFile));
+    std::filesystem::create_directory(this->folder.Path(TypeParam::kFile));
     EXPECT_FALSE(this->control->ConfigSave());
 }
 
@@ -342,7 +314,7 @@ TYPED_TEST(Plot, AnswersTrueEvenWhenItCouldNotBeMade)
     orphan.AddCenterPoint(1, 2, 3);
     orphan.ZoomAll();
     orphan.Clear();
-    EXPECT_EQ(this->folder.Text(TypeParam::kFile), TypeParam::kOther) << "no area, no new view";
+    EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther) << "no area, no new view";
 }
 
 TYPED_TEST(Plot, TakesTheColumnFromItsResult)

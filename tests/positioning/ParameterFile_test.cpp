@@ -98,7 +98,7 @@ TEST(ParameterFile, HoldsTwentyOneLinesInTheirOrder)
     CInclineSensor_Position sensor = With(Rising());
     EXPECT_EQ(sensor.ConfigSave(folder.Path(kFile)), 1);
     EXPECT_EQ(folder.Read(kFile), expected);
-    EXPECT_EQ(folder.Count(), 1) << "nothing beside it";
+    EXPECT_EQ(folder.Names().size(), 1U) << "nothing beside it";
 }
 
 TEST(ParameterFile, BeginsWithAZeroForADefaultObject)
@@ -272,7 +272,7 @@ void CheckFailedSave(CInclineSensor_Position sensor, const char* why)
     folder.Write(kFile, "old");
     EXPECT_EQ(sensor.ConfigSave(folder.Path(kFile)), 0) << why;
     EXPECT_EQ(folder.Read(kFile), "old") << why;
-    EXPECT_EQ(folder.Count(), 1) << why;
+    EXPECT_EQ(folder.Names().size(), 1U) << why;
 }
 
 TEST(ParameterFile, IsKeptWhenAValueCannotBeWritten)
@@ -308,7 +308,7 @@ TEST(ParameterFile, CannotBeSavedWhereNoFileCanBe)
         << "in a folder that is not there";
     EXPECT_EQ(sensor.ConfigSave(L""), 0);
     EXPECT_EQ(sensor.ConfigSave(L"/dev/full"), 0) << "a full device";
-    EXPECT_EQ(folder.Count(), 1);
+    EXPECT_EQ(folder.Names().size(), 1U);
 }
 
 // Runs `work` in a process of its own; its return value is the process's.
@@ -338,7 +338,7 @@ TEST(ParameterFile, IsKeptWhenTheDiskFills)
     ASSERT_TRUE(WIFEXITED(status));
     EXPECT_EQ(WEXITSTATUS(status), 0) << "answers 0";
     EXPECT_EQ(folder.Read(kFile), "old");
-    EXPECT_EQ(folder.Count(), 1);
+    EXPECT_EQ(folder.Names().size(), 1U);
 }
 
 TEST(ParameterFile, IsOldOrNewWhereverTheProgramEnds)

@@ -21,7 +21,7 @@ TEST(Output, TheOldFileStandsUntilTheNewOneIsWhole)
     EXPECT_EQ(ReadAll(path), "old");
     output.Finish();
     EXPECT_EQ(ReadAll(path), std::string(300000, 'n'));
-    EXPECT_EQ(folder.CountFiles(), 1U);
+    EXPECT_EQ(folder.Names().size(), 1U);
 }
 
 TEST(Output, WhatIsNotFinishedLeavesNothingBehind)
@@ -33,7 +33,7 @@ TEST(Output, WhatIsNotFinishedLeavesNothingBehind)
         output.Write(std::string(300000, 'n'));
     }
     EXPECT_EQ(ReadAll(path), "old");
-    EXPECT_EQ(folder.CountFiles(), 1U);
+    EXPECT_EQ(folder.Names().size(), 1U);
 }
 
 TEST(Output, KeepsTheModeAndTheLinkOfTheOldFile)

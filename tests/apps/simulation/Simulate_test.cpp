@@ -1,20 +1,18 @@
 // tiltpole simulate as a user calls it.
+#include "tests/ScratchFolder.h"
+
 #include <algorithm>
 #include <array>
 #include <cstdio>
 #include <filesystem>
-#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sstream>
 #include <string>
 #include <sys/wait.h>
-#include <unistd.h>
 
 namespace {
 
-namespace fs = std::filesystem;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -27,26 +25,13 @@ struct Outcome
 class Simulate : public testing::Test
 {
 protected:
-    Simulate()
-        : m_folder(fs::temp_directory_path() / ("tiltpole-simulate-" + std::to_string(getpid())))
-    {
-        fs::create_directories(m_folder);
-    }
-    ~Simulate() override { fs::remove_all(m_folder); }
-
-    std::string Path(const std::string& name) const { return (m_folder / name).string(); }
-
-    std::string Content(const std::string& name) const
-    {
-        std::ostringstream content;
-        content << std::ifstream(m_folder / name, std::ios::binary).rdbuf();
-        return content.str();
-    }
+    std::string Path(const std::string& name) const { return m_folder.Path(name); }
+    std::string Content(const std::string& name) const { return m_folder.Read(name); }
 
     Outcome Run(const std::string& arguments) const
     {
-        const std::string line =
-            "cd '" + m_folder.string() + "' && '" TILTPOLE_PROGRAM "' " + arguments + " 2>&1";
+        const std::string line = "cd '" + m_folder.Native().string()
+                                 + "' && '" TILTPOLE_PROGRAM "' " + arguments + " 2>&1";
         FILE* pipe = popen(line.c_str(), "r");
         std::string text;
         std::array<char, 4096> block;
@@ -57,7 +42,7 @@ protected:
     }
 
 private:
-    fs::path m_folder;
+    ScratchFolder m_folder;
 };
 
 TEST_F(Simulate, SameSeedWritesTheSameFiles)
@@ -152,7 +137,7 @@ TEST_F(Simulate, BadOptionsAreOneSentenceAndWriteNothing)
         EXPECT_EQ(outcome.exitCode, 2) << c.options;
         EXPECT_THAT(outcome.text, HasSubstr(c.reason));
         EXPECT_EQ(std::ranges::count(outcome.text, '\n'), 1) << outcome.text;
-        EXPECT_FALSE(fs::exists(Path("h"))) << c.options;
+        EXPECT_FALSE(std::filesystem::exists(Path("h"))) << c.options;
     }
 }
 

@@ -55,26 +55,26 @@ TEST_F(AtomicFile, IsMadeWhereThereWasNone)
     const mode_t mask = ::umask(027);
     EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"new"), "content"));
     ::umask(mask);
-    EXPECT_EQ(m_folder.Content("new"), "content");
+    EXPECT_EQ(m_folder.Read("new"), "content");
     EXPECT_EQ(ModeOf("new"), 0640u);
     EXPECT_EQ(m_folder.Names(), Names{"new"});
 }
 
 TEST_F(AtomicFile, ReplacesTheWholeContentAndKeepsPermissions)
 {
-    m_folder.Put("old", "a longer old content");
+    m_folder.Write("old", "a longer old content");
     ::chmod((m_folder.Native() / "old").c_str(), 0604);
     EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"old"), "new"));
-    EXPECT_EQ(m_folder.Content("old"), "new");
+    EXPECT_EQ(m_folder.Read("old"), "new");
     EXPECT_EQ(ModeOf("old"), 0604u);
     EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"old"), ""));
-    EXPECT_EQ(m_folder.Content("old"), "");
+    EXPECT_EQ(m_folder.Read("old"), "");
     EXPECT_EQ(m_folder.Names(), Names{"old"});
 }
 
 TEST_F(AtomicFile, IsAnotherFileThanTheOneAReaderHolds)
 {
-    m_folder.Put("old", "old content");
+    m_folder.Write("old", "old content");
     std::ifstream reader(m_folder.Native() / "old");
     EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"old"), "new"));
     EXPECT_EQ(std::string(std::istreambuf_iterator<char>(reader), {}), "old content");
@@ -82,13 +82,13 @@ TEST_F(AtomicFile, IsAnotherFileThanTheOneAReaderHolds)
 
 TEST_F(AtomicFile, StaysWholeOnAFullDisk)
 {
-    m_folder.Put("old", "old content");
+    m_folder.Write("old", "old content");
     {
         const FileSizeLimit limit(100);
         EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"old"), std::string(1000, 'x')));
         EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"new"), std::string(1000, 'x')));
     }
-    EXPECT_EQ(m_folder.Content("old"), "old content");
+    EXPECT_EQ(m_folder.Read("old"), "old content");
     EXPECT_EQ(m_folder.Names(), Names{"old"});
 }
 
@@ -98,7 +98,7 @@ TEST_F(AtomicFile, LeavesAFolderAndAMissingFolderAlone)
     EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"new/"), "x"));
     EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"none/new"), "x"));
     EXPECT_FALSE(ReplaceFileContent(L"", "x"));
-    m_folder.Put("file", "y");
+    m_folder.Write("file", "y");
     EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"file/new"), "x"));
     EXPECT_EQ(m_folder.Names(), Names{"file"});
 }
@@ -106,16 +106,16 @@ TEST_F(AtomicFile, LeavesAFolderAndAMissingFolderAlone)
 TEST_F(AtomicFile, FollowsLinksAndKeepsThem)
 {
     std::filesystem::create_directory(m_folder.Native() / "data");
-    m_folder.Put("data/file", "old");
+    m_folder.Write("data/file", "old");
     std::filesystem::create_symlink("data/file", m_folder.Native() / "link");
     std::filesystem::create_symlink(m_folder.Native() / "link", m_folder.Native() / "second");
     std::filesystem::create_symlink("data/made", m_folder.Native() / "dangling");
     EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"second"), "new"));
-    EXPECT_EQ(m_folder.Content("data/file"), "new");
+    EXPECT_EQ(m_folder.Read("data/file"), "new");
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Native() / "link"));
     EXPECT_TRUE(std::filesystem::is_symlink(m_folder.Native() / "second"));
     EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"dangling"), "made"));
-    EXPECT_EQ(m_folder.Content("data/made"), "made");
+    EXPECT_EQ(m_folder.Read("data/made"), "made");
 }
 
 TEST_F(AtomicFile, GivesUpOnLinksInACircle)
@@ -135,22 +135,22 @@ TEST_F(AtomicFile, WritesIntoADeviceInPlace)
 
 TEST_F(AtomicFile, LeavesAFileAloneThatMayNotBeWritten)
 {
-    m_folder.Put("locked", "old");
+    m_folder.Write("locked", "old");
     ::chmod((m_folder.Native() / "locked").c_str(), 0444);
     ::chmod(m_folder.Native().c_str(), 0777);
     {
         const OrdinaryUser user;
         EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"locked"), "new"));
     }
-    EXPECT_EQ(m_folder.Content("locked"), "old");
+    EXPECT_EQ(m_folder.Read("locked"), "old");
 }
 
 TEST_F(AtomicFile, PassesOverNamesThatAreTaken)
 {
     const std::string taken = ".tiltpole-" + std::to_string(::getpid()) + "-0.new";
-    m_folder.Put(taken, "somebody's");
+    m_folder.Write(taken, "somebody's");
     EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"file"), "x"));
-    EXPECT_EQ(m_folder.Content(taken), "somebody's");
+    EXPECT_EQ(m_folder.Read(taken), "somebody's");
     EXPECT_EQ(m_folder.Names(), (Names{taken, "file"}));
 }
 

@@ -122,7 +122,7 @@ TEST_F(File, FlushesWhatItHolds)
     ASSERT_TRUE(file.Open(m_path, CFile::modeCreate | CFile::modeWrite));
     EXPECT_EQ(file.Write("abc", 3), 3u);
     EXPECT_TRUE(file.Flush());
-    EXPECT_EQ(m_folder.Content("sample \xC3\xA4\xE6\xB5\x8B.bin"), "abc");
+    EXPECT_EQ(m_folder.Read("sample \xC3\xA4\xE6\xB5\x8B.bin"), "abc");
 }
 
 TEST_F(File, IsClosedByItsDestructor)

@@ -47,7 +47,7 @@ struct ModulePathScope
 TEST(FileAttributes, TellFilesFoldersAndWhatIsMissing)
 {
     const TestFolder folder;
-    folder.Put("\xC3\xA4", "x");
+    folder.Write("\xC3\xA4", "x");
     EXPECT_EQ(GetFileAttributesW(folder.File(L"\u00E4")), FILE_ATTRIBUTE_NORMAL);
     EXPECT_EQ(GetFileAttributesW(folder.Path()), FILE_ATTRIBUTE_DIRECTORY);
     EXPECT_EQ(GetFileAttributesW(folder.File(L"none")), INVALID_FILE_ATTRIBUTES);
@@ -128,7 +128,7 @@ TEST(MakeFolder, MakesAllThatIsMissing)
     EXPECT_TRUE(framework::MakeFolder(folder.File(L"a/\u00E4/c")));
     EXPECT_TRUE(std::filesystem::is_directory(folder.Native() / "a/\xC3\xA4/c"));
     EXPECT_TRUE(framework::MakeFolder(folder.File(L"a/\u00E4/c"))) << "there already";
-    folder.Put("file", "x");
+    folder.Write("file", "x");
     EXPECT_FALSE(framework::MakeFolder(folder.File(L"file")));
     EXPECT_FALSE(framework::MakeFolder(folder.File(L"file/below")));
     EXPECT_FALSE(framework::MakeFolder(L""));
