@@ -1,6 +1,6 @@
-// Fit and application of the plane transform over a million points, beside Eigen's umeyama,
-// Boost.Geometry's affine transform and PROJ's helmert. Times are per call over all points; the
-// counter gives the time of one point.
+// Fit and application of the plane transform over a million points, from memory, and over a
+// thousand, from the cache, beside Eigen's umeyama, Boost.Geometry's affine transform and PROJ's
+// helmert. Times are per call over all points; the counter gives the time of one point.
 #include "geometry/MagneticConvert.h"
 
 #include <Eigen/Geometry>
@@ -18,7 +18,6 @@
 
 namespace {
 
-constexpr int kPoints = 1000000;
 constexpr double kScale = 1.0000015504;
 constexpr double kRotation = 7.5874e-6; // [radians]
 
@@ -27,11 +26,11 @@ struct Place
     double x, y;
 };
 
-std::vector<Place> Places()
+std::vector<Place> Places(const benchmark::State& state)
 {
     std::mt19937 random(1);
     std::uniform_real_distribution<double> share(0.0, 100000.0);
-    std::vector<Place> places(kPoints);
+    std::vector<Place> places(static_cast<std::size_t>(state.range(0)));
     for (Place& p : places)
         p = {4500000.0 + share(random), 500000.0 + share(random)};
     return places;
@@ -40,8 +39,13 @@ std::vector<Place> Places()
 void CountPoints(benchmark::State& state)
 {
     state.counters["per point"] =
-        benchmark::Counter(static_cast<double>(kPoints) * static_cast<double>(state.iterations()),
+        benchmark::Counter(static_cast<double>(state.range(0) * state.iterations()),
                            benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
+}
+
+void Sizes(benchmark::internal::Benchmark* work)
+{
+    work->ArgName("points")->Arg(1000)->Arg(1000000)->Unit(benchmark::kMicrosecond);
 }
 
 void FitOurs(benchmark::State& state)
@@ -49,9 +53,9 @@ void FitOurs(benchmark::State& state)
     CMagneticConvert forward;
     forward.SetFourParameter(-129.5, -208.2, kRotation, kScale, 0, 0);
     CMagneticConvert convert;
-    convert.m_Points.SetSize(kPoints);
+    convert.m_Points.SetSize(state.range(0));
     INT_PTR k = 0;
-    for (const Place& p : Places()) {
+    for (const Place& p : Places(state)) {
         Place to = p;
         forward.XYtoXY(to.x, to.y);
         convert.m_Points[k++] = {p.x, p.y, to.x, to.y, 0, 0, 0, 0};
@@ -65,10 +69,10 @@ void FitUmeyama(benchmark::State& state)
 {
     CMagneticConvert forward;
     forward.SetFourParameter(-129.5, -208.2, kRotation, kScale, 0, 0);
-    Eigen::Matrix2Xd source(2, kPoints);
-    Eigen::Matrix2Xd target(2, kPoints);
+    Eigen::Matrix2Xd source(2, state.range(0));
+    Eigen::Matrix2Xd target(2, state.range(0));
     Eigen::Index k = 0;
-    for (const Place& p : Places()) {
+    for (const Place& p : Places(state)) {
         Place to = p;
         forward.XYtoXY(to.x, to.y);
         source.col(k) << p.x, p.y;
@@ -84,7 +88,7 @@ void ConvertOurs(benchmark::State& state)
 {
     CMagneticConvert convert;
     convert.SetFourParameter(-129.5, -208.2, kRotation, kScale, 0, 0);
-    std::vector<Place> places = Places();
+    std::vector<Place> places = Places(state);
     for (auto _ : state) {
         for (Place& p : places)
             (convert.*Conversion)(p.x, p.y);
@@ -102,7 +106,7 @@ void ForwardBoost(benchmark::State& state)
     const boost::geometry::strategy::transform::matrix_transformer<double, 2, 2> affine(
         c, -s, -129.5, s, c, -208.2, 0.0, 0.0, 1.0);
     std::vector<Point> places;
-    for (const Place& p : Places())
+    for (const Place& p : Places(state))
         places.emplace_back(p.x, p.y);
     for (auto _ : state) {
         for (Point& p : places)
@@ -111,7 +115,7 @@ void ForwardBoost(benchmark::State& state)
     }
     CountPoints(state);
 }
-BENCHMARK(ForwardBoost)->Unit(benchmark::kMillisecond);
+BENCHMARK(ForwardBoost)->Apply(Sizes);
 #endif
 
 #if defined(TILTPOLE_BENCHMARK_PROJ)
@@ -120,7 +124,7 @@ void ForwardProj(benchmark::State& state)
     PJ* const helmert = proj_create(
         PJ_DEFAULT_CTX, "+proj=helmert +x=-129.5 +y=-208.2 +s=1.0000015504 +theta=-1.56504");
     std::vector<PJ_COORD> places;
-    for (const Place& p : Places())
+    for (const Place& p : Places(state))
         places.push_back(proj_coord(p.x, p.y, 0, 0));
     for (auto _ : state) {
         proj_trans_array(helmert, PJ_FWD, places.size(), places.data());
@@ -129,16 +133,12 @@ void ForwardProj(benchmark::State& state)
     proj_destroy(helmert);
     CountPoints(state);
 }
-BENCHMARK(ForwardProj)->Unit(benchmark::kMillisecond);
+BENCHMARK(ForwardProj)->Apply(Sizes);
 #endif
 
-BENCHMARK(FitOurs)->Unit(benchmark::kMillisecond);
-BENCHMARK(FitUmeyama)->Unit(benchmark::kMillisecond);
-BENCHMARK(ConvertOurs<&CMagneticConvert::XYtoXY>)
-    ->Name("ForwardOurs")
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(ConvertOurs<&CMagneticConvert::XYtoXY1>)
-    ->Name("BackwardOurs")
-    ->Unit(benchmark::kMillisecond);
+BENCHMARK(FitOurs)->Apply(Sizes);
+BENCHMARK(FitUmeyama)->Apply(Sizes);
+BENCHMARK(ConvertOurs<&CMagneticConvert::XYtoXY>)->Name("ForwardOurs")->Apply(Sizes);
+BENCHMARK(ConvertOurs<&CMagneticConvert::XYtoXY1>)->Name("BackwardOurs")->Apply(Sizes);
 
 } // namespace

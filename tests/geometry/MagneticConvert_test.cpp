@@ -170,6 +170,16 @@ TEST(MagneticConvert, ScalesTheTermsOfTheCentreToo)
     ExpectNear(Forward(convert, {3, 4}), {33, -12}, 1e-13);
 }
 
+// k = 2 without rotation: the terms are −10 or −20 along one axis and nothing along the other.
+TEST(MagneticConvert, HeedsACentreOnOneAxis)
+{
+    CMagneticConvert convert;
+    convert.SetFourParameter(1, 2, 0, 2, 10, 0);
+    ExpectNear(Forward(convert, {3, 4}), {2 * (3 - 10) + 1, 2 * 4 + 2}, 0.0);
+    convert.SetFourParameter(1, 2, 0, 2, 0, 20);
+    ExpectNear(Forward(convert, {3, 4}), {2 * 3 + 1, 2 * (4 - 20) + 2}, 0.0);
+}
+
 TEST(MagneticConvert, IgnoresTheCentreOnTheWayBack)
 {
     CMagneticConvert convert;
