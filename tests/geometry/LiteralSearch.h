@@ -52,7 +52,7 @@ inline Dense Transposed(const Dense& a)
 }
 
 // Gauss–Jordan with full pivoting on the matrix beside the identity; no test for singularity.
-inline Dense Inverse(Dense a)
+inline Dense Inverted(Dense a)
 {
     const std::size_t n = a.rows;
     Dense b(n, n);
@@ -114,7 +114,7 @@ inline Point SphereCentre(const std::array<Point, 4>& p)
             right.At(i, 0) += 0.5 * (p[i][c] * p[i][c] - p[i + 1][c] * p[i + 1][c]);
         }
     }
-    const Dense centre = Times(Inverse(system), right);
+    const Dense centre = Times(Inverted(system), right);
     return {centre.At(0, 0), centre.At(1, 0), centre.At(2, 0)};
 }
 
@@ -131,7 +131,7 @@ inline State Refine(const std::vector<Point>& obs, Point& tip, double& radius)
     const Dense transposed = Transposed(design);
     const Dense normal = Times(transposed, design);
     const Dense u = Times(transposed, misclosure);
-    const Dense step = Times(Inverse(normal), u);
+    const Dense step = Times(Inverted(normal), u);
     for (std::size_t c = 0; c < 3; ++c)
         tip[c] += step.At(c, 0);
     radius += (u.At(0, 0) + u.At(1, 0) + u.At(2, 0)) / static_cast<double>(n);
@@ -151,7 +151,7 @@ inline State Refine(const std::vector<Point>& obs, Point& tip, double& radius)
         const double m = sigma * std::sqrt(normal.At(c, c));
         error += m * m;
     }
-    const Dense cofactor = Inverse(normal);
+    const Dense cofactor = Inverted(normal);
     state.radius = radius;
     state.pointError = std::sqrt(error);
     state.geometryFigure = std::sqrt(cofactor.At(0, 0) + cofactor.At(1, 1) + cofactor.At(2, 2));
@@ -159,7 +159,7 @@ inline State Refine(const std::vector<Point>& obs, Point& tip, double& radius)
     return state;
 }
 
-inline void Grade(State& s, const Point& tip, double firstHeight, double height)
+inline void Grade(State& s, double tipHeight, double firstHeight, double height)
 {
     s.status = 1;
     if (std::fabs(s.radius) < 1e-6) {
@@ -177,32 +177,40 @@ inline void Grade(State& s, const Point& tip, double firstHeight, double height)
         s.status = -4;
     else if (s.pointError > 0.02 && s.geometryFigure > 1.2 && std::fabs(s.excess) > 0.04)
         s.status = -5;
-    if (tip[2] > firstHeight || firstHeight - tip[2] - height > height) s.status = -88;
+    if (tipHeight > firstHeight || firstHeight - tipHeight - height > height) s.status = -88;
 }
 
 struct PlainSteps
 {
-    static Point Centre(const std::array<Point, 4>& p) { return SphereCentre(p); }
+    using Vector = Point;
+    static double Get(const Point& p, std::size_t c) { return p[c]; }
+    static void Raise(Point& p, double by) { p[2] += by; }
+    static double Distance(const Point& a, const Point& b) { return literal::Distance(a, b); }
+    static Point Centre(const Point& a, const Point& b, const Point& c, const Point& d)
+    {
+        return SphereCentre({a, b, c, d});
+    }
     static State Step(const std::vector<Point>& obs, Point& tip, double& radius)
     {
         return Refine(obs, tip, radius);
     }
 };
 
-// `Steps` gives the centre of a sphere and the refinement of a start.
+// `Steps` gives vectors, the centre of a sphere and the refinement of a start.
 template <class Steps = PlainSteps>
-Point Search(const std::vector<Point>& obs, double height, State& state)
+typename Steps::Vector Search(const std::vector<typename Steps::Vector>& obs, double height,
+                              State& state, typename Steps::Vector result = {})
 {
+    using Vector = typename Steps::Vector;
     state = {};
-    Point result = {0, 0, 0};
     const std::size_t n = obs.size();
     if (n < 4) {
         state.status = -99;
         return result;
     }
-    const auto meet = [&](const std::array<Point, 4>& order) {
-        Point tip = Steps::Centre(order);
-        double radius = Distance(tip, order[0]);
+    const auto meet = [&](const Vector& a, const Vector& b, const Vector& c, const Vector& d) {
+        Vector tip = Steps::Centre(a, b, c, d);
+        double radius = Steps::Distance(tip, a);
         if (!std::isfinite(radius) || std::fabs(radius - height) > 0.05) return;
         const State candidate = Steps::Step(obs, tip, radius);
         const double gain = state.pointError - candidate.pointError;
@@ -212,18 +220,18 @@ Point Search(const std::vector<Point>& obs, double height, State& state)
         if (!none && !better) return;
         state = candidate;
         result = tip;
-        result[2] += radius - height;
+        Steps::Raise(result, radius - height);
     };
     for (std::size_t i = 0; i < n; ++i)
         for (std::size_t j = i + 1; j < n; ++j)
             for (std::size_t k = j + 1; k < n; ++k)
                 for (std::size_t l = k + 1; l < n; ++l) {
-                    meet({obs[i], obs[j], obs[k], obs[l]});
-                    meet({obs[j], obs[k], obs[l], obs[i]});
-                    meet({obs[k], obs[l], obs[i], obs[j]});
-                    meet({obs[l], obs[i], obs[j], obs[k]});
+                    meet(obs[i], obs[j], obs[k], obs[l]);
+                    meet(obs[j], obs[k], obs[l], obs[i]);
+                    meet(obs[k], obs[l], obs[i], obs[j]);
+                    meet(obs[l], obs[i], obs[j], obs[k]);
                 }
-    Grade(state, result, obs[0][2], height);
+    Grade(state, Steps::Get(result, 2), Steps::Get(obs[0], 2), height);
     return result;
 }
 
