@@ -7,8 +7,12 @@
 #include <fmt/core.h>
 
 #include <cstdio>
+#include <cstdlib>
 #include <exception>
 #include <filesystem>
+#include <string>
+#include <system_error>
+#include <vector>
 
 namespace {
 
@@ -16,6 +20,29 @@ struct Arguments
 {
     std::string log = "examples/pole-replay.csv";
     std::string folder;
+};
+
+// A folder in the place for temporary files, gone with the object.
+class ScratchFolder
+{
+public:
+    ScratchFolder() : m_path((std::filesystem::temp_directory_path() / "galleryXXXXXX").string())
+    {
+        if (!mkdtemp(m_path.data()))
+            throw cli::InputError(m_path, "no folder for temporary files can be made");
+    }
+    ~ScratchFolder()
+    {
+        std::error_code ignored;
+        std::filesystem::remove_all(m_path, ignored);
+    }
+    ScratchFolder(const ScratchFolder&) = delete;
+    ScratchFolder& operator=(const ScratchFolder&) = delete;
+
+    const std::string& Path() const { return m_path; }
+
+private:
+    std::string m_path;
 };
 
 int Show(int& argc, char** argv, const Arguments& arguments)
@@ -33,13 +60,10 @@ int Render(int& argc, char** argv, const Arguments& arguments)
 {
     const std::vector<gallery::ReplaySample> replay = gallery::ReadReplay(arguments.log);
     std::filesystem::create_directories(arguments.folder);
-    std::string scratch = (std::filesystem::temp_directory_path() / "galleryXXXXXX").string();
-    if (!mkdtemp(scratch.data()))
-        throw cli::InputError(scratch, "no folder for temporary files can be made");
-    framework::SetModulePath(CString((scratch + "/tiltpole-gallery").c_str()));
+    const ScratchFolder scratch;
+    framework::SetModulePath(CString((scratch.Path() + "/tiltpole-gallery").c_str()));
     const framework::Application application(argc, argv, framework::Display::None);
     const std::vector<std::string> names = gallery::RenderScenes(arguments.folder, replay);
-    std::filesystem::remove_all(scratch);
     for (const std::string& name : names)
         fmt::print("{}\n", name);
     return cli::kDone;

@@ -128,7 +128,6 @@ struct MatrixSteps
         return std::sqrt(squares);
     }
 
-    // NOLINTNEXTLINE(performance-unnecessary-value-param)
     static Vector Centre(Vector p1, Vector p2, Vector p3, Vector p4)
     {
         Matrix system = Algebra::Make(3, 3);
