@@ -43,7 +43,6 @@ using HWND = framework::WindowRecord*;
 #define FALSE 0
 #endif
 
-// NOLINTNEXTLINE(bugprone-reserved-identifier): the framework's own name
 #define _T(literal) L##literal
 #define TEXT(literal) L##literal
 
