@@ -178,6 +178,13 @@ Wide Crossing(const WidePoint& a, const WidePoint& b, Wide y)
     return a.x + static_cast<Wide>(CeilDivide(across, b.y - a.y));
 }
 
+// By insertion, for a few.
+void SortFew(Wide* first, const Wide* last)
+{
+    for (Wide* next = first; next != last; ++next)
+        std::rotate(std::upper_bound(first, next, *next), next, next + 1);
+}
+
 void FillWidePolygon(const Canvas& canvas, std::span<const WidePoint> points, Color color)
 {
     if (points.empty()) return;
@@ -200,7 +207,10 @@ void FillWidePolygon(const Canvas& canvas, std::span<const WidePoint> points, Co
             else if (q.y <= y && y < p.y)
                 crossings[count++] = Crossing(q, p, y);
         }
-        std::sort(crossings, crossings + count);
+        if (many.empty())
+            SortFew(few, few + count);
+        else
+            std::sort(many.data(), many.data() + count);
         for (std::size_t i = 0; i + 1 < count; i += 2)
             FillSpan(canvas, y, crossings[i], crossings[i + 1], color);
     }
