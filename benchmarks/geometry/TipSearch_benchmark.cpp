@@ -1,6 +1,7 @@
 // The search of the tip beside its literal form (four nested loops, four starts each), on positions
-// with field-like noise: 8 mm in plan, 15 mm in height, tilts up to 40 degrees. The literal form
-// stands on three kinds of matrices, and is run once where it takes seconds:
+// with field-like noise: 8 mm in plan, 15 mm in height, tilts up to 25 degrees or to the usual
+// cut-off of 45. The literal form stands on three kinds of matrices, and is run once where it takes
+// seconds:
 //
 //   CalculateLiterally      the matrix class written out as well: checked elements on the heap
 //   CalculateWithMatrices   CTiltMatrix
@@ -13,6 +14,9 @@
 #include "tests/matrix/LiteralMatrix.h"
 
 #include <benchmark/benchmark.h>
+#include <cmath>
+#include <cstdint>
+#include <initializer_list>
 
 namespace {
 
@@ -21,6 +25,7 @@ constexpr double kHeight = 2.0; // [m]
 std::vector<literal::Point> Positions(const benchmark::State& state, double noise = 1.0)
 {
     return poles::Antennas({.count = static_cast<int>(state.range(0)),
+                            .tilt = static_cast<double>(state.range(1)),
                             .planNoise = 0.008 * noise,
                             .heightNoise = 0.015 * noise},
                            11);
@@ -230,36 +235,33 @@ void Estimate(benchmark::State& state)
         benchmark::DoNotOptimize(quality::EstimateTip(positions, kHeight));
 }
 
-BENCHMARK(Calculate)->Arg(15)->Arg(30)->Arg(45)->Arg(60)->Arg(80)->Unit(benchmark::kMillisecond);
-BENCHMARK(CalculatePlain)
-    ->Arg(15)
-    ->Arg(30)
-    ->Arg(45)
-    ->Arg(60)
-    ->Arg(80)
-    ->Unit(benchmark::kMillisecond);
-BENCHMARK(CalculateLiterally)->Arg(15)->Arg(30)->Unit(benchmark::kMillisecond);
-BENCHMARK(CalculateLiterally)
-    ->Arg(45)
-    ->Arg(60)
-    ->Arg(80)
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1);
-BENCHMARK(CalculateWithMatrices)->Arg(15)->Arg(30)->Unit(benchmark::kMillisecond);
-BENCHMARK(CalculateWithMatrices)
-    ->Arg(45)
-    ->Arg(60)
-    ->Arg(80)
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1);
-BENCHMARK(CalculateOnDense)->Arg(15)->Arg(30)->Unit(benchmark::kMillisecond);
-BENCHMARK(CalculateOnDense)
-    ->Arg(45)
-    ->Arg(60)
-    ->Arg(80)
-    ->Unit(benchmark::kMillisecond)
-    ->Iterations(1);
-BENCHMARK(CalculateExact)->Arg(15)->Arg(30)->Unit(benchmark::kMillisecond);
-BENCHMARK(Estimate)->Arg(15)->Arg(80)->Unit(benchmark::kMicrosecond);
+void ForCounts(benchmark::internal::Benchmark* work, std::initializer_list<std::int64_t> counts)
+{
+    work->ArgNames({"positions", "tilt"})->Unit(benchmark::kMillisecond);
+    for (const std::int64_t tilt : {25, 45})
+        for (const std::int64_t count : counts)
+            work->Args({count, tilt});
+}
+
+void Few(benchmark::internal::Benchmark* work)
+{
+    ForCounts(work, {15, 30});
+}
+
+void Many(benchmark::internal::Benchmark* work)
+{
+    ForCounts(work, {45, 60, 80});
+}
+
+BENCHMARK(Calculate)->Apply(Few)->Apply(Many);
+BENCHMARK(CalculatePlain)->Apply(Few)->Apply(Many);
+BENCHMARK(CalculateLiterally)->Apply(Few);
+BENCHMARK(CalculateLiterally)->Apply(Many)->Iterations(1);
+BENCHMARK(CalculateWithMatrices)->Apply(Few);
+BENCHMARK(CalculateWithMatrices)->Apply(Many)->Iterations(1);
+BENCHMARK(CalculateOnDense)->Apply(Few);
+BENCHMARK(CalculateOnDense)->Apply(Many)->Iterations(1);
+BENCHMARK(CalculateExact)->Apply(Few);
+BENCHMARK(Estimate)->Apply(Few)->Apply(Many)->Unit(benchmark::kMicrosecond);
 
 } // namespace
