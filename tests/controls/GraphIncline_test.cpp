@@ -189,6 +189,48 @@ TYPED_TEST(Gauge, ReconstructsInItsNewSize)
     EXPECT_EQ(Shown(this->control).At(50, 2 * TypeParam::RowOf(60)), kRed);
 }
 
+TYPED_TEST(Gauge, PaintsAnewForAnotherBackColour)
+{
+    EXPECT_EQ(this->control.GetMeterBackColor(), RGB(102, 255, 255));
+    this->control.ValidateRect(nullptr);
+    this->control.SetMeterBackColor(RGB(1, 2, 3));
+    EXPECT_EQ(this->control.GetMeterBackColor(), RGB(1, 2, 3));
+    CRect pending;
+    EXPECT_TRUE(this->control.GetUpdateRect(&pending));
+}
+
+// The host's own picture, larger than the control: 360 rows, two a degree.
+TYPED_TEST(Gauge, DrawsItsPartsOnAContextOfTheHost)
+{
+    this->control.SetFix(static_cast<int>(TypeParam::kLow) + 30);
+    CDC memory;
+    memory.CreateCompatibleDC(nullptr);
+    CBitmap bitmap;
+    bitmap.CreateCompatibleBitmap(&memory, kWidth, 2 * kHeight);
+    CBitmap* const before = memory.SelectObject(&bitmap);
+    CRect all(0, 0, kWidth, 2 * kHeight);
+    this->control.DrawBackground(&memory, all);
+    EXPECT_EQ(memory.GetPixel(23, 2 * (180 - 10)), kTick);
+    EXPECT_NE(memory.GetPixel(50, 2 * TypeParam::RowOf(60)), kRed);
+    this->control.DrawPointer(&memory, TypeParam::kLow + 60);
+    EXPECT_EQ(memory.GetPixel(50, 2 * TypeParam::RowOf(60)), kRed);
+    EXPECT_NE(memory.GetPixel(12, 2 * TypeParam::RowOf(30)), kGreen);
+    this->control.DrawFixSign(&memory);
+    EXPECT_EQ(memory.GetPixel(12, 2 * TypeParam::RowOf(30)), kGreen);
+    memory.SelectObject(before);
+}
+
+TYPED_TEST(Gauge, DrawsNothingWithoutAContext)
+{
+    this->control.SetFix(static_cast<int>(TypeParam::kLow) + 30);
+    const Shown before = this->Repainted();
+    CRect other(0, 0, 7, 9);
+    this->control.DrawBackground(nullptr, other);
+    this->control.DrawPointer(nullptr, TypeParam::kLow + 60);
+    this->control.DrawFixSign(nullptr);
+    EXPECT_EQ(this->Repainted(), before);
+}
+
 TYPED_TEST(Gauge, SurvivesEverySize)
 {
     for (const int side : {0, 1, 5, 17, 41, 4000}) {

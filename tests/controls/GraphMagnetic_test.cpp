@@ -18,6 +18,7 @@ struct Reach : Base
     using Base::ClientToWorld;
     using Base::ConfigRead;
     using Base::ConfigSave;
+    using Base::InvalidateCtrl;
     using Base::WorldToClient;
 };
 
@@ -88,6 +89,19 @@ struct Plot : testing::Test
 
 using Planes = testing::Types<XY, XZ>;
 TYPED_TEST_SUITE(Plot, Planes);
+
+// 114 rows inside the edges: the bottom, and every cross with it, stands 30 rows higher.
+TYPED_TEST(Plot, DrawsItsCrossesWhereTheNewSizeHasThem)
+{
+    this->Add(0, -100);
+    EXPECT_EQ(this->Now().At(100, 44), TypeParam::kTrack);
+    this->control->MoveWindow(0, 0, 200, 120);
+    this->control->InvalidateCtrl();
+    this->control->Invalidate();
+    const Shown shown = this->Now();
+    EXPECT_EQ(shown.At(100, 14), TypeParam::kTrack);
+    EXPECT_NE(shown.At(100, 44), TypeParam::kTrack);
+}
 
 TYPED_TEST(Plot, LosesThreePixelsASideToItsEdges)
 {

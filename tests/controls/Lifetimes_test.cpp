@@ -9,6 +9,7 @@
 #include "tests/controls/ControlTest.h"
 
 #include <malloc.h>
+#include <ostream>
 
 namespace controls::test {
 namespace {
@@ -74,6 +75,11 @@ struct Life
 {
     const char* name;
     void (*show)(Dialog& dialog);
+
+    friend std::ostream& operator<<(std::ostream& out, const Life& life)
+    {
+        return out << life.name;
+    }
 };
 
 class Lifetime : public testing::TestWithParam<Life>

@@ -3,6 +3,7 @@
 
 #include "tests/matrix/MatrixTools.h"
 
+#include <ostream>
 #include <string>
 
 using namespace matrixtest;
@@ -16,6 +17,11 @@ struct Width
 {
     const char* name;
     const KernelSet* kernels;
+
+    friend std::ostream& operator<<(std::ostream& out, const Width& width)
+    {
+        return out << width.name;
+    }
 };
 
 std::vector<Width> WidthsOfThisProcessor()
