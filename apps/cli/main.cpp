@@ -1,5 +1,6 @@
 // tiltpole: the library's work on recorded data, from the command line.
 #include "apps/cli/Calibrate.h"
+#include "apps/cli/CommandLine.h"
 #include "apps/cli/Errors.h"
 #include "apps/cli/Measure.h"
 #include "apps/cli/Simulate.h"
@@ -26,32 +27,6 @@ void AddCommands(CLI::App& program, int& exitCode)
     cli::AddTransformCommand(program, exitCode);
 }
 
-// What the command line lacks, in a sentence of its own where the parser has none that helps.
-std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
-{
-    if (command.get_require_subcommand_min() == 0) return error.what();
-    const std::vector<std::string> unknown = command.remaining();
-    if (unknown.empty()) return "a command is required";
-    const char* const kind = unknown.front().starts_with('-') ? "option" : "command";
-    return fmt::format("there is no {} {}", kind, unknown.front());
-}
-
-// Wrong use answers one sentence and where to read on; a help page goes to standard output.
-int Explain(const CLI::App& program, const CLI::ParseError& error)
-{
-    if (error.get_exit_code() == static_cast<int>(CLI::ExitCodes::Success)) {
-        return program.exit(error);
-    }
-    const CLI::App* command = &program; // the innermost that was given
-    std::string name = program.get_name();
-    while (!command->get_subcommands().empty()) {
-        command = command->get_subcommands().front();
-        name += ' ' + command->get_name();
-    }
-    fmt::print(stderr, "{}: {} ({} --help tells more)\n", name, Complaint(*command, error), name);
-    return cli::kUnreadable;
-}
-
 int RunCommand(int argc, char** argv)
 {
     CLI::App program{"Tip coordinates of a tilted survey pole, from recorded data.", "tiltpole"};
@@ -64,7 +39,7 @@ int RunCommand(int argc, char** argv)
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return Explain(program, error);
+        return cli::Explain(program, error);
     } catch (const cli::OutputClosed&) {
         return cli::kDone;
     }

@@ -1,4 +1,5 @@
 // tiltpole-gallery: the display controls, alive on a recorded pole or as pictures.
+#include "apps/cli/CommandLine.h"
 #include "apps/cli/Errors.h"
 #include "apps/gallery/Frame.h"
 #include "apps/gallery/Scenes.h"
@@ -84,7 +85,7 @@ int RunGallery(int argc, char** argv)
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
-        return app.exit(error) == 0 ? cli::kDone : cli::kUnreadable;
+        return cli::Explain(app, error);
     }
     return arguments.folder.empty() ? Show(argc, argv, arguments) : Render(argc, argv, arguments);
 }

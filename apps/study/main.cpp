@@ -1,4 +1,6 @@
 // tiltpole_study: measures on simulated poles what the documentation states.
+#include "apps/cli/CommandLine.h"
+#include "apps/cli/Errors.h"
 #include "apps/study/CalibrationStudy.h"
 #include "framework/core/MessageBox.h"
 #include <CLI/CLI.hpp>
@@ -22,7 +24,11 @@ int Run(int argc, char** argv)
                      "Poles and recordings unlike those that the thresholds were found on");
     std::string only;
     program.add_option("--only", only, "Only conditions with this text in their name");
-    CLI11_PARSE(program, argc, argv);
+    try {
+        program.parse(argc, argv);
+    } catch (const CLI::ParseError& error) {
+        return cli::Explain(program, error);
+    }
     // Failures are counted, not shown.
     framework::SetMessageBoxHandler([](const wchar_t*, const wchar_t*, unsigned) { return IDOK; });
     std::vector<study::Condition> conditions =
@@ -30,8 +36,9 @@ int Run(int argc, char** argv)
     std::erase_if(conditions, [&only](const study::Condition& c) {
         return c.name.find(only) == std::string_view::npos;
     });
+    if (conditions.empty()) throw cli::InputError("no condition has '" + only + "' in its name");
     fmt::print("{}", study::CalibrationStudy(conditions, runs, seed));
-    return 0;
+    return cli::kDone;
 }
 
 } // namespace
@@ -41,8 +48,7 @@ int main(int argc, char** argv)
     try {
         return Run(argc, argv);
     } catch (const std::exception& error) {
-        std::fputs(error.what(), stderr);
-        std::fputs("\n", stderr);
-        return 2;
+        fmt::print(stderr, "tiltpole_study: {}\n", error.what());
     }
+    return cli::kUnreadable;
 }
