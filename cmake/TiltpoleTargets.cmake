@@ -46,15 +46,21 @@ function(tiltpole_sources name)
         PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_PUBLIC})
 endfunction()
 
-# tiltpole_test(<name> SOURCES <files> LIBRARIES <targets>): one GoogleTest program per folder.
+# tiltpole_test(<name> [PROGRAM <target>] SOURCES <files> LIBRARIES <targets>): one GoogleTest
+# program per folder. Its tests may run PROGRAM, whose path is TILTPOLE_PROGRAM.
 function(tiltpole_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "SOURCES;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "" "PROGRAM" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
     tiltpole_target_defaults(${name})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
     target_link_libraries(${name} PRIVATE ${arg_LIBRARIES} GTest::gmock_main rapidcheck)
     target_compile_definitions(${name} PRIVATE
         TILTPOLE_SOURCE_DIR="${PROJECT_SOURCE_DIR}")
+    if(arg_PROGRAM)
+        target_compile_definitions(${name} PRIVATE
+            TILTPOLE_PROGRAM="$<TARGET_FILE:${arg_PROGRAM}>")
+        add_dependencies(${name} ${arg_PROGRAM})
+    endif()
     target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <gmock/gmock.h>)
     # Random properties begin from a fixed seed: a run that failed can be repeated.
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST

@@ -57,7 +57,6 @@ public:
     /// k·((1 − cos θ)·y0 − sin θ·x0 + (1 − k)·y0) to y.
     void XYtoXY(double& x, double& y) const
     {
-        // Twice the same but for the centre: most have none, and it is an eighth of the work.
         const Magnetic_FourParameter& p = m_parameters;
         double newX = 0.0;
         double newY = 0.0;
