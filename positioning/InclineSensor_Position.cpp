@@ -107,13 +107,12 @@ int CInclineSensor_Position::Position(PoseSensorData& sample, double poleLength,
 
 // CalculateYaw_A, CalculateYaw_B and the tip on corrected readings that the sample never sees.
 // Arithmetic comes first, then the arc functions, then what is made of them: none waits for
-// another.
+// another. Where a last digit decides, the formulas are evaluated one by one.
 template <int SensorType>
 int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleLength,
                                             xyhCoordinate& point)
 {
     const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    const detail::TiltAngles tilt = detail::TiltAnglesOf(pose, SensorType);
     const detail::Reading a = detail::Corrected(m_MagneticCorrectPar_A, ReadingA(sample));
     const detail::Reading b = detail::Corrected(m_MagneticCorrectPar_B, ReadingB(sample));
     JudgeStillness(a, sample.dPitch, sample.dRoll);
@@ -121,25 +120,41 @@ int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleL
 
     const detail::LevelledField fieldA = detail::Level(pose, a, SensorType);
     const detail::LevelledField fieldB = detail::LevelOfB(pose, b, SensorType);
-    const double tiltCosine = detail::TiltDirectionCosine(pose, tilt, SensorType);
     const double v = SensorType == detail::kFirstConvention ? sample.dRoll : sample.dPitch;
-    const detail::WayDown way = detail::WayDownOf(pose, tilt, v, SensorType);
-    const bool reached =
-        StepDown(way, fieldA, {m_dCosBiasAngle_A, -m_dSinBiasAngle_A}, poleLength, point);
-    if (reached) KeepProjection(way.ahead, way.aside);
+    const detail::WayDown way = detail::WayDownOf(pose, v, SensorType);
+    if (!StepDown(way, fieldA, {m_dCosBiasAngle_A, -m_dSinBiasAngle_A}, poleLength, point))
+        [[unlikely]]
+        return PositionByFormulas(sample, poleLength, point);
+    KeepProjection(way.ahead, way.aside);
 
-    const double azimuthA = detail::HeadingOf(fieldA);
-    const double azimuthB = detail::HeadingOf(fieldB);
-    const double tiltDirection = Rad2Deg(ACOS(tiltCosine));
-    sample.dYaw = detail::TwiceAdjustedAzimuth(LessBias_A(azimuthA));
-    sample.dYaw_2 = detail::TwiceAdjustedAzimuth(LessBias_B(azimuthB));
-    sample.dYaw_Y = detail::BesideTilt(sample.dYaw, tiltDirection, pose, tilt, SensorType);
-    return reached ? 1 : PositionByFormulas(sample, poleLength, point);
+    const double azimuthA = detail::QuickHeadingOf(fieldA);
+    const double azimuthB = detail::QuickHeadingOf(fieldB);
+    const double tiltDirection = Rad2Deg(std::acos(way.cosK3));
+    sample.dYaw = detail::AdjustedAzimuth(LessBias_A(azimuthA));
+    sample.dYaw_2 = detail::AdjustedAzimuth(LessBias_B(azimuthB));
+    sample.dYaw_Y = detail::AdjustedAzimuth(sample.dYaw - tiltDirection);
+    const bool within = detail::IsWithinTurn(sample.dYaw) && detail::IsWithinTurn(sample.dYaw_2)
+                        && detail::IsWithinTurn(sample.dYaw_Y);
+    if (!within) [[unlikely]]
+        HeadingsByFormulas(sample);
+    return 1;
 }
 
-int CInclineSensor_Position::PositionByFormulas(const PoseSensorData& sample, double poleLength,
+void CInclineSensor_Position::HeadingsByFormulas(PoseSensorData& sample) const
+{
+    PoseSensorData corrected = sample;
+    MagneticModify(m_MagneticCorrectPar_A, corrected, 1);
+    MagneticModify(m_MagneticCorrectPar_B, corrected, 0);
+    FillHeadings_A(corrected);
+    sample.dYaw = corrected.dYaw;
+    sample.dYaw_Y = corrected.dYaw_Y;
+    sample.dYaw_2 = Heading(corrected, 0);
+}
+
+int CInclineSensor_Position::PositionByFormulas(PoseSensorData& sample, double poleLength,
                                                 xyhCoordinate& point)
 {
+    HeadingsByFormulas(sample);
     double first = sample.dPitch;
     double second = sample.dRoll;
     GetTiltAngle(first, second);
@@ -177,9 +192,8 @@ int CInclineSensor_Position::Position_Math(xyhCoordinate /*antenna*/, PoseSensor
     return 1;
 }
 
-// Inlined, these form the sines and cosines of the pose once with what their caller forms.
-[[gnu::always_inline]] inline double
-CInclineSensor_Position::HeadingByType(const PoseSensorData& sample, int useA, int sensorType) const
+double CInclineSensor_Position::HeadingByType(const PoseSensorData& sample, int useA,
+                                              int sensorType) const
 {
     const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
     const detail::LevelledField field = useA ? detail::Level(pose, ReadingA(sample), sensorType)
@@ -188,22 +202,19 @@ CInclineSensor_Position::HeadingByType(const PoseSensorData& sample, int useA, i
     return detail::AdjustedAzimuth(useA ? LessBias_A(azimuth) : LessBias_B(azimuth));
 }
 
-[[gnu::always_inline]] inline double
-CInclineSensor_Position::CalculateYaw_ADI(const PoseSensorData& sample, int useA) const
+double CInclineSensor_Position::CalculateYaw_ADI(const PoseSensorData& sample, int useA) const
 {
     return HeadingByType(sample, useA, detail::kFirstConvention);
 }
 
-[[gnu::always_inline]] inline double
-CInclineSensor_Position::CalculateYaw_SCA(const PoseSensorData& sample, int useA) const
+double CInclineSensor_Position::CalculateYaw_SCA(const PoseSensorData& sample, int useA) const
 {
     return HeadingByType(sample, useA, kOtherType);
 }
 
 // Normalised where it is formed and again here: two steps in all
 // (Heading.IsNormalisedByTwoStepsAtMost).
-[[gnu::always_inline]] inline double CInclineSensor_Position::Heading(const PoseSensorData& sample,
-                                                                      int useA) const
+double CInclineSensor_Position::Heading(const PoseSensorData& sample, int useA) const
 {
     const bool first = m_nSensorType == detail::kFirstConvention;
     return detail::AdjustedAzimuth(first ? CalculateYaw_ADI(sample, useA)
@@ -214,13 +225,18 @@ int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample)
 {
     MagneticModify(m_MagneticCorrectPar_A, sample, 1);
     JudgeStillness(ReadingA(sample), sample.dPitch, sample.dRoll);
-    const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    const detail::TiltAngles tilt = detail::TiltAnglesOf(pose, m_nSensorType);
-    const double tiltCosine = detail::TiltDirectionCosine(pose, tilt, m_nSensorType);
-    sample.dYaw = Heading(sample, 1);
-    sample.dYaw_Y =
-        detail::BesideTilt(sample.dYaw, Rad2Deg(ACOS(tiltCosine)), pose, tilt, m_nSensorType);
+    FillHeadings_A(sample);
     return 1;
+}
+
+void CInclineSensor_Position::FillHeadings_A(PoseSensorData& corrected) const
+{
+    double u = corrected.dPitch;
+    double v = corrected.dRoll;
+    GetTiltAngle(u, v);
+    const double tiltDirection = Rad2Deg(ACOS(detail::TiltDirectionCosine(u, v)));
+    corrected.dYaw = Heading(corrected, 1);
+    corrected.dYaw_Y = detail::AdjustedAzimuth(corrected.dYaw - tiltDirection);
 }
 
 int CInclineSensor_Position::CalculateYaw_B(PoseSensorData& sample)

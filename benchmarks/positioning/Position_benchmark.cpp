@@ -1,9 +1,10 @@
 // Position per sample, beside what it is to be compared with in the same run:
 //
 //   Literal        the formulas written out one by one (tests/positioning/Literal.h)
-//   Trigonometry   bare library calls on the arguments that the measurement has: the five that
-//                  Position makes, or six with the angle of the projection, which it leaves until
-//                  ConverseYaw asks for it
+//   Trigonometry   bare library calls on the arguments that the measurement has: the six that its
+//                  formulas name once all that can be shared is shared, or the five that Position
+//                  makes do with (arc tangents of a quotient; the angle of the projection waits
+//                  until ConverseYaw asks for it)
 //   Fusion         one step of a complementary filter with the same tip arithmetic, on Eigen
 //
 // Read the ratios, by CPU time; a single number depends on the machine.
@@ -127,21 +128,24 @@ std::array<Arguments, kSamples> ArgumentsOf(int sensorType)
     return arguments;
 }
 
-// Sine and cosine of pitch and roll, two headings, the tilt direction; the projection where asked.
-// The arguments lie ready: none waits for the result of another, as those of a measurement do.
+// Sine and cosine of pitch and roll, two headings, the tilt direction, the projection. The
+// arguments lie ready: none waits for the result of another, as those of a measurement do.
 void Trigonometry(benchmark::State& state)
 {
-    const bool projection = state.range(0) == 6;
+    const bool asWritten = state.range(0) == 6;
     const auto arguments = ArgumentsOf(static_cast<int>(state.range(1)));
     std::size_t i = 0;
     for ([[maybe_unused]] auto _ : state) {
         const Arguments& s = arguments[i++ % kSamples];
         benchmark::DoNotOptimize(std::sin(s.pitch) + std::cos(s.pitch));
         benchmark::DoNotOptimize(std::sin(s.roll) + std::cos(s.roll));
-        benchmark::DoNotOptimize(std::atan2(-s.fieldA.rightward, s.fieldA.forward));
-        benchmark::DoNotOptimize(std::atan2(-s.fieldB.rightward, s.fieldB.forward));
         benchmark::DoNotOptimize(std::acos(s.tiltCosine));
-        if (projection) benchmark::DoNotOptimize(std::acos(s.projectionCosine));
+        for (const detail::LevelledField& field : {s.fieldA, s.fieldB}) {
+            const double right = -field.rightward;
+            benchmark::DoNotOptimize(asWritten ? std::atan2(right, field.forward)
+                                               : std::atan(right / field.forward));
+        }
+        if (asWritten) benchmark::DoNotOptimize(std::acos(s.projectionCosine));
     }
 }
 BENCHMARK(Trigonometry)

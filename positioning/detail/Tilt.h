@@ -47,67 +47,22 @@ inline TiltAngles TiltAnglesOf(const Pose& pose, int sensorType)
     return {sinU, OtherLeg(sinU), pose.sinPitch, pose.cosPitch};
 }
 
-/// Cosine q = over / under of the angle between the tilt direction and the heading:
+/// Cosine of the angle between the tilt direction and the heading,
 ///
 ///   q = (cos²u·sin²v + cos²v·sin²u − (sin²v + sin²u)) / (2·cos u·cos v·sin u·sin v)
 ///
 /// It equals −tan u·tan v but is formed as written, terms cancelling: its rounding is about
 /// 1e-16·(sin²u + sin²v)/(sin u·sin v). Where u or v is 0 the quotient is 0/0; its limit q = 0 is
 /// used, so a plumb pole gives a number.
-struct TiltQuotient
+inline double TiltDirectionCosine(double u, double v)
 {
-    double over, under;
-
-    double Value() const { return under == 0.0 ? 0.0 : over / under; }
-};
-
-inline TiltQuotient TiltQuotientOf(const TiltAngles& tilt)
-{
+    const TiltAngles tilt{std::sin(u), std::cos(u), std::sin(v), std::cos(v)};
     const double sin2U = tilt.sinU * tilt.sinU;
     const double cos2U = tilt.cosU * tilt.cosU;
     const double sin2V = tilt.sinV * tilt.sinV;
     const double cos2V = tilt.cosV * tilt.cosV;
-    return {cos2U * sin2V + cos2V * sin2U - (sin2V + sin2U),
-            2.0 * tilt.cosU * tilt.cosV * tilt.sinU * tilt.sinV};
-}
-
-/// Whether rounding moves acos q by less than about 1e-11 degrees: whether √(1 − q²)·|under| is
-/// well above sin²u + sin²v. Compared as squares, before the division.
-inline bool IsWellRounded(const TiltQuotient& q, const TiltAngles& tilt)
-{
-    constexpr double kLeastMargin = 2e-3;
-    const double least = kLeastMargin * (tilt.sinU * tilt.sinU + tilt.sinV * tilt.sinV);
-    return q.under * q.under - q.over * q.over > least * least;
-}
-
-/// The quotient of the angle u itself, as sensor types other than 1 form it. Rarely asked for.
-[[gnu::noinline, gnu::cold]] inline TiltQuotient TiltQuotientByAngle(const Pose& pose,
-                                                                     const TiltAngles& tilt)
-{
-    const double u = -ArcSine(pose.cosPitch * pose.sinRoll);
-    return TiltQuotientOf({std::sin(u), std::cos(u), tilt.sinV, tilt.cosV});
-}
-
-/// The quotient with the digits of the written formulas where they show. Measured against these in
-/// poses of all directions, its arc cosine lies within 1.3e-11 degrees of theirs.
-inline double TiltDirectionCosine(const Pose& pose, const TiltAngles& tilt, int sensorType)
-{
-    const TiltQuotient q = TiltQuotientOf(tilt);
-    if (sensorType == kFirstConvention || IsWellRounded(q, tilt)) return q.Value();
-    return TiltQuotientByAngle(pose, tilt).Value();
-}
-
-/// `heading` less the tilt direction [degrees], normalised by one step. A result so near a whole
-/// turn that the last digit decides between 0 and 360 takes the digits of the written formulas.
-inline double BesideTilt(double heading, double tiltDirection, const Pose& pose,
-                         const TiltAngles& tilt, int sensorType)
-{
-    constexpr double kNear = 1e-9; // [degrees], far above the 1.3e-11 of TiltDirectionCosine
-    double angle = heading - tiltDirection;
-    const bool decides = std::fabs(angle) < kNear || std::fabs(angle - 360.0) < kNear;
-    if (decides && sensorType != kFirstConvention) [[unlikely]]
-        angle = heading - Rad2Deg(ArcCosine(TiltQuotientByAngle(pose, tilt).Value()));
-    return AdjustedAzimuth(angle);
+    const double under = 2.0 * tilt.cosU * tilt.cosV * tilt.sinU * tilt.sinV;
+    return under == 0.0 ? 0.0 : (cos2U * sin2V + cos2V * sin2U - (sin2V + sin2U)) / under;
 }
 
 } // namespace detail

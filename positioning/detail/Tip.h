@@ -13,26 +13,30 @@ namespace detail {
 ///
 /// t is the elevation of the pole, k1 = ±acos(tan t·tan u), negative for v > 0, the angle from the
 /// heading to its projection. For the sensor type whose projection is turned further, `turned` is
-/// (ahead, aside) turned by k3 = acos(−tan u·tan v); for the others it is the same.
+/// (ahead, aside) turned by k3 = acos(−tan u·tan v); for the others it is the same. k3 is the tilt
+/// direction, too.
 ///
-/// An arc cosine near its ends, a pole near the plumb line or near the horizontal amplify the last
-/// digit of what they are given; there the result is not trusted, and the written formulas are to
-/// be evaluated step by step. Elsewhere both agree within 5e-10 degrees.
+/// An arc cosine near its ends, a pole near the plumb line or near the horizontal, tilt angles of
+/// which one hardly counts beside the other amplify the last digit of what they are given; there
+/// the result is not trusted, and the written formulas are to be evaluated step by step. Elsewhere
+/// both agree within 5e-10 degrees, k3 within 1e-11.
 struct WayDown
 {
     double ahead, aside, down;
     Turn turned;
+    double cosK3;
     bool trusted;
 };
 
 // Written so that neither k1 nor t is needed for themselves:
 //
-//   ahead = sin t·tan u        aside² = cos² t − ahead²
+//   ahead = sin t·tan u        aside² = cos² t − ahead²        cos² t = sin² u + sin² v
 //
 // Where v is 0 the pole leans along one axis, aside vanishes, and the result is not trusted.
-inline WayDown WayDownOf(const Pose& pose, const TiltAngles& tilt, double v, int sensorType)
+inline WayDown WayDownOf(const Pose& pose, double v, int sensorType)
 {
     constexpr double kLeastMargin = 1e-4; // relative rounding of 1e-16 grows to 1e-12 here
+    constexpr double kLeastRatio = 1e-3;  // as TiltDirectionCosine rounds, by 1e-11 degrees here
     double down = 0.0;
     double level2 = 0.0; // cos² t
     if (sensorType == kFirstConvention) {
@@ -43,21 +47,19 @@ inline WayDown WayDownOf(const Pose& pose, const TiltAngles& tilt, double v, int
         level2 = (1.0 - cosLean) * (1.0 + cosLean);
         down = std::fabs(cosLean);
     }
+    const TiltAngles tilt = TiltAnglesOf(pose, sensorType);
     const double tanU = tilt.sinU / tilt.cosU;
     const double ahead = down * tanU;
     const double side = std::sqrt(level2 - ahead * ahead);
     const double aside = std::copysign(side, -v);
-    const bool trusted = side * down * std::fabs(tilt.cosU) > kLeastMargin;
-    const Turn way{ahead, aside};
-    if (sensorType != kTurnedProjectionType) return {ahead, aside, down, way, trusted};
-
     const double cosK3 = -tanU * (tilt.sinV / tilt.cosV);
     const double sinK3 = OtherLeg(cosK3);
-    const double margin = sinK3 * tilt.cosU * tilt.cosU * std::fabs(tilt.cosV);
-    return {
-        ahead, aside, down, Turn{cosK3, sinK3}
-           + way, trusted && margin > kLeastMargin
-    };
+    const bool trusted =
+        side * down * std::fabs(tilt.cosU) > kLeastMargin
+        && sinK3 * std::fabs(tilt.cosU * tilt.cosV * tilt.sinU * tilt.sinV) > kLeastRatio * level2;
+    const Turn way{ahead, aside};
+    const Turn turned = sensorType == kTurnedProjectionType ? Turn{cosK3, sinK3} + way : way;
+    return {ahead, aside, down, turned, cosK3, trusted};
 }
 
 } // namespace detail

@@ -1,3 +1,4 @@
+#include "positioning/detail/Angles.h"
 #include "tests/positioning/Reach.h"
 
 #include <cmath>
@@ -44,6 +45,47 @@ TEST(ArcSineAndCosine, InvertSineAndCosineInside)
     EXPECT_NEAR(sensor.ASIN(0.5), kPi / 6, kTiny);
     EXPECT_NEAR(sensor.ACOS(0.5), kPi / 3, kTiny);
     EXPECT_NEAR(sensor.ACOS(-0.5), 2 * kPi / 3, kTiny);
+}
+
+// A quotient of infinity or 0 still tells the quadrant by the signs of both.
+TEST(ArcTangent, KnowsTheAxesAndTheirSides)
+{
+    struct
+    {
+        double y, x, expected;
+    } const cases[] = {
+        {0.0,     1.0,    0.0     },
+        {0.0,     -1.0,   kPi     },
+        {-0.0,    1.0,    -0.0    },
+        {-0.0,    -1.0,   -kPi    },
+        {1.0,     0.0,    kPi / 2 },
+        {1.0,     -0.0,   kPi / 2 },
+        {-1.0,    0.0,    -kPi / 2},
+        {-1.0,    -0.0,   -kPi / 2},
+        {1e9,     1e-300, kPi / 2 },
+        {-1e-300, -1e9,   -kPi    },
+    };
+    for (const auto& c : cases) {
+        const double angle = detail::ArcTangent(c.y, c.x);
+        EXPECT_EQ(angle, c.expected) << c.y << ' ' << c.x;
+        EXPECT_EQ(std::signbit(angle), std::signbit(c.expected)) << c.y << ' ' << c.x;
+    }
+}
+
+TEST(ArcTangent, HasNoDirectionWithoutAVector)
+{
+    EXPECT_TRUE(std::isnan(detail::ArcTangent(0, 0)));
+    EXPECT_TRUE(std::isnan(detail::ArcTangent(0, -0.0)));
+    EXPECT_TRUE(std::isnan(detail::ArcTangent(kInfinity, kInfinity)));
+    EXPECT_TRUE(std::isnan(detail::ArcTangent(kNaN, 1)));
+}
+
+RC_GTEST_PROP(ArcTangent, LiesWithinAUnitOfTheLastDigitOfPi, (int y, int x, int scale))
+{
+    RC_PRE(x != 0 || y != 0);
+    const double dy = std::ldexp(y, scale % 100);
+    const long double exact = std::atan2(static_cast<long double>(dy), static_cast<long double>(x));
+    RC_ASSERT(std::fabs(static_cast<double>(exact - detail::ArcTangent(dy, x))) <= 5e-16);
 }
 
 struct AzimuthCase

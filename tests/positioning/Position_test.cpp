@@ -228,16 +228,19 @@ TEST(Position, FollowsItsFormulasInExtremeFields)
                 literal::Setup setup;
                 setup.sensorType = type;
                 setup.biasA = bias;
+                setup.biasB = -bias;
                 CInclineSensor_Position sensor;
                 sensor.SetSensorType(type);
                 sensor.SetMagneticBiasAngle_A(bias);
+                sensor.SetMagneticBiasAngle_B(-bias);
                 PoseSensorData sample = Sample(12, -7, field);
                 const auto expected = literal::Measure(setup, sample, 2.0, {1, 2, 3});
                 xyhCoordinate point{1, 2, 3};
                 sensor.Position(sample, 2.0, point);
                 EXPECT_NEAR(point.x, expected.tip.x, kRoundOff) << type << ' ' << bias;
                 EXPECT_NEAR(point.y, expected.tip.y, kRoundOff) << type << ' ' << bias;
-                EXPECT_EQ(sample.dYaw, expected.yaw);
+                EXPECT_NEAR(sample.dYaw, expected.yaw, 1e-13) << type << ' ' << bias;
+                EXPECT_NEAR(sample.dYaw_2, expected.yaw2, 1e-13) << type << ' ' << bias;
             }
 }
 
@@ -335,7 +338,7 @@ TEST(Position, FollowsItsFormulasForEverySensorType)
     for (const int type : kSensorTypes)
         for (const double steepest : {2.0, 45.0, 89.0, 180.0}) {
             const Worst worst = CompareWithFormulas(type, steepest, 20000, 31);
-            EXPECT_LE(worst.heading, 1e-12) << "type " << type << ", up to " << steepest;
+            EXPECT_LE(worst.heading, 2e-13) << "type " << type << ", up to " << steepest;
             EXPECT_LE(worst.tip, 1e-11) << "type " << type << ", up to " << steepest;
             EXPECT_LE(worst.tiltDirection, 1e-10) << "type " << type << ", up to " << steepest;
         }
