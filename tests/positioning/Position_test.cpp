@@ -220,7 +220,8 @@ TEST(Position, FollowsItsFormulasInExtremeFields)
         {1e-200, 2e-200, 0    },
         {1e200,  -2e200, 1e199},
         {-0.0,   0,      0    },
-        {1e-320, 0,      0    }
+        {1e-320, 0,      0    },
+        {210,    35,     -430 }
     };
     for (const int type : kSensorTypes)
         for (const Field& field : fields)
