@@ -67,8 +67,8 @@ public:
     /// The tip is that of Position_Geometry_A, or straight below the antenna for a pole whose tilt
     /// angles are both below 1e-6 rad. It comes by a shorter way than that operation,
     /// CalculateYaw_A and CalculateYaw_B one by one: within 1e-11 m of theirs for a pole of 2 m,
-    /// headings within 6e-14 degrees, dYaw_Y within 1.3e-11 degrees, each in their very digits near
-    /// 0 and 360.
+    /// headings within 1.2e-13 degrees, dYaw_Y within 1.3e-11 degrees, each in their very digits
+    /// near 0 and 360.
     ///
     /// @param sample      pose at the moment of measurement [degrees, counts]
     /// @param poleLength  antenna to tip [m], used as given

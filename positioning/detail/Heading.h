@@ -82,8 +82,8 @@ inline double HeadingOf(const LevelledField& field)
     return Rad2Deg(std::atan2(-field.rightward, field.forward));
 }
 
-/// The same within 6e-14 degrees, one unit of the last digit, but sooner; not a number for a
-/// vanishing field.
+/// The same within 6e-14 degrees, two units of the last digit of 180, but sooner; not a number for
+/// a vanishing field.
 inline double QuickHeadingOf(const LevelledField& field)
 {
     return Rad2Deg(ArcTangent(-field.rightward, field.forward));
