@@ -72,7 +72,7 @@ inline bool StepDown(const detail::WayDown& way, const detail::LevelledField& fi
         std::sqrt(field.forward * field.forward + field.rightward * field.rightward);
     const detail::Turn north = detail::Turn{field.forward, -field.rightward} + bias;
     const double scale = length / strength;
-    const detail::Turn azimuth = north + way.turned;
+    const detail::Turn azimuth = north + way.level;
     if (!(way.trusted && detail::IsUsualStrength(strength) && !std::isnan(bias.cos))) return false;
     point.x += scale * azimuth.cos;
     point.y += scale * azimuth.sin;
@@ -125,7 +125,7 @@ int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleL
     if (!StepDown(way, fieldA, {m_dCosBiasAngle_A, -m_dSinBiasAngle_A}, poleLength, point))
         [[unlikely]]
         return PositionByFormulas(sample, poleLength, point);
-    KeepProjection(way.ahead, way.aside);
+    KeepProjection(sample.dPitch, sample.dRoll, m_nSensorType);
 
     const double azimuthA = detail::QuickHeadingOf(fieldA);
     const double azimuthB = detail::QuickHeadingOf(fieldB);
@@ -316,18 +316,26 @@ double CInclineSensor_Position::GetAngleofPoletoHorizontal(double pitch, double 
     return Rad2Deg(detail::kHalfPi - lean);
 }
 
-double CInclineSensor_Position::GetAngleofPoleProject(double pitch, double roll, double heading,
-                                                      int store)
+// From the heading to the projection of the pole [degrees]: k1 with its sign.
+double CInclineSensor_Position::AngleToProjection(double pitch, double roll) const
 {
     const double t = Deg2Rad(GetAngleofPoletoHorizontal(pitch, roll));
     double u = pitch;
     double v = roll;
     GetTiltAngle(u, v);
-    double k1 = Rad2Deg(ACOS(std::tan(t) * std::tan(u)));
-    if (v > 0.0) k1 = -k1;
+    const double k1 = Rad2Deg(ACOS(std::tan(t) * std::tan(u)));
+    return v > 0.0 ? -k1 : k1;
+}
 
+double CInclineSensor_Position::GetAngleofPoleProject(double pitch, double roll, double heading,
+                                                      int store)
+{
+    const double k1 = AngleToProjection(pitch, roll);
     double azimuth = heading + k1;
     if (m_nSensorType == detail::kTurnedProjectionType) {
+        double u = pitch;
+        double v = roll;
+        GetTiltAngle(u, v);
         const double k3 = Rad2Deg(ACOS(-std::tan(u) * std::tan(v)));
         azimuth = heading + k3 + k1;
     }
@@ -340,21 +348,24 @@ void CInclineSensor_Position::KeepProjection(double angle)
 {
     m_dProjectAngle = angle;
     m_dProjectBase = kProjectBase;
-    m_bProjectByVector = 0;
+    m_bProjectByPose = 0;
 }
 
-void CInclineSensor_Position::KeepProjection(double ahead, double aside)
+void CInclineSensor_Position::KeepProjection(double pitch, double roll, int sensorType)
 {
-    m_dProjectAhead = ahead;
-    m_dProjectAside = aside;
+    m_dProjectPitch = pitch;
+    m_dProjectRoll = roll;
+    m_nProjectSensorType = sensorType;
     m_dProjectBase = kProjectBase;
-    m_bProjectByVector = 1;
+    m_bProjectByPose = 1;
 }
 
 double CInclineSensor_Position::ProjectionAngle() const
 {
-    return m_bProjectByVector ? Rad2Deg(std::atan2(m_dProjectAside, m_dProjectAhead))
-                              : m_dProjectAngle;
+    if (!m_bProjectByPose) return m_dProjectAngle;
+    CInclineSensor_Position then;
+    then.SetSensorType(m_nProjectSensorType);
+    return then.AngleToProjection(m_dProjectPitch, m_dProjectRoll);
 }
 
 void CInclineSensor_Position::filter(double* const values, int n, int reset)

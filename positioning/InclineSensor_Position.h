@@ -214,8 +214,9 @@ private:
     void HeadingsByFormulas(PoseSensorData& sample) const;
     int PositionByFormulas(PoseSensorData& sample, double poleLength, xyhCoordinate& point);
     void KeepProjection(double angle);
-    void KeepProjection(double ahead, double aside);
+    void KeepProjection(double pitch, double roll, int sensorType);
     double ProjectionAngle() const;
+    double AngleToProjection(double pitch, double roll) const;
 
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_A;
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_B;
@@ -227,9 +228,10 @@ private:
     double m_dLastRoll = 0.0;
     double m_dProjectBase = 0.0;  // 180 once a projection angle is kept
     double m_dProjectAngle = 0.0; // the projection angle kept last [degrees], or instead of it
-    double m_dProjectAhead = 1.0; // a vector in its direction: the angle is formed when asked for
-    double m_dProjectAside = 0.0;
-    int m_bProjectByVector = 0;
+    double m_dProjectPitch = 0.0; // the pose it belongs to: the angle is formed when asked for
+    double m_dProjectRoll = 0.0;
+    int m_nProjectSensorType = 1;
+    int m_bProjectByPose = 0;
     int m_nSensorType = 1;
     double m_dMagneticBiasAngle_A = 0.0; // [degrees]
     double m_dMagneticBiasAngle_B = 0.0;

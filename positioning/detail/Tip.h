@@ -7,14 +7,13 @@
 
 namespace detail {
 
-/// The way from the antenna to the tip per metre of pole; level directions count from the heading.
+/// The way from the antenna to the tip per metre of pole; `level` counts from the heading.
 ///
-///   ahead = cos t·cos k1     aside = cos t·sin k1     down = sin t
+///   level = (cos t·cos k1, cos t·sin k1)     down = sin t
 ///
 /// t is the elevation of the pole, k1 = ±acos(tan t·tan u), negative for v > 0, the angle from the
-/// heading to its projection. For the sensor type whose projection is turned further, `turned` is
-/// (ahead, aside) turned by k3 = acos(−tan u·tan v); for the others it is the same. k3 is the tilt
-/// direction, too.
+/// heading to its projection. For the sensor type whose projection is turned further, `level` is
+/// turned by k3 = acos(−tan u·tan v), which is the tilt direction, too.
 ///
 /// An arc cosine near its ends, a pole near the plumb line or near the horizontal, tilt angles of
 /// which one hardly counts beside the other amplify the last digit of what they are given; there
@@ -22,8 +21,8 @@ namespace detail {
 /// both agree within 5e-10 degrees, k3 within 1.3e-11.
 struct WayDown
 {
-    double ahead, aside, down;
-    Turn turned;
+    Turn level;
+    double down;
     double cosK3;
     bool trusted;
 };
@@ -58,8 +57,8 @@ inline WayDown WayDownOf(const Pose& pose, double v, int sensorType)
         side * down * std::fabs(tilt.cosU) > kLeastMargin
         && sinK3 * std::fabs(tilt.cosU * tilt.cosV * tilt.sinU * tilt.sinV) > kLeastRatio * level2;
     const Turn way{ahead, aside};
-    const Turn turned = sensorType == kTurnedProjectionType ? Turn{cosK3, sinK3} + way : way;
-    return {ahead, aside, down, turned, cosK3, trusted};
+    const Turn level = sensorType == kTurnedProjectionType ? Turn{cosK3, sinK3} + way : way;
+    return {level, down, cosK3, trusted};
 }
 
 } // namespace detail

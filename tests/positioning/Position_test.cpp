@@ -132,7 +132,7 @@ TEST(Position, KeepsTheProjectionAngleUnlessThePoleIsPlumb)
     Reach other;
     other.GetAngleofPoleProject(0.5, 10, 0, 1);
     other.ConverseYaw(1, 0, yaw, opposite);
-    EXPECT_NEAR(kept, yaw, 1e-10);
+    EXPECT_EQ(kept, yaw);
 
     PoseSensorData plumb = Sample(0, 0, kNorth);
     sensor.Position(plumb, 2, point);
@@ -140,8 +140,9 @@ TEST(Position, KeepsTheProjectionAngleUnlessThePoleIsPlumb)
     EXPECT_EQ(yaw, kept);
 }
 
-// Position keeps a vector, GetAngleofPoleProject an angle: the one kept last counts. Half of the
-// poles are nearly plumb, where the last digit of the elevation turns the projection.
+// Position keeps a pose, GetAngleofPoleProject an angle: the one kept last counts. Half of the
+// poles are nearly plumb, where the last digit of the elevation turns the projection. A vector
+// along the projection leaves 0, or 360 less next to nothing, as the last digit of the angle says.
 TEST(Position, KeepsTheProjectionAngleOfItsFormulas)
 {
     std::mt19937 random(21);
@@ -161,7 +162,11 @@ TEST(Position, KeepsTheProjectionAngleOfItsFormulas)
         sensor.ConverseYaw(1, 0, kept, opposite);
         other.GetAngleofPoleProject(pitch, roll, 0, 1);
         other.ConverseYaw(1, 0, yaw, opposite);
-        EXPECT_NEAR(kept, yaw, 1e-9) << pitch << ' ' << roll;
+        EXPECT_EQ(kept, yaw) << pitch << ' ' << roll;
+        const double along = -yaw * kPi / 180.0;
+        sensor.ConverseYaw(std::cos(along), std::sin(along), kept, opposite);
+        other.ConverseYaw(std::cos(along), std::sin(along), yaw, opposite);
+        EXPECT_EQ(kept, yaw) << pitch << ' ' << roll;
 
         sensor.GetAngleofPoleProject(roll, pitch, 0, 1);
         other.GetAngleofPoleProject(roll, pitch, 0, 1);
@@ -169,6 +174,23 @@ TEST(Position, KeepsTheProjectionAngleOfItsFormulas)
         other.ConverseYaw(1, 0, yaw, opposite);
         EXPECT_EQ(kept, yaw) << pitch << ' ' << roll;
     }
+}
+
+TEST(Position, KeepsTheProjectionAngleOfTheSensorTypeItMeasuredWith)
+{
+    Reach sensor(2);
+    Reach other(2);
+    PoseSensorData sample = Sample(12, 17, kNorth);
+    xyhCoordinate point;
+    sensor.Position(sample, 2, point);
+    other.GetAngleofPoleProject(12, 17, 0, 1);
+    sensor.SetSensorType(1);
+    double kept = 0;
+    double yaw = 0;
+    double opposite = 0;
+    sensor.ConverseYaw(1, 0, kept, opposite);
+    other.ConverseYaw(1, 0, yaw, opposite);
+    EXPECT_EQ(kept, yaw);
 }
 
 TEST(Position, UsesTheLengthAsGiven)
@@ -266,6 +288,27 @@ TEST(Position, FollowsItsFormulasAlongTheAxes)
                 EXPECT_NEAR(point.y, expected.tip.y, 1e-11) << type << ' ' << pitch << ' ' << roll;
                 EXPECT_NEAR(point.h, expected.tip.h, 1e-11) << type << ' ' << pitch << ' ' << roll;
             }
+}
+
+// Leans of all orders of magnitude, down to a tenth of the microradian that counts as plumb.
+TEST(Position, FollowsItsFormulasNearThePlumbLineAndTheAxes)
+{
+    std::mt19937 random(23);
+    std::uniform_real_distribution<double> exponent(-5.3, 1.6);
+    std::uniform_real_distribution<double> side(-1, 1);
+    const auto lean = [&] { return std::copysign(std::pow(10.0, exponent(random)), side(random)); };
+    for (const int type : kSensorTypes)
+        for (int i = 0; i < 20000; ++i) {
+            literal::Setup setup;
+            setup.sensorType = type;
+            PoseSensorData sample = Sample(lean(), lean(), {210, 35, -430});
+            const auto expected = literal::Measure(setup, sample, 2.0, {});
+            xyhCoordinate point;
+            Reach(type).Position(sample, 2.0, point);
+            EXPECT_NEAR(point.x, expected.tip.x, 2e-12) << sample.dPitch << ' ' << sample.dRoll;
+            EXPECT_NEAR(point.y, expected.tip.y, 2e-12) << sample.dPitch << ' ' << sample.dRoll;
+            EXPECT_NEAR(point.h, expected.tip.h, 2e-12) << sample.dPitch << ' ' << sample.dRoll;
+        }
 }
 
 struct Worst
