@@ -316,26 +316,18 @@ double CInclineSensor_Position::GetAngleofPoletoHorizontal(double pitch, double 
     return Rad2Deg(detail::kHalfPi - lean);
 }
 
-// From the heading to the projection of the pole [degrees]: k1 with its sign.
-double CInclineSensor_Position::AngleToProjection(double pitch, double roll) const
+double CInclineSensor_Position::GetAngleofPoleProject(double pitch, double roll, double heading,
+                                                      int store)
 {
     const double t = Deg2Rad(GetAngleofPoletoHorizontal(pitch, roll));
     double u = pitch;
     double v = roll;
     GetTiltAngle(u, v);
-    const double k1 = Rad2Deg(ACOS(std::tan(t) * std::tan(u)));
-    return v > 0.0 ? -k1 : k1;
-}
+    double k1 = Rad2Deg(ACOS(std::tan(t) * std::tan(u)));
+    if (v > 0.0) k1 = -k1;
 
-double CInclineSensor_Position::GetAngleofPoleProject(double pitch, double roll, double heading,
-                                                      int store)
-{
-    const double k1 = AngleToProjection(pitch, roll);
     double azimuth = heading + k1;
     if (m_nSensorType == detail::kTurnedProjectionType) {
-        double u = pitch;
-        double v = roll;
-        GetTiltAngle(u, v);
         const double k3 = Rad2Deg(ACOS(-std::tan(u) * std::tan(v)));
         azimuth = heading + k3 + k1;
     }
@@ -365,7 +357,8 @@ double CInclineSensor_Position::ProjectionAngle() const
     if (!m_bProjectByPose) return m_dProjectAngle;
     CInclineSensor_Position then;
     then.SetSensorType(m_nProjectSensorType);
-    return then.AngleToProjection(m_dProjectPitch, m_dProjectRoll);
+    then.GetAngleofPoleProject(m_dProjectPitch, m_dProjectRoll, 0.0, 1);
+    return then.m_dProjectAngle;
 }
 
 void CInclineSensor_Position::filter(double* const values, int n, int reset)

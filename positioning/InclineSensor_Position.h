@@ -216,7 +216,6 @@ private:
     void KeepProjection(double angle);
     void KeepProjection(double pitch, double roll, int sensorType);
     double ProjectionAngle() const;
-    double AngleToProjection(double pitch, double roll) const;
 
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_A;
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_B;

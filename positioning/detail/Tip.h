@@ -35,7 +35,7 @@ struct WayDown
 inline WayDown WayDownOf(const Pose& pose, double v, int sensorType)
 {
     constexpr double kLeastMargin = 1e-4; // relative rounding of 1e-16 grows to 1e-12 here
-    constexpr double kLeastRatio = 1e-3;  // as TiltDirectionCosine rounds, by 1e-11 degrees here
+    constexpr double kLeastRatio = 1e-3;  // the written k3 rounds by 1e-11 degrees here
     double down = 0.0;
     double level2 = 0.0; // cos² t
     if (sensorType == kFirstConvention) {
