@@ -1,11 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/InclineSensor_Filter_XY.h"
 
-#include "calibration/detail/Turn.h"
+#include "calibration/filter/TurnRecord.h"
 
-using detail::PlaneXY;
+namespace calibration = tiltpole::calibration;
+
+using calibration::PlaneXY;
 
 CInclineSensor_Filter_XY::CInclineSensor_Filter_XY()
-    : m_Notes(std::make_unique<detail::TurnNotes<PlaneXY>>())
+    : m_Notes(std::make_unique<calibration::TurnNotes<PlaneXY>>())
 {}
 
 CInclineSensor_Filter_XY::~CInclineSensor_Filter_XY()
@@ -13,7 +16,7 @@ CInclineSensor_Filter_XY::~CInclineSensor_Filter_XY()
     Turn().Clear();
 }
 
-detail::Turn<PlaneXY> CInclineSensor_Filter_XY::Turn()
+calibration::TurnRecord<PlaneXY> CInclineSensor_Filter_XY::Turn()
 {
     return {m_Center, m_Previous, m_Record, *m_Notes};
 }
@@ -31,7 +34,7 @@ void CInclineSensor_Filter_XY::Clear()
 
 PoseSensorCenterParameter CInclineSensor_Filter_XY::GetCenterPar() const
 {
-    return detail::CenterWithRadius<PlaneXY>(m_Center, m_Record, *m_Notes);
+    return calibration::CenterWithRadius<PlaneXY>(m_Center, m_Record, *m_Notes);
 }
 
 int CInclineSensor_Filter_XY::Calculate_CenterPar(Samples* samples)
@@ -56,17 +59,17 @@ void CInclineSensor_Filter_XY::Sort_ByAzimuth(Samples* samples)
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter_ByTime(Samples* samples)
 {
-    return detail::FilterByTime<PlaneXY>(samples);
+    return calibration::FilterByTime<PlaneXY>(samples);
 }
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter_ByDistance(Samples* samples)
 {
-    return detail::FilterByDistance<PlaneXY>(samples, GetCenterPar());
+    return calibration::FilterByDistance<PlaneXY>(samples, GetCenterPar());
 }
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter_ByAzimuth(Samples* samples)
 {
-    return detail::FilterByAzimuth(samples);
+    return calibration::FilterByAzimuth(samples);
 }
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter()
@@ -76,7 +79,7 @@ CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter()
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Select(Samples* samples, int count)
 {
-    return detail::Select<PlaneXY>(samples, count);
+    return calibration::Select<PlaneXY>(samples, count);
 }
 
 int CInclineSensor_Filter_XY::IsComplete(Samples* samples)

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Horizontal turn: the samples recorded while the pole is turned about the z axis of its sensor.
 //
 //   host: Add(new PoseSensorData(...)) per sample, GetRecordRate for the progress, IsRecordOK to
@@ -13,13 +15,13 @@
 
 #include <memory>
 
-namespace detail {
+namespace tiltpole::calibration {
 struct PlaneXY;
 template <class Plane>
-class Turn;
+class TurnRecord;
 template <class Plane>
 struct TurnNotes;
-} // namespace detail
+} // namespace tiltpole::calibration
 
 /// Samples of the horizontal turn.
 ///
@@ -96,11 +98,11 @@ protected:
     Samples* Filter_ByAzimuth(Samples* samples);
 
 private:
-    detail::Turn<detail::PlaneXY> Turn();
+    tiltpole::calibration::TurnRecord<tiltpole::calibration::PlaneXY> Turn();
 
     PoseSensorCenterParameter m_Center;
     PoseSensorData* m_Previous = nullptr; // whose azimuth was computed last
     Samples m_Record;                     // in order of arrival, owned
-    std::unique_ptr<detail::TurnNotes<detail::PlaneXY>>
+    std::unique_ptr<tiltpole::calibration::TurnNotes<tiltpole::calibration::PlaneXY>>
         m_Notes; // what keeps Add and the rate cheap
 };

@@ -1,11 +1,14 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/InclineSensor_Filter_XZ.h"
 
-#include "calibration/detail/Turn.h"
+#include "calibration/filter/TurnRecord.h"
 
-using detail::PlaneXZ;
+namespace calibration = tiltpole::calibration;
+
+using calibration::PlaneXZ;
 
 CInclineSensor_Filter_XZ::CInclineSensor_Filter_XZ()
-    : m_Notes(std::make_unique<detail::TurnNotes<PlaneXZ>>())
+    : m_Notes(std::make_unique<calibration::TurnNotes<PlaneXZ>>())
 {}
 
 CInclineSensor_Filter_XZ::~CInclineSensor_Filter_XZ()
@@ -13,7 +16,7 @@ CInclineSensor_Filter_XZ::~CInclineSensor_Filter_XZ()
     Turn().Clear();
 }
 
-detail::Turn<PlaneXZ> CInclineSensor_Filter_XZ::Turn()
+calibration::TurnRecord<PlaneXZ> CInclineSensor_Filter_XZ::Turn()
 {
     return {m_Center, m_Previous, m_Record, *m_Notes};
 }
@@ -30,7 +33,7 @@ void CInclineSensor_Filter_XZ::Clear()
 
 PoseSensorCenterParameter CInclineSensor_Filter_XZ::GetCenterPar() const
 {
-    return detail::CenterWithRadius<PlaneXZ>(m_Center, m_Record, *m_Notes);
+    return calibration::CenterWithRadius<PlaneXZ>(m_Center, m_Record, *m_Notes);
 }
 
 int CInclineSensor_Filter_XZ::Calculate_CenterPar(Samples* samples)
@@ -55,17 +58,17 @@ void CInclineSensor_Filter_XZ::Sort_ByAzimuth(Samples* samples)
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter_ByTime(Samples* samples)
 {
-    return detail::FilterByTime<PlaneXZ>(samples);
+    return calibration::FilterByTime<PlaneXZ>(samples);
 }
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter_ByDistance(Samples* samples)
 {
-    return detail::FilterByDistance<PlaneXZ>(samples, GetCenterPar());
+    return calibration::FilterByDistance<PlaneXZ>(samples, GetCenterPar());
 }
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter_ByAzimuth(Samples* samples)
 {
-    return detail::FilterByAzimuth(samples);
+    return calibration::FilterByAzimuth(samples);
 }
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter()
@@ -75,7 +78,7 @@ CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter()
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Select(Samples* samples, int count)
 {
-    return detail::Select<PlaneXZ>(samples, count);
+    return calibration::Select<PlaneXZ>(samples, count);
 }
 
 int CInclineSensor_Filter_XZ::IsComplete(Samples* samples)

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Vertical turn: the samples recorded while the pole is turned about the y axis of its sensor.
 //
 // Used like the horizontal filter (calibration/InclineSensor_Filter_XY.h), with
@@ -12,13 +14,13 @@
 
 #include <memory>
 
-namespace detail {
+namespace tiltpole::calibration {
 struct PlaneXZ;
 template <class Plane>
-class Turn;
+class TurnRecord;
 template <class Plane>
 struct TurnNotes;
-} // namespace detail
+} // namespace tiltpole::calibration
 
 /// Samples of the vertical turn. Ownership and operations are those of CInclineSensor_Filter_XY;
 /// told here is what differs.
@@ -79,11 +81,11 @@ protected:
     Samples* Filter_ByAzimuth(Samples* samples);
 
 private:
-    detail::Turn<detail::PlaneXZ> Turn();
+    tiltpole::calibration::TurnRecord<tiltpole::calibration::PlaneXZ> Turn();
 
     Samples m_Record; // in order of arrival, owned
     PoseSensorCenterParameter m_Center;
     PoseSensorData* m_Previous = nullptr; // whose azimuth was computed last
-    std::unique_ptr<detail::TurnNotes<detail::PlaneXZ>>
+    std::unique_ptr<tiltpole::calibration::TurnNotes<tiltpole::calibration::PlaneXZ>>
         m_Notes; // what keeps Add and the rate cheap
 };

@@ -1,13 +1,16 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/InclineSensor_MagneticAdjust.h"
 
-#include "calibration/detail/ErrorDump.h"
-#include "calibration/detail/MagneticFits.h"
-#include "calibration/detail/MomentSolver.h"
-#include "calibration/detail/ReadingScreen.h"
+#include "calibration/solver/ErrorDump.h"
+#include "calibration/solver/MagneticFits.h"
+#include "calibration/solver/MomentSolver.h"
+#include "calibration/solver/ReadingScreen.h"
 #include "framework/core/MessageBox.h"
 
 #include <cmath>
 #include <optional>
+
+namespace calibration = tiltpole::calibration;
 
 namespace {
 
@@ -71,9 +74,9 @@ CSZMatrix ReadingsOf(const SampleSet& samples, const Magnetometer& sensor)
 }
 
 template <class SampleSet>
-detail::TurnReadings ColumnsOf(const SampleSet& samples, const Magnetometer& sensor)
+calibration::TurnReadings ColumnsOf(const SampleSet& samples, const Magnetometer& sensor)
 {
-    detail::TurnReadings readings(static_cast<int>(samples.GetSize()));
+    calibration::TurnReadings readings(static_cast<int>(samples.GetSize()));
     for (int i = 0; i < readings.count; ++i) {
         const PoseSensorData& sample = samples[i];
         readings.Set(i, sample.*sensor.x, sample.*sensor.y, sample.*sensor.z);
@@ -109,15 +112,15 @@ CSZMatrix Column(const CSZMatrix& readings, int column)
 
 std::optional<double> SlopeOf(const CSZMatrix& readings, int v, int u)
 {
-    const auto line = detail::FitLine(Column(readings, u), Column(readings, v));
+    const auto line = calibration::FitLine(Column(readings, u), Column(readings, v));
     return line ? std::optional(line->slope) : std::nullopt;
 }
 
-std::optional<detail::Conic> EllipseOf(const CSZMatrix& readings, int v, int u)
+std::optional<calibration::Conic> EllipseOf(const CSZMatrix& readings, int v, int u)
 {
     CSZMatrix p;
-    if (!detail::FitEllipse(Column(readings, u), Column(readings, v), p)) return std::nullopt;
-    return detail::ConicOf(p);
+    if (!calibration::FitEllipse(Column(readings, u), Column(readings, v), p)) return std::nullopt;
+    return calibration::ConicOf(p);
 }
 
 Ending CorrectRoughly(const CSZMatrix& H, const CSZMatrix& V, Incline_MagneticCorrectParameter& P)
@@ -132,13 +135,13 @@ Ending CorrectRoughly(const CSZMatrix& H, const CSZMatrix& V, Incline_MagneticCo
     const auto twist = SlopeOf(V, 1, 0);
     if (!twist) return Ending::NoVerticalLine;
 
-    detail::SetFirstCorrection(*horizontal, *vertical, *twist, *leanY, P);
+    calibration::SetFirstCorrection(*horizontal, *vertical, *twist, *leanY, P);
     return Ending::Level;
 }
 
 Ending Level(const CSZMatrix& H, Incline_MagneticCorrectParameter& P)
 {
-    for (int pass = 1; pass < detail::kPasses; ++pass) {
+    for (int pass = 1; pass < calibration::kPasses; ++pass) {
         CSZMatrix corrected = H;
         Correct(corrected, P);
         const auto leanX = SlopeOf(corrected, 2, 0);
@@ -146,7 +149,8 @@ Ending Level(const CSZMatrix& H, Incline_MagneticCorrectParameter& P)
         if (!leanX || !leanY) return Ending::NoHorizontalLine;
         P.c -= *leanX;
         P.d -= *leanY;
-        if (std::fabs(*leanX) < detail::kLevelSlope && std::fabs(*leanY) < detail::kLevelSlope)
+        if (std::fabs(*leanX) < calibration::kLevelSlope
+            && std::fabs(*leanY) < calibration::kLevelSlope)
             return Ending::Level;
     }
     return Ending::PassLimit;
@@ -186,12 +190,12 @@ void CInclineSensor_MagneticAdjust::Vertical_Clear()
 
 int CInclineSensor_MagneticAdjust::Adjust()
 {
-    const detail::TurnReadings HA = ColumnsOf(m_Horizontal, kSensorA);
-    const detail::TurnReadings HB = ColumnsOf(m_Horizontal, kSensorB);
+    const calibration::TurnReadings HA = ColumnsOf(m_Horizontal, kSensorA);
+    const calibration::TurnReadings HB = ColumnsOf(m_Horizontal, kSensorB);
     bool allByMoments = true;
-    const auto solve = [&](const detail::TurnReadings& H, const Magnetometer& sensor,
+    const auto solve = [&](const calibration::TurnReadings& H, const Magnetometer& sensor,
                            Incline_MagneticCorrectParameter& P) {
-        if (const auto solution = detail::SolveByMoments(H, ColumnsOf(m_Vertical, sensor))) {
+        if (const auto solution = calibration::SolveByMoments(H, ColumnsOf(m_Vertical, sensor))) {
             P = *solution;
             return 1;
         }
@@ -201,16 +205,16 @@ int CInclineSensor_MagneticAdjust::Adjust()
 
     if (!solve(HA, kSensorA, m_CorrectA)) {
         Warn(L"A calculation of the magnetometer calibration fails, please recalibrate!");
-        detail::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_A.csv", m_Horizontal);
+        calibration::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_A.csv", m_Horizontal);
         return 0;
     }
     if (!solve(HB, kSensorB, m_CorrectB)) {
         Warn(L"B calculation of the magnetometer calibration fails, please recalibrate!");
-        detail::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_B.csv", m_Horizontal);
+        calibration::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_B.csv", m_Horizontal);
         return 0;
     }
     if (allByMoments) {
-        m_Translation = detail::MeanOffset(HA, m_CorrectA, HB, m_CorrectB);
+        m_Translation = calibration::MeanOffset(HA, m_CorrectA, HB, m_CorrectB);
     } else if (!MagneticCoordinateOffset(ReadingsOf(m_Horizontal, kSensorA),
                                          ReadingsOf(m_Horizontal, kSensorB), m_Translation)) {
         Warn(L"Pan calculation magnetometer system fails, please recalibrate!");
@@ -221,13 +225,13 @@ int CInclineSensor_MagneticAdjust::Adjust()
 
 void CInclineSensor_MagneticAdjust::DataFilter(CSZMatrix& readings)
 {
-    detail::SmoothRows(m_Filter, readings);
+    calibration::SmoothRows(m_Filter, readings);
 }
 
 void CInclineSensor_MagneticAdjust::MatrixFilter(CSZMatrix& readings)
 {
     DataFilter(readings);
-    detail::KeepStepsOfTurn(readings);
+    calibration::KeepStepsOfTurn(readings);
 }
 
 int CInclineSensor_MagneticAdjust::MagCorrPara(CSZMatrix H, CSZMatrix V,
@@ -243,9 +247,9 @@ int CInclineSensor_MagneticAdjust::MagCorrPara(CSZMatrix H, CSZMatrix V,
     MagneticModify(P, V);
     // A conic that is no ellipse has a centre all the same; without any the offset stays 0.
     CSZMatrix horizontal, vertical;
-    detail::FitEllipse(Column(H, 0), Column(H, 1), horizontal);
+    calibration::FitEllipse(Column(H, 0), Column(H, 1), horizontal);
     CircleCenter(horizontal, &P.x0, &P.y0);
-    detail::FitEllipse(Column(V, 0), Column(V, 2), vertical);
+    calibration::FitEllipse(Column(V, 0), Column(V, 2), vertical);
     CircleCenter(vertical, nullptr, &P.z0);
     return 1;
 }
@@ -253,8 +257,8 @@ int CInclineSensor_MagneticAdjust::MagCorrPara(CSZMatrix H, CSZMatrix V,
 int CInclineSensor_MagneticAdjust::MagCorrPara(CSZMatrix p, CSZMatrix q, CSZMatrix l,
                                                Incline_MagneticCorrectParameter& P)
 {
-    if (detail::SetClosedForm(detail::ConicOf(p), detail::ConicOf(q), l.GetData(0, 0),
-                              l.GetData(1, 0), P))
+    if (calibration::SetClosedForm(calibration::ConicOf(p), calibration::ConicOf(q),
+                                   l.GetData(0, 0), l.GetData(1, 0), P))
         return 1;
     Warn(L"Collected data is incorrect!");
     return 0;
@@ -300,12 +304,12 @@ void CInclineSensor_MagneticAdjust::MagneticModify(const Incline_MagneticCorrect
 
 int CInclineSensor_MagneticAdjust::EllipseFit(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& p)
 {
-    return detail::FitEllipse(u, v, p);
+    return calibration::FitEllipse(u, v, p);
 }
 
 int CInclineSensor_MagneticAdjust::LineFit(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& l)
 {
-    const auto line = detail::FitLine(u, v);
+    const auto line = calibration::FitLine(u, v);
     if (!line) return 0;
     l.Alloc(3, 1);
     l.SetData(0, line->slope);
@@ -317,8 +321,8 @@ int CInclineSensor_MagneticAdjust::LineFit(const CSZMatrix& u, const CSZMatrix& 
 int CInclineSensor_MagneticAdjust::CircleCenter(CSZMatrix p, double* uc, double* vc)
 {
     if (p.getRowSize() != 5 || p.getColSize() != 1) return 0;
-    const detail::Conic conic = detail::ConicOf(p);
-    if (std::fabs(conic.Discriminant()) < detail::kVanishing) return 0;
+    const calibration::Conic conic = calibration::ConicOf(p);
+    if (std::fabs(conic.Discriminant()) < calibration::kVanishing) return 0;
     if (uc != nullptr) *uc = conic.CenterU();
     if (vc != nullptr) *vc = conic.CenterV();
     return 1;
@@ -327,5 +331,5 @@ int CInclineSensor_MagneticAdjust::CircleCenter(CSZMatrix p, double* uc, double*
 int CInclineSensor_MagneticAdjust::lsq(const CSZMatrix& A, const CSZMatrix& b, const CSZMatrix* W,
                                        CSZMatrix& x, CSZMatrix* N)
 {
-    return detail::SolveLeastSquares(A, b, W, x, N);
+    return calibration::SolveLeastSquares(A, b, W, x, N);
 }

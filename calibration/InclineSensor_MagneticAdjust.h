@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Calibration of both magnetometers from two turns, one about the z and one about the y axis.
 //
 //   corrected  x' = x − x0

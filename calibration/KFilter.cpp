@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "calibration/KFilter.h"
 
 #include "framework/core/MessageBox.h"
@@ -10,6 +11,8 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+
+namespace matrix = tiltpole::matrix;
 
 namespace {
 
@@ -106,7 +109,7 @@ private:
     const double* Times(const Factor& A, const double* X, int columns, double* space) const
     {
         if (IsLeftOut(A)) return X;
-        detail::Multiply(Elements(A.matrix), X, space, A.matrix.getRowSize(), A.matrix.getColSize(),
+        matrix::Multiply(Elements(A.matrix), X, space, A.matrix.getRowSize(), A.matrix.getColSize(),
                          columns);
         return space;
     }
@@ -115,7 +118,7 @@ private:
     const double* TimesTranspose(const double* X, int rows, const Factor& A, double* space) const
     {
         if (IsLeftOut(A)) return X;
-        detail::Multiply(X, Elements(A.transpose), space, rows, A.matrix.getColSize(),
+        matrix::Multiply(X, Elements(A.transpose), space, rows, A.matrix.getColSize(),
                          A.matrix.getRowSize());
         return space;
     }
@@ -159,13 +162,13 @@ private:
         const double* noise = Elements(m_Filter.m_MeasurementNoise);
         for (int i = 0; i < m_m * m_m; ++i)
             inverse[i] = product[i] + noise[i];
-        detail::Invert(inverse, m_m, detail::PivotFloor::SmallestNormal);
+        matrix::Invert(inverse, m_m, matrix::PivotFloor::SmallestNormal);
         const double* right = TimesTranspose(Predicted(), m_n, H, Block(4));
-        detail::Multiply(right, inverse, Gain(), m_n, m_m, m_m);
+        matrix::Multiply(right, inverse, Gain(), m_n, m_m, m_m);
 
         const double* seen = Gain();
         if (!IsLeftOut(H)) {
-            detail::Multiply(Gain(), Elements(H.matrix), Block(4), m_n, m_m, m_n);
+            matrix::Multiply(Gain(), Elements(H.matrix), Block(4), m_n, m_m, m_n);
             seen = Block(4);
         }
         double* unseen = Block(5);
@@ -173,7 +176,7 @@ private:
             unseen[i] = 0.0 - seen[i];
         for (int i = 0; i < m_n * m_n; i += m_n + 1)
             unseen[i] = 1.0 - seen[i];
-        detail::Multiply(unseen, Predicted(), Covariance(), m_n, m_n, m_n);
+        matrix::Multiply(unseen, Predicted(), Covariance(), m_n, m_n, m_n);
     }
 
     // x⁻ = Φ·x + B·u, x = x⁻ + K·(z − D·u − H·x⁻)
@@ -204,7 +207,7 @@ private:
             x[i] += sign * shift[i];
     }
 
-    detail::Scratch<double, kBlocks * kInside> m_Space;
+    matrix::Scratch<double, kBlocks * kInside> m_Space;
     const CKFilter& m_Filter;
     std::size_t m_Largest; // elements of a block
     int m_n, m_m;
@@ -301,7 +304,7 @@ void CKFilter::NoteSeparateStates()
 bool CKFilter::StepSeparately(const double* z)
 {
     const int n = m_nState;
-    detail::Scratch<double, 12> space(2 * static_cast<std::size_t>(n));
+    matrix::Scratch<double, 12> space(2 * static_cast<std::size_t>(n));
     double* const state = space.Data();
     if (state == nullptr) return false;
     double* const variance = state + n;

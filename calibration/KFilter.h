@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A discrete linear Kalman filter with a control input into state and measurement.
 //
 //   x(i) = Φ·x(i−1) + B·u + Γ·w      w ~ (0, Q)

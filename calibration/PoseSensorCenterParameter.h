@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The circle that the readings of one turn trace: centre and radius.
 #pragma once
 

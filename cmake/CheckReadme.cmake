@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Fails when the host program that README shows is not the one that the tests build and run.
 file(READ "${source_dir}/README.md" readme)
 file(READ "${source_dir}/examples/host/main.cpp" host)

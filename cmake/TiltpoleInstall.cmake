@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # The package: libraries, headers below include/tiltpole, and tiltpoleConfig.cmake.
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)

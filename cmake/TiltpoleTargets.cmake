@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # What every target of the project shares: language level, warnings, rounding, visibility.
 
 if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYPES)

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/GraphCompass.h"
 
 #include "controls/detail/Selected.h"
@@ -11,8 +12,8 @@ ON_WM_PAINT()
 ON_WM_ERASEBKGND()
 END_MESSAGE_MAP()
 
-using controls::DrawSegment;
-using controls::Selected;
+using tiltpole::controls::DrawSegment;
+using tiltpole::controls::Selected;
 
 namespace {
 
@@ -20,7 +21,7 @@ constexpr int kLabelInset = 35; // from the inner ring to the labels' centres, p
 
 void DrawRing(CDC& dc, CPoint centre, int radius, COLORREF color)
 {
-    CPen pen(PS_SOLID, controls::kRingPen, color);
+    CPen pen(PS_SOLID, tiltpole::controls::kRingPen, color);
     const Selected usePen(dc, pen);
     dc.Ellipse(centre.x - radius, centre.y - radius, centre.x + radius, centre.y + radius);
 }
@@ -78,9 +79,9 @@ void CGraphCompass::SetFix(int degrees)
     if (!m_face.AddFix(degrees)) return;
     CDC* const dc = GetDC();
     if (!dc) return;
-    CPen pen(PS_SOLID, controls::kFixPen, controls::kFixColor);
+    CPen pen(PS_SOLID, tiltpole::controls::kFixPen, tiltpole::controls::kFixColor);
     const Selected usePen(*dc, pen);
-    const auto mark = controls::FixLine::Of(m_face.centre, m_rings, degrees);
+    const auto mark = tiltpole::controls::FixLine::Of(m_face.centre, m_rings, degrees);
     DrawSegment(*dc, mark.outer, mark.inner);
 }
 
@@ -94,7 +95,7 @@ void CGraphCompass::DrawBackground(CDC* dc, CRect& rect)
 {
     if (!dc) return;
     m_face.FillAndMeasure(*dc, rect);
-    m_rings = controls::DialRings::Of(m_face.diameter);
+    m_rings = tiltpole::controls::DialRings::Of(m_face.diameter);
     DrawRings(*dc);
     DrawTicks(*dc);
 }
@@ -102,41 +103,42 @@ void CGraphCompass::DrawBackground(CDC* dc, CRect& rect)
 // Each ring is a filled disc over the one before.
 void CGraphCompass::DrawRings(CDC& dc) const
 {
-    CBrush face(controls::kFaceColor);
+    CBrush face(tiltpole::controls::kFaceColor);
     const Selected useBrush(dc, face);
-    DrawRing(dc, m_face.centre, m_rings.outer, controls::kOuterColor);
-    DrawRing(dc, m_face.centre, m_rings.middle, controls::kMiddleColor);
-    DrawRing(dc, m_face.centre, m_rings.inner, controls::kOuterColor);
+    DrawRing(dc, m_face.centre, m_rings.outer, tiltpole::controls::kOuterColor);
+    DrawRing(dc, m_face.centre, m_rings.middle, tiltpole::controls::kMiddleColor);
+    DrawRing(dc, m_face.centre, m_rings.inner, tiltpole::controls::kOuterColor);
 }
 
 void CGraphCompass::DrawTicks(CDC& dc) const
 {
-    CPen pen(PS_SOLID, controls::kRingPen, controls::kTickColor);
+    CPen pen(PS_SOLID, tiltpole::controls::kRingPen, tiltpole::controls::kTickColor);
     CFont font;
-    controls::MakeLabelFont(font);
+    tiltpole::controls::MakeLabelFont(font);
     const Selected usePen(dc, pen);
     const Selected useFont(dc, font);
     dc.SetBkMode(TRANSPARENT);
-    dc.SetTextColor(controls::kLabelColor);
+    dc.SetTextColor(tiltpole::controls::kLabelColor);
 
     const double tick = std::fabs(m_face.diameter / 30.0);
     const double labels = m_rings.inner - kLabelInset;
     for (int heading = 0; heading < 360; heading += 10) {
         const bool isMajor = heading % 30 == 0;
-        const double angle = controls::DialAngle(heading);
+        const double angle = tiltpole::controls::DialAngle(heading);
         const double inner = isMajor ? m_rings.inner - tick : m_rings.inner - tick / 2;
-        DrawSegment(dc, controls::OnDial(m_face.centre, m_rings.inner, angle),
-                    controls::OnDial(m_face.centre, inner, angle));
+        DrawSegment(dc, tiltpole::controls::OnDial(m_face.centre, m_rings.inner, angle),
+                    tiltpole::controls::OnDial(m_face.centre, inner, angle));
         if (isMajor)
-            controls::DrawLabel(dc, controls::OnDial(m_face.centre, labels, angle), heading);
+            tiltpole::controls::DrawLabel(
+                dc, tiltpole::controls::OnDial(m_face.centre, labels, angle), heading);
     }
 }
 
 void CGraphCompass::DrawPointer(CDC* dc, double degrees)
 {
     if (!dc) return;
-    const auto needle =
-        controls::NeedleShape::Of(m_face.centre, m_face.diameter, m_face.needleUnit, degrees);
+    const auto needle = tiltpole::controls::NeedleShape::Of(m_face.centre, m_face.diameter,
+                                                            m_face.needleUnit, degrees);
     const auto& [left, tip, right, tail] = needle.corners;
     {
         CBrush brush(m_face.needleColor);
@@ -159,10 +161,11 @@ void CGraphCompass::DrawPointer(CDC* dc, double degrees)
 void CGraphCompass::DrawFixSign(CDC* dc)
 {
     if (!dc) return;
-    CPen pen(PS_SOLID, controls::kFixPen, controls::kFixColor);
+    CPen pen(PS_SOLID, tiltpole::controls::kFixPen, tiltpole::controls::kFixColor);
     const Selected usePen(*dc, pen);
     for (INT_PTR i = 0; i < m_face.fixes.GetSize(); ++i) {
-        const auto mark = controls::FixLine::Of(m_face.centre, m_rings, m_face.fixes.GetAt(i));
+        const auto mark =
+            tiltpole::controls::FixLine::Of(m_face.centre, m_rings, m_face.fixes.GetAt(i));
         DrawSegment(*dc, mark.outer, mark.inner);
     }
 }
@@ -191,5 +194,5 @@ BOOL CGraphCompass::OnEraseBkgnd(CDC*)
 
 void CGraphCompass::PreSubclassWindow()
 {
-    ModifyStyle(0, controls::kMeterStyle);
+    ModifyStyle(0, tiltpole::controls::kMeterStyle);
 }

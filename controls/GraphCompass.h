@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A heading on a round compass dial: rings, 36 ticks with twelve numbers, a red needle, and green
 // marks at fixed headings. 0 stands at the top; headings count clockwise, in degrees.
 //
@@ -57,8 +59,8 @@ public:
 protected:
     DECLARE_MESSAGE_MAP()
 
-    controls::MeterFace m_face;
-    controls::DialRings m_rings; // of the last background
+    tiltpole::controls::MeterFace m_face;
+    tiltpole::controls::DialRings m_rings; // of the last background
 
 private:
     void Compose(CDC& target);

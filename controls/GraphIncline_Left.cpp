@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/GraphIncline_Left.h"
 
 IMPLEMENT_DYNAMIC(CGraphIncline_Left, CStatic)
@@ -7,7 +8,7 @@ ON_WM_PAINT()
 ON_WM_ERASEBKGND()
 END_MESSAGE_MAP()
 
-CGraphIncline_Left::CGraphIncline_Left() : m_gauge(*this, controls::kLeftScale) {}
+CGraphIncline_Left::CGraphIncline_Left() : m_gauge(*this, tiltpole::controls::kLeftScale) {}
 CGraphIncline_Left::~CGraphIncline_Left() = default;
 
 void CGraphIncline_Left::SetValue(double degrees)
@@ -62,5 +63,5 @@ BOOL CGraphIncline_Left::OnEraseBkgnd(CDC*)
 }
 void CGraphIncline_Left::PreSubclassWindow()
 {
-    ModifyStyle(0, controls::kMeterStyle);
+    ModifyStyle(0, tiltpole::controls::kMeterStyle);
 }

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // An angle of 0 to 180 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
 // green marks at fixed angles. 0 is at the bottom, 180 at the top.
 //
@@ -50,5 +52,5 @@ public:
 protected:
     DECLARE_MESSAGE_MAP()
 
-    controls::GaugeControl m_gauge;
+    tiltpole::controls::GaugeControl m_gauge;
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/GraphIncline_Right.h"
 
 IMPLEMENT_DYNAMIC(CGraphIncline_Right, CStatic)
@@ -7,7 +8,7 @@ ON_WM_PAINT()
 ON_WM_ERASEBKGND()
 END_MESSAGE_MAP()
 
-CGraphIncline_Right::CGraphIncline_Right() : m_gauge(*this, controls::kRightScale) {}
+CGraphIncline_Right::CGraphIncline_Right() : m_gauge(*this, tiltpole::controls::kRightScale) {}
 CGraphIncline_Right::~CGraphIncline_Right() = default;
 
 void CGraphIncline_Right::SetValue(double degrees)
@@ -62,5 +63,5 @@ BOOL CGraphIncline_Right::OnEraseBkgnd(CDC*)
 }
 void CGraphIncline_Right::PreSubclassWindow()
 {
-    ModifyStyle(0, controls::kMeterStyle);
+    ModifyStyle(0, tiltpole::controls::kMeterStyle);
 }

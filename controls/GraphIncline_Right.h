@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // An angle of 180 to 360 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
 // green marks at fixed angles. 180 is at the top, 360 at the bottom.
 //
@@ -51,5 +53,5 @@ public:
 protected:
     DECLARE_MESSAGE_MAP()
 
-    controls::GaugeControl m_gauge;
+    tiltpole::controls::GaugeControl m_gauge;
 };

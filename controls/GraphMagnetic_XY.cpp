@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/GraphMagnetic_XY.h"
 
 IMPLEMENT_DYNAMIC(CGraphMagnetic_XY, CWnd)
@@ -6,7 +7,7 @@ BEGIN_MESSAGE_MAP(CGraphMagnetic_XY, CWnd)
 ON_WM_PAINT()
 END_MESSAGE_MAP()
 
-CGraphMagnetic_XY::CGraphMagnetic_XY() : m_plot(*this, controls::kPlaneXY) {}
+CGraphMagnetic_XY::CGraphMagnetic_XY() : m_plot(*this, tiltpole::controls::kPlaneXY) {}
 CGraphMagnetic_XY::~CGraphMagnetic_XY() = default;
 
 BOOL CGraphMagnetic_XY::Create(LPCTSTR, LPCTSTR, DWORD style, const RECT& rect, CWnd* parent,
@@ -34,7 +35,7 @@ void CGraphMagnetic_XY::ZoomAll()
 }
 int CGraphMagnetic_XY::GetDistance(CPoint p, CPoint q)
 {
-    return controls::PixelDistance(p, q);
+    return tiltpole::controls::PixelDistance(p, q);
 }
 void CGraphMagnetic_XY::DrawTrackPoints(CDC* dc)
 {

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/GraphMagnetic_XZ.h"
 
 IMPLEMENT_DYNAMIC(CGraphMagnetic_XZ, CWnd)
@@ -6,7 +7,7 @@ BEGIN_MESSAGE_MAP(CGraphMagnetic_XZ, CWnd)
 ON_WM_PAINT()
 END_MESSAGE_MAP()
 
-CGraphMagnetic_XZ::CGraphMagnetic_XZ() : m_plot(*this, controls::kPlaneXZ) {}
+CGraphMagnetic_XZ::CGraphMagnetic_XZ() : m_plot(*this, tiltpole::controls::kPlaneXZ) {}
 CGraphMagnetic_XZ::~CGraphMagnetic_XZ() = default;
 
 BOOL CGraphMagnetic_XZ::Create(LPCTSTR, LPCTSTR, DWORD style, const RECT& rect, CWnd* parent,
@@ -34,7 +35,7 @@ void CGraphMagnetic_XZ::ZoomAll()
 }
 int CGraphMagnetic_XZ::GetDistance(CPoint p, CPoint q)
 {
-    return controls::PixelDistance(p, q);
+    return tiltpole::controls::PixelDistance(p, q);
 }
 void CGraphMagnetic_XZ::DrawTrackPoints(CDC* dc)
 {

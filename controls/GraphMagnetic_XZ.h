@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The magnetometer samples of the vertical turn while it is recorded: the third component over the
 // first, every sample a cross, every computed centre a red one.
 //
@@ -61,5 +63,5 @@ protected:
     DECLARE_MESSAGE_MAP()
 
 private:
-    controls::ScatterPlot m_plot;
+    tiltpole::controls::ScatterPlot m_plot;
 };

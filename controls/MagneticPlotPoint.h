@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // One magnetometer reading of a scatter plot.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/TiltPositionGraph.h"
 
 #include "controls/detail/Pixel.h"
@@ -6,11 +7,11 @@
 #include <algorithm>
 #include <cmath>
 
-using controls::DrawSegment;
-using controls::Selected;
-using controls::Shifted;
-using controls::ToInt;
-using controls::ToPixel;
+using tiltpole::controls::DrawSegment;
+using tiltpole::controls::Selected;
+using tiltpole::controls::Shifted;
+using tiltpole::controls::ToInt;
+using tiltpole::controls::ToPixel;
 
 namespace {
 
@@ -88,10 +89,10 @@ void CTiltPositionGraph::AddPoint(TiltPoint_Sensor point)
     {
         CPen pen(PS_SOLID, kMarkPen, kWhite);
         const Selected usePen(m_layers.points.dc, pen);
-        controls::DrawCross(m_layers.points.dc, at);
+        tiltpole::controls::DrawCross(m_layers.points.dc, at);
     }
     ReDraw();
-    if (controls::ZoomsAt(static_cast<int>(m_points.GetSize()))) {
+    if (tiltpole::controls::ZoomsAt(static_cast<int>(m_points.GetSize()))) {
         ZoomAll();
         return;
     }
@@ -127,7 +128,7 @@ void CTiltPositionGraph::ZoomAll()
         m_world.originX = first.dX - m_client.Height() * kSingleScale / 2;
         m_world.originY = first.dY - m_client.Width() * kSingleScale / 2;
     } else if (!m_client.IsRectEmpty()) {
-        controls::TiltExtent extent{first.dX, first.dX, first.dY, first.dY};
+        tiltpole::controls::TiltExtent extent{first.dX, first.dX, first.dY, first.dY};
         for (INT_PTR i = 1; i < m_points.GetSize(); ++i)
             extent.Include(m_points[i].dX, m_points[i].dY);
         m_world = extent.FitInto(m_client);
@@ -141,7 +142,7 @@ void CTiltPositionGraph::InvalidateCtrl()
     if (!context.Get()) return;
     m_view->GetClientRect(&m_client);
     m_layers.grid.Refill(*context.Get(), m_client, m_backColor);
-    const controls::AxisGlyph axes{
+    const tiltpole::controls::AxisGlyph axes{
         {m_client.left + kAxisInset, m_client.bottom - kAxisInset},
         m_axisColor,
         m_textColor,
@@ -183,7 +184,7 @@ void CTiltPositionGraph::DrawPoints(CDC* dc)
     CPen pen(PS_SOLID, kMarkPen, kWhite);
     const Selected usePen(*dc, pen);
     for (INT_PTR i = 0; i < m_points.GetSize(); ++i)
-        controls::DrawCross(*dc, PixelOf(m_points[i]));
+        tiltpole::controls::DrawCross(*dc, PixelOf(m_points[i]));
 }
 
 void CTiltPositionGraph::DrawCenter(CDC& dc, const TiltPoint_Sensor& center, COLORREF color)
@@ -209,10 +210,10 @@ void CTiltPositionGraph::DrawCircle(CDC* dc, POINT centre, int radius)
 {
     if (!dc) return;
     const int r = std::min(radius, kLargestRadius);
-    const int chords = ToInt(2.0 * r * controls::kPi);
+    const int chords = ToInt(2.0 * r * tiltpole::controls::kPi);
     if (chords < 1) return;
     const auto corner = [&](int k) {
-        const double angle = 2.0 * k * controls::kPi / chords;
+        const double angle = 2.0 * k * tiltpole::controls::kPi / chords;
         return CPoint(ToPixel(centre.x + r * std::cos(angle)),
                       ToPixel(centre.y - r * std::sin(angle)));
     };

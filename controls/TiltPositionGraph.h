@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The antenna positions of the multi-position solution, drawn on a view of the host's: every
 // observation a white cross, up to three marked centres as circles of 0.15 m joined by lines, and
 // the current observation as a red circle with a cross.
@@ -71,8 +73,8 @@ protected:
     void ClientToWorld(long row, long column, double& x, double& y);
 
     CRect m_client;
-    controls::Layers m_layers;
-    controls::TiltView m_world;
+    tiltpole::controls::Layers m_layers;
+    tiltpole::controls::TiltView m_world;
     CString m_spareText;
     TiltPoint_Sensor m_current;
     CArray<TiltPoint_Sensor> m_points;

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # The main job on data with known truth: a recorded pole, then a calibration on simulated turns.
 # usage: examples/demo.sh PROGRAM FOLDER
 set -euo pipefail

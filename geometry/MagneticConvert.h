@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Four-parameter similarity transform of the plane, fitted to point pairs or set directly:
 //
 //   x' = k·(cos θ·x − sin θ·y) + dx

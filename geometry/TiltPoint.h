@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Records of the multi-point solution: an antenna observation, the solved tip and its grading.
 //
 //   x, y, h   plane coordinates and height [m]

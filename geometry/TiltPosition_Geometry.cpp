@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "geometry/TiltPosition_Geometry.h"
 
 #include "geometry/detail/SphereStep.h"
@@ -10,7 +11,7 @@
 
 namespace {
 
-using detail::sphere::SpacePoint;
+using tiltpole::geometry::SpacePoint;
 
 constexpr INT_PTR kEnough = 15;            // observations
 constexpr double kSpacingPerHeight = 0.15; // of the antenna height
@@ -66,7 +67,7 @@ double Flatness(const std::vector<SpacePoint>& points)
     return std::max(kFlatness, kFlatnessPerResolution * resolution);
 }
 
-void SetFigures(TiltPoint_State& state, const detail::sphere::SphereStep& step)
+void SetFigures(TiltPoint_State& state, const tiltpole::geometry::SphereStep& step)
 {
     state.dRadius = step.radius;
     state.dPointError = step.pointError;
@@ -179,7 +180,8 @@ CTiltMatrix CTiltPosition_Geometry::Adjustment(CTiltMatrix* obs, int count, Tilt
     for (SpacePoint& p : points)
         p = p - origin;
 
-    const auto found = detail::sphere::SearchTip(points, m_dAntennaHeight, flatness, m_observer);
+    const auto found =
+        tiltpole::geometry::SearchTip(points, m_dAntennaHeight, flatness, m_observer);
     if (found.cancelled) return CTiltMatrix(3);
     SpacePoint tip; // about the first position
     if (found.best) {

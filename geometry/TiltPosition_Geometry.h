@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The ground point below a tilted pole without any heading: the tip stays on one point, the antenna
 // is observed at many tilts, and all antenna positions lie on a sphere about the tip.
 //

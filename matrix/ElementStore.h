@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Where a matrix keeps its elements: up to 36 inside the object, more on the heap.
 //
 // One element beyond the last always belongs to the store, so an index that runs one past the end
@@ -10,7 +12,7 @@
 #include <cstdlib>
 #include <cstring>
 
-namespace detail {
+namespace tiltpole::matrix {
 
 /// The most elements a matrix may have; more are refused like memory that cannot be had, so that
 /// every linear index fits a signed 32-bit integer.
@@ -89,4 +91,4 @@ private:
     mutable double m_Inside[kInside + 1];
 };
 
-} // namespace detail
+} // namespace tiltpole::matrix

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "matrix/SZMatrix.h"
 
 #include "matrix/detail/Kernels.h"
@@ -6,6 +7,8 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdarg>
+
+namespace matrix = tiltpole::matrix;
 
 CSZMatrix::CSZMatrix(int rows, int cols) noexcept : CSZMatrix(rows, cols, Fill::Zero) {}
 
@@ -46,7 +49,7 @@ bool CSZMatrix::SetSize(int rows, int cols, Fill fill) noexcept
     m_nRows = m_nCols = 0;
     if (rows < 1 || cols < 1) return false;
     const long long count = static_cast<long long>(rows) * cols;
-    if (count > detail::kMostElements) {
+    if (count > matrix::kMostElements) {
         m_Data.Release();
         return false;
     }
@@ -146,7 +149,7 @@ CSZMatrix CSZMatrix::operator*(const CSZMatrix& B) const
 {
     if (m_nCols != B.m_nRows) return {m_nRows, B.m_nCols, Fill::Zero};
     CSZMatrix product(m_nRows, B.m_nCols, Fill::None);
-    detail::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), product.m_nRows,
+    matrix::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), product.m_nRows,
                      m_nCols, product.m_nCols);
     return product;
 }

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CSZMatrix, the checked dense matrix of doubles: storage, arithmetic, parts, text, decompositions.
 //
 //   elements   row-major: (r, c) stands at r * columns + c; indices count from 0
@@ -19,7 +21,7 @@
 
 #include <cstddef>
 
-namespace detail {
+namespace tiltpole::matrix {
 struct PlaneRotation;
 }
 
@@ -300,7 +302,8 @@ private:
     void Clear() noexcept;
     CSZMatrix Block(int r0, int nr, int c0, int nc) const;
     static void RotateByProducts(CSZMatrix& D, CSZMatrix& Vt, const CSZMatrix& J);
-    static void RotateLines(CSZMatrix& D, CSZMatrix& Vt, int p, int q, detail::PlaneRotation J);
+    static void RotateLines(CSZMatrix& D, CSZMatrix& Vt, int p, int q,
+                            tiltpole::matrix::PlaneRotation J);
     void TakeFrom(CSZMatrix& other) noexcept
     {
         m_Data.Take(other.m_Data, other.Count());
@@ -311,7 +314,7 @@ private:
     }
 
     bool m_bHealthy = true;
-    detail::ElementStore m_Data;
+    tiltpole::matrix::ElementStore m_Data;
     int m_nRows = 0;
     int m_nCols = 0;
 };

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "matrix/SZMatrix.h"
 
 #include "matrix/detail/Kernels.h"
@@ -8,6 +9,8 @@
 #include <chrono>
 #include <cmath>
 #include <thread>
+
+namespace matrix = tiltpole::matrix;
 
 namespace {
 
@@ -29,7 +32,7 @@ constexpr double kNoCondition = 999999.0;
 CSZMatrix CSZMatrix::matTran() const
 {
     CSZMatrix transpose(m_nCols, m_nRows, Fill::None);
-    detail::Transpose(m_Data.Data(), transpose.m_Data.Data(), transpose.m_nCols, transpose.m_nRows);
+    matrix::Transpose(m_Data.Data(), transpose.m_Data.Data(), transpose.m_nCols, transpose.m_nRows);
     return transpose;
 }
 
@@ -38,8 +41,8 @@ CSZMatrix CSZMatrix::matInv() const
     if (!IsSquare()) return {m_nRows, m_nCols, Fill::Zero};
     CSZMatrix inverse(*this);
     const auto outcome =
-        detail::Invert(inverse.m_Data.Data(), inverse.m_nRows, detail::PivotFloor::SmallestNormal);
-    if (outcome == detail::Outcome::NoMemory) return {0, 0, Fill::None};
+        matrix::Invert(inverse.m_Data.Data(), inverse.m_nRows, matrix::PivotFloor::SmallestNormal);
+    if (outcome == matrix::Outcome::NoMemory) return {0, 0, Fill::None};
     return inverse;
 }
 
@@ -69,9 +72,9 @@ bool CSZMatrix::cholesky(CSZMatrix& L) const
 {
     if (!L.Alloc(m_nRows, m_nCols) || !isSymmetric()) return false;
     if (&L == this) return false; // all 0 by now
-    return detail::FactorCholesky(m_Data.Data(), L.m_Data.Data(), m_nRows,
-                                  detail::PivotFloor::SmallestNormal)
-           == detail::Outcome::Done;
+    return matrix::FactorCholesky(m_Data.Data(), L.m_Data.Data(), m_nRows,
+                                  matrix::PivotFloor::SmallestNormal)
+           == matrix::Outcome::Done;
 }
 
 namespace {
@@ -153,14 +156,14 @@ bool CSZMatrix::isSymmetric() const
 namespace {
 
 // The identity where the pair is smaller than `tol` or its halves differ by more than that.
-detail::PlaneRotation PairRotation(const CSZMatrix& A, int p, int q, double tol)
+matrix::PlaneRotation PairRotation(const CSZMatrix& A, int p, int q, double tol)
 {
     const double pq = A.GetData(p, q);
     if (std::fabs(pq - A.GetData(q, p)) > tol || std::fabs(pq) < tol) return {};
-    return detail::ZeroingRotation(A.GetData(p, p), A.GetData(q, q), pq);
+    return matrix::ZeroingRotation(A.GetData(p, p), A.GetData(q, q), pq);
 }
 
-CSZMatrix RotationMatrix(int n, int p, int q, detail::PlaneRotation rotation)
+CSZMatrix RotationMatrix(int n, int p, int q, matrix::PlaneRotation rotation)
 {
     CSZMatrix J(n, n, MatIdentity);
     J.SetData(p, p, rotation.cosine);
@@ -200,7 +203,7 @@ CSZMatrix CSZMatrix::JacobiSingle(int p, int q, double) const
     if (!IsSquare() || !checkRowIndex(p) || !checkRowIndex(q))
         return {m_nRows, m_nRows, MatIdentity};
     return RotationMatrix(m_nRows, p, q,
-                          detail::ZeroingRotation(GetData(p, p), GetData(q, q), GetData(p, q)));
+                          matrix::ZeroingRotation(GetData(p, p), GetData(q, q), GetData(p, q)));
 }
 
 // Sets D = J^T * D * J and Vt = J^T * Vt by full products, which carry infinite elements and those
@@ -213,12 +216,12 @@ void CSZMatrix::RotateByProducts(CSZMatrix& D, CSZMatrix& Vt, const CSZMatrix& J
 }
 
 // The same for finite elements: only the lines p and q change.
-void CSZMatrix::RotateLines(CSZMatrix& D, CSZMatrix& Vt, int p, int q, detail::PlaneRotation J)
+void CSZMatrix::RotateLines(CSZMatrix& D, CSZMatrix& Vt, int p, int q, matrix::PlaneRotation J)
 {
     const int n = D.m_nRows;
-    detail::RotateRows(D.m_Data.Data(), n, p, q, J);
-    detail::RotateColumns(D.m_Data.Data(), n, p, q, J);
-    detail::RotateRows(Vt.m_Data.Data(), n, p, q, J);
+    matrix::RotateRows(D.m_Data.Data(), n, p, q, J);
+    matrix::RotateColumns(D.m_Data.Data(), n, p, q, J);
+    matrix::RotateRows(Vt.m_Data.Data(), n, p, q, J);
 }
 
 bool CSZMatrix::Jacobi(CSZMatrix& V, CSZMatrix& D, double tol) const
@@ -238,7 +241,7 @@ bool CSZMatrix::Jacobi(CSZMatrix& V, CSZMatrix& D, double tol) const
     do {
         for (int p = 0; p < n; ++p)
             for (int q = p + 1; q < n; ++q) {
-                const detail::PlaneRotation J = PairRotation(D, p, q, tol);
+                const matrix::PlaneRotation J = PairRotation(D, p, q, tol);
                 finite = finite && std::isfinite(J.cosine);
                 if (!finite) {
                     RotateByProducts(D, V, D.JacobiDouble(p, q, tol));

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "matrix/TiltMatrix.h"
 
 #include "matrix/detail/Kernels.h"
@@ -5,6 +6,8 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+
+namespace matrix = tiltpole::matrix;
 
 namespace {
 
@@ -33,7 +36,7 @@ bool CTiltMatrix::SetSize(unsigned r, unsigned c, Fill fill) noexcept
 {
     m_nRows = m_nCols = 0;
     const unsigned long long count = static_cast<unsigned long long>(r) * c;
-    if (count == 0 || count > detail::kMostElements) {
+    if (count == 0 || count > matrix::kMostElements) {
         m_Data.Release();
         return false;
     }
@@ -171,7 +174,7 @@ CTiltMatrix CTiltMatrix::operator*(const CTiltMatrix& B) const
 {
     if (m_nCols != B.m_nRows) return Failed(B);
     CTiltMatrix product(m_nRows, B.m_nCols, Fill::None);
-    detail::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), AsInt(product.m_nRows),
+    matrix::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), AsInt(product.m_nRows),
                      AsInt(m_nCols), AsInt(product.m_nCols));
     m_nValid = 1;
     return product;
@@ -223,33 +226,33 @@ int CTiltMatrix::operator-=(double s)
     return 1;
 }
 
-CTiltMatrix CTiltMatrix::Inverse(detail::PivotFloor floor) const
+CTiltMatrix CTiltMatrix::Inverse(matrix::PivotFloor floor) const
 {
     if (!IsSquare()) return Failed(CTiltMatrix(m_nRows, m_nCols, Fill::Zero));
     CTiltMatrix inverse(*this);
-    const auto outcome = detail::Invert(inverse.m_Data.Data(), AsInt(m_nRows), floor);
-    m_nValid = outcome == detail::Outcome::Done ? 1 : 0;
-    if (outcome == detail::Outcome::NoMemory) return {};
+    const auto outcome = matrix::Invert(inverse.m_Data.Data(), AsInt(m_nRows), floor);
+    m_nValid = outcome == matrix::Outcome::Done ? 1 : 0;
+    if (outcome == matrix::Outcome::NoMemory) return {};
     return inverse;
 }
 
 CTiltMatrix CTiltMatrix::operator~() const
 {
-    return Inverse(detail::PivotFloor::VisibleBesideOne);
+    return Inverse(matrix::PivotFloor::VisibleBesideOne);
 }
 
 CTiltMatrix CTiltMatrix::MatInv() const
 {
-    return Inverse(detail::PivotFloor::None);
+    return Inverse(matrix::PivotFloor::None);
 }
 
-CTiltMatrix CTiltMatrix::Factor(detail::PivotFloor floor, int& status) const
+CTiltMatrix CTiltMatrix::Factor(matrix::PivotFloor floor, int& status) const
 {
     CTiltMatrix L(m_nRows, m_nCols, Fill::Zero);
     const bool done =
         IsSquare() && L.HasElements()
-        && detail::FactorCholesky(m_Data.Data(), L.m_Data.Data(), AsInt(m_nRows), floor)
-               == detail::Outcome::Done;
+        && matrix::FactorCholesky(m_Data.Data(), L.m_Data.Data(), AsInt(m_nRows), floor)
+               == matrix::Outcome::Done;
     status = done ? 1 : 0;
     return L;
 }
@@ -257,14 +260,14 @@ CTiltMatrix CTiltMatrix::Factor(detail::PivotFloor floor, int& status) const
 CTiltMatrix CTiltMatrix::matChole(int* status) const
 {
     int outcome = 0;
-    CTiltMatrix L = Factor(detail::PivotFloor::None, outcome);
+    CTiltMatrix L = Factor(matrix::PivotFloor::None, outcome);
     if (status != nullptr) *status = outcome;
     return L;
 }
 
 CTiltMatrix CTiltMatrix::Reverse() const
 {
-    CTiltMatrix L = Factor(detail::PivotFloor::VisibleBesideOne, m_nValid);
+    CTiltMatrix L = Factor(matrix::PivotFloor::VisibleBesideOne, m_nValid);
     if (m_nValid == 0) return {m_nRows, m_nCols, Fill::Zero};
 
     // L becomes its own inverse, column by column from the diagonal down.
@@ -284,7 +287,7 @@ CTiltMatrix CTiltMatrix::Reverse() const
 CTiltMatrix CTiltMatrix::MatTran() const
 {
     CTiltMatrix transpose(m_nCols, m_nRows, Fill::None);
-    detail::Transpose(m_Data.Data(), transpose.m_Data.Data(), AsInt(transpose.m_nCols),
+    matrix::Transpose(m_Data.Data(), transpose.m_Data.Data(), AsInt(transpose.m_nCols),
                       AsInt(transpose.m_nRows));
     return transpose;
 }

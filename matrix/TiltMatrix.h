@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CTiltMatrix, the small dense matrix of the multi-point solution.
 //
 //   elements   row-major, unsigned sizes and indices from 0; reads are not checked
@@ -15,7 +17,7 @@
 
 #include <cstddef>
 
-namespace detail {
+namespace tiltpole::matrix {
 enum class PivotFloor : int;
 }
 
@@ -181,8 +183,8 @@ private:
     bool SetSize(unsigned r, unsigned c, Fill fill) noexcept;
     void TakeFrom(CTiltMatrix& other) noexcept;
     const CTiltMatrix& Failed(const CTiltMatrix& result) const;
-    CTiltMatrix Inverse(detail::PivotFloor floor) const;
-    CTiltMatrix Factor(detail::PivotFloor floor, int& status) const;
+    CTiltMatrix Inverse(tiltpole::matrix::PivotFloor floor) const;
+    CTiltMatrix Factor(tiltpole::matrix::PivotFloor floor, int& status) const;
     double SingularityFigure() const;
 
     template <class Visit>
@@ -198,7 +200,7 @@ private:
     template <class Change>
     CTiltMatrix Changed(Change change) const;
 
-    detail::ElementStore m_Data;
+    tiltpole::matrix::ElementStore m_Data;
     unsigned m_nRows = 0;
     unsigned m_nCols = 0;
     mutable unsigned m_iRow = 0; // the cursors

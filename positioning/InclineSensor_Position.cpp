@@ -1,14 +1,21 @@
+// SPDX-License-Identifier: MIT
 #include "positioning/InclineSensor_Position.h"
 
-#include "positioning/detail/Angles.h"
 #include "positioning/detail/Heading.h"
 #include "positioning/detail/Spheres.h"
 #include "positioning/detail/Tilt.h"
 #include "positioning/detail/Tip.h"
+#include "survey/Angle.h"
+#include "survey/Correction.h"
+#include "survey/SensorAxes.h"
 
 #include <algorithm>
 #include <cmath>
 #include <limits>
+
+namespace positioning = tiltpole::positioning;
+namespace survey = tiltpole::survey;
+using survey::Magnetometer;
 
 namespace {
 
@@ -19,7 +26,6 @@ constexpr double kUndisturbed = 300.0;    // [counts], sum over the axes
 constexpr double kProjectBase = 180.0;    // [degrees]
 constexpr double kShortestLine2 = 1e-6;   // [m²]
 constexpr double kLargestUsualBias = 1e3; // [degrees]; beyond, headings lose digits
-constexpr int kOtherType = 0;             // stands for every type but the two with a name
 constexpr double kMountingAngleB = 0.0;   // [rad], of magnetometer B about the pole
 
 // What `filter` remembers, for all objects together.
@@ -29,30 +35,6 @@ struct Smoothing
     double previous[2] = {0.0, 0.0};
 };
 Smoothing smoothing;
-
-detail::Reading ReadingA(const PoseSensorData& s)
-{
-    return {s.dMag_x, s.dMag_y, s.dMag_z};
-}
-
-detail::Reading ReadingB(const PoseSensorData& s)
-{
-    return {s.dMag_x_2, s.dMag_y_2, s.dMag_z_2};
-}
-
-void SetReadingA(PoseSensorData& s, const detail::Reading& m)
-{
-    s.dMag_x = m.x;
-    s.dMag_y = m.y;
-    s.dMag_z = m.z;
-}
-
-void SetReadingB(PoseSensorData& s, const detail::Reading& m)
-{
-    s.dMag_x_2 = m.x;
-    s.dMag_y_2 = m.y;
-    s.dMag_z_2 = m.z;
-}
 
 // Down the pole from the antenna by its elevation and the azimuth of its projection [rad].
 xyhCoordinate DownThePole(const xyhCoordinate& antenna, double length, double elevation,
@@ -65,15 +47,16 @@ xyhCoordinate DownThePole(const xyhCoordinate& antenna, double length, double el
 
 // The same by a way down, the heading given by the field. False, with `point` as it was, where
 // either is not to be trusted.
-inline bool StepDown(const detail::WayDown& way, const detail::LevelledField& field,
-                     const detail::Turn& bias, double length, xyhCoordinate& point)
+inline bool StepDown(const positioning::WayDown& way, const survey::LevelledField& field,
+                     const survey::Rotation& bias, double length, xyhCoordinate& point)
 {
     const double strength =
         std::sqrt(field.forward * field.forward + field.rightward * field.rightward);
-    const detail::Turn north = detail::Turn{field.forward, -field.rightward} + bias;
+    const survey::Rotation north = survey::Rotation{field.forward, -field.rightward} + bias;
     const double scale = length / strength;
-    const detail::Turn azimuth = north + way.level;
-    if (!(way.trusted && detail::IsUsualStrength(strength) && !std::isnan(bias.cos))) return false;
+    const survey::Rotation azimuth = north + way.level;
+    if (!(way.trusted && positioning::IsUsualStrength(strength) && !std::isnan(bias.cos)))
+        return false;
     point.x += scale * azimuth.cos;
     point.y += scale * azimuth.sin;
     point.h -= length * way.down;
@@ -87,7 +70,7 @@ void CInclineSensor_Position::SetMagneticBiasAngle_A(double angle)
     m_dMagneticBiasAngle_A = angle;
     const bool usual = std::fabs(angle) <= kLargestUsualBias;
     const double radians =
-        usual ? detail::Deg2Rad(angle) : std::numeric_limits<double>::quiet_NaN();
+        usual ? survey::Deg2Rad(angle) : std::numeric_limits<double>::quiet_NaN();
     m_dCosBiasAngle_A = std::cos(radians);
     m_dSinBiasAngle_A = std::sin(radians);
 }
@@ -96,12 +79,12 @@ int CInclineSensor_Position::Position(PoseSensorData& sample, double poleLength,
                                       xyhCoordinate& point)
 {
     switch (m_nSensorType) {
-    case detail::kFirstConvention:
-        return PositionOfType<detail::kFirstConvention>(sample, poleLength, point);
-    case detail::kTurnedProjectionType:
-        return PositionOfType<detail::kTurnedProjectionType>(sample, poleLength, point);
+    case survey::kForwardLeftUpType:
+        return PositionOfType<survey::kForwardLeftUpType>(sample, poleLength, point);
+    case survey::kTurnedProjectionType:
+        return PositionOfType<survey::kTurnedProjectionType>(sample, poleLength, point);
     default:
-        return PositionOfType<kOtherType>(sample, poleLength, point);
+        return PositionOfType<survey::kRightForwardUpType>(sample, poleLength, point);
     }
 }
 
@@ -112,29 +95,32 @@ template <int SensorType>
 int CInclineSensor_Position::PositionOfType(PoseSensorData& sample, double poleLength,
                                             xyhCoordinate& point)
 {
-    const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    const detail::Reading a = detail::Corrected(m_MagneticCorrectPar_A, ReadingA(sample));
-    const detail::Reading b = detail::Corrected(m_MagneticCorrectPar_B, ReadingB(sample));
+    const survey::Pose pose = survey::PoseOf(sample.dPitch, sample.dRoll);
+    const survey::Reading a =
+        survey::Corrected(m_MagneticCorrectPar_A, survey::ReadingOf(sample, Magnetometer::A));
+    const survey::Reading b =
+        survey::Corrected(m_MagneticCorrectPar_B, survey::ReadingOf(sample, Magnetometer::B));
     JudgeStillness(a, sample.dPitch, sample.dRoll);
     JudgeInterference(a, b);
 
-    const detail::LevelledField fieldA = detail::Level(pose, a, SensorType);
-    const detail::LevelledField fieldB = detail::LevelOfB(pose, b, SensorType);
-    const double v = SensorType == detail::kFirstConvention ? sample.dRoll : sample.dPitch;
-    const detail::WayDown way = detail::WayDownOf(pose, v, SensorType);
+    const survey::LevelledField fieldA = survey::Levelled(pose, a, survey::AxesOf(SensorType));
+    const survey::LevelledField fieldB =
+        positioning::LevelledOfB(pose, b, survey::AxesOf(SensorType));
+    const double v = SensorType == survey::kForwardLeftUpType ? sample.dRoll : sample.dPitch;
+    const positioning::WayDown way = positioning::WayDownOf(pose, v, SensorType);
     if (!StepDown(way, fieldA, {m_dCosBiasAngle_A, -m_dSinBiasAngle_A}, poleLength, point))
         [[unlikely]]
         return PositionByFormulas(sample, poleLength, point);
     KeepProjection(sample.dPitch, sample.dRoll, m_nSensorType);
 
-    const double azimuthA = detail::QuickHeadingOf(fieldA);
-    const double azimuthB = detail::QuickHeadingOf(fieldB);
+    const double azimuthA = positioning::QuickHeadingOf(fieldA);
+    const double azimuthB = positioning::QuickHeadingOf(fieldB);
     const double tiltDirection = Rad2Deg(std::acos(way.cosK3));
-    sample.dYaw = detail::AdjustedAzimuth(LessBias_A(azimuthA));
-    sample.dYaw_2 = detail::AdjustedAzimuth(LessBias_B(azimuthB));
-    sample.dYaw_Y = detail::AdjustedAzimuth(sample.dYaw - tiltDirection);
-    const bool within = detail::IsWithinTurn(sample.dYaw) && detail::IsWithinTurn(sample.dYaw_2)
-                        && detail::IsWithinTurn(sample.dYaw_Y);
+    sample.dYaw = survey::AdjustedAzimuth(LessBias_A(azimuthA));
+    sample.dYaw_2 = survey::AdjustedAzimuth(LessBias_B(azimuthB));
+    sample.dYaw_Y = survey::AdjustedAzimuth(sample.dYaw - tiltDirection);
+    const bool within = survey::IsWithinTurn(sample.dYaw) && survey::IsWithinTurn(sample.dYaw_2)
+                        && survey::IsWithinTurn(sample.dYaw_Y);
     if (!within) [[unlikely]]
         HeadingsByFormulas(sample);
     return 1;
@@ -195,36 +181,39 @@ int CInclineSensor_Position::Position_Math(xyhCoordinate /*antenna*/, PoseSensor
 double CInclineSensor_Position::HeadingByType(const PoseSensorData& sample, int useA,
                                               int sensorType) const
 {
-    const detail::Pose pose = detail::PoseOf(sample.dPitch, sample.dRoll);
-    const detail::LevelledField field = useA ? detail::Level(pose, ReadingA(sample), sensorType)
-                                             : detail::LevelOfB(pose, ReadingB(sample), sensorType);
-    const double azimuth = detail::HeadingOf(field);
-    return detail::AdjustedAzimuth(useA ? LessBias_A(azimuth) : LessBias_B(azimuth));
+    const survey::Pose pose = survey::PoseOf(sample.dPitch, sample.dRoll);
+    const survey::LevelledField field =
+        useA ? survey::Levelled(pose, survey::ReadingOf(sample, Magnetometer::A),
+                                survey::AxesOf(sensorType))
+             : positioning::LevelledOfB(pose, survey::ReadingOf(sample, Magnetometer::B),
+                                        survey::AxesOf(sensorType));
+    const double azimuth = positioning::HeadingOf(field);
+    return survey::AdjustedAzimuth(useA ? LessBias_A(azimuth) : LessBias_B(azimuth));
 }
 
 double CInclineSensor_Position::CalculateYaw_ADI(const PoseSensorData& sample, int useA) const
 {
-    return HeadingByType(sample, useA, detail::kFirstConvention);
+    return HeadingByType(sample, useA, survey::kForwardLeftUpType);
 }
 
 double CInclineSensor_Position::CalculateYaw_SCA(const PoseSensorData& sample, int useA) const
 {
-    return HeadingByType(sample, useA, kOtherType);
+    return HeadingByType(sample, useA, survey::kRightForwardUpType);
 }
 
 // Normalised where it is formed and again here: two steps in all
 // (Heading.IsNormalisedByTwoStepsAtMost).
 double CInclineSensor_Position::Heading(const PoseSensorData& sample, int useA) const
 {
-    const bool first = m_nSensorType == detail::kFirstConvention;
-    return detail::AdjustedAzimuth(first ? CalculateYaw_ADI(sample, useA)
+    const bool first = m_nSensorType == survey::kForwardLeftUpType;
+    return survey::AdjustedAzimuth(first ? CalculateYaw_ADI(sample, useA)
                                          : CalculateYaw_SCA(sample, useA));
 }
 
 int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample)
 {
     MagneticModify(m_MagneticCorrectPar_A, sample, 1);
-    JudgeStillness(ReadingA(sample), sample.dPitch, sample.dRoll);
+    JudgeStillness(survey::ReadingOf(sample, Magnetometer::A), sample.dPitch, sample.dRoll);
     FillHeadings_A(sample);
     return 1;
 }
@@ -234,15 +223,16 @@ void CInclineSensor_Position::FillHeadings_A(PoseSensorData& corrected) const
     double u = corrected.dPitch;
     double v = corrected.dRoll;
     GetTiltAngle(u, v);
-    const double tiltDirection = Rad2Deg(ACOS(detail::TiltDirectionCosine(u, v)));
+    const double tiltDirection = Rad2Deg(ACOS(positioning::TiltDirectionCosine(u, v)));
     corrected.dYaw = Heading(corrected, 1);
-    corrected.dYaw_Y = detail::AdjustedAzimuth(corrected.dYaw - tiltDirection);
+    corrected.dYaw_Y = survey::AdjustedAzimuth(corrected.dYaw - tiltDirection);
 }
 
 int CInclineSensor_Position::CalculateYaw_B(PoseSensorData& sample)
 {
     MagneticModify(m_MagneticCorrectPar_B, sample, 0);
-    JudgeInterference(ReadingA(sample), ReadingB(sample));
+    JudgeInterference(survey::ReadingOf(sample, Magnetometer::A),
+                      survey::ReadingOf(sample, Magnetometer::B));
     sample.dYaw_2 = Heading(sample, 0);
     return 1;
 }
@@ -251,16 +241,18 @@ void CInclineSensor_Position::MagneticModify(const Incline_MagneticCorrectParame
                                              PoseSensorData& sample, int useA) const
 {
     if (useA)
-        SetReadingA(sample, detail::Corrected(par, ReadingA(sample)));
+        survey::SetReading(sample, Magnetometer::A,
+                           survey::Corrected(par, survey::ReadingOf(sample, Magnetometer::A)));
     else
-        SetReadingB(sample, detail::Corrected(par, ReadingB(sample)));
+        survey::SetReading(sample, Magnetometer::B,
+                           survey::Corrected(par, survey::ReadingOf(sample, Magnetometer::B)));
 }
 
-void CInclineSensor_Position::JudgeStillness(const detail::Reading& a, double pitch, double roll)
+void CInclineSensor_Position::JudgeStillness(const survey::Reading& a, double pitch, double roll)
 {
-    const detail::Reading last{m_dLastMag_x, m_dLastMag_y, m_dLastMag_z};
+    const survey::Reading last{m_dLastMag_x, m_dLastMag_y, m_dLastMag_z};
     if (std::fabs(roll - m_dLastRoll) <= kStillTilt && std::fabs(pitch - m_dLastPitch) <= kStillTilt
-        && detail::SumOfDifferences(a, last) <= kStillField) {
+        && survey::SumOfDifferences(a, last) <= kStillField) {
         m_bStationary = 1; // the reference stays, so slow drift adds up against it
         return;
     }
@@ -272,12 +264,12 @@ void CInclineSensor_Position::JudgeStillness(const detail::Reading& a, double pi
     m_bStationary = 0;
 }
 
-void CInclineSensor_Position::JudgeInterference(const detail::Reading& a, const detail::Reading& b)
+void CInclineSensor_Position::JudgeInterference(const survey::Reading& a, const survey::Reading& b)
 {
-    const detail::Reading expected{-(a.x + m_MagneticTranslationPar.dX),
+    const survey::Reading expected{-(a.x + m_MagneticTranslationPar.dX),
                                    -(a.y + m_MagneticTranslationPar.dY),
                                    a.z + m_MagneticTranslationPar.dZ};
-    m_bMagneticInterference = detail::SumOfDifferences(expected, b) > kUndisturbed ? 1 : 0;
+    m_bMagneticInterference = survey::SumOfDifferences(expected, b) > kUndisturbed ? 1 : 0;
 }
 
 double CInclineSensor_Position::LessBias_A(double azimuth) const
@@ -292,14 +284,14 @@ double CInclineSensor_Position::LessBias_B(double azimuth) const
 
 int CInclineSensor_Position::ConverseYaw(double x, double y, double& yaw, double& yawOpposite) const
 {
-    yaw = detail::AdjustedAzimuth(Rad2Deg(std::atan2(y, x)) - ProjectionAngle());
-    yawOpposite = detail::AdjustedAzimuth(yaw - 180.0);
+    yaw = survey::AdjustedAzimuth(Rad2Deg(std::atan2(y, x)) - ProjectionAngle());
+    yawOpposite = survey::AdjustedAzimuth(yaw - 180.0);
     return 1;
 }
 
 double CInclineSensor_Position::ConverseYaw_True(double dx, double dy) const
 {
-    return detail::AzimuthOf(dx, dy);
+    return survey::AzimuthOf(dx, dy);
 }
 
 double CInclineSensor_Position::GetAngleofPoletoHorizontal(double pitch, double roll) const
@@ -307,13 +299,13 @@ double CInclineSensor_Position::GetAngleofPoletoHorizontal(double pitch, double 
     const double p = Deg2Rad(pitch);
     const double r = Deg2Rad(roll);
     double lean = 0.0;
-    if (m_nSensorType == detail::kFirstConvention) {
+    if (m_nSensorType == survey::kForwardLeftUpType) {
         lean = ASIN(std::sqrt(std::sin(r) * std::sin(r) + std::sin(p) * std::sin(p)));
     } else {
         lean = ACOS(std::cos(p) * std::cos(r));
-        if (lean > detail::kHalfPi) lean = detail::kPi - lean;
+        if (lean > survey::kHalfPi) lean = survey::kPi - lean;
     }
-    return Rad2Deg(detail::kHalfPi - lean);
+    return Rad2Deg(survey::kHalfPi - lean);
 }
 
 double CInclineSensor_Position::GetAngleofPoleProject(double pitch, double roll, double heading,
@@ -327,7 +319,7 @@ double CInclineSensor_Position::GetAngleofPoleProject(double pitch, double roll,
     if (v > 0.0) k1 = -k1;
 
     double azimuth = heading + k1;
-    if (m_nSensorType == detail::kTurnedProjectionType) {
+    if (m_nSensorType == survey::kTurnedProjectionType) {
         const double k3 = Rad2Deg(ACOS(-std::tan(u) * std::tan(v)));
         azimuth = heading + k3 + k1;
     }
@@ -375,34 +367,34 @@ void CInclineSensor_Position::filter(double* const values, int n, int reset)
 
 double CInclineSensor_Position::Deg2Rad(double degrees) const
 {
-    return detail::Deg2Rad(degrees);
+    return survey::Deg2Rad(degrees);
 }
 
 double CInclineSensor_Position::Rad2Deg(double radians) const
 {
-    return detail::Rad2Deg(radians);
+    return survey::Rad2Deg(radians);
 }
 
 double CInclineSensor_Position::ASIN(double value) const
 {
-    return detail::ArcSine(value);
+    return survey::ArcSine(value);
 }
 
 double CInclineSensor_Position::ACOS(double value) const
 {
-    return detail::ArcCosine(value);
+    return survey::ArcCosine(value);
 }
 
 void CInclineSensor_Position::AdjustAzimuth(double& azimuth) const
 {
-    azimuth = detail::AdjustedAzimuth(azimuth);
+    azimuth = survey::AdjustedAzimuth(azimuth);
 }
 
 void CInclineSensor_Position::GetTiltAngle(double& first, double& second) const
 {
     const double pitch = Deg2Rad(first);
     const double roll = Deg2Rad(second);
-    if (m_nSensorType == detail::kFirstConvention) {
+    if (m_nSensorType == survey::kForwardLeftUpType) {
         first = pitch;
         second = roll;
         return;
@@ -434,5 +426,5 @@ int CInclineSensor_Position::GetSolvePoint(xyhCoordinate p1, xyhCoordinate p2, x
                                            double r1, double r2, double r3,
                                            xyhCoordinate& result) const
 {
-    return detail::LowerMeetingPoint({p1, r1}, {p2, r2}, {p3, r3}, result) ? 1 : 0;
+    return positioning::LowerMeetingPoint({p1, r1}, {p2, r2}, {p3, r3}, result) ? 1 : 0;
 }

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Where the tip of a tilted pole stands: one pose sample, the antenna coordinate, the pole length.
 //
 //   angles        degrees in every public call; radians live only inside a function body
@@ -14,9 +16,9 @@
 #include "positioning/MagneticParameters.h"
 #include "positioning/PoseSensorData.h"
 
-namespace detail {
+namespace tiltpole::survey {
 struct Reading;
-} // namespace detail
+} // namespace tiltpole::survey
 
 class TILTPOLE_API CInclineSensor_Position
 {
@@ -197,8 +199,8 @@ protected:
 private:
     void MagneticModify(const Incline_MagneticCorrectParameter& par, PoseSensorData& sample,
                         int useA) const;
-    void JudgeStillness(const detail::Reading& a, double pitch, double roll);
-    void JudgeInterference(const detail::Reading& a, const detail::Reading& b);
+    void JudgeStillness(const tiltpole::survey::Reading& a, double pitch, double roll);
+    void JudgeInterference(const tiltpole::survey::Reading& a, const tiltpole::survey::Reading& b);
     /// Heading of magnetometer A, or B where useA is 0, from its corrected reading: ADI for sensor
     /// type 1, SCA for the others [degrees], normalised by one step.
     double CalculateYaw_ADI(const PoseSensorData& sample, int useA) const;

@@ -1,8 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "positioning/InclineSensor_Position.h"
 
 #include "positioning/detail/KeyedTextFile.h"
 
 #include <array>
+
+namespace positioning = tiltpole::positioning;
 
 namespace {
 
@@ -10,8 +13,8 @@ using Correction = Incline_MagneticCorrectParameter;
 using Translation = Incline_MagneticTranslationParameter;
 
 // The values of the parameter file, in the order of their lines.
-std::array<detail::KeyedDouble, 21> ParameterLines(Correction& a, Correction& b, Translation& t,
-                                                   double& biasA, double& biasB)
+std::array<positioning::KeyedDouble, 21>
+ParameterLines(Correction& a, Correction& b, Translation& t, double& biasA, double& biasB)
 {
     return {
         {
@@ -34,7 +37,7 @@ std::array<detail::KeyedDouble, 21> ParameterLines(Correction& a, Correction& b,
 
 int CInclineSensor_Position::ConfigSave(CString path)
 {
-    detail::KeyedTextFile file;
+    positioning::KeyedTextFile file;
     if (!file.OpenForWriting(path)) return 0;
     for (const auto& [key, value] :
          ParameterLines(m_MagneticCorrectPar_A, m_MagneticCorrectPar_B, m_MagneticTranslationPar,
@@ -45,7 +48,7 @@ int CInclineSensor_Position::ConfigSave(CString path)
 
 int CInclineSensor_Position::ConfigRead(CString path)
 {
-    detail::KeyedTextFile file;
+    positioning::KeyedTextFile file;
     if (!file.OpenForReading(path)) return 0;
     file.ReadDoubles(ParameterLines(m_MagneticCorrectPar_A, m_MagneticCorrectPar_B,
                                     m_MagneticTranslationPar, m_dMagneticBiasAngle_A,

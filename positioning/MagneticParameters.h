@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The calibration of the two magnetometers: what makes their readings comparable.
 #pragma once
 

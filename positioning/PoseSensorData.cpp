@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "positioning/PoseSensorData.h"
 
 CString PoseSensorData::ToText() const

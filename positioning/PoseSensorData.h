@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What the pose sensor reports, and a point of the survey coordinate system.
 //
 //   angles        degrees

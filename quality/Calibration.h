@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What goes into the judgement of a calibration, and what a calibration is made of.
 //
 //   angles    degrees

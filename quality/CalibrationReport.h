@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What can be said about a calibration from its own samples: whether its headings can be trusted,
 // and if not, why, and what the operator should do.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The joint fit: a second way from the two turns to the calibration, beside
 // CInclineSensor_MagneticAdjust.
 //

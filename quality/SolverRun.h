@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The calibration as a host runs it: both sample filters, then the solver.
 //
 //     const CalibrationRun run = RunSolver(recorded);

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // An estimate of the tip from many antenna positions that can be believed: least squares with the
 // antenna height as the known radius, carried to convergence, with what it says about its own
 // accuracy. It stands beside the result of CTiltPosition_Geometry and changes nothing of it.

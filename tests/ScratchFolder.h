@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A folder of a test's own, gone with the test.
 #pragma once
 

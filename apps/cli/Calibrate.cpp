@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Calibrate.h"
 
 #include "apps/cli/CalibrationDump.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole calibrate: from two recorded turns to a parameter file, with a judgement.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/CalibrationDump.h"
 
 #include "apps/cli/SampleLog.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Error dumps of the calibration: the horizontal samples of each failed attempt, appended to one
 // file, each under a header of its own.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What a calibration leaves: the report as JSON, the picture, the parameter file.
 #pragma once
 

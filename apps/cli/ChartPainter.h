@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Draws a chart with cairo: everything that knows about fonts, pixels and where things stand.
 #pragma once
 

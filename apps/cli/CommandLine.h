@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What the programs say about a command line that they do not take.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Csv.h"
 
 #include "apps/cli/Numbers.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Delimited text, read one row at a time by column names.
 //
 //   separator   `,` or `;`, whichever the header line uses; the decimal sign is always a point

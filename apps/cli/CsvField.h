@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Writing delimited text that CsvReader reads back as it was.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // How a program ends: the exit codes, and the exceptions that lead to them.
 //
 // A command throws InputError for anything it cannot read; main() prints the text as one line on

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole measure: the tip of the pole for every sample of a log.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/MeasurePicture.h"
 
 #include <cmath>

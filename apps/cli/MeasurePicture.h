@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The picture of a run of `tiltpole measure`: the antenna track and the tips in plan and, where the
 // true tip is known, the tips around it in millimetres, shaded by tilt, with their error circles.
 #pragma once

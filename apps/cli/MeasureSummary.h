@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What a run of `tiltpole measure` found, in words and as JSON. Memory does not grow with the log.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // One measured sample, as the parts of `tiltpole measure` hand it around.
 #pragma once
 

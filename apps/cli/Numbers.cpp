@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Numbers.h"
 
 #include "framework/core/ParseNumber.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Numbers in text, the same in every locale: a decimal point, no grouping.
 #pragma once
 

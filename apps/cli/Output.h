@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What a command writes. A file is replaced whole or not at all: it is written beside its place,
 // flushed to the disk and renamed. Standard output is buffered and every failing write is noticed.
 #pragma once

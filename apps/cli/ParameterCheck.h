@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The parameter file of a calibration, checked before a program relies on it. The library takes
 // from such a file what it finds and keeps its defaults for the rest; a program wants to know.
 #pragma once

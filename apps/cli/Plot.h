@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Pictures of results: charts with titles, labelled axes, ticks and a legend, as PNG or SVG.
 //
 //     Chart plan("Antenna and tip", {"East [m]", "North [m]"});

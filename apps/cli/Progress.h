@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A progress meter for long work: one line on the terminal, rewritten in place and wiped at the
 // end. It shows nothing where standard error is not a terminal, and nothing in the first second.
 #pragma once

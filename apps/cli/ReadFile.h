@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A small file, read whole.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/SampleLog.h"
 
 #include <algorithm>

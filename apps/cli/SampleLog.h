@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A log of pose samples: delimited text whose columns bear the names of the sample's text form.
 //
 //   needed       dPitch, dRoll [degrees]; dMag_x, dMag_y, dMag_z, dMag_x_2, dMag_y_2, dMag_z_2

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The scale of one axis of a chart: its range, and ticks at round numbers.
 #pragma once
 

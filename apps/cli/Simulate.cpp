@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Simulate.h"
 
 #include "apps/cli/Errors.h"
 #include "apps/cli/Output.h"
 #include "apps/cli/SimulateOptions.h"
-#include "apps/simulation/LogText.h"
-#include "apps/simulation/TruthText.h"
+#include "simulation/LogText.h"
+#include "simulation/TruthText.h"
 #include <fmt/format.h>
 #include <memory>
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole simulate: seeded logs of a pole with known truth, for trying out a host.
 #pragma once
 

@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
+//
 // What the kinds of `tiltpole simulate` share on the command line: sensor, field, losses, magnets,
 // and options that hold several numbers.
 #pragma once
 
-#include "apps/simulation/TruthText.h"
+#include "simulation/TruthText.h"
 #include <CLI/CLI.hpp>
 #include <functional>
 #include <string>

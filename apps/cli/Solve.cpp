@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Solve.h"
 
 #include "apps/cli/Csv.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole solve: the tip from many antenna positions.
 #pragma once
 

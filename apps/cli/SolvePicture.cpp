@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/SolvePicture.h"
 
 #include "apps/cli/Plot.h"

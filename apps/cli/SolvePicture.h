@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The picture of tiltpole solve: antennas, both tips and the 95 % ellipse in plan, and the
 // residual of every position.
 #pragma once

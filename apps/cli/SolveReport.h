@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What tiltpole solve says: the graded search, the estimate beside it, and which one to store.
 #pragma once
 

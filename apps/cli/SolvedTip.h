@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Antenna positions about one tip as read from a file, and what the two solutions say about them.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Percentiles of a stream of numbers in bounded memory.
 //
 // Up to kExact values they are exact (linear between neighbours in rank, so that the median of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/TipTable.h"
 
 #include "apps/cli/CsvField.h"

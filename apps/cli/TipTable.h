@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The table `tiltpole measure` writes: one row for each sample, carried columns first.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Transform.h"
 
 #include "apps/cli/Csv.h"

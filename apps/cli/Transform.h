@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole transform: fit a plane similarity transform to point pairs, and apply one.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/TransformFit.h"
 
 #include <cmath>

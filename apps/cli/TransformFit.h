@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The fit of a plane similarity transform to point pairs, with what it says about its accuracy.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/TransformReport.h"
 
 #include "apps/cli/Errors.h"

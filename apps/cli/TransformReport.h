@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What tiltpole transform says about a fit, and the parameter file it shares with itself.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole: the library's work on recorded data, from the command line.
 #include "apps/cli/Calibrate.h"
 #include "apps/cli/CommandLine.h"

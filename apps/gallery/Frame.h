@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The gallery's window: dial and gauges follow the pole, plots fill, the tilt graph grows.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/gallery/Replay.h"
 
 #include "apps/cli/SampleLog.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A recorded pole, read once: poses with their headings, antenna positions.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/gallery/Scenes.h"
 
 #include "apps/cli/Errors.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Every control in its documented states, as PNG files.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole-gallery: the display controls, alive on a recorded pole or as pictures.
 #include "apps/cli/CommandLine.h"
 #include "apps/cli/Errors.h"

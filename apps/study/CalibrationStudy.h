@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // How well calibrations come out under every condition, and how well their report knows it.
 #pragma once
 

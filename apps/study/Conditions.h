@@ -1,8 +1,10 @@
+// SPDX-License-Identifier: MIT
+//
 // What can go wrong with a calibration: conditions under which turns are simulated.
 #pragma once
 
-#include "apps/simulation/Random.h"
-#include "apps/simulation/Turn.h"
+#include "simulation/Random.h"
+#include "simulation/Turn.h"
 #include <string_view>
 #include <vector>
 

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "apps/study/Trial.h"
 
 #include "quality/SolverRun.h"
-#include "quality/detail/EightValues.h"
-#include "quality/detail/JointModel.h"
+#include "quality/calibration/EightValues.h"
+#include "quality/calibration/JointModel.h"
 #include <Eigen/LU>
 #include <algorithm>
 #include <cmath>
@@ -12,12 +13,12 @@ namespace study {
 namespace {
 
 using quality::CalibrationRun;
-using quality::detail::FullCorrection;
-using quality::detail::FullOf;
-using quality::detail::kDegreesPerRadian;
-using quality::detail::LevelFrame;
-using quality::detail::Magnetometer;
-using quality::detail::Pose;
+using tiltpole::quality::FullCorrection;
+using tiltpole::quality::FullOf;
+using tiltpole::quality::kDegreesPerRadian;
+using tiltpole::quality::LevelFrame;
+using tiltpole::quality::Magnetometer;
+using tiltpole::quality::Pose;
 
 FullCorrection TruthOf(const simulation::Magnetometer& m, double strength)
 {
@@ -42,8 +43,8 @@ LevelFrame ReportedFrame(const simulation::PoseSensor& sensor, Magnetometer whic
     angles.pitch = sign * std::asin(first ? up.x() : up.y()) * kDegreesPerRadian;
     angles.roll = sign * std::atan2(first ? up.y() : -up.x(), up.z()) * kDegreesPerRadian;
     const simulation::PoseAngles reported = simulation::ReportedAngles(sensor.rollReport, angles);
-    return quality::detail::FrameOf(reported.pitch + sensor.pitchOffset,
-                                    reported.roll + sensor.rollOffset, sensor.type, which);
+    return tiltpole::quality::FrameOf(reported.pitch + sensor.pitchOffset,
+                                      reported.roll + sensor.rollOffset, sensor.type, which);
 }
 
 class Truth
@@ -73,12 +74,12 @@ private:
     {
         const Eigen::Matrix3d gain = truth.matrix.inverse();
         TrueError squares;
-        for (const Pose& pose : quality::detail::HeadingGrid(m_sensor.type, which)) {
+        for (const Pose& pose : tiltpole::quality::HeadingGrid(m_sensor.type, which)) {
             const Eigen::Vector3d field = pose.frame.Field(pose.heading, m_elevation);
             const Eigen::Vector3d corrected = judged(gain * (field + truth.offset));
             const auto square = [&](const LevelFrame& frame) {
                 const double off =
-                    quality::detail::Wrapped(frame.Heading(corrected) - bias - pose.heading);
+                    tiltpole::quality::Wrapped(frame.Heading(corrected) - bias - pose.heading);
                 return pose.weight * off * off;
             };
             squares.asUsed += square(ReportedFrame(m_sensor, which, pose));
@@ -106,8 +107,9 @@ Result Judged(const CalibrationRun& run, const Truth& truth)
 double UnaskedError(const CalibrationRun& run, const Truth& truth)
 {
     const auto fit = [&](Magnetometer which) {
-        return quality::detail::FitSphere(TurnOf(run.recorded.horizontal, run.sensorType, which),
-                                          TurnOf(run.recorded.vertical, run.sensorType, which));
+        return tiltpole::quality::FitSphere(
+            tiltpole::quality::TurnOf(run.recorded.horizontal, run.sensorType, which),
+            tiltpole::quality::TurnOf(run.recorded.vertical, run.sensorType, which));
     };
     const auto a = fit(Magnetometer::A);
     const auto b = fit(Magnetometer::B);
@@ -130,9 +132,10 @@ Trial Simulate(const Setting& s, std::uint64_t seed)
     trial.solver = Judged(run, truth);
     trial.answered = run.solverAnswer != 0;
 
-    const quality::detail::JointModel model = quality::detail::FitBoth(run.recorded, s.sensor.type);
+    const tiltpole::quality::JointModel model =
+        tiltpole::quality::FitBoth(run.recorded, s.sensor.type);
     const quality::JointFit fit =
-        quality::detail::InEightValues(model, run.recorded, s.sensor.type);
+        tiltpole::quality::InEightValues(model, run.recorded, s.sensor.type);
     trial.jointFitted = fit.outcome == quality::JointFitOutcome::Fitted;
     if (!trial.jointFitted) {
         trial.jointUnasked = UnaskedError(run, truth);

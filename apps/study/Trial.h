@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // One simulated calibration, judged by its report and by the truth.
 //
 // A heading error is RMS over all headings at tilts of 0, 15 and 30 degrees, the larger of

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/study/Trials.h"
 
 #include <algorithm>

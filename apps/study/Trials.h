@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Figures over many trials.
 #pragma once
 

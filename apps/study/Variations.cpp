@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/study/Conditions.h"
 
 #include <cmath>

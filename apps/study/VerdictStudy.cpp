@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/study/VerdictStudy.h"
 
 #include <algorithm>

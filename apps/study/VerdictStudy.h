@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // How well reports know what a calibration is worth, as text.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole_study: measures on simulated poles what the documentation states.
 #include "apps/cli/CommandLine.h"
 #include "apps/cli/Errors.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Adjust beside the same fits in Eigen and beside a literal port.
 #include "benchmarks/calibration/PlainMatrix.h"
 #include "calibration/InclineSensor_MagneticAdjust.h"

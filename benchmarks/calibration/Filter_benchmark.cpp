@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The sample filters beside their literal port and a peer written by hand: Add over a whole turn,
 // Filter, and the polls of the host.
 #include "calibration/InclineSensor_Filter_XY.h"

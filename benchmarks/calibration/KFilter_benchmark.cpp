@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // One step of the Kalman filter, 6 states and 6 measurements, beside Eigen with fixed sizes and a
 // literal port. Argument 0: a general model, 1: identities, no control and diagonal covariances, as
 // the screening uses, 2: the same with a full covariance of the state.

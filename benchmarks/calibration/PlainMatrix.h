@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A checked matrix in the plainest form: every access tested, every result built and copied out.
 // What the literal ports of the benchmarks compute with.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What a new heading costs on a dial of 240 x 240 pixels, beside the same drawing with the
 // toolkit's painter, Qwt's compass, and two plain copies of the picture.
 #include "controls/GraphCompass.h"
@@ -63,7 +65,7 @@ void SetValueAndShow(benchmark::State& state)
 }
 BENCHMARK(SetValueAndShow);
 
-QPolygon PolygonOf(const controls::NeedleShape& needle)
+QPolygon PolygonOf(const tiltpole::controls::NeedleShape& needle)
 {
     QPolygon corners;
     for (const POINT& corner : needle.corners)
@@ -74,8 +76,8 @@ QPolygon PolygonOf(const controls::NeedleShape& needle)
 // The needle over a background drawn before, then all of it onto the target.
 void PaintWithToolkit(QImage& target, const QImage& background, int heading)
 {
-    const QPolygon corners =
-        PolygonOf(controls::NeedleShape::Of({kSide / 2, kSide / 2}, kDiameter, kUnit, heading));
+    const QPolygon corners = PolygonOf(
+        tiltpole::controls::NeedleShape::Of({kSide / 2, kSide / 2}, kDiameter, kUnit, heading));
     QImage memory(kSide, kSide, QImage::Format_RGB32);
     {
         QPainter painter(&memory);

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Prints the processor time, in nanoseconds, that a new value with the repaint of Qwt's compass
 // takes: 240 x 240 pixels, in memory, the best of several rounds.
 #include <QApplication>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Fit and application of the plane transform over a million points, from memory, and over a
 // thousand, from the cache, beside Eigen's umeyama, Boost.Geometry's affine transform and PROJ's
 // helmert. Times are per call over all points; the counter gives the time of one point.

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The search of the tip beside its literal form (four nested loops, four starts each), on positions
 // with field-like noise: 8 mm in plan, 15 mm in height, tilts up to 25 degrees or to the usual
 // cut-off of 45. The literal form stands on three kinds of matrices, and is run once where it takes
@@ -58,12 +60,12 @@ void CalculateExact(benchmark::State& state)
 // Without 256-bit vectors.
 void CalculatePlain(benchmark::State& state)
 {
-    std::vector<detail::sphere::SpacePoint> positions;
+    std::vector<tiltpole::geometry::SpacePoint> positions;
     for (const literal::Point& p : Positions(state))
         positions.push_back({p[0], p[1], p[2]});
     for (auto _ : state)
-        benchmark::DoNotOptimize(detail::sphere::SearchTip(positions, kHeight, 1e-9, {},
-                                                           detail::sphere::PlainSearchKernels()));
+        benchmark::DoNotOptimize(tiltpole::geometry::SearchTip(
+            positions, kHeight, 1e-9, {}, tiltpole::geometry::PlainSearchKernels()));
 }
 
 struct OwnAlgebra

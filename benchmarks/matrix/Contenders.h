@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The matrix libraries that are compared, each behind the same handful of operations. Every result
 // is a new object, as an expression in a program gives it.
 #pragma once

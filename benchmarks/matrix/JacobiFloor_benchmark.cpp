@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The arithmetic of the Jacobi eigen-solver alone: as many rotations as the solver makes, each with
 // its two roots and four quotients and the lines it turns, on bare arrays. Set beside Eigen/ours/n.
 #include "benchmarks/matrix/Matrices.h"

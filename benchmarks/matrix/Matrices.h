@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The matrices that are timed, the same in every run.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The matrix operations beside Eigen, Armadillo and a by-value version, in one run:
 //
 //   matrix_benchmarks --benchmark_filter='Inverse.*/6'

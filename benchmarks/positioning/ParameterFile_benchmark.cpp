@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Saving and reading the parameter file, beside the same done step by step: a line formatted as
 // wide text, converted and written on its own; the whole content as wide text, searched from its
 // start for every key.
@@ -17,6 +19,8 @@
 #include <string>
 #include <unistd.h>
 #include <vector>
+
+namespace positioning = tiltpole::positioning;
 
 namespace {
 
@@ -75,7 +79,7 @@ void SaveText(benchmark::State& state)
     for ([[maybe_unused]] auto _ : state) {
         CFile file;
         file.Open(path.path, CFile::modeCreate | CFile::modeWrite);
-        detail::KeyedTextFile text;
+        positioning::KeyedTextFile text;
         text.OpenForWriting(path.path);
         double value = 1.0321;
         for (const std::string& key : keys) {

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Position per sample, beside what it is to be compared with in the same run:
 //
 //   Literal        the formulas written out one by one (tests/positioning/Literal.h)
@@ -18,6 +20,8 @@
 #include <benchmark/benchmark.h>
 #include <cmath>
 #include <random>
+
+namespace positioning = tiltpole::positioning;
 
 namespace {
 
@@ -103,7 +107,7 @@ BENCHMARK(Literal)->ArgName("type")->Arg(1)->Arg(2)->Arg(0);
 struct Arguments
 {
     double pitch, roll; // [rad]
-    detail::LevelledField fieldA, fieldB;
+    survey::LevelledField fieldA, fieldB;
     double tiltCosine, projectionCosine;
 };
 
@@ -114,16 +118,17 @@ std::array<Arguments, kSamples> ArgumentsOf(int sensorType)
     std::array<Arguments, kSamples> arguments;
     for (std::size_t i = 0; i < kSamples; ++i) {
         const PoseSensorData& s = Samples()[i];
-        const detail::Pose pose = detail::PoseOf(s.dPitch, s.dRoll);
-        const detail::Reading a{s.dMag_x, s.dMag_y, s.dMag_z};
-        const detail::Reading b{s.dMag_x_2, s.dMag_y_2, s.dMag_z_2};
+        const survey::Pose pose = survey::PoseOf(s.dPitch, s.dRoll);
+        const survey::Reading a{s.dMag_x, s.dMag_y, s.dMag_z};
+        const survey::Reading b{s.dMag_x_2, s.dMag_y_2, s.dMag_z_2};
         const literal::Result written = literal::Measure(setup, s, kPoleLength, {});
-        arguments[i] = {detail::Deg2Rad(s.dPitch),
-                        detail::Deg2Rad(s.dRoll),
-                        detail::Level(pose, detail::Corrected(kCorrection, a), sensorType),
-                        detail::LevelOfB(pose, detail::Corrected(kCorrection, b), sensorType),
-                        detail::ClampToUnit(written.quotient),
-                        detail::ClampToUnit(written.cosine[0])};
+        arguments[i] = {
+            survey::Deg2Rad(s.dPitch),
+            survey::Deg2Rad(s.dRoll),
+            survey::Levelled(pose, survey::Corrected(kCorrection, a), sensorType),
+            positioning::LevelledOfB(pose, survey::Corrected(kCorrection, b), sensorType),
+            survey::ClampToUnit(written.quotient),
+            survey::ClampToUnit(written.cosine[0])};
     }
     return arguments;
 }
@@ -140,7 +145,7 @@ void Trigonometry(benchmark::State& state)
         benchmark::DoNotOptimize(std::sin(s.pitch) + std::cos(s.pitch));
         benchmark::DoNotOptimize(std::sin(s.roll) + std::cos(s.roll));
         benchmark::DoNotOptimize(std::acos(s.tiltCosine));
-        for (const detail::LevelledField& field : {s.fieldA, s.fieldB}) {
+        for (const survey::LevelledField& field : {s.fieldA, s.fieldB}) {
             const double right = -field.rightward;
             benchmark::DoNotOptimize(asWritten ? std::atan2(right, field.forward)
                                                : std::atan(right / field.forward));

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The report and the joint fit on turns of 500 samples, beside the solver alone.
 #include "quality/CalibrationReport.h"
 #include "quality/SolverRun.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Copies of whole pictures between contexts in memory.
 #pragma once
 
@@ -5,7 +7,7 @@
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/GdiObject.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 /// Puts `picture`, which `source` has selected, into the upper left corner of a fresh picture of
 /// `size`. What it does not cover, after the window has grown or before there is one, is black.
@@ -19,4 +21,4 @@ inline void CopyOntoFresh(CDC& memory, CSize size, CDC& source, const CBitmap& p
     memory.BitBlt(0, 0, size.cx, size.cy, &source, 0, 0, SRCCOPY);
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

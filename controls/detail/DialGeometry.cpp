@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/DialGeometry.h"
 
 #include <cmath>
 
-namespace controls {
+namespace tiltpole::controls {
 
 DialRings DialRings::Of(int diameter)
 {
@@ -42,4 +43,4 @@ FixLine FixLine::Of(CPoint centre, const DialRings& rings, int heading)
     return {OnDial(centre, rings.middle, a), OnDial(centre, rings.inner, a)};
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Where the parts of the compass dial lie. Pixels; headings in degrees, 0 at the top, clockwise.
 #pragma once
 
@@ -5,7 +7,7 @@
 
 #include "framework/core/Rect.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 /// The radii of the three rings for a dial of that diameter.
 struct DialRings
@@ -44,4 +46,4 @@ struct FixLine
     static FixLine Of(CPoint centre, const DialRings& rings, int heading);
 };
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,6 +1,7 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/GaugeControl.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 void GaugeControl::SetValue(double angle)
 {
@@ -71,4 +72,4 @@ void GaugeControl::Compose(CDC& target)
     });
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The window side of an incline gauge, once for both: what the operations of the exported classes
 // do, given the control and its scale.
 #pragma once
@@ -6,7 +8,7 @@
 
 #include "framework/gui/Static.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 class GaugeControl
 {
@@ -33,4 +35,4 @@ private:
     InclineGauge m_gauge;
 };
 
-} // namespace controls
+} // namespace tiltpole::controls

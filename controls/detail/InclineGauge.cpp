@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/InclineGauge.h"
 
 #include "controls/detail/Selected.h"
 
-namespace controls {
+namespace tiltpole::controls {
 namespace {
 
 constexpr int kMiddleInset = 5; // pixels, left and right
@@ -110,4 +111,4 @@ void InclineGauge::DrawFix(CDC& dc, const GaugeScale& scale, int angle) const
     DrawSegment(dc, {frames.middle.left, y}, {frames.scale.left, y});
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

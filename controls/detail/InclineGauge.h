@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The vertical scale that both incline gauges are: three frames, ticks, labels, a pointer line and
 // fixed marks. The gauges differ in the angles they take and in the edge these count from.
 #pragma once
@@ -7,7 +9,7 @@
 
 #include "framework/core/Rect.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 /// All that sets one gauge apart from the other.
 struct GaugeScale
@@ -54,4 +56,4 @@ private:
     void DrawTicks(CDC& dc) const;
 };
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/Layers.h"
 
 #include "controls/detail/Pixel.h"
 #include "controls/detail/Selected.h"
 
-namespace controls {
+namespace tiltpole::controls {
 namespace {
 
 constexpr int kArm = 50; // pixels
@@ -61,4 +62,4 @@ void DrawCross(CDC& dc, CPoint at)
     DrawSegment(dc, {at.x, Shifted(at.y, -kCrossArm)}, {at.x, Shifted(at.y, kCrossArm)});
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

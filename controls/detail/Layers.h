@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Pictures in memory, one over the other, that the plots are shown from.
 #pragma once
 
@@ -7,7 +9,7 @@
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/GdiObject.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 /// One picture of the client area's size at its first use; a later size is not noticed.
 struct Layer
@@ -62,4 +64,4 @@ struct AxisGlyph
 /// A cross of six pixels across; the end pixels of thin lines stay unset.
 void DrawCross(CDC& dc, CPoint at);
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/MeterFace.h"
 
 #include "controls/detail/Selected.h"
@@ -6,7 +7,7 @@
 
 #include <algorithm>
 
-namespace controls {
+namespace tiltpole::controls {
 
 bool MeterFace::PrepareBackground(CDC& target, const CRect& clientNow)
 {
@@ -62,4 +63,4 @@ void DrawLabel(CDC& dc, CPoint at, int number)
     dc.DrawText(text, &box, DT_CENTER);
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What the compass dial and the incline gauges share: a background drawn once into a picture in
 // memory, a value, fixed marks, and the composition of the three without flicker.
 #pragma once
@@ -9,7 +11,7 @@
 #include "framework/gui/GdiObject.h"
 #include "framework/gui/Types.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 struct MeterFace
 {
@@ -79,4 +81,4 @@ void MakeLabelFont(CFont& font);
 /// A number centred in the box around `at`, from the box's top.
 void DrawLabel(CDC& dc, CPoint at, int number);
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // How doubles become pixels: half added, then cut towards zero; negative values are not rounded
 // symmetrically. What an int cannot hold becomes its nearest limit, not a number becomes 0.
 #pragma once
@@ -6,7 +8,7 @@
 #include <climits>
 #include <cstdint>
 
-namespace controls {
+namespace tiltpole::controls {
 
 constexpr double kPi = 3.141592653589793;
 
@@ -29,4 +31,4 @@ constexpr int Shifted(int pixel, std::int64_t by)
     return static_cast<int>(std::clamp<std::int64_t>(pixel + by, INT_MIN, INT_MAX));
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/PlotView.h"
 
 #include "controls/detail/Pixel.h"
@@ -7,7 +8,7 @@
 
 #include <algorithm>
 
-namespace controls {
+namespace tiltpole::controls {
 
 void PlotView::ToClient(const CRect& client, long wx, long wy, long& cx, long& cy) const
 {
@@ -81,4 +82,4 @@ PlotView PlotExtent::FitInto(const CRect& client) const
     return view;
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Which part of the plane of readings a scatter plot shows, and the line of text that keeps it.
 #pragma once
 
@@ -8,7 +10,7 @@
 #include <string>
 #include <string_view>
 
-namespace controls {
+namespace tiltpole::controls {
 
 /// The smallest scale that still maps; below it every point falls on pixel (0, 0).
 constexpr double kSmallestScale = 1e-6;
@@ -44,4 +46,4 @@ struct PlotExtent
     PlotView FitInto(const CRect& client) const;
 };
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/ScatterPlot.h"
 
 #include "controls/detail/Pixel.h"
@@ -11,7 +12,7 @@
 #include <algorithm>
 #include <cmath>
 
-namespace controls {
+namespace tiltpole::controls {
 namespace {
 
 constexpr COLORREF kBackColor = RGB(0, 0, 0);
@@ -215,4 +216,4 @@ int PixelDistance(CPoint p, CPoint q)
     return ToInt(std::sqrt(dx * dx + dy * dy));
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A scatter plot of calibration samples, once for both planes: what the operations of the exported
 // classes do, given the window and what sets the plane apart.
 #pragma once
@@ -11,7 +13,7 @@
 
 #include <cstdint>
 
-namespace controls {
+namespace tiltpole::controls {
 
 /// All that sets one plot apart from the other.
 struct PlotPlane
@@ -69,4 +71,4 @@ private:
 /// The Euclidean distance of two pixels, cut towards zero.
 int PixelDistance(CPoint p, CPoint q);
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
+//
 // Selects a drawing object for a scope: the previous one is back at the closing brace.
 #pragma once
 
 #include "framework/gui/DeviceContext.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 template <class Object>
 class Selected
@@ -28,4 +30,4 @@ inline void DrawSegment(CDC& dc, CPoint from, CPoint to)
     dc.LineTo(to);
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/TiltView.h"
 
 #include "controls/detail/Pixel.h"
@@ -5,7 +6,7 @@
 #include <algorithm>
 #include <cstdint>
 
-namespace controls {
+namespace tiltpole::controls {
 namespace {
 
 constexpr double kSmallestScale = 0.000001; // metres per pixel; below it nothing maps
@@ -59,4 +60,4 @@ bool ZoomsAt(int count)
     return count % 60 == 0;
 }
 
-} // namespace controls
+} // namespace tiltpole::controls

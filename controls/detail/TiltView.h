@@ -1,10 +1,12 @@
+// SPDX-License-Identifier: MIT
+//
 // Which part of the ground the tilt position graph shows. x is northing and points up, y is easting
 // and points right; metres.
 #pragma once
 
 #include "framework/core/Rect.h"
 
-namespace controls {
+namespace tiltpole::controls {
 
 struct TiltView
 {
@@ -35,4 +37,4 @@ struct TiltExtent
 /// are, the rarer.
 bool ZoomsAt(int count);
 
-} // namespace controls
+} // namespace tiltpole::controls

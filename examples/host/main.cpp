@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The shortest host: a sample of the pose sensor and the antenna coordinate give the tip.
 #include "positioning/InclineSensor_Position.h"
 

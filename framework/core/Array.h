@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CArray: the window framework's growable array.
 //
 // Elements lie one behind the other. Positions are counted from 0; asking for an element that is

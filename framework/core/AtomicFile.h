@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Files that are either the old ones or the new ones, whatever happens in between.
 #pragma once
 

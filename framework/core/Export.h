@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // TILTPOLE_API marks what a host may use of a shared build; everything else stays hidden.
 #pragma once
 

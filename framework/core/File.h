@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CFile: an unbuffered file of the window framework. Failure is told by results; nothing throws.
 #pragma once
 

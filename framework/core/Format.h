@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Formatted text as CString::Format gives it, type-safe and independent of every locale.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Messages to the operator. Who shows them is up to the host: it sets a handler.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/Object.h"
 
 constinit const CRuntimeClass CObject::classCObject = {"CObject", sizeof(CObject), 0xFFFF, nullptr,

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CObject and run-time class information.
 //
 // DECLARE_DYNAMIC in a class and IMPLEMENT_DYNAMIC in its source give it a name, a size and a base

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Numbers at the start of a text: the longest part that is one, read as in the C locale whatever
 // locale is set.
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/Paths.h"
 
 #include "framework/core/TextConversion.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Where files are: attributes, the running module, the folder for application data.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Points, sizes and rectangles of the window framework, in device units.
 //
 // A rectangle holds its left and top edges and not its right and bottom ones.

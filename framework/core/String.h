@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CString: the window framework's wide string.
 //
 // A position or length is counted in wide characters. Lengths and positions out of range are

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/TextConversion.h"
 
 #include <algorithm>

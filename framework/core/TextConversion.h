@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Wide text and UTF-8. Nothing here looks at the C or C++ locale, and no input is undefined:
 // what is not well-formed becomes U+FFFD, one per maximal ill-formed part.
 #pragma once

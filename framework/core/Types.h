@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Plain types and constants of the window framework, for systems whose headers do not have them.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The program's connection to the windowing system, and pictures of windows.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/DeviceContext.h"
 
 #include "framework/gui/Wnd.h"

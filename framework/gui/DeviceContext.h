@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Device contexts: CDC draws on a bitmap or a window, CClientDC on a window at any time, CPaintDC
 // in answer to the paint message.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Text on a device context, by the toolkit's fonts.
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/detail/Records.h"

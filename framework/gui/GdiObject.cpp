@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/GdiObject.h"
 
 #include "framework/gui/DeviceContext.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Pens, brushes, fonts and bitmaps: what a device context draws with and on.
 //
 // An object owns its handle and deletes it when it goes. Deleting one that is still selected is

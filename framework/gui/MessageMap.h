@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Message maps: which member of a class answers which window message.
 //
 //   class CDial : public CStatic

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // For hosts built on Qt: the widget of a window, to stand in a layout of theirs.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/Static.h"
 
 IMPLEMENT_DYNAMIC(CStatic, CWnd)

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CStatic: a label, and the window that drawn controls are made of.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Handles, colours and constants of the windowed framework, with the values hosts rely on.
 #pragma once
 

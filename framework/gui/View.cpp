@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/View.h"
 
 IMPLEMENT_DYNAMIC(CView, CWnd)

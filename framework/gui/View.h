@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CView: a window whose picture its host draws in OnDraw.
 #pragma once
 

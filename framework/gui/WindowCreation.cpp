@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // How windows come into being and go.
 #include "framework/gui/Wnd.h"
 #include "framework/gui/detail/Records.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/Application.h"
 #include "framework/gui/detail/Records.h"
 

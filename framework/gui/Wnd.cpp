@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/Wnd.h"
 
 #include "framework/gui/MessageMap.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CWnd: a window on the screen, and the messages it answers.
 //
 // A CWnd makes its window with Create or CreateEx, or takes over one that is there (SubclassWindow,

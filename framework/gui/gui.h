@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Everything of the window framework that draws or shows something.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Any content of a parameter file: reading never crashes, leaves finite numbers, and one pass for
 // all keys finds what one look-up per key finds.
 #include "framework/core/File.h"
@@ -28,11 +30,11 @@ void CheckBothReaders(const std::string& content)
 {
     constexpr std::array<const char*, 4> keys = {"MagneticA.a", "MagneticA.x0", "CoorTrans.dX",
                                                  "MagneticBiasAngle_A"};
-    detail::KeyedTextFile file;
+    tiltpole::positioning::KeyedTextFile file;
     file.SetContent(content);
     std::array<double, keys.size()> together{};
     std::array<double, keys.size()> apart{};
-    std::array<detail::KeyedDouble, keys.size()> wanted;
+    std::array<tiltpole::positioning::KeyedDouble, keys.size()> wanted;
     for (std::size_t i = 0; i < keys.size(); ++i) {
         wanted[i] = {keys[i], &together[i]};
         file.ReadDouble(keys[i], apart[i]);

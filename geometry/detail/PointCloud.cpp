@@ -1,10 +1,11 @@
+// SPDX-License-Identifier: MIT
 #include "geometry/detail/PointCloud.h"
 
 #include <algorithm>
 #include <iterator>
 #include <limits>
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 
 PointCloud::PointCloud(const std::vector<SpacePoint>& positions)
     : m_count(positions.size()), m_positions(positions.size())
@@ -60,4 +61,4 @@ void PointCloud::FitAlgebraicSphere()
     }
 }
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Positions laid out for the search kernels, and their moments.
 #pragma once
 
@@ -7,7 +9,7 @@
 #include <cstddef>
 #include <vector>
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 
 // One array per coordinate, with room for the last group of lanes.
 class CoordinateArrays
@@ -56,4 +58,4 @@ private:
     Cloud m_moments = {};
 };
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

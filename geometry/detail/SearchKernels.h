@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The loops in which the search of the tip spends its time, in a plain build and in one for
 // processors with 256-bit vectors. Both take the same steps in the same order, so their results
 // are equal to the last bit and no outcome depends on the processor.
@@ -9,7 +11,7 @@
 #include <cstddef>
 #include <cstdint>
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 
 inline constexpr std::size_t kLanes = 4;
 
@@ -96,4 +98,4 @@ const SearchKernels& PlainSearchKernels();
 const SearchKernels* WideSearchKernels();
 const SearchKernels& BestSearchKernels();
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Built for 256-bit vectors where the compiler has them, used where the processor has them too.
 #include "geometry/detail/SearchKernels.h"
 
@@ -7,7 +9,7 @@
 #include <immintrin.h>
 #endif
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 
 #if defined(__AVX2__)
 namespace {
@@ -30,4 +32,4 @@ const SearchKernels* WideSearchKernels()
 }
 #endif
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Built for any processor of the target.
 #include "geometry/detail/SearchKernels.h"
 
@@ -7,7 +9,7 @@
 #include <immintrin.h>
 #endif
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 namespace {
 
 #include "geometry/detail/Lanes.inc"
@@ -28,4 +30,4 @@ const SearchKernels& BestSearchKernels()
     return wide ? *wide : PlainSearchKernels();
 }
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

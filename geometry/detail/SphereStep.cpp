@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "geometry/detail/SphereStep.h"
 
 #include <cmath>
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 
 namespace {
 
@@ -51,4 +52,4 @@ SphereStep StepSphere(const SpacePoint* positions, std::size_t count, const Spac
     return step;
 }
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

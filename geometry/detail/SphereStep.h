@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // One least-squares step of a sphere through antenna positions: the pole tip T is the centre, the
 // antenna height r the radius, |P_k − T| = r for every antenna position P_k.
 //
@@ -7,7 +9,7 @@
 #include <cmath>
 #include <cstddef>
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 
 struct SpacePoint
 {
@@ -107,4 +109,4 @@ struct SphereStep
 SphereStep StepSphere(const SpacePoint* positions, std::size_t count, const SpacePoint& tip,
                       double radius);
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

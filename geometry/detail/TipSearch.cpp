@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "geometry/detail/TipSearch.h"
 
 #include "geometry/detail/PointCloud.h"
@@ -6,7 +7,7 @@
 #include <cmath>
 #include <limits>
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 
 namespace {
 
@@ -242,4 +243,4 @@ TipSearchResult SearchTip(const std::vector<SpacePoint>& positions, double anten
     return Search(positions, antennaHeight, flatness, kernels).Run(progress);
 }
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The search for the four antenna positions whose sphere, refined once over all positions, gives
 // the tip with the smallest point error.
 //
@@ -16,7 +18,7 @@
 #include <optional>
 #include <vector>
 
-namespace detail::sphere {
+namespace tiltpole::geometry {
 
 using Quadruple = std::array<std::size_t, 4>;
 
@@ -36,4 +38,4 @@ TipSearchResult SearchTip(const std::vector<SpacePoint>& positions, double anten
                           double flatness, const ProgressObserver& progress,
                           const SearchKernels& kernels = BestSearchKernels());
 
-} // namespace detail::sphere
+} // namespace tiltpole::geometry

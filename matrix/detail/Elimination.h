@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Gauss-Jordan elimination with full pivoting on rows padded with zeros to whole vectors; part of
 // KernelBody.h.
 //
@@ -13,7 +15,7 @@
 #include <cfloat>
 #include <cstddef>
 
-namespace detail {
+namespace tiltpole::matrix {
 namespace {
 
 constexpr Index RoundUpToLanes(Index n)
@@ -205,4 +207,4 @@ private:
 };
 
 } // namespace
-} // namespace detail
+} // namespace tiltpole::matrix

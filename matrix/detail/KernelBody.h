@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The kernels, written once over Lanes.h; each source file that includes this compiles them for its
 // own vector width.
 //
@@ -12,7 +14,7 @@
 
 #include <cfloat>
 
-namespace detail {
+namespace tiltpole::matrix {
 namespace {
 
 // ---- product -----------------------------------------------------------------------------------
@@ -167,4 +169,4 @@ inline Outcome FactorCholeskyLanes(const double* a, double* l, int n, PivotFloor
 inline constexpr KernelSet kLaneKernels{MultiplyLanes, InvertLanes, FactorCholeskyLanes};
 
 } // namespace
-} // namespace detail
+} // namespace tiltpole::matrix

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "matrix/detail/Kernels.h"
 
 #include "matrix/detail/KernelBody.h"
@@ -5,7 +6,7 @@
 #include <cmath>
 #include <utility>
 
-namespace detail {
+namespace tiltpole::matrix {
 
 const KernelSet kBaselineKernels = kLaneKernels;
 
@@ -190,4 +191,4 @@ Outcome FactorCholesky(const double* a, double* l, int n, PivotFloor floor)
     }
 }
 
-} // namespace detail
+} // namespace tiltpole::matrix

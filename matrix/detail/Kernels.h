@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The numerical kernels behind both matrix classes, on plain row-major arrays.
 //
 // Every element is computed by the written sequence of rounded operations, whatever the processor:
@@ -5,7 +7,7 @@
 // vectors that the processor has are chosen once, at run time.
 #pragma once
 
-namespace detail {
+namespace tiltpole::matrix {
 
 /// Which pivots an elimination or factorisation refuses.
 enum class PivotFloor : int {
@@ -47,4 +49,4 @@ extern const KernelSet kAvx2Kernels;   // vectors of 4 doubles
 extern const KernelSet kAvx512Kernels; // vectors of 8 doubles
 #endif
 
-} // namespace detail
+} // namespace tiltpole::matrix

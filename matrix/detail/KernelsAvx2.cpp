@@ -1,4 +1,8 @@
+// SPDX-License-Identifier: MIT
+//
 // Compiled for AVX2; called only on a processor that has it.
 #include "matrix/detail/KernelBody.h"
 
-const detail::KernelSet detail::kAvx2Kernels = detail::kLaneKernels;
+namespace matrix = tiltpole::matrix;
+
+const matrix::KernelSet matrix::kAvx2Kernels = matrix::kLaneKernels;

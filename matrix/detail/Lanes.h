@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The vector of doubles the including source file is compiled for, and the few operations on it
 // that the language has no operator for. Arithmetic is written with + - * /.
 //
@@ -13,7 +15,7 @@
 #include <immintrin.h>
 #endif
 
-namespace detail {
+namespace tiltpole::matrix {
 
 using Index = std::ptrdiff_t;
 
@@ -245,4 +247,4 @@ inline double LargestOf(Lanes v)
 #endif
 
 } // namespace
-} // namespace detail
+} // namespace tiltpole::matrix

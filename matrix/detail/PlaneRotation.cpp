@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "matrix/detail/PlaneRotation.h"
 
 #include <cmath>
 #include <cstddef>
 
-namespace detail {
+namespace tiltpole::matrix {
 
 namespace {
 
@@ -40,4 +41,4 @@ void RotateColumns(double* m, int n, int p, int q, PlaneRotation j)
         Rotate(m[p], m[q], j);
 }
 
-} // namespace detail
+} // namespace tiltpole::matrix

@@ -1,7 +1,9 @@
+// SPDX-License-Identifier: MIT
+//
 // Rotations of one coordinate plane, as the Jacobi eigen-solver uses them.
 #pragma once
 
-namespace detail {
+namespace tiltpole::matrix {
 
 /// The identity but for J(p,p) = J(q,q) = cosine, J(q,p) = sine, J(p,q) = -sine.
 struct PlaneRotation
@@ -28,4 +30,4 @@ void RotateRows(double* m, int n, int p, int q, PlaneRotation j);
 /// m = m * J, likewise.
 void RotateColumns(double* m, int n, int p, int q, PlaneRotation j);
 
-} // namespace detail
+} // namespace tiltpole::matrix

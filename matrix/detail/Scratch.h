@@ -1,10 +1,12 @@
+// SPDX-License-Identifier: MIT
+//
 // Working memory of a kernel: inside the object for the usual sizes, from the heap beyond.
 #pragma once
 
 #include <cstddef>
 #include <cstdlib>
 
-namespace detail {
+namespace tiltpole::matrix {
 namespace {
 
 template <class T, std::size_t Inside>
@@ -37,4 +39,4 @@ private:
 };
 
 } // namespace
-} // namespace detail
+} // namespace tiltpole::matrix

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "positioning/detail/KeyedTextFile.h"
 
 #include "framework/core/AtomicFile.h"
@@ -14,7 +15,7 @@
 #include <utility>
 #include <vector>
 
-namespace detail {
+namespace tiltpole::positioning {
 
 namespace {
 
@@ -189,4 +190,4 @@ void KeyedTextFile::ReadDoubles(std::span<const KeyedDouble> wanted) const
     }
 }
 
-} // namespace detail
+} // namespace tiltpole::positioning

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A text file of values under bracketed keys, one "[key]value" per line, each ended by CR LF.
 //
 // Bytes are UTF-8; keys are compared byte by byte. A key is looked for as a plain text: the first
@@ -11,7 +13,7 @@
 #include <string>
 #include <string_view>
 
-namespace detail {
+namespace tiltpole::positioning {
 
 struct KeyedDouble
 {
@@ -66,4 +68,4 @@ private:
     bool m_failed = false;
 };
 
-} // namespace detail
+} // namespace tiltpole::positioning

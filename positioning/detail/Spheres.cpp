@@ -1,9 +1,10 @@
+// SPDX-License-Identifier: MIT
 #include "positioning/detail/Spheres.h"
 
 #include <cmath>
 #include <limits>
 
-namespace detail {
+namespace tiltpole::positioning {
 
 namespace {
 
@@ -62,4 +63,4 @@ bool LowerMeetingPoint(const Sphere& first, const Sphere& second, const Sphere& 
     return true;
 }
 
-} // namespace detail
+} // namespace tiltpole::positioning

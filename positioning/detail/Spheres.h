@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
+//
 // Where three spheres meet: a point at known distances from three known points.
 #pragma once
 
 #include "positioning/PoseSensorData.h"
 
-namespace detail {
+namespace tiltpole::positioning {
 
 struct Sphere
 {
@@ -24,4 +26,4 @@ struct Sphere
 bool LowerMeetingPoint(const Sphere& first, const Sphere& second, const Sphere& third,
                        xyhCoordinate& result);
 
-} // namespace detail
+} // namespace tiltpole::positioning

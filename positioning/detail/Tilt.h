@@ -1,35 +1,14 @@
+// SPDX-License-Identifier: MIT
+//
 // Pitch and roll of a sample as sines and cosines, and the pole's lean from them.
 //
 // Everything a sample asks for (two headings, the tilt-direction angle, the tip) needs the same
 // four values, so they are computed once and handed on.
 #pragma once
 
-#include "positioning/detail/Angles.h"
+#include "survey/SensorAxes.h"
 
-namespace detail {
-
-inline constexpr int kFirstConvention = 1;      // sensor type whose tilt angles are pitch and roll
-inline constexpr int kTurnedProjectionType = 2; // sensor type whose projection is turned further
-
-struct Pose
-{
-    double sinPitch, cosPitch;
-    double sinRoll, cosRoll;
-    double sinSin, sinCos; // sin p·sin r, sin p·cos r
-
-    /// The same pose seen from magnetometer B: both angles change sign.
-    Pose Reversed() const { return {-sinPitch, cosPitch, -sinRoll, cosRoll, sinSin, -sinCos}; }
-};
-
-inline Pose PoseOf(double pitch, double roll) // [degrees]
-{
-    const double p = Deg2Rad(pitch);
-    const double r = Deg2Rad(roll);
-    const double sinPitch = std::sin(p);
-    const double sinRoll = std::sin(r);
-    const double cosRoll = std::cos(r);
-    return {sinPitch, std::cos(p), sinRoll, cosRoll, sinPitch * sinRoll, sinPitch * cosRoll};
-}
+namespace tiltpole::positioning {
 
 /// The two tilt angles u, v of the pole: pitch and roll, or for the other sensor types
 /// u = −asin(cos p·sin r) and v = p.
@@ -39,12 +18,12 @@ struct TiltAngles
     double sinV, cosV;
 };
 
-inline TiltAngles TiltAnglesOf(const Pose& pose, int sensorType)
+inline TiltAngles TiltAnglesOf(const survey::Pose& pose, survey::SensorAxes axes)
 {
-    if (sensorType == kFirstConvention)
+    if (axes == survey::SensorAxes::ForwardLeftUp)
         return {pose.sinPitch, pose.cosPitch, pose.sinRoll, pose.cosRoll};
     const double sinU = -(pose.cosPitch * pose.sinRoll);
-    return {sinU, OtherLeg(sinU), pose.sinPitch, pose.cosPitch};
+    return {sinU, survey::OtherLeg(sinU), pose.sinPitch, pose.cosPitch};
 }
 
 /// Cosine of the angle between the tilt direction and the heading,
@@ -65,4 +44,4 @@ inline double TiltDirectionCosine(double u, double v)
     return under == 0.0 ? 0.0 : (cos2U * sin2V + cos2V * sin2U - (sin2V + sin2U)) / under;
 }
 
-} // namespace detail
+} // namespace tiltpole::positioning

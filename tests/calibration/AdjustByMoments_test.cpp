@@ -1,5 +1,7 @@
+// SPDX-License-Identifier: MIT
+//
 // Adjust works on moments where it may; whatever the data, it must answer as the fits themselves.
-#include "calibration/detail/MomentSolver.h"
+#include "calibration/solver/MomentSolver.h"
 #include "tests/calibration/AdjustTools.h"
 
 #include <gtest/gtest.h>
@@ -63,9 +65,9 @@ void ExpectSameAsTheFits(const Turn& horizontal, const Turn& vertical, double to
     EXPECT_TRUE(Agree(adjust.GetCoorTrans().dZ, T.dZ, tolerance));
 }
 
-detail::TurnReadings Columns(const Turn& turn)
+tiltpole::calibration::TurnReadings Columns(const Turn& turn)
 {
-    detail::TurnReadings readings(static_cast<int>(turn.size()));
+    tiltpole::calibration::TurnReadings readings(static_cast<int>(turn.size()));
     int i = 0;
     for (const PoseSensorData& s : turn)
         readings.Set(i++, s.dMag_x, s.dMag_y, s.dMag_z);
@@ -91,7 +93,8 @@ TEST(AdjustByMoments, FieldLikeTurnsAgreeToNineDigits)
         shape.seed = seed;
         SCOPED_TRACE(seed);
         const Turn horizontal = turns::Make(shape, false), vertical = turns::Make(shape, true);
-        EXPECT_TRUE(detail::SolveByMoments(Columns(horizontal), Columns(vertical)).has_value());
+        EXPECT_TRUE(tiltpole::calibration::SolveByMoments(Columns(horizontal), Columns(vertical))
+                        .has_value());
         ExpectSameAsTheFits(horizontal, vertical, 1e-9);
     }
 }

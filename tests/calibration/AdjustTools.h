@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What the tests of the calibration share: its protected operations, recorded message boxes, and
 // a folder of its own for the dumps.
 #pragma once

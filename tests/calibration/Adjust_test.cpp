@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The calibration from turn to parameters: results, messages in their order, what a failure leaves.
 #include "tests/calibration/AdjustTools.h"
 #include "tests/calibration/LiteralAdjust.h"

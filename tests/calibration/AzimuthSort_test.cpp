@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Sort_ByAzimuth leaves what an exchange sort leaves, equal azimuths and odd entries included.
 #include "tests/calibration/FilterTwin.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The correction in closed form from given conics and a line.
 #include "tests/calibration/AdjustTools.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The dump of a failed calibration, byte for byte.
 #include "tests/calibration/AdjustTools.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The sample filters against the same rules written down literally: equal in every bit.
 #include "tests/calibration/FilterTwin.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Where the horizontal and the vertical filter differ.
 #include "tests/calibration/FilterTwin.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // One of the sample filters and its literal counterpart, fed with the same samples.
 #pragma once
 

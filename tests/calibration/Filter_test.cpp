@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What the sample filters promise, rule by rule, worked out by hand.
 #include "tests/calibration/FilterTwin.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The Kalman filter against its formulas written on plain arrays, and on a published series.
 #include "calibration/KFilter.h"
 #include "tests/calibration/AdjustTools.h"

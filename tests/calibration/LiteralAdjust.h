@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The calibration written down step by step on plain numbers of extended precision: what the
 // solver is compared with.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The sample filters written down rule by rule, without anything remembered: what the fast ones
 // are compared with.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The fits of the calibration: conics, lines, centres and least squares, on figures known by hand.
 #include "tests/calibration/AdjustTools.h"
 #include "tests/calibration/LiteralAdjust.h"

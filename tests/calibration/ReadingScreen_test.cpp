@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Screening of reading matrices: DataFilter and MatrixFilter.
 #include "tests/calibration/AdjustTools.h"
 

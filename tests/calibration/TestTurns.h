@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Turns for the calibration tests: simulated ones with known shape, and recorded readings.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A host's dialog for the tests of controls, and questions to the pixels a control shows.
 #pragma once
 
@@ -7,7 +9,7 @@
 
 #include <vector>
 
-namespace controls::test {
+namespace tiltpole::controls::test {
 
 constexpr COLORREF kRed = RGB(255, 0, 0);
 constexpr COLORREF kGreen = RGB(0, 255, 0);
@@ -95,4 +97,4 @@ struct Placed
     }
 };
 
-} // namespace controls::test
+} // namespace tiltpole::controls::test

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/DialGeometry.h"
 
 #include <gtest/gtest.h>
@@ -5,7 +6,7 @@
 #include <cmath>
 #include <limits>
 
-namespace controls {
+namespace tiltpole::controls {
 namespace {
 
 TEST(Pixel, AddsHalfAndCutsTowardsZero)
@@ -97,4 +98,4 @@ TEST(FixLine, CrossesTheBandAtItsHeading)
 }
 
 } // namespace
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/GraphCompass.h"
 
 #include "tests/controls/ControlTest.h"
@@ -7,7 +8,7 @@
 #include <cmath>
 #include <cstring>
 
-namespace controls::test {
+namespace tiltpole::controls::test {
 namespace {
 
 // 240 x 240: centre (120, 120), diameter 235, unit 3, rings 118, 113 and 103.
@@ -294,4 +295,4 @@ TEST(Compass, TakesAMillionValuesAndFixesWithoutGrowing)
 }
 
 } // namespace
-} // namespace controls::test
+} // namespace tiltpole::controls::test

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/GraphIncline_Left.h"
 #include "controls/GraphIncline_Right.h"
 
@@ -5,7 +6,7 @@
 
 #include <cstring>
 
-namespace controls::test {
+namespace tiltpole::controls::test {
 namespace {
 
 // 100 x 180: the scale frame is columns 20 to 80, H = 180, a pixel a degree.
@@ -286,4 +287,4 @@ TEST(GaugeScale, CountsFromItsLowEnd)
 }
 
 } // namespace
-} // namespace controls::test
+} // namespace tiltpole::controls::test

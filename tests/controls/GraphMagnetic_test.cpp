@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/GraphMagnetic_XY.h"
 #include "controls/GraphMagnetic_XZ.h"
 
@@ -9,7 +10,7 @@
 #include <filesystem>
 #include <string>
 
-namespace controls::test {
+namespace tiltpole::controls::test {
 namespace {
 
 template <class Base>
@@ -362,4 +363,4 @@ TYPED_TEST(Plot, DrawsNothingWithoutAContext)
 }
 
 } // namespace
-} // namespace controls::test
+} // namespace tiltpole::controls::test

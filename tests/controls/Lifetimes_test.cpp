@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Controls come and go: nothing of them stays, and none of them minds not being seen.
 #include "controls/GraphCompass.h"
 #include "controls/GraphIncline_Left.h"
@@ -11,7 +13,7 @@
 #include <malloc.h>
 #include <ostream>
 
-namespace controls::test {
+namespace tiltpole::controls::test {
 namespace {
 
 constexpr DWORD kShown = WS_CHILD | WS_VISIBLE;
@@ -148,4 +150,4 @@ TEST(HiddenControl, GoesOnWhenItIsHiddenAgain)
 }
 
 } // namespace
-} // namespace controls::test
+} // namespace tiltpole::controls::test

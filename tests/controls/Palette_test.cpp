@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Which colours a control shows: all of its own, and no others.
 #include "controls/GraphCompass.h"
 #include "controls/GraphIncline_Left.h"
@@ -12,7 +14,7 @@
 #include <algorithm>
 #include <set>
 
-namespace controls::test {
+namespace tiltpole::controls::test {
 namespace {
 
 using testing::UnorderedElementsAre;
@@ -144,4 +146,4 @@ TEST(NeedleOnTheDial, ReachesFromTipToTail)
 }
 
 } // namespace
-} // namespace controls::test
+} // namespace tiltpole::controls::test

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "controls/detail/PlotView.h"
 #include "controls/detail/TiltView.h"
 
@@ -5,7 +6,7 @@
 
 #include <limits>
 
-namespace controls {
+namespace tiltpole::controls {
 namespace {
 
 const CRect kClient(0, 0, 200, 100);
@@ -153,4 +154,4 @@ TEST(TiltZoom, ComesRarerWithMoreObservations)
 }
 
 } // namespace
-} // namespace controls
+} // namespace tiltpole::controls

@@ -1,8 +1,9 @@
+// SPDX-License-Identifier: MIT
 #include "controls/TiltPositionGraph.h"
 
 #include "tests/controls/ControlTest.h"
 
-namespace controls::test {
+namespace tiltpole::controls::test {
 namespace {
 
 constexpr COLORREF kAxis = RGB(56, 104, 169);
@@ -335,4 +336,4 @@ TEST_F(TiltGraph, ZoomsAtTheDocumentedCounts)
 }
 
 } // namespace
-} // namespace controls::test
+} // namespace tiltpole::controls::test

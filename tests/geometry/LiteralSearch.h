@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The search of the tip in its plainest form: every combination, every cyclic order, every
 // refinement, with small matrices that are allocated as they come. Written independently of the
 // library, to compare results and speed with. Works in the coordinates it is given: pass them

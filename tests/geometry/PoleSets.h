@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Sets of antenna positions about a tip, as the tests of the multi-point solution use them.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Collecting observations, the two public steps of the solution, and its grading on sets whose
 // outcome is known beforehand.
 #include "geometry/TiltPosition_Geometry.h"

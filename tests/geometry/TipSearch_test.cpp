@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The search against the literal one, which shares no code with it: same tip, figures and status
 // on noisy, exact, degenerate and survey-size sets.
 #include "tests/geometry/PoleSets.h"

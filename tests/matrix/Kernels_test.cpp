@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Every kernel of every vector width against the literal rules, bit for bit.
 #include "matrix/detail/Kernels.h"
 
@@ -7,9 +9,9 @@
 #include <string>
 
 using namespace matrixtest;
-using detail::KernelSet;
-using detail::Outcome;
-using detail::PivotFloor;
+using tiltpole::matrix::KernelSet;
+using tiltpole::matrix::Outcome;
+using tiltpole::matrix::PivotFloor;
 
 namespace {
 
@@ -27,11 +29,12 @@ struct Width
 std::vector<Width> WidthsOfThisProcessor()
 {
     std::vector<Width> widths{
-        {"Baseline", &detail::kBaselineKernels}
+        {"Baseline", &tiltpole::matrix::kBaselineKernels}
     };
 #if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2")) widths.push_back({"Avx2", &detail::kAvx2Kernels});
-    if (__builtin_cpu_supports("avx512f")) widths.push_back({"Avx512", &detail::kAvx512Kernels});
+    if (__builtin_cpu_supports("avx2")) widths.push_back({"Avx2", &tiltpole::matrix::kAvx2Kernels});
+    if (__builtin_cpu_supports("avx512f"))
+        widths.push_back({"Avx512", &tiltpole::matrix::kAvx512Kernels});
 #endif
     return widths;
 }

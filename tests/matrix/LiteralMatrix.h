@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The matrix rules written out one element at a time over a vector, as an oracle: checked access
 // everywhere, no kernel, no storage trick, nothing taken from the library.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Bridges between the matrix classes and the literal oracle, comparison by bits, and matrices with
 // every kind of element that may turn up.
 #pragma once

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CSZMatrix: the operators, their failures, and an object met twice in one expression.
 #include "matrix/SZMatrix.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CSZMatrix: Cholesky and its relatives, and Gram-Schmidt.
 #include "matrix/SZMatrix.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CSZMatrix: trace, norms, condition and the helpers for 3-vectors.
 #include "matrix/SZMatrix.h"
 

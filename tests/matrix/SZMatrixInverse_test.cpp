@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CSZMatrix: the inverses.
 #include "matrix/SZMatrix.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CSZMatrix::Jacobi: the eigen-solver, and the call that does not come back.
 #include "matrix/SZMatrix.h"
 
@@ -114,8 +116,8 @@ TEST(PlaneRotation, ZeroesTheElementByAtMost45Degrees)
     Maker make(53);
     for (int trial = 0; trial < 100; ++trial) {
         const literal::Matrix a = make.Symmetric(2, Kind::Usual);
-        const detail::PlaneRotation j =
-            detail::ZeroingRotation(a.Get(0, 0), a.Get(1, 1), a.Get(0, 1));
+        const tiltpole::matrix::PlaneRotation j =
+            tiltpole::matrix::ZeroingRotation(a.Get(0, 0), a.Get(1, 1), a.Get(0, 1));
         const literal::Matrix J = Filled(2, 2, {j.cosine, -j.sine, j.sine, j.cosine});
         const literal::Matrix turned =
             literal::Product(literal::Product(literal::Transpose(J), a), J);

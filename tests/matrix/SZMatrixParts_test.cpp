@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CSZMatrix: slices and deletions, over every combination of indices.
 #include "matrix/SZMatrix.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Identities of matrix algebra on generated matrices.
 #include "matrix/SZMatrix.h"
 #include "matrix/TiltMatrix.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Test matrices of the literature with their exact inverses and eigenvalues.
 //
 //   Hilbert, Pascal   N. J. Higham, Accuracy and Stability of Numerical Algorithms, chapter 28; the

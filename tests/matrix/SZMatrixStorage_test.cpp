@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CSZMatrix: construction, health, access, storage and text.
 #include "matrix/SZMatrix.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CTiltMatrix: inverses, the Cholesky factor and the test for singularity.
 #include "matrix/TiltMatrix.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // CTiltMatrix: storage, operators, parts and text.
 #include "matrix/TiltMatrix.h"
 

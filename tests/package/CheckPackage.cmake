@@ -1,3 +1,4 @@
+# SPDX-License-Identifier: MIT
 # Builds and installs the libraries (static or shared), builds and runs examples/host against the
 # result, and looks at what was installed. Run with -D for each variable that CMakeLists.txt sets.
 cmake_minimum_required(VERSION 3.25)

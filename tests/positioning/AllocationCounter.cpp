@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Apart from the tests, so that no call of these is compiled into its caller.
 #include "tests/positioning/AllocationCounter.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Counts what the program asks of the free store.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Measuring asks nothing of the free store.
 #include "tests/positioning/AllocationCounter.h"
 #include "tests/positioning/Reach.h"

@@ -1,4 +1,5 @@
-#include "positioning/detail/Angles.h"
+// SPDX-License-Identifier: MIT
+#include "survey/Angle.h"
 #include "tests/positioning/Reach.h"
 
 #include <cmath>
@@ -66,7 +67,7 @@ TEST(ArcTangent, KnowsTheAxesAndTheirSides)
         {-1e-300, -1e9,   -kPi    },
     };
     for (const auto& c : cases) {
-        const double angle = detail::ArcTangent(c.y, c.x);
+        const double angle = tiltpole::survey::ArcTangent(c.y, c.x);
         EXPECT_EQ(angle, c.expected) << c.y << ' ' << c.x;
         EXPECT_EQ(std::signbit(angle), std::signbit(c.expected)) << c.y << ' ' << c.x;
     }
@@ -74,10 +75,10 @@ TEST(ArcTangent, KnowsTheAxesAndTheirSides)
 
 TEST(ArcTangent, HasNoDirectionWithoutAVector)
 {
-    EXPECT_TRUE(std::isnan(detail::ArcTangent(0, 0)));
-    EXPECT_TRUE(std::isnan(detail::ArcTangent(0, -0.0)));
-    EXPECT_TRUE(std::isnan(detail::ArcTangent(kInfinity, kInfinity)));
-    EXPECT_TRUE(std::isnan(detail::ArcTangent(kNaN, 1)));
+    EXPECT_TRUE(std::isnan(tiltpole::survey::ArcTangent(0, 0)));
+    EXPECT_TRUE(std::isnan(tiltpole::survey::ArcTangent(0, -0.0)));
+    EXPECT_TRUE(std::isnan(tiltpole::survey::ArcTangent(kInfinity, kInfinity)));
+    EXPECT_TRUE(std::isnan(tiltpole::survey::ArcTangent(kNaN, 1)));
 }
 
 RC_GTEST_PROP(ArcTangent, LiesWithinAUnitOfTheLastDigitOfPi, (int y, int x, int scale))
@@ -85,7 +86,7 @@ RC_GTEST_PROP(ArcTangent, LiesWithinAUnitOfTheLastDigitOfPi, (int y, int x, int 
     RC_PRE(x != 0 || y != 0);
     const double dy = std::ldexp(y, scale % 100);
     const long double exact = std::atan2(static_cast<long double>(dy), static_cast<long double>(x));
-    RC_ASSERT(std::fabs(static_cast<double>(exact - detail::ArcTangent(dy, x))) <= 5e-16);
+    RC_ASSERT(std::fabs(static_cast<double>(exact - tiltpole::survey::ArcTangent(dy, x))) <= 5e-16);
 }
 
 struct AzimuthCase

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Property tests draw the same cases in every run, unless RC_PARAMS says otherwise.
 #include <cstdlib>
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "positioning/detail/KeyedTextFile.h"
 
 #include "tests/positioning/TemporaryFolder.h"
@@ -10,7 +11,7 @@
 
 namespace {
 
-using detail::KeyedTextFile;
+using tiltpole::positioning::KeyedTextFile;
 
 KeyedTextFile Holding(std::string content)
 {
@@ -224,7 +225,7 @@ RC_GTEST_PROP(KeyedTextFile, ReadsManyKeysAsItReadsEach, ())
     constexpr std::array<const char*, 5> keys = {"a", "bb", "c", "b", "1"};
     std::array<double, 5> together = {9, 9, 9, 9, 9};
     std::array<double, 5> apart = together;
-    std::array<detail::KeyedDouble, 5> wanted;
+    std::array<tiltpole::positioning::KeyedDouble, 5> wanted;
     for (std::size_t i = 0; i < keys.size(); ++i) {
         wanted[i] = {keys[i], &together[i]};
         file.ReadDouble(keys[i], apart[i]);

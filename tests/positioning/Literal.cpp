@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/positioning/Literal.h"
 
 #include <cmath>

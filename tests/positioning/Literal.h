@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The whole measurement written out formula by formula, one library call per function named in a
 // formula and nothing shared between operations: what the class is compared with, in value and in
 // time. Operations are functions of their own translation unit, as the member functions of a class

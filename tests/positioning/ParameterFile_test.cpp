@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The calibration in its file: exact bytes, what is read from broken files, what survives a
 // failure.
 #include "positioning/InclineSensor_Position.h"

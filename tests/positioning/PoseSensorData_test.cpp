@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "positioning/PoseSensorData.h"
 
 #include "positioning/MagneticParameters.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The measurement as a host makes it: pose and antenna in, headings and tip out.
 #include "tests/positioning/Literal.h"
 #include "tests/positioning/Reach.h"

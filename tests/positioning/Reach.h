@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The protected operations of the class under test, and samples the tests share.
 #pragma once
 

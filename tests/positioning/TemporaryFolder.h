@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A scratch folder whose paths are framework texts.
 #pragma once
 

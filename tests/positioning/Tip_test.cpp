@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The steps below Position: the projection, the two geometries, lines, distances, three spheres.
 #include "tests/positioning/Literal.h"
 #include "tests/positioning/Reach.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "quality/CalibrationReport.h"
 
 #include "apps/study/Trial.h"

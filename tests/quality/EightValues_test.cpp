@@ -1,9 +1,10 @@
-#include "quality/detail/EightValues.h"
+// SPDX-License-Identifier: MIT
+#include "quality/calibration/EightValues.h"
 
 #include "tests/quality/TurnMaker.h"
 #include <gtest/gtest.h>
 
-using namespace quality::detail;
+using namespace tiltpole::quality;
 
 namespace {
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "quality/JointFit.h"
 
 #include "positioning/InclineSensor_Position.h"

@@ -1,15 +1,16 @@
-#include "quality/detail/LevelFrame.h"
+// SPDX-License-Identifier: MIT
+#include "quality/calibration/LevelFrame.h"
 
 #include "positioning/InclineSensor_Position.h"
 #include <Eigen/Geometry>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
 
-using quality::detail::FrameOf;
-using quality::detail::FrameOfLean;
-using quality::detail::LevelFrame;
-using quality::detail::Magnetometer;
-using quality::detail::Wrapped;
+using tiltpole::quality::FrameOf;
+using tiltpole::quality::FrameOfLean;
+using tiltpole::quality::LevelFrame;
+using tiltpole::quality::Magnetometer;
+using tiltpole::quality::Wrapped;
 
 namespace {
 

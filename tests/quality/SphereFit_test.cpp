@@ -1,11 +1,12 @@
-#include "quality/detail/SphereFit.h"
+// SPDX-License-Identifier: MIT
+#include "quality/calibration/SphereFit.h"
 
-#include "quality/detail/EightValues.h"
-#include "quality/detail/JointModel.h"
+#include "quality/calibration/EightValues.h"
+#include "quality/calibration/JointModel.h"
 #include "tests/quality/TurnMaker.h"
 #include <gtest/gtest.h>
 
-using namespace quality::detail;
+using namespace tiltpole::quality;
 using turnmaker::DistortedWorld;
 using turnmaker::Plan;
 using turnmaker::World;

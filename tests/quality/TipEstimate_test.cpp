@@ -1,9 +1,11 @@
+// SPDX-License-Identifier: MIT
+//
 // The honest tip estimate: exact sets, one bad position, a wrong antenna height, and simulations
 // that count how often its regions hold the true tip.
 #include "quality/TipEstimate.h"
 
 #include "geometry/TiltPosition_Geometry.h"
-#include "quality/detail/Quantiles.h"
+#include "quality/statistics/Quantiles.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -55,7 +57,7 @@ std::vector<xyhCoord> Antennas(const Cone& cone, unsigned seed)
 // Published values: R. A. Fisher's tables as in Abramowitz & Stegun, tables 26.9 and 26.10.
 TEST(Quantiles, AgreeWithTables)
 {
-    using namespace quality::detail;
+    using namespace tiltpole::quality;
     EXPECT_NEAR(StudentBound(0.95, 1), 12.706, 0.001);
     EXPECT_NEAR(StudentBound(0.95, 2), 4.303, 0.001);
     EXPECT_NEAR(StudentBound(0.95, 12), 2.179, 0.001);

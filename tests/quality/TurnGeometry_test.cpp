@@ -1,10 +1,11 @@
-#include "quality/detail/TurnGeometry.h"
+// SPDX-License-Identifier: MIT
+#include "quality/calibration/TurnGeometry.h"
 
 #include <Eigen/Geometry>
 #include <cmath>
 #include <gtest/gtest.h>
 
-using namespace quality::detail;
+using namespace tiltpole::quality;
 
 namespace {
 

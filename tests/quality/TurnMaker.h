@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Turns of a pole with known truth, made from closed formulas and without noise of their own.
 //
 //   level axes   north, west, up

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/screen/Screenshot.h"
 
 #include "apps/gallery/Frame.h"

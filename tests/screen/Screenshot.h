@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What stands on the screen, read back from the windowing system.
 #pragma once
 

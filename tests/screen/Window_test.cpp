@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/screen/Screenshot.h"
 
 #include "controls/GraphCompass.h"

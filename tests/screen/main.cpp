@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Tests of windows on the screen that the environment names.
 #include "framework/gui/Application.h"
 

@@ -1,4 +1,5 @@
 #!/usr/bin/env bash
+# SPDX-License-Identifier: MIT
 # usage: on_screen.sh PROGRAM [ARGUMENT...]
 # Runs a program on an X server of its own, which chooses a free display and ends with it.
 set -euo pipefail

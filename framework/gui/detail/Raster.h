@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Which pixels a drawing call sets: lines, polygons, ellipses, rectangles and copies on a picture
 // of whole pixels, nothing blended.
 //

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // What stands behind the handles: drawing objects, device contexts and windows.
 #pragma once
 

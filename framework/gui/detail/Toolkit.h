@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // All that is asked of a windowing toolkit: text, native windows, timers, a message box, PNG files.
 // A port to another toolkit implements these two classes and CurrentToolkit().
 #pragma once

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/detail/Records.h"
 
 #include "framework/gui/MessageMap.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The port to Qt: fonts, windows, the connection and its message box.
 #include "framework/core/MessageBox.h"
 #include "framework/gui/Application.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/qt/QtWindow.h"
 
 #include <QCloseEvent>

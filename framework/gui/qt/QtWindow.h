@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A native window on Qt: a widget that shows the picture of its WindowEvents pixel by pixel.
 #pragma once
 

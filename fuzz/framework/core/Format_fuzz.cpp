@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Any format with arguments of every kind, in an order the input chooses, is harmless.
 #include "framework/core/String.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Wide and narrow text of the same characters give the same number, from within the text.
 #include "framework/core/ParseNumber.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Any bytes become well-formed text, which survives the way to UTF-8 and back unchanged.
 #include "framework/core/TextConversion.h"
 

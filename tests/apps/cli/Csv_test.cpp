@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Csv.h"
 
 #include "tests/apps/cli/ScratchFile.h"

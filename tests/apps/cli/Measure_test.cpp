@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Csv.h"
 #include "positioning/InclineSensor_Position.h"
 #include "tests/apps/cli/RunProgram.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "apps/cli/Plot.h"
 
 #include "apps/cli/Errors.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "tests/apps/cli/RunProgram.h"
 #include "tests/apps/cli/ScratchFile.h"
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The program run with a command line as one types it: words between blanks.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Runs the built program as a user would: arguments, standard input, what it prints, how it ends.
 #pragma once
 

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Sample logs for tests: rows with what a log needs, and room for a surprise.
 #pragma once
 

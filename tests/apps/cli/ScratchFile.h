@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Files of a test, in a folder of their own that goes with them.
 #pragma once
 

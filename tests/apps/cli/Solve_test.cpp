@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole solve, run as a program.
 #include "tests/apps/cli/RunLine.h"
 #include "tests/apps/cli/ScratchFile.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // tiltpole transform: its fit against refits and against PROJ, and the program as users run it.
 #include "apps/cli/TransformFit.h"
 

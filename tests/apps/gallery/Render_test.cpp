@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The gallery's pictures, drawn without a screen.
 #include "tests/ScratchFolder.h"
 #include "tests/apps/cli/RunProgram.h"

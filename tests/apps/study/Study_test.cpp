@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The study program: one calibration under each condition.
 #include "apps/study/Conditions.h"
 

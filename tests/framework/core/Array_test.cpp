@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/Array.h"
 
 #include "tests/framework/core/TextOf.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/File.h"
 
 #include "tests/framework/core/Folder.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // A scratch folder whose names are framework texts, and the limits tests put on files.
 #pragma once
 

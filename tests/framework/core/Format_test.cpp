@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/Format.h"
 
 #include "tests/framework/core/TextOf.h"

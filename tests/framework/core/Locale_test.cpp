@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The same digits in every locale: a decimal comma and grouping dots, in C++ and, where the
 // system has such a locale, in C.
 #include "framework/core/core.h"

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/MessageBox.h"
 
 #include <gtest/gtest.h>

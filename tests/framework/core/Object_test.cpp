@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/Object.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/Rect.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/core/String.h"
 
 #include "tests/framework/core/TextOf.h"

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Readable messages for wide text in test failures.
 #pragma once
 

@@ -1,3 +1,4 @@
+// SPDX-License-Identifier: MIT
 #include "framework/gui/detail/Raster.h"
 
 #include <gtest/gtest.h>

@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // Tests of windows run in memory: one connection without a screen for the whole program.
 #include "framework/gui/Application.h"
 

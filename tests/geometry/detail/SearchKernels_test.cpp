@@ -1,3 +1,5 @@
+// SPDX-License-Identifier: MIT
+//
 // The kernels of the search: plain and wide builds alike, and no start dropped that could win.
 #include "geometry/detail/PointCloud.h"
 #include "geometry/detail/SearchKernels.h"
@@ -12,7 +14,7 @@
 
 namespace {
 
-using namespace detail::sphere;
+using namespace tiltpole::geometry;
 
 std::vector<SpacePoint> Cap(std::size_t count, double tilt, double noise, unsigned seed)
 {

@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+//
+// What both sample filters do with a turn, over the members of the filter that is asked.
+#pragma once
+
+#include "calibration/filter/AzimuthSort.h"
+#include "calibration/filter/Screening.h"
+#include "calibration/filter/SectorCoverage.h"
+#include "calibration/filter/TurnAzimuth.h"
+
+#include <cmath>
+#include <cstddef>
+#include <limits>
+#include <memory>
+
+namespace tiltpole::calibration {
+
+inline constexpr int kRecenterEvery = 10;   // samples
+inline constexpr double kLargestGap = 60.0; // degrees between neighbours of a closed turn
+inline constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
+
+/// What a filter remembers of its record so that a new sample costs little.
+template <class Plane>
+struct TurnNotes
+{
+    TurnExtent<Plane> extent;
+    SectorCoverage coverage;
+    double aboutX = kNowhere; // the centre that the azimuths belong to [counts]
+    double aboutSecond = kNowhere;
+    int azimuths = 0;         // leading samples whose azimuth is the one about that centre
+    bool flagsInOrder = true; // their turning directions are those of the order of arrival
+    int radiusOwed = 0;       // leading samples whose mean distance is the radius, not yet taken
+
+    bool IsAbout(const PoseSensorCenterParameter& center) const
+    {
+        return aboutX == center.dX && aboutSecond == center.*Plane::CenterSecond;
+    }
+};
+
+/// Mean distance of the first `count` entries from the centre, null entries left out [counts].
+template <class Plane>
+double MeanDistance(const SampleArray& samples, int count, const PoseSensorCenterParameter& center)
+{
+    double sum = 0;
+    int taken = 0;
+    for (int i = 0; i < count; ++i) {
+        const PoseSensorData* sample = samples.GetAt(i);
+        if (sample == nullptr) continue;
+        sum += DistanceFromCenter<Plane>(*sample, center);
+        ++taken;
+    }
+    return sum / taken;
+}
+
+/// Valid centre of a turn of that extent; the radius stays as it is.
+template <class Plane>
+void SetCenter(PoseSensorCenterParameter& center, const TurnExtent<Plane>& extent)
+{
+    center.nValid = 1;
+    center.dX = extent.MiddleX();
+    center.*Plane::CenterSecond = extent.MiddleSecond();
+    center.*Plane::CenterAxis = Plane::AxisCenter(extent);
+}
+
+/// The centre with its radius, which is formed only when it is asked for.
+template <class Plane>
+PoseSensorCenterParameter CenterWithRadius(const PoseSensorCenterParameter& center,
+                                           const SampleArray& record, const TurnNotes<Plane>& notes)
+{
+    PoseSensorCenterParameter result = center;
+    if (notes.radiusOwed > 0)
+        result.dRadius = MeanDistance<Plane>(record, notes.radiusOwed, center);
+    return result;
+}
+
+/// The operations that change a filter. Lives for one call.
+template <class Plane>
+class TurnRecord
+{
+public:
+    TurnRecord(PoseSensorCenterParameter& center, PoseSensorData*& previous, SampleArray& record,
+               TurnNotes<Plane>& notes)
+        : m_Center(center), m_Previous(previous), m_Record(record), m_Notes(notes)
+    {}
+
+    void Add(PoseSensorData* sample)
+    {
+        if (sample == nullptr) return;
+        m_Record.Add(sample);
+        m_Notes.extent.Include(*sample);
+        if (CountOf(m_Record) % kRecenterEvery == 0)
+            Recenter();
+        else
+            WriteNext(*sample);
+    }
+
+    /// Frees the samples; the centre stays.
+    void Clear()
+    {
+        m_Center = CenterWithRadius<Plane>(m_Center, m_Record, m_Notes);
+        for (int i = 0; i < CountOf(m_Record); ++i)
+            delete m_Record.GetAt(i);
+        m_Record.RemoveAll();
+        m_Previous = nullptr;
+        m_Notes = {};
+    }
+
+    int CalculateCenter(const SampleArray* samples)
+    {
+        if (samples == nullptr) return 0;
+        const TurnExtent<Plane> extent = ExtentOf<Plane>(*samples);
+        if (extent.count == 0) return 0;
+
+        SetCenter<Plane>(m_Center, extent);
+        m_Center.dRadius = MeanDistance<Plane>(*samples, CountOf(*samples), m_Center);
+        m_Notes.radiusOwed = 0;
+        return 1;
+    }
+
+    int CalculateAzimuths(const SampleArray* samples)
+    {
+        if (samples == nullptr || m_Center.nValid == 0) return 0;
+        for (int i = 0; i < CountOf(*samples); ++i)
+            CalculateAzimuth(samples->GetAt(i));
+        return 1;
+    }
+
+    int CalculateAzimuth(PoseSensorData* sample)
+    {
+        if (sample == nullptr || m_Center.nValid == 0) return 0;
+        WriteAzimuth<Plane>(*sample, m_Center, m_Previous);
+        m_Notes.azimuths = 0; // it may be any sample of the record
+        m_Notes.coverage.Distrust();
+        return 1;
+    }
+
+    void Sort(SampleArray* samples)
+    {
+        if (samples == nullptr) return;
+        SortByAzimuth(*samples);
+        m_Notes.flagsInOrder = false;
+    }
+
+    int IsComplete(const SampleArray* samples)
+    {
+        if (samples == nullptr) return 0;
+        CalculateCenter(samples);
+        CalculateAzimuths(samples);
+        const PoseSensorData* before = nullptr;
+        for (int i = 0; i < CountOf(*samples); ++i) {
+            const PoseSensorData* sample = samples->GetAt(i);
+            if (sample == nullptr) continue;
+            if (before != nullptr && std::fabs(sample->dAzimuth - before->dAzimuth) > kLargestGap)
+                return 0;
+            before = sample;
+        }
+        return 1;
+    }
+
+    SampleArray* Filter()
+    {
+        Recenter();
+        if (CountOf(m_Record) == 0) return nullptr;
+
+        const auto room = std::make_unique_for_overwrite<Candidate[]>(
+            static_cast<std::size_t>(CountOf(m_Record)));
+        const Candidates kept = ThinOut<Plane>(m_Record, m_Center, room.get());
+        m_Notes.radiusOwed = 0;
+        SortByAzimuth(kept);
+        m_Notes.flagsInOrder = false;
+        return FilterByAzimuth(KeepOnTurn<Plane>(kept, m_Center));
+    }
+
+private:
+    // Centre of the record and the azimuths of all its samples about it. Where the centre has not
+    // moved the azimuths are the ones that stand there, and only what the walk over the record
+    // would change is written.
+    void Recenter()
+    {
+        if (m_Notes.extent.count == 0) return;
+        SetCenter<Plane>(m_Center, m_Notes.extent);
+        m_Notes.radiusOwed = CountOf(m_Record);
+        if (m_Notes.IsAbout(m_Center) && m_Notes.azimuths > 0)
+            RewriteFlags();
+        else
+            ForgetAzimuths();
+        while (m_Notes.azimuths < CountOf(m_Record))
+            WriteNoted(*m_Record.GetAt(m_Notes.azimuths));
+    }
+
+    void ForgetAzimuths()
+    {
+        m_Notes.azimuths = 0;
+        m_Notes.flagsInOrder = true;
+        m_Notes.aboutX = m_Center.dX;
+        m_Notes.aboutSecond = m_Center.*Plane::CenterSecond;
+        m_Notes.coverage.Clear();
+    }
+
+    // A walk over the record compares its first sample with the one computed last.
+    void RewriteFlags()
+    {
+        const int count = m_Notes.flagsInOrder ? 1 : m_Notes.azimuths;
+        const PoseSensorData* before = m_Previous;
+        for (int i = 0; i < count; ++i) {
+            PoseSensorData* sample = m_Record.GetAt(i);
+            if (before != nullptr)
+                sample->SetTurnFlag(TurnFlag(sample->dAzimuth, before->dAzimuth));
+            before = sample;
+        }
+        m_Notes.flagsInOrder = true;
+        m_Previous = m_Record.GetAt(m_Notes.azimuths - 1);
+    }
+
+    void WriteNoted(PoseSensorData& sample)
+    {
+        WriteAzimuth<Plane>(sample, m_Center, m_Previous);
+        m_Notes.coverage.Note(sample);
+        ++m_Notes.azimuths;
+    }
+
+    // The newest sample alone.
+    void WriteNext(PoseSensorData& sample)
+    {
+        const bool followsOn = m_Center.nValid != 0 && m_Notes.IsAbout(m_Center)
+                               && m_Notes.azimuths == CountOf(m_Record) - 1;
+        if (followsOn) return WriteNoted(sample);
+        CalculateAzimuth(&sample);
+        m_Notes.coverage.Distrust();
+    }
+
+    PoseSensorCenterParameter& m_Center;
+    PoseSensorData*& m_Previous;
+    SampleArray& m_Record;
+    TurnNotes<Plane>& m_Notes;
+};
+
+} // namespace tiltpole::calibration

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+#include "quality/SolverRun.h"
+
+#include "calibration/InclineSensor_Filter_XY.h"
+#include "calibration/InclineSensor_Filter_XZ.h"
+#include "calibration/InclineSensor_MagneticAdjust.h"
+
+#include <memory>
+#include <utility>
+
+namespace quality {
+
+namespace {
+
+template <class TurnFilter>
+std::vector<PoseSensorData> Screened(const std::vector<PoseSensorData>& samples, int select)
+{
+    using Samples = typename TurnFilter::Samples;
+    TurnFilter filter;
+    for (const PoseSensorData& s : samples)
+        filter.Add(std::make_unique<PoseSensorData>(s).release()); // owned by the filter from here
+    std::unique_ptr<Samples> kept(filter.Filter());
+    if (select > 0) kept.reset(filter.Select(kept.get(), select));
+
+    std::vector<PoseSensorData> copies;
+    if (!kept) return copies;
+    for (int i = 0; i < kept->GetSize(); ++i) {
+        if (const PoseSensorData* s = kept->GetAt(i)) copies.push_back(*s);
+    }
+    return copies;
+}
+
+void Solve(CalibrationRun& run)
+{
+    CInclineSensor_MagneticAdjust adjust;
+    for (const PoseSensorData& s : run.used.horizontal)
+        adjust.Horizontal_Add(&s);
+    for (const PoseSensorData& s : run.used.vertical)
+        adjust.Vertical_Add(&s);
+    run.solverAnswer = adjust.Adjust();
+    run.calibration.correctionA = adjust.GetCorrectPar_A();
+    run.calibration.correctionB = adjust.GetCorrectPar_B();
+    run.calibration.translation = adjust.GetCoorTrans();
+}
+
+} // namespace
+
+CalibrationRun RunSolver(CalibrationTurns recorded, int sensorType, int select)
+{
+    CalibrationRun run;
+    run.sensorType = sensorType;
+    run.recorded = std::move(recorded);
+    run.used.horizontal = Screened<CInclineSensor_Filter_XY>(run.recorded.horizontal, select);
+    run.used.vertical = Screened<CInclineSensor_Filter_XZ>(run.recorded.vertical, select);
+    Solve(run);
+    return run;
+}
+
+CalibrationRun RunSolverUnscreened(CalibrationTurns used, int sensorType)
+{
+    CalibrationRun run;
+    run.sensorType = sensorType;
+    run.recorded = used;
+    run.used = std::move(used);
+    Solve(run);
+    return run;
+}
+
+} // namespace quality

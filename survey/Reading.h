@@ -1,0 +1,47 @@
+// SPDX-License-Identifier: MIT
+//
+// Readings of the two magnetometers of a sample.
+//
+// A and B sit on one sensor with x and y opposed: what A reads as (x, y, z), B reads as (−x, −y, z)
+// but for their offsets and scales.
+#pragma once
+
+#include "positioning/PoseSensorData.h"
+
+#include <cmath>
+
+namespace tiltpole::survey {
+
+enum class Magnetometer { A, B };
+
+struct Reading // of one magnetometer [counts]
+{
+    double x, y, z;
+};
+
+inline Reading ReadingOf(const PoseSensorData& s, Magnetometer which)
+{
+    return which == Magnetometer::A ? Reading{s.dMag_x, s.dMag_y, s.dMag_z}
+                                    : Reading{s.dMag_x_2, s.dMag_y_2, s.dMag_z_2};
+}
+
+inline void SetReading(PoseSensorData& s, Magnetometer which, const Reading& m)
+{
+    if (which == Magnetometer::A) {
+        s.dMag_x = m.x;
+        s.dMag_y = m.y;
+        s.dMag_z = m.z;
+    } else {
+        s.dMag_x_2 = m.x;
+        s.dMag_y_2 = m.y;
+        s.dMag_z_2 = m.z;
+    }
+}
+
+/// |Δx| + |Δy| + |Δz| [counts].
+inline double SumOfDifferences(const Reading& a, const Reading& b)
+{
+    return std::fabs(a.x - b.x) + std::fabs(a.y - b.y) + std::fabs(a.z - b.z);
+}
+
+} // namespace tiltpole::survey
