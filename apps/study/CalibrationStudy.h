@@ -3,7 +3,7 @@
 // How well calibrations come out under every condition, and how well their report knows it.
 #pragma once
 
-#include "apps/study/Conditions.h"
+#include "simulation/trials/Conditions.h"
 #include <cstdint>
 #include <string>
 #include <vector>

@@ -3,7 +3,7 @@
 // Figures over many trials.
 #pragma once
 
-#include "apps/study/Trial.h"
+#include "simulation/trials/Trial.h"
 
 #include <functional>
 #include <vector>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "quality/CalibrationReport.h"
 
-#include "apps/study/Trial.h"
+#include "simulation/trials/Trial.h"
 #include "framework/core/MessageBox.h"
 #include "quality/SolverRun.h"
 #include "tests/quality/TurnMaker.h"

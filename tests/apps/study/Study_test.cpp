@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // The study program: one calibration under each condition.
-#include "apps/study/Conditions.h"
+#include "simulation/trials/Conditions.h"
 
 #include "tests/apps/cli/RunProgram.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/study/Conditions.h"
+#include "simulation/trials/Conditions.h"
 
 #include <cmath>
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "apps/study/Trial.h"
+#include "simulation/trials/Trial.h"
 
 #include "quality/SolverRun.h"
 #include "quality/calibration/EightValues.h"

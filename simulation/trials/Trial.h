@@ -11,7 +11,7 @@
 //              calibration's recording were gone afterwards
 #pragma once
 
-#include "apps/study/Conditions.h"
+#include "simulation/trials/Conditions.h"
 #include "quality/CalibrationReport.h"
 
 #include <cstdint>
