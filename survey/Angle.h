@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// Angles: degrees and radians, azimuths, and arc functions that accept arguments which rounding
+// Angles: degrees and radians, azimuths, and arc functions that accept arguments which rounding has
 // pushed out of their domain.
 //
-//   azimuth   counted from +x (north) towards +y (east), [degrees]
-//   Rotation  an angle by its cosine and sine
+//   azimuth   counted from +x (north) towards +y (east), clockwise on a map [degrees]
+//   Rotation  an angle given by its cosine and sine
 #pragma once
 
 #include <cmath>
@@ -15,13 +15,13 @@ inline constexpr double kPi = 3.141592653589793;
 inline constexpr double kHalfPi = 1.5707963267948966;
 inline constexpr double kDegreesPerRadian = 180.0 / kPi;
 
-/// degrees·π/180, in this order.
+/// degrees·π/180, multiplied before it is divided.
 inline double Deg2Rad(double degrees)
 {
     return degrees * kPi / 180.0;
 }
 
-/// radians·180/π, in this order.
+/// radians·180/π, multiplied before it is divided.
 inline double Rad2Deg(double radians)
 {
     return radians * 180.0 / kPi;
@@ -35,23 +35,24 @@ inline double ClampToUnit(double value)
     return value;
 }
 
-/// Arc sine and arc cosine [rad] of the limited argument: they never fail.
+/// Arc sine of the argument limited to [-1, 1] [rad]: fails for no finite argument.
 inline double ArcSine(double value)
 {
     return std::asin(ClampToUnit(value));
 }
 
+/// Arc cosine of the argument limited to [-1, 1] [rad].
 inline double ArcCosine(double value)
 {
     return std::acos(ClampToUnit(value));
 }
 
-/// Brings an azimuth [degrees] towards [0, 360] by one turn at most: -400 becomes -40, 360 stays
-/// (AdjustAzimuth.TakesOneStepAtMost).
+/// An azimuth [degrees] brought towards [0, 360] by one turn at most: -400 becomes -40, 360 stays
+/// (AdjustedAzimuth.TakesOneStepAtMost).
 inline double AdjustedAzimuth(double azimuth)
 {
-    // Selected, not branched: headings of a turning pole are beyond prediction. Adding -0.0 changes
-    // nothing, not even the sign of a zero.
+    // Selects instead of branching: the processor cannot predict the headings of a turning pole.
+    // Adding -0.0 changes nothing, not even the sign of a zero.
     const double down = azimuth > 360.0 ? -360.0 : -0.0;
     return azimuth + (azimuth < 0.0 ? 360.0 : down);
 }
@@ -70,16 +71,16 @@ inline double Wrapped(double degrees)
     return std::remainder(degrees, 360.0);
 }
 
-/// atan2(y, x) [rad] by the arc tangent of the quotient: within 5e-16 of std::atan2, in about half
-/// its time. NaN where both are 0 or both infinite.
+/// atan2(y, x) [rad] by the arc tangent of the quotient: within 5e-16 of the exact angle, in about
+/// half the time of std::atan2. NaN where both arguments are 0 or both infinite.
 inline double ArcTangent(double y, double x)
 {
     const double behind = kHalfPi - std::copysign(kHalfPi, x); // 0 or π
     return std::atan(y / x) + std::copysign(behind, y);
 }
 
-/// Azimuth of the vector (dx, dy) [degrees]. |dx| < 1e-6 counts as a vector along y; the null
-/// vector, and a dx that is NaN, give 0.
+/// Azimuth of the vector (dx, dy) [degrees] in [0, 360]; a dy barely below 0 rounds to 360. A vector
+/// with |dx| < 1e-6 counts as lying along y. The null vector and a vector with a NaN give 0.
 inline double AzimuthOf(double dx, double dy)
 {
     constexpr double kAlongY = 1e-6;
@@ -94,14 +95,15 @@ inline double AzimuthOf(double dx, double dy)
     return 0.0;
 }
 
-/// √(1 − x²), the cosine of an angle whose sine is x, or the reverse. Written as a product, which
-/// keeps its digits where x is near 1; NaN where |x| > 1.
+/// √(1 − x²), the cosine of an angle whose sine is x, or the reverse. Formed from a product, which
+/// stays accurate where x is near 1. NaN where |x| > 1.
 inline double OtherLeg(double x)
 {
     return std::sqrt((1.0 - x) * (1.0 + x));
 }
 
-/// An angle by its cosine and sine: angles add without further trigonometry.
+/// An angle given by its cosine and sine: angles add without further trigonometry. Of a vector whose
+/// length is not 1 it is the direction, and lengths multiply.
 struct Rotation
 {
     double cos = 1.0;

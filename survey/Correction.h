@@ -8,9 +8,11 @@
 
 namespace tiltpole::survey {
 
-/// The corrected reading:
+/// The corrected reading, every line from the raw values:
 ///
-///   x' = x − x0,   y' = a·x + b·y − y0,   z' = c·x + d·y + e·z − z0
+///   x' =   x                 − x0
+///   y' = a·x + b·y           − y0
+///   z' = c·x + d·y + e·z     − z0
 inline Reading Corrected(const Incline_MagneticCorrectParameter& par, const Reading& raw)
 {
     return {raw.x - par.x0, par.a * raw.x + par.b * raw.y - par.y0,

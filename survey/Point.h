@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// A point or vector of three coordinates, and how the records of the public headers become one.
+// A point or vector with three coordinates, and its conversion to and from the public records.
 //
-//   plane frame  x north, y east, z up [m]: xyhCoordinate and xyhCoord call z their h
+//   survey frame  x north, y east, z up [m]; the records xyhCoordinate and xyhCoord call z `h`
+//   sensor frame  see SensorAxes.h; unit vectors
 #pragma once
 
 #include <cmath>
@@ -35,20 +36,20 @@ constexpr double Dot(const Point3& a, const Point3& b)
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
-/// √(x² + y² + z²).
+/// √(x² + y² + z²), without protection against overflow.
 inline double Length(const Point3& p)
 {
     return std::sqrt(Dot(p, p));
 }
 
-/// A record with members x, y, h (xyhCoordinate, xyhCoord) as a point, and back:
-/// `const auto tip = RecordOf<xyhCoordinate>(point);`
+/// The point of a record with members x, y, h (xyhCoordinate, xyhCoord).
 template <class Record>
 constexpr Point3 PointOf(const Record& record)
 {
     return {record.x, record.y, record.h};
 }
 
+/// The reverse: `const auto tip = RecordOf<xyhCoordinate>(point);`
 template <class Record>
 constexpr Record RecordOf(const Point3& point)
 {

@@ -2,8 +2,8 @@
 //
 // Readings of the two magnetometers of a sample.
 //
-// A and B sit on one sensor with x and y opposed: what A reads as (x, y, z), B reads as (−x, −y, z)
-// but for their offsets and scales.
+// A and B are mounted on one sensor with x and y opposed: apart from offsets and scales, B reads
+// (−x, −y, z) where A reads (x, y, z).
 #pragma once
 
 #include "positioning/PoseSensorData.h"
@@ -14,17 +14,20 @@ namespace tiltpole::survey {
 
 enum class Magnetometer { A, B };
 
-struct Reading // of one magnetometer [counts]
+/// Of one magnetometer, raw or corrected [counts].
+struct Reading
 {
     double x, y, z;
 };
 
+/// The reading that a sample carries.
 inline Reading ReadingOf(const PoseSensorData& s, Magnetometer which)
 {
     return which == Magnetometer::A ? Reading{s.dMag_x, s.dMag_y, s.dMag_z}
                                     : Reading{s.dMag_x_2, s.dMag_y_2, s.dMag_z_2};
 }
 
+/// Replaces the reading that a sample carries.
 inline void SetReading(PoseSensorData& s, Magnetometer which, const Reading& m)
 {
     if (which == Magnetometer::A) {

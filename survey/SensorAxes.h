@@ -1,14 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// How the sensor's axes lie on the pole, and what pitch and roll make of them.
+// How the sensor's axes lie on the pole, and where pitch and roll turn them.
 //
 //                      x         y         z
 //   ForwardLeftUp    forward   left      up the pole     sensor type 1
 //   RightForwardUp   right     forward   up the pole     every other sensor type
 //
-// Pitch turns about the rightward axis (nose up is positive), roll about the forward axis (right
-// side down is positive). Sensor type 2 has the axes RightForwardUp and adds the tilt direction to
-// the azimuth of the pole's projection.
+// Positive pitch raises the forward axis, positive roll lowers the right side. Sensor type 2 has the
+// axes RightForwardUp and adds the tilt direction to the azimuth of the pole's projection.
 #pragma once
 
 #include "survey/Angle.h"
@@ -21,9 +20,10 @@ namespace tiltpole::survey {
 
 enum class SensorAxes { ForwardLeftUp, RightForwardUp };
 
-inline constexpr int kForwardLeftUpType = 1;    // the sensor type with axes of its own
-inline constexpr int kRightForwardUpType = 0;   // stands for every type but the two with a name
-inline constexpr int kTurnedProjectionType = 2; // sensor type whose projection is turned further
+// Sensor types. Every number but the first and the last means the same as 0.
+inline constexpr int kForwardLeftUpType = 1;
+inline constexpr int kRightForwardUpType = 0;
+inline constexpr int kTurnedProjectionType = 2; // RightForwardUp, with the projection turned
 
 constexpr SensorAxes AxesOf(int sensorType)
 {
@@ -31,18 +31,19 @@ constexpr SensorAxes AxesOf(int sensorType)
                                             : SensorAxes::RightForwardUp;
 }
 
-/// Pitch p and roll r by their sines and cosines. Everything a sample needs (two headings, the tilt
-/// direction, the tip) comes from these values, so they are computed once and handed on.
+/// Pitch p and roll r given by their sines and cosines. All that is computed from a sample (two
+/// headings, the tilt direction, the tip) needs these values, so they are computed once.
 struct Pose
 {
     double sinPitch, cosPitch;
     double sinRoll, cosRoll;
     double sinSin, sinCos; // sin p·sin r, sin p·cos r
 
-    /// The same pose as magnetometer B sees it: both angles change sign.
+    /// The pose as magnetometer B sees it: both angles change sign.
     Pose Reversed() const { return {-sinPitch, cosPitch, -sinRoll, cosRoll, sinSin, -sinCos}; }
 };
 
+/// The pose of pitch and roll [rad].
 inline Pose PoseOfRadians(double pitch, double roll)
 {
     const double sinPitch = std::sin(pitch);
@@ -51,14 +52,18 @@ inline Pose PoseOfRadians(double pitch, double roll)
     return {sinPitch, std::cos(pitch), sinRoll, cosRoll, sinPitch * sinRoll, sinPitch * cosRoll};
 }
 
-inline Pose PoseOf(double pitch, double roll) // [degrees]
+/// The pose of pitch and roll [degrees].
+inline Pose PoseOf(double pitch, double roll)
 {
     return PoseOfRadians(Deg2Rad(pitch), Deg2Rad(roll));
 }
 
-/// The level directions in the axes of a magnetometer that stands at `pose`: unit vectors, mutually
-/// at right angles. A heading is atan2(−rightward·m, forward·m) of the corrected reading m.
-/// Derivation: docs/formulas.md, "Levelling".
+/// The level directions and the vertical in the axes of a magnetometer at `pose`: unit vectors at
+/// right angles to each other. The heading of a corrected reading m is
+///
+///   atan2(−rightward·m, forward·m)
+///
+/// Derivation: docs/formulas.md, "Level frame".
 struct LevelFrame
 {
     Point3 forward;
@@ -82,14 +87,15 @@ inline LevelFrame LevelFrameOf(const Pose& pose, SensorAxes axes)
     };
 }
 
-/// The horizontal part of the field in the frame of the pole [counts], the lean taken out.
+/// The horizontal part of the field along the two level directions [counts].
 struct LevelledField
 {
     double forward, rightward;
 };
 
-/// (forward·m, rightward·m) of LevelFrameOf, without the products by 0: a reading with an infinite
-/// component keeps the other part of its field.
+/// (forward·m, rightward·m) of LevelFrameOf, without its products by 0: where one component of the
+/// reading is infinite, the part that does not depend on it stays finite.
+/// Derivation: docs/formulas.md, "Levelling".
 inline LevelledField Levelled(const Pose& pose, const Reading& m, SensorAxes axes)
 {
     if (axes == SensorAxes::ForwardLeftUp)
