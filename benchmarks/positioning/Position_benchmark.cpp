@@ -13,6 +13,7 @@
 #include "positioning/InclineSensor_Position.h"
 #include "positioning/detail/Heading.h"
 #include "positioning/detail/Tilt.h"
+#include "survey/Correction.h"
 #include "tests/positioning/Literal.h"
 
 #include <Eigen/Geometry>
@@ -22,6 +23,8 @@
 #include <random>
 
 namespace positioning = tiltpole::positioning;
+namespace survey = tiltpole::survey;
+using survey::Magnetometer;
 
 namespace {
 
@@ -119,16 +122,16 @@ std::array<Arguments, kSamples> ArgumentsOf(int sensorType)
     for (std::size_t i = 0; i < kSamples; ++i) {
         const PoseSensorData& s = Samples()[i];
         const survey::Pose pose = survey::PoseOf(s.dPitch, s.dRoll);
-        const survey::Reading a{s.dMag_x, s.dMag_y, s.dMag_z};
-        const survey::Reading b{s.dMag_x_2, s.dMag_y_2, s.dMag_z_2};
+        const survey::SensorAxes axes = survey::AxesOf(sensorType);
+        const survey::Reading a = survey::ReadingOf(s, Magnetometer::A);
+        const survey::Reading b = survey::ReadingOf(s, Magnetometer::B);
         const literal::Result written = literal::Measure(setup, s, kPoleLength, {});
-        arguments[i] = {
-            survey::Deg2Rad(s.dPitch),
-            survey::Deg2Rad(s.dRoll),
-            survey::Levelled(pose, survey::Corrected(kCorrection, a), sensorType),
-            positioning::LevelledOfB(pose, survey::Corrected(kCorrection, b), sensorType),
-            survey::ClampToUnit(written.quotient),
-            survey::ClampToUnit(written.cosine[0])};
+        arguments[i] = {survey::Deg2Rad(s.dPitch),
+                        survey::Deg2Rad(s.dRoll),
+                        survey::Levelled(pose, survey::Corrected(kCorrection, a), axes),
+                        positioning::LevelledOfB(pose, survey::Corrected(kCorrection, b), axes),
+                        survey::ClampToUnit(written.quotient),
+                        survey::ClampToUnit(written.cosine[0])};
     }
     return arguments;
 }
