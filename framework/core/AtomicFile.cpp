@@ -2,13 +2,15 @@
 #include "framework/core/AtomicFile.h"
 
 #include "framework/core/TextConversion.h"
+#include "framework/core/detail/Descriptor.h"
+#include "framework/core/detail/TemporaryFile.h"
 
+#include <algorithm>
 #include <array>
 #include <cerrno>
 #include <climits>
-#include <cstdio>
 #include <fcntl.h>
-#include <string>
+#include <new>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -17,29 +19,6 @@ namespace framework {
 namespace {
 
 constexpr int kMostLinks = 40; // as the system's own limit for one path
-constexpr int kMostNames = 10000;
-
-// A descriptor that lives as long as its scope.
-class Descriptor
-{
-public:
-    explicit Descriptor(int value) : m_value(value) {}
-    ~Descriptor() { Close(); }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-
-    int Get() const { return m_value; }
-    bool IsOpen() const { return m_value >= 0; }
-    bool Close()
-    {
-        const int value = m_value;
-        m_value = -1;
-        return value < 0 || ::close(value) == 0;
-    }
-
-private:
-    int m_value;
-};
 
 std::string FolderOf(const std::string& path)
 {
@@ -61,81 +40,229 @@ std::string FollowLinks(std::string path)
     return path;
 }
 
-bool WriteAll(int file, std::string_view bytes)
+// Whether the system refused a new file or a new name, for reasons that need not concern the
+// content of a file that is there already.
+bool IsRefusal(int error)
 {
-    while (!bytes.empty()) {
-        const ssize_t n = ::write(file, bytes.data(), bytes.size());
-        if (n < 0 && errno == EINTR) continue;
-        if (n <= 0) return false;
-        bytes.remove_prefix(static_cast<std::size_t>(n));
-    }
-    return true;
+    constexpr std::array refusals = {EACCES, EPERM,      EROFS,  EBUSY,
+                                     EXDEV,  EOPNOTSUPP, ENOSYS, ENAMETOOLONG};
+    return std::find(refusals.begin(), refusals.end(), error) != refusals.end();
 }
 
-bool WriteInPlace(const std::string& path, std::string_view bytes)
+// Some network and user-space file systems have no such call: then there is nothing to wait for.
+bool Flush(int file)
 {
-    Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
-    return file.IsOpen() && WriteAll(file.Get(), bytes) && file.Close();
+    return ::fsync(file) == 0 || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
 }
 
-// Makes a file in `folder` that nobody else has; `name` receives its path.
-int MakeUniqueFile(const std::string& folder, mode_t mode, std::string& name)
-{
-    for (int i = 0; i < kMostNames; ++i) {
-        name =
-            folder + "/.tiltpole-" + std::to_string(::getpid()) + '-' + std::to_string(i) + ".new";
-        const int file = ::open(name.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
-        if (file >= 0 || errno != EEXIST) return file;
-    }
-    return -1;
-}
-
-// The owner first: changing it clears permission bits.
-bool TakeOver(int file, const struct stat& old)
-{
-    struct stat mine
-    {};
-    if (::fstat(file, &mine) != 0) return false;
-    mode_t mode = old.st_mode & 07777;
-    if ((mine.st_uid != old.st_uid || mine.st_gid != old.st_gid)
-        && ::fchown(file, old.st_uid, old.st_gid) != 0)
-        mode &= 0777; // no set-id bits for another owner
-    return ::fchmod(file, mode) == 0;
-}
-
-// The new name is on the device when the folder is; a folder that cannot be opened or flushed
-// (some network file systems) does not undo the rename.
+// The new name is on the device when the folder is; a folder that cannot be opened or flushed does
+// not undo the renaming.
 void FlushFolder(const std::string& folder)
 {
     const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
     if (directory.IsOpen()) ::fsync(directory.Get());
 }
 
-} // namespace
-
-bool ReplaceFileContent(const CString& path, std::string_view bytes)
+bool MayBeWritten(const std::string& path, const struct stat& status)
 {
-    const std::string target = FollowLinks(ToUtf8(path.GetString()));
+    constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
+    if ((status.st_mode & kAnyWrite) != 0)
+        return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
+    errno = EACCES;
+    return false;
+}
+
+// Gives a new file what others may see of the old one. The owner first: changing it clears
+// permission bits.
+bool TakeOver(const TemporaryFile& file, const struct stat& old)
+{
+    const struct stat& mine = file.Status();
+    const bool sameOwner = mine.st_uid == old.st_uid && mine.st_gid == old.st_gid;
+    if (!sameOwner && ::fchown(file.Get(), old.st_uid, old.st_gid) != 0) return false;
+    constexpr mode_t kPermissions = 07777;
+    if (sameOwner && ((mine.st_mode ^ old.st_mode) & kPermissions) == 0) return true;
+    return ::fchmod(file.Get(), old.st_mode & kPermissions) == 0;
+}
+
+// Reserves what `file` has to grow by, so that a full disk is noticed while the old content is
+// whole. A file system that cannot reserve is written without.
+bool Reserve(int file, off_t oldSize, off_t newSize)
+{
+    if (newSize <= oldSize) return true;
+    const int error = ::posix_fallocate(file, oldSize, newSize - oldSize);
+    if (error != ENOSPC && error != EDQUOT && error != EFBIG && error != EIO) return true;
+    if (::ftruncate(file, oldSize) == 0) errno = error;
+    return false;
+}
+
+bool OverwriteInPlace(const std::string& path, std::string_view bytes)
+{
+    Descriptor file(::open(path.c_str(), O_WRONLY | O_CLOEXEC));
     struct stat old
     {};
-    const bool exists = ::stat(target.c_str(), &old) == 0;
-    if (exists && !S_ISREG(old.st_mode)) return WriteInPlace(target, bytes);
-    if (exists && ::faccessat(AT_FDCWD, target.c_str(), W_OK, AT_EACCESS) != 0) return false;
-    if (!exists && (errno != ENOENT || target.empty() || target.ends_with('/'))) return false;
+    const auto size = static_cast<off_t>(bytes.size());
+    return file.IsOpen() && ::fstat(file.Get(), &old) == 0 && Reserve(file.Get(), old.st_size, size)
+           && WriteAll(file.Get(), bytes) && ::ftruncate(file.Get(), size) == 0 && Flush(file.Get())
+           && file.Close();
+}
 
-    const std::string folder = FolderOf(target);
-    std::string name;
-    // Where a file is there, its permissions come before the first byte.
-    Descriptor file(MakeUniqueFile(folder, exists ? 0600 : 0666, name));
-    if (!file.IsOpen()) return false;
-    if ((!exists || TakeOver(file.Get(), old)) && WriteAll(file.Get(), bytes)
-        && ::fsync(file.Get()) == 0 && file.Close()
-        && std::rename(name.c_str(), target.c_str()) == 0) {
+bool AppendContentOf(int file, std::string& content)
+{
+    std::array<char, 65536> piece;
+    for (off_t at = 0;;) {
+        const ssize_t n = ::pread(file, piece.data(), piece.size(), at);
+        if (n < 0 && errno == EINTR) continue;
+        if (n <= 0) return n == 0;
+        content.append(piece.data(), static_cast<std::size_t>(n));
+        at += n;
+    }
+}
+
+} // namespace
+
+struct FileReplacement::State
+{
+    enum class Way {
+        Beside,  // into a file beside the old one
+        InPlace, // into the old file, at the end
+        Stream   // into a device or pipe, at once
+    };
+
+    explicit State(const std::string& path) { Check(Begin(path)); }
+
+    bool Begin(const std::string& path);
+    bool BeginInFolder();
+    bool Write(std::string_view bytes);
+    bool Commit();
+    bool RenameOrOverwrite();
+
+    // Keeps the reason of the first failure.
+    bool Check(bool done)
+    {
+        if (!done && error == 0) error = errno != 0 ? errno : EIO;
+        return done;
+    }
+
+    Way way = Way::Beside;
+    bool exists = false;
+    struct stat old = {};
+    std::string target; // behind all links
+    std::string folder; // where it is
+    TemporaryFile beside;
+    std::string content; // to be written in place
+    Descriptor stream;
+    int error = 0;
+};
+
+bool FileReplacement::State::Begin(const std::string& path)
+{
+    errno = path.empty() ? ENOENT : EINVAL;
+    if (path.empty() || path.find('\0') != std::string::npos) return false;
+
+    exists = ::lstat(path.c_str(), &old) == 0;
+    const bool isLink = exists && S_ISLNK(old.st_mode);
+    if (isLink) exists = ::stat(path.c_str(), &old) == 0;
+    if (!exists && errno != ENOENT) return false;
+    if (exists && !S_ISREG(old.st_mode)) {
+        way = Way::Stream;
+        stream = Descriptor(::open(path.c_str(), O_WRONLY | O_CLOEXEC | O_NOCTTY));
+        return stream.IsOpen();
+    }
+    if (exists && !MayBeWritten(path, old)) return false;
+
+    target = isLink ? FollowLinks(path) : path;
+    struct stat found = {};
+    // Links below /proc name files that may be gone, or never had a name.
+    if (exists && isLink
+        && (::stat(target.c_str(), &found) != 0 || found.st_dev != old.st_dev
+            || found.st_ino != old.st_ino)) {
+        target = path;
+        way = Way::InPlace;
+        return true;
+    }
+    errno = ENOENT;
+    return !target.ends_with('/') && BeginInFolder();
+}
+
+bool FileReplacement::State::BeginInFolder()
+{
+    constexpr mode_t kOwnerOnly = 0600; // until it has the permissions of the old file
+    constexpr mode_t kAsTheUmaskLeaves = 0666;
+    folder = FolderOf(target);
+    if (!beside.Make(folder, exists ? kOwnerOnly : kAsTheUmaskLeaves)) {
+        way = Way::InPlace;
+        return exists && IsRefusal(errno);
+    }
+    if (exists && !TakeOver(beside, old)) {
+        beside.Remove();
+        way = Way::InPlace;
+    }
+    return true;
+}
+
+bool FileReplacement::State::Write(std::string_view bytes)
+{
+    if (error != 0) return false;
+    if (way == Way::InPlace) {
+        content.append(bytes);
+        return true;
+    }
+    return Check(WriteAll(way == Way::Stream ? stream.Get() : beside.Get(), bytes));
+}
+
+bool FileReplacement::State::Commit()
+{
+    if (error != 0) return false;
+    switch (way) {
+    case Way::Stream:
+        return Check(stream.Close());
+    case Way::InPlace:
+        return Check(OverwriteInPlace(target, content));
+    default:
+        return Check(Flush(beside.Get()) && RenameOrOverwrite());
+    }
+}
+
+bool FileReplacement::State::RenameOrOverwrite()
+{
+    if (beside.RenameTo(target)) {
+        beside.Remove();
         FlushFolder(folder);
         return true;
     }
-    ::unlink(name.c_str());
-    return false;
+    return exists && IsRefusal(errno) && AppendContentOf(beside.Get(), content)
+           && OverwriteInPlace(target, content);
+}
+
+FileReplacement::FileReplacement(const std::string& path) : m_state(std::make_unique<State>(path))
+{}
+
+FileReplacement::~FileReplacement() = default;
+
+bool FileReplacement::Write(std::string_view bytes)
+{
+    return m_state->Write(bytes);
+}
+
+bool FileReplacement::Commit()
+{
+    return m_state->Commit();
+}
+
+int FileReplacement::Error() const
+{
+    return m_state->error;
+}
+
+bool ReplaceFileContent(const CString& path, std::string_view bytes)
+{
+    try {
+        const auto length = static_cast<std::size_t>(path.GetLength());
+        FileReplacement file(ToUtf8({path.GetString(), length}));
+        return file.Write(bytes) && file.Commit();
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 } // namespace framework

@@ -1,24 +1,75 @@
 // SPDX-License-Identifier: MIT
 //
-// Files that are either the old ones or the new ones, whatever happens in between.
+// Replacing the content of a file in one step: whoever opens it, at whatever moment, finds the old
+// content or the new one. The parameter file and the view files of the plots are written this way,
+// and so is what the programs write.
+//
+//   if (!framework::ReplaceFileContent(L"/var/lib/pole/last-fix.txt", "7.25 3.5 41.0\n"))
+//       return 0; // the previous fix is still in the file
+//
+//   framework::FileReplacement file("/var/lib/pole/track.csv"); // piece by piece
+//   for (const Row& row : rows)
+//       file.Write(row.Text());
+//   if (!file.Commit()) std::perror("track.csv");
+//
+// How it is done. The new content goes into another file of the same folder, ".tiltpole-HOST-N.new",
+// which is flushed to the device and renamed to the name wanted. A process that is killed in between
+// leaves that file behind; the next replacement in the folder removes it.
+//
+// Which file. Symbolic links are followed and stay links; one that points to a file not there yet has
+// that file made. The new file gets the owner, group and permissions of the old one; one that is
+// made anew those of the umask. A file without any write permission is never replaced, not even by
+// root.
+//
+// Where a file may be written but not replaced - the folder takes no new file, the file system does
+// not let the new file have owner, group and permissions of the old one, the file is a mount point -
+// it is written in place: space is reserved first, then the old bytes are overwritten, the length is
+// set and the file is flushed. A full disk still leaves the old content; a power cut during those few
+// writes may not. Devices and pipes are written in place, too.
 #pragma once
 
 #include "framework/core/Export.h"
 #include "framework/core/String.h"
 
+#include <memory>
+#include <string>
 #include <string_view>
 
 namespace framework {
 
-/// Makes `bytes` the whole content of the file `path`: written beside it, flushed to the device
-/// and renamed over it. A reader, a full disk or a power cut at any moment meets the old content
-/// or the new, never a part; after a failure nothing is left beside the file.
-///
-/// A symbolic link is followed and stays; permissions (and, where allowed, the owner) of a file
-/// that is there are kept. A target that is not a regular file (device, pipe) is written in place.
-///
-/// @return false, with the old file as it was, where the file may not be written or the content
-///         did not reach the device
+/// A new content for a file, written piece by piece; the old one stays until Commit.
+class TILTPOLE_API FileReplacement
+{
+public:
+    /// Prepares to replace the file `path`, whose bytes are taken as they are.
+    /// @throws std::bad_alloc
+    explicit FileReplacement(const std::string& path);
+    /// Drops the new content unless Commit returned true.
+    ~FileReplacement();
+    FileReplacement(const FileReplacement&) = delete;
+    FileReplacement& operator=(const FileReplacement&) = delete;
+
+    /// Appends `bytes`. False after any failure, that of the constructor included.
+    /// @throws std::bad_alloc  only where the file is to be written in place: its new content is
+    ///                         kept in memory until Commit
+    bool Write(std::string_view bytes);
+
+    /// Puts the new content in the place of the old one. Nothing may be written afterwards.
+    /// @return false, with the old content still there, after any failure
+    /// @throws std::bad_alloc  with the old content still there
+    bool Commit();
+
+    /// Reason of the first failure, as errno gives it; 0 where nothing has failed.
+    int Error() const;
+
+private:
+    struct State;
+    std::unique_ptr<State> m_state;
+};
+
+/// Makes `bytes` the whole content of the file `path` (UTF-8 on disk).
+/// @return false, with the old file as it was, where the file may not be written, the content does
+///         not reach the device or memory does not suffice. Does not throw.
 TILTPOLE_API bool ReplaceFileContent(const CString& path, std::string_view bytes);
 
 } // namespace framework
