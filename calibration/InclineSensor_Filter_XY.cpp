@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "calibration/InclineSensor_Filter_XY.h"
 
+#include "calibration/ShortMemory.h"
 #include "calibration/filter/TurnRecord.h"
 
 namespace calibration = tiltpole::calibration;
@@ -23,7 +24,7 @@ calibration::TurnRecord<PlaneXY> CInclineSensor_Filter_XY::Turn()
 
 void CInclineSensor_Filter_XY::Add(PoseSensorData* sample)
 {
-    Turn().Add(sample);
+    calibration::OrFailure([&] { Turn().Add(sample); });
 }
 
 void CInclineSensor_Filter_XY::Clear()
@@ -54,32 +55,33 @@ int CInclineSensor_Filter_XY::Calculate_Azimuth_One(PoseSensorData* sample)
 
 void CInclineSensor_Filter_XY::Sort_ByAzimuth(Samples* samples)
 {
-    Turn().Sort(samples);
+    calibration::OrFailure([&] { Turn().Sort(samples); });
 }
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter_ByTime(Samples* samples)
 {
-    return calibration::FilterByTime<PlaneXY>(samples);
+    return calibration::OrFailure([&] { return calibration::FilterByTime<PlaneXY>(samples); });
 }
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter_ByDistance(Samples* samples)
 {
-    return calibration::FilterByDistance<PlaneXY>(samples, GetCenterPar());
+    return calibration::OrFailure(
+        [&] { return calibration::FilterByDistance<PlaneXY>(samples, GetCenterPar()); });
 }
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter_ByAzimuth(Samples* samples)
 {
-    return calibration::FilterByAzimuth(samples);
+    return calibration::OrFailure([&] { return calibration::FilterByAzimuth(samples); });
 }
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Filter()
 {
-    return Turn().Filter();
+    return calibration::OrFailure([&] { return Turn().Filter(); });
 }
 
 CInclineSensor_Filter_XY::Samples* CInclineSensor_Filter_XY::Select(Samples* samples, int count)
 {
-    return calibration::Select<PlaneXY>(samples, count);
+    return calibration::OrFailure([&] { return calibration::Select<PlaneXY>(samples, count); });
 }
 
 int CInclineSensor_Filter_XY::IsComplete(Samples* samples)

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "calibration/InclineSensor_Filter_XZ.h"
 
+#include "calibration/ShortMemory.h"
 #include "calibration/filter/TurnRecord.h"
 
 namespace calibration = tiltpole::calibration;
@@ -23,7 +24,7 @@ calibration::TurnRecord<PlaneXZ> CInclineSensor_Filter_XZ::Turn()
 
 void CInclineSensor_Filter_XZ::Add(PoseSensorData* sample)
 {
-    Turn().Add(sample);
+    calibration::OrFailure([&] { Turn().Add(sample); });
 }
 
 void CInclineSensor_Filter_XZ::Clear()
@@ -53,32 +54,33 @@ int CInclineSensor_Filter_XZ::Calculate_Azimuth_One(PoseSensorData* sample)
 
 void CInclineSensor_Filter_XZ::Sort_ByAzimuth(Samples* samples)
 {
-    Turn().Sort(samples);
+    calibration::OrFailure([&] { Turn().Sort(samples); });
 }
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter_ByTime(Samples* samples)
 {
-    return calibration::FilterByTime<PlaneXZ>(samples);
+    return calibration::OrFailure([&] { return calibration::FilterByTime<PlaneXZ>(samples); });
 }
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter_ByDistance(Samples* samples)
 {
-    return calibration::FilterByDistance<PlaneXZ>(samples, GetCenterPar());
+    return calibration::OrFailure(
+        [&] { return calibration::FilterByDistance<PlaneXZ>(samples, GetCenterPar()); });
 }
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter_ByAzimuth(Samples* samples)
 {
-    return calibration::FilterByAzimuth(samples);
+    return calibration::OrFailure([&] { return calibration::FilterByAzimuth(samples); });
 }
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Filter()
 {
-    return Turn().Filter();
+    return calibration::OrFailure([&] { return Turn().Filter(); });
 }
 
 CInclineSensor_Filter_XZ::Samples* CInclineSensor_Filter_XZ::Select(Samples* samples, int count)
 {
-    return calibration::Select<PlaneXZ>(samples, count);
+    return calibration::OrFailure([&] { return calibration::Select<PlaneXZ>(samples, count); });
 }
 
 int CInclineSensor_Filter_XZ::IsComplete(Samples* samples)

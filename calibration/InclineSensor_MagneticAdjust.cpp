@@ -1,31 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "calibration/InclineSensor_MagneticAdjust.h"
 
+#include "calibration/ShortMemory.h"
+#include "calibration/filter/ReadingScreen.h"
 #include "calibration/solver/ErrorDump.h"
 #include "calibration/solver/MagneticFits.h"
 #include "calibration/solver/MomentSolver.h"
-#include "calibration/solver/ReadingScreen.h"
 #include "framework/core/MessageBox.h"
+#include "survey/Correction.h"
+#include "survey/Reading.h"
 
 #include <cmath>
 #include <optional>
 
 namespace calibration = tiltpole::calibration;
+namespace survey = tiltpole::survey;
+
+using survey::Magnetometer;
 
 namespace {
 
-// The readings of one magnetometer in a sample.
-struct Magnetometer
-{
-    double PoseSensorData::*x;
-    double PoseSensorData::*y;
-    double PoseSensorData::*z;
-};
-
-constexpr Magnetometer kSensorA{&PoseSensorData::dMag_x, &PoseSensorData::dMag_y,
-                                &PoseSensorData::dMag_z};
-constexpr Magnetometer kSensorB{&PoseSensorData::dMag_x_2, &PoseSensorData::dMag_y_2,
-                                &PoseSensorData::dMag_z_2};
+using SampleSet = CArray<PoseSensorData, const PoseSensorData&>;
 
 // How the iterative solver ended.
 enum class Ending {
@@ -37,12 +32,13 @@ enum class Ending {
     Level
 };
 
+// A box that cannot be shown for lack of memory is left out.
 void Warn(const wchar_t* text, UINT icon = MB_ICONEXCLAMATION)
 {
-    MessageBoxW(nullptr, text, L"Warning", icon);
+    calibration::OrFailure([&] { return MessageBoxW(nullptr, text, L"Warning", icon); });
 }
 
-void Tell(Ending ending)
+void Show(Ending ending)
 {
     switch (ending) {
     case Ending::NoHorizontalEllipse:
@@ -60,32 +56,49 @@ void Tell(Ending ending)
     }
 }
 
-template <class SampleSet>
-CSZMatrix ReadingsOf(const SampleSet& samples, const Magnetometer& sensor)
+// What one magnetometer read in both turns.
+struct SensorReadings
 {
-    const int n = static_cast<int>(samples.GetSize());
-    CSZMatrix readings(n, 3);
-    for (int i = 0; i < n; ++i) {
-        readings.SetData(i, 0, samples[i].*sensor.x);
-        readings.SetData(i, 1, samples[i].*sensor.y);
-        readings.SetData(i, 2, samples[i].*sensor.z);
-    }
-    return readings;
-}
+    calibration::TurnReadings horizontal;
+    calibration::TurnReadings vertical;
+};
 
-template <class SampleSet>
-calibration::TurnReadings ColumnsOf(const SampleSet& samples, const Magnetometer& sensor)
+template <Magnetometer which>
+calibration::TurnReadings ReadingsOf(const SampleSet& samples)
 {
     calibration::TurnReadings readings(static_cast<int>(samples.GetSize()));
     for (int i = 0; i < readings.count; ++i) {
-        const PoseSensorData& sample = samples[i];
-        readings.Set(i, sample.*sensor.x, sample.*sensor.y, sample.*sensor.z);
+        const survey::Reading m = survey::ReadingOf(samples[i], which);
+        readings.Set(i, m.x, m.y, m.z);
     }
     readings.Close();
     return readings;
 }
 
-template <class SampleSet>
+// None where memory is short.
+template <Magnetometer which>
+std::optional<SensorReadings> ReadBoth(const SampleSet& horizontal, const SampleSet& vertical)
+{
+    return calibration::OrFailure([&] {
+        return std::optional(
+            SensorReadings{ReadingsOf<which>(horizontal), ReadingsOf<which>(vertical)});
+    });
+}
+
+// One row x, y, z per sample.
+CSZMatrix MatrixOf(const calibration::TurnReadings& readings)
+{
+    CSZMatrix matrix(readings.count, 3);
+    calibration::CheckAllocated(matrix, readings.count);
+    for (int i = 0; i < readings.count; ++i) {
+        const auto at = static_cast<std::size_t>(i);
+        matrix.SetData(i, 0, readings.x[at]);
+        matrix.SetData(i, 1, readings.y[at]);
+        matrix.SetData(i, 2, readings.z[at]);
+    }
+    return matrix;
+}
+
 int CopySample(const SampleSet& samples, int index, PoseSensorData& sample)
 {
     if (index < 0 || index >= samples.GetSize()) return 0;
@@ -93,21 +106,28 @@ int CopySample(const SampleSet& samples, int index, PoseSensorData& sample)
     return 1;
 }
 
+void AddSample(SampleSet& samples, const PoseSensorData* sample)
+{
+    if (sample != nullptr) calibration::OrFailure([&] { return samples.Add(*sample); });
+}
+
 void Correct(CSZMatrix& readings, const Incline_MagneticCorrectParameter& P)
 {
     for (int i = 0; i < readings.getRowSize(); ++i) {
-        const double x = readings.GetData(i, 0);
-        const double y = readings.GetData(i, 1);
-        const double z = readings.GetData(i, 2);
-        readings.SetData(i, 0, x - P.x0);
-        readings.SetData(i, 1, P.a * x + P.b * y - P.y0);
-        readings.SetData(i, 2, P.c * x + P.d * y + P.e * z - P.z0);
+        const survey::Reading raw{readings.GetData(i, 0), readings.GetData(i, 1),
+                                  readings.GetData(i, 2)};
+        const survey::Reading corrected = survey::Corrected(P, raw);
+        readings.SetData(i, 0, corrected.x);
+        readings.SetData(i, 1, corrected.y);
+        readings.SetData(i, 2, corrected.z);
     }
 }
 
 CSZMatrix Column(const CSZMatrix& readings, int column)
 {
-    return readings.SliceCols(column, 1);
+    CSZMatrix slice = readings.SliceCols(column, 1);
+    if (column < readings.getColSize()) calibration::CheckAllocated(slice, readings.getRowSize());
+    return slice;
 }
 
 std::optional<double> SlopeOf(const CSZMatrix& readings, int v, int u)
@@ -143,6 +163,7 @@ Ending Level(const CSZMatrix& H, Incline_MagneticCorrectParameter& P)
 {
     for (int pass = 1; pass < calibration::kPasses; ++pass) {
         CSZMatrix corrected = H;
+        calibration::CheckAllocated(corrected, H.getRowSize());
         Correct(corrected, P);
         const auto leanX = SlopeOf(corrected, 2, 0);
         const auto leanY = SlopeOf(corrected, 2, 1);
@@ -160,12 +181,12 @@ Ending Level(const CSZMatrix& H, Incline_MagneticCorrectParameter& P)
 
 void CInclineSensor_MagneticAdjust::Horizontal_Add(const PoseSensorData* sample)
 {
-    if (sample != nullptr) m_Horizontal.Add(*sample);
+    AddSample(m_Horizontal, sample);
 }
 
 void CInclineSensor_MagneticAdjust::Vertical_Add(const PoseSensorData* sample)
 {
-    if (sample != nullptr) m_Vertical.Add(*sample);
+    AddSample(m_Vertical, sample);
 }
 
 int CInclineSensor_MagneticAdjust::Horizontal_Get(int index, PoseSensorData& sample) const
@@ -190,37 +211,45 @@ void CInclineSensor_MagneticAdjust::Vertical_Clear()
 
 int CInclineSensor_MagneticAdjust::Adjust()
 {
-    const calibration::TurnReadings HA = ColumnsOf(m_Horizontal, kSensorA);
-    const calibration::TurnReadings HB = ColumnsOf(m_Horizontal, kSensorB);
+    // Before the first message box: a host may change the samples from inside one.
+    const auto A = ReadBoth<Magnetometer::A>(m_Horizontal, m_Vertical);
+    const auto B = ReadBoth<Magnetometer::B>(m_Horizontal, m_Vertical);
     bool allByMoments = true;
-    const auto solve = [&](const calibration::TurnReadings& H, const Magnetometer& sensor,
+    const auto solve = [&](const std::optional<SensorReadings>& readings,
                            Incline_MagneticCorrectParameter& P) {
-        if (const auto solution = calibration::SolveByMoments(H, ColumnsOf(m_Vertical, sensor))) {
+        if (!readings) return 0;
+        if (const auto solution =
+                calibration::SolveByMoments(readings->horizontal, readings->vertical)) {
             P = *solution;
             return 1;
         }
         allByMoments = false;
-        return MagCorrPara(ReadingsOf(m_Horizontal, sensor), ReadingsOf(m_Vertical, sensor), P);
+        return calibration::OrFailure([&] {
+            return MagCorrPara(MatrixOf(readings->horizontal), MatrixOf(readings->vertical), P);
+        });
     };
 
-    if (!solve(HA, kSensorA, m_CorrectA)) {
+    if (!solve(A, m_CorrectA)) {
         Warn(L"A calculation of the magnetometer calibration fails, please recalibrate!");
         calibration::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_A.csv", m_Horizontal);
         return 0;
     }
-    if (!solve(HB, kSensorB, m_CorrectB)) {
+    if (!solve(B, m_CorrectB)) {
         Warn(L"B calculation of the magnetometer calibration fails, please recalibrate!");
         calibration::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_B.csv", m_Horizontal);
         return 0;
     }
     if (allByMoments) {
-        m_Translation = calibration::MeanOffset(HA, m_CorrectA, HB, m_CorrectB);
-    } else if (!MagneticCoordinateOffset(ReadingsOf(m_Horizontal, kSensorA),
-                                         ReadingsOf(m_Horizontal, kSensorB), m_Translation)) {
-        Warn(L"Pan calculation magnetometer system fails, please recalibrate!");
-        return 0;
+        m_Translation =
+            calibration::MeanOffset(A->horizontal, m_CorrectA, B->horizontal, m_CorrectB);
+        return 1;
     }
-    return 1;
+    const int offsetFound = calibration::OrFailure([&] {
+        return MagneticCoordinateOffset(MatrixOf(A->horizontal), MatrixOf(B->horizontal),
+                                        m_Translation);
+    });
+    if (!offsetFound) Warn(L"Pan calculation magnetometer system fails, please recalibrate!");
+    return offsetFound;
 }
 
 void CInclineSensor_MagneticAdjust::DataFilter(CSZMatrix& readings)
@@ -231,27 +260,29 @@ void CInclineSensor_MagneticAdjust::DataFilter(CSZMatrix& readings)
 void CInclineSensor_MagneticAdjust::MatrixFilter(CSZMatrix& readings)
 {
     DataFilter(readings);
-    calibration::KeepStepsOfTurn(readings);
+    calibration::OrFailure([&] { calibration::KeepStepsOfTurn(readings); });
 }
 
 int CInclineSensor_MagneticAdjust::MagCorrPara(CSZMatrix H, CSZMatrix V,
                                                Incline_MagneticCorrectParameter& P)
 {
-    P = {};
-    Ending ending = CorrectRoughly(H, V, P);
-    if (ending == Ending::Level) ending = Level(H, P);
-    Tell(ending);
-    if (ending != Ending::Level && ending != Ending::PassLimit) return 0;
+    return calibration::OrFailure([&] {
+        P = {};
+        Ending ending = CorrectRoughly(H, V, P);
+        if (ending == Ending::Level) ending = Level(H, P);
+        Show(ending);
+        if (ending != Ending::Level && ending != Ending::PassLimit) return 0;
 
-    MagneticModify(P, H);
-    MagneticModify(P, V);
-    // A conic that is no ellipse has a centre all the same; without any the offset stays 0.
-    CSZMatrix horizontal, vertical;
-    calibration::FitEllipse(Column(H, 0), Column(H, 1), horizontal);
-    CircleCenter(horizontal, &P.x0, &P.y0);
-    calibration::FitEllipse(Column(V, 0), Column(V, 2), vertical);
-    CircleCenter(vertical, nullptr, &P.z0);
-    return 1;
+        MagneticModify(P, H);
+        MagneticModify(P, V);
+        // A conic that is no ellipse has a center all the same; without one the offset stays 0.
+        CSZMatrix horizontal, vertical;
+        calibration::FitEllipse(Column(H, 0), Column(H, 1), horizontal);
+        CircleCenter(horizontal, &P.x0, &P.y0);
+        calibration::FitEllipse(Column(V, 0), Column(V, 2), vertical);
+        CircleCenter(vertical, nullptr, &P.z0);
+        return 1;
+    });
 }
 
 int CInclineSensor_MagneticAdjust::MagCorrPara(CSZMatrix p, CSZMatrix q, CSZMatrix l,
@@ -304,7 +335,7 @@ void CInclineSensor_MagneticAdjust::MagneticModify(const Incline_MagneticCorrect
 
 int CInclineSensor_MagneticAdjust::EllipseFit(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& p)
 {
-    return calibration::FitEllipse(u, v, p);
+    return calibration::OrFailure([&] { return calibration::FitEllipse(u, v, p); });
 }
 
 int CInclineSensor_MagneticAdjust::LineFit(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& l)
@@ -331,5 +362,5 @@ int CInclineSensor_MagneticAdjust::CircleCenter(CSZMatrix p, double* uc, double*
 int CInclineSensor_MagneticAdjust::lsq(const CSZMatrix& A, const CSZMatrix& b, const CSZMatrix* W,
                                        CSZMatrix& x, CSZMatrix* N)
 {
-    return calibration::SolveLeastSquares(A, b, W, x, N);
+    return calibration::OrFailure([&] { return calibration::SolveLeastSquares(A, b, W, x, N); });
 }

@@ -11,10 +11,13 @@
 #include <cstddef>
 #include <cstdint>
 #include <functional>
+#include <utility>
 
 namespace matrix = tiltpole::matrix;
 
 namespace {
+
+constexpr int kOrderWithoutHeap = 6; // matrices up to this order cannot fail to be allocated
 
 bool HasShape(const CSZMatrix& matrix, int rows, int columns)
 {
@@ -326,9 +329,23 @@ bool CKFilter::StepSeparately(const double* z)
     return true;
 }
 
+bool CKFilter::HasWholeModel() const
+{
+    const int n = m_nState;
+    const int m = m_nMeasurement;
+    if (std::max(n, m) <= kOrderWithoutHeap) return true;
+    const auto fits = [](const Factor& factor, int rows, int columns) {
+        return HasShape(factor.matrix, rows, columns) && HasShape(factor.transpose, columns, rows);
+    };
+    return fits(m_Transition, n, n) && fits(m_Control, n, n) && fits(m_Measurement, m, n)
+           && fits(m_MeasurementControl, m, n) && HasShape(m_AddedNoise, n, n)
+           && HasShape(m_MeasurementNoise, m, m) && HasShape(m_State, n, 1)
+           && m_Covariance.getRowSize() == n;
+}
+
 CSZMatrix CKFilter::Filter(CSZMatrix z, CSZMatrix u, [[maybe_unused]] int reserved)
 {
-    if (!HasShape(z, m_nMeasurement, 1) || !HasShape(u, m_nState, 1)) {
+    if (!HasShape(z, m_nMeasurement, 1) || !HasShape(u, m_nState, 1) || !HasWholeModel()) {
         MessageBoxW(nullptr, L"Filter Failure!", L"Warning", MB_ICONEXCLAMATION);
         return z;
     }
@@ -338,10 +355,13 @@ CSZMatrix CKFilter::Filter(CSZMatrix z, CSZMatrix u, [[maybe_unused]] int reserv
     m_hasSeparateStates = false;
     Step step(*this);
     if (!step.HasMemory()) return m_State;
+    CSZMatrix covariance;
+    const bool isColumn = m_Covariance.getColSize() != m_nState; // see SetInitialVariance
+    if (isColumn && !covariance.Alloc(m_nState, m_nState)) return m_State;
     if (finiteControl) step.Advance(Elements(z), Elements(u), true);
     if (!finiteControl || !step.IsFinite()) step.Advance(Elements(z), Elements(u), false);
     std::copy_n(step.State(), m_nState, &m_State(0, 0));
-    if (m_Covariance.getColSize() != m_nState) m_Covariance.Alloc(m_nState, m_nState);
+    if (isColumn) m_Covariance = std::move(covariance);
     std::copy_n(step.Covariance(), m_nState * m_nState, &m_Covariance(0, 0));
     return m_State;
 }

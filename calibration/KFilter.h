@@ -26,6 +26,11 @@ public:
     /// Orders 0: every measurement is refused until SetMatrixOrder.
     CKFilter() = default;
 
+    // Copies only: a filter that was moved from would keep its orders without the matrices.
+    CKFilter(const CKFilter&) = default;
+    CKFilter& operator=(const CKFilter&) = default;
+    ~CKFilter() = default;
+
     /// Gives every matrix its shape, filled with zeros. An order below 1 is stored, but leaves
     /// the matrices that it shapes as they were.
     void SetMatrixOrder(int stateOrder, int measurementOrder);
@@ -75,6 +80,7 @@ private:
     };
     class Step;
 
+    bool HasWholeModel() const;
     void KeepProcessNoise();
     void NoteSeparateStates();
     bool StepSeparately(const double* z);

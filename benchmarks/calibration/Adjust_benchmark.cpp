@@ -4,7 +4,7 @@
 #include "benchmarks/calibration/PlainMatrix.h"
 #include "calibration/InclineSensor_MagneticAdjust.h"
 #include "framework/core/MessageBox.h"
-#include "tests/calibration/TestTurns.h"
+#include "tests/reference/Turns.h"
 
 #include <Eigen/Dense>
 #include <benchmark/benchmark.h>
@@ -33,7 +33,8 @@ Turns MakeTurns(int samples, Kind kind)
         shape.scale = 0.7;
         shape.offset = 600;
     }
-    Turns made{turns::Make(shape, false), turns::Make(shape, true)};
+    Turns made{turns::Make(shape, turns::TurnAxis::Horizontal),
+               turns::Make(shape, turns::TurnAxis::Vertical)};
     if (kind != RealNoise) return made;
     const Turn recorded = turns::Recorded();
     for (Turn* turn : {&made.horizontal, &made.vertical})

@@ -4,8 +4,8 @@
 // Filter, and the polls of the host.
 #include "calibration/InclineSensor_Filter_XY.h"
 #include "calibration/InclineSensor_Filter_XZ.h"
-#include "tests/calibration/LiteralFilter.h"
-#include "tests/calibration/TestTurns.h"
+#include "tests/reference/LiteralFilter.h"
+#include "tests/reference/Turns.h"
 
 #include <benchmark/benchmark.h>
 
@@ -18,10 +18,12 @@ namespace {
 
 using Turn = std::vector<PoseSensorData>;
 
+using turns::TurnAxis;
+
 enum Kind { Round, Skewed, OneRevolution, Recorded };
 
 // Round: two revolutions, so that the centre settles half way.
-Turn MakeTurn(const benchmark::State& state, bool vertical = false)
+Turn MakeTurn(const benchmark::State& state, TurnAxis axis = TurnAxis::Horizontal)
 {
     const auto samples = static_cast<int>(state.range(0));
     turns::Shape shape{.samples = samples, .revolutions = 2, .radius = 4000, .seed = 31};
@@ -41,7 +43,7 @@ Turn MakeTurn(const benchmark::State& state, bool vertical = false)
     default:
         break;
     }
-    return turns::Make(shape, vertical);
+    return turns::Make(shape, axis);
 }
 
 // What a careful author writes without remembering anything: no azimuth before it is asked for,
@@ -153,10 +155,10 @@ void Add_ByHand(benchmark::State& state)
 // Every side walks samples that were allocated one by one, as a host hands them over, has computed
 // their azimuths while they were added, and screens the same record again and again.
 template <class Ours>
-void FilterOurs(benchmark::State& state, bool vertical)
+void FilterOurs(benchmark::State& state, TurnAxis axis)
 {
     Ours filter;
-    for (const PoseSensorData& s : MakeTurn(state, vertical))
+    for (const PoseSensorData& s : MakeTurn(state, axis))
         filter.Add(new PoseSensorData(s));
     std::ptrdiff_t kept = 0;
     for (auto _ : state) {
@@ -168,11 +170,11 @@ void FilterOurs(benchmark::State& state, bool vertical)
 }
 
 template <class Filter, class Run>
-void FilterPeer(benchmark::State& state, bool vertical, Run run)
+void FilterPeer(benchmark::State& state, TurnAxis axis, Run run)
 {
     std::vector<std::unique_ptr<PoseSensorData>> samples;
     Filter filter{};
-    for (const PoseSensorData& s : MakeTurn(state, vertical)) {
+    for (const PoseSensorData& s : MakeTurn(state, axis)) {
         samples.push_back(std::make_unique<PoseSensorData>(s));
         filter.Add(samples.back().get());
     }
@@ -186,23 +188,25 @@ void FilterPeer(benchmark::State& state, bool vertical, Run run)
 
 void FilterXY_Ours(benchmark::State& state)
 {
-    FilterOurs<CInclineSensor_Filter_XY>(state, false);
+    FilterOurs<CInclineSensor_Filter_XY>(state, TurnAxis::Horizontal);
 }
 void FilterXY_ByHand(benchmark::State& state)
 {
-    FilterPeer<ByHand>(state, false, [](ByHand& filter) { return filter.Filter(); });
+    FilterPeer<ByHand>(state, TurnAxis::Horizontal, [](ByHand& filter) { return filter.Filter(); });
 }
 void FilterXY_LiteralPort(benchmark::State& state)
 {
-    FilterPeer<LiteralXY>(state, false, [](LiteralXY& filter) { return filter.Screen(); });
+    FilterPeer<LiteralXY>(state, TurnAxis::Horizontal,
+                          [](LiteralXY& filter) { return filter.Screen(); });
 }
 void FilterXZ_Ours(benchmark::State& state)
 {
-    FilterOurs<CInclineSensor_Filter_XZ>(state, true);
+    FilterOurs<CInclineSensor_Filter_XZ>(state, TurnAxis::Vertical);
 }
 void FilterXZ_LiteralPort(benchmark::State& state)
 {
-    FilterPeer<LiteralXZ>(state, true, [](LiteralXZ& filter) { return filter.Screen(); });
+    FilterPeer<LiteralXZ>(state, TurnAxis::Vertical,
+                          [](LiteralXZ& filter) { return filter.Screen(); });
 }
 
 void GetRecordRate_Ours(benchmark::State& state)

@@ -8,7 +8,6 @@
 
 #include <cstddef>
 #include <memory>
-#include <new>
 #include <span>
 
 namespace tiltpole::calibration {
@@ -26,18 +25,10 @@ inline std::span<PoseSensorData* const> EntriesOf(const SampleArray& samples)
     return {samples.GetData(), static_cast<std::size_t>(samples.GetSize())};
 }
 
-/// An array of null entries for a result; null when memory is short.
-inline std::unique_ptr<SampleArray> NewSampleArray(std::size_t count = 0)
-{
-    std::unique_ptr<SampleArray> samples(new (std::nothrow) SampleArray);
-    if (samples) samples->SetSize(static_cast<INT_PTR>(count));
-    return samples;
-}
-
-/// The array for the caller to delete, or null when it holds nothing.
+/// The array, which the caller deletes; null when it has no entries.
 inline SampleArray* ReleaseUnlessEmpty(std::unique_ptr<SampleArray> samples)
 {
-    return samples && CountOf(*samples) > 0 ? samples.release() : nullptr;
+    return CountOf(*samples) > 0 ? samples.release() : nullptr;
 }
 
 } // namespace tiltpole::calibration

@@ -45,9 +45,8 @@ SampleArray* FilterByAzimuth(const SampleArray* samples)
 
 SampleArray* FilterByAzimuth(Candidates candidates)
 {
-    std::unique_ptr<SampleArray> kept = NewSampleArray(candidates.size());
-    if (!kept) return nullptr;
-
+    auto kept = std::make_unique<SampleArray>();
+    kept->SetSize(static_cast<INT_PTR>(candidates.size()));
     PoseSensorData** next = kept->GetData();
     Window window;
     while (window.first + 1 < candidates.size()) {

@@ -2,8 +2,9 @@
 //
 // Stages that thin a turn out: what a filter keeps of an array of samples.
 //
-// A stage walks its entries in order and passes over null ones. Arrays that it returns are new, for
-// the caller to delete; the samples stay whose they are.
+// A stage walks its entries in order and skips null ones. The arrays it returns are new and belong to
+// the caller; the samples in them keep their owner. Where memory is short a stage throws
+// std::bad_alloc, having changed nothing.
 #pragma once
 
 #include "calibration/filter/Candidate.h"
@@ -11,6 +12,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace tiltpole::calibration {
@@ -19,11 +21,10 @@ inline constexpr double kStillDistance = 30.0; // counts from the last kept samp
 inline constexpr int kStillSeconds = 3;        // after which a still pole gives a sample again
 inline constexpr double kFarAway = std::numeric_limits<double>::infinity();
 
-/// By the time of day; a turn across midnight is not joined.
-inline int SecondsBetween(const PoseSensorData& earlier, const PoseSensorData& later)
+/// Time of day in seconds; any values of the fields.
+inline std::int64_t SecondOfDay(const PoseSensorData& sample)
 {
-    return (later.nHour - earlier.nHour) * 3600 + (later.nMinute - earlier.nMinute) * 60
-           + later.nSecond - earlier.nSecond;
+    return sample.nHour * std::int64_t{3600} + sample.nMinute * std::int64_t{60} + sample.nSecond;
 }
 
 /// PlaneDistance(dx, dSecond) < kStillDistance; the root is taken only next to the bound.
@@ -42,7 +43,7 @@ bool HasMovedOn(const PoseSensorData& sample, const PoseSensorData& lastKept)
 {
     return !IsStill(sample.dMag_x - lastKept.dMag_x,
                     sample.*Plane::Second - lastKept.*Plane::Second)
-           || SecondsBetween(lastKept, sample) >= kStillSeconds;
+           || SecondOfDay(sample) - SecondOfDay(lastKept) >= kStillSeconds;
 }
 
 /// Tells which of the samples it is shown, one after the other, were not taken while the pole
@@ -67,9 +68,8 @@ template <class Plane>
 SampleArray* FilterByTime(const SampleArray* samples)
 {
     if (samples == nullptr) return nullptr;
-    std::unique_ptr<SampleArray> kept = NewSampleArray();
-    if (!kept) return nullptr;
 
+    auto kept = std::make_unique<SampleArray>();
     TimeScreen<Plane> screen;
     for (PoseSensorData* sample : EntriesOf(*samples))
         if (sample != nullptr && screen.Keeps(*sample)) kept->Add(sample);
@@ -95,9 +95,8 @@ template <class Plane>
 SampleArray* FilterByDistance(const SampleArray* samples, const PoseSensorCenterParameter& center)
 {
     if (samples == nullptr) return nullptr;
-    std::unique_ptr<SampleArray> kept = NewSampleArray();
-    if (!kept) return nullptr;
 
+    auto kept = std::make_unique<SampleArray>();
     for (PoseSensorData* sample : EntriesOf(*samples))
         if (sample != nullptr && LiesInPlane<Plane>(*sample, center)
             && LiesOnCircle<Plane>(DistanceFromCenter<Plane>(*sample, center), center))
@@ -159,9 +158,8 @@ template <class Plane>
 SampleArray* Select(const SampleArray* samples, int wanted)
 {
     if (samples == nullptr || wanted <= 0) return nullptr;
-    std::unique_ptr<SampleArray> selected = NewSampleArray();
-    if (!selected) return nullptr;
 
+    auto selected = std::make_unique<SampleArray>();
     if (wanted > CountOf(*samples)) {
         selected->Append(*samples);
         return selected.release();

@@ -1,12 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "calibration/filter/TurnAzimuth.h"
 
+#include "survey/Angle.h"
+
 #include <cmath>
 
 namespace tiltpole::calibration {
 namespace {
-
-constexpr double kDegreesPerRadian = 180 / 3.141592653589793;
 
 double AzimuthFromZero(double dx, double dSecond)
 {
@@ -16,7 +16,7 @@ double AzimuthFromZero(double dx, double dSecond)
     }
     if (std::fabs(dSecond) < kTiny) return dx > kTiny ? 0 : 180;
 
-    const double angle = std::atan(std::fabs(dx / dSecond)) * kDegreesPerRadian;
+    const double angle = std::atan(std::fabs(dx / dSecond)) * survey::kDegreesPerRadian;
     if (dx > kTiny && dSecond > kTiny) return angle;
     if (dx > kTiny && dSecond < kTiny) return 180 - angle;
     if (dx < kTiny && dSecond < kTiny) return 180 + angle;

@@ -86,7 +86,9 @@ public:
     void Add(PoseSensorData* sample)
     {
         if (sample == nullptr) return;
+        std::unique_ptr<PoseSensorData> owner(sample);
         m_Record.Add(sample);
+        owner.release(); // NOLINT(bugprone-unused-return-value): the record owns it now
         m_Notes.extent.Include(*sample);
         if (CountOf(m_Record) % kRecenterEvery == 0)
             Recenter();

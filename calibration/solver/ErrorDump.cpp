@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "calibration/solver/ErrorDump.h"
 
+#include "calibration/ShortMemory.h"
 #include "framework/core/File.h"
 #include "framework/core/Paths.h"
 #include "framework/core/TextConversion.h"
@@ -16,10 +17,7 @@ void Write(CFile& file, const CString& line)
     file.Write(bytes.data(), static_cast<UINT>(bytes.size()));
 }
 
-} // namespace
-
-void AppendErrorDump(const wchar_t* fileName,
-                     const CArray<PoseSensorData, const PoseSensorData&>& samples)
+void Append(const wchar_t* fileName, const CArray<PoseSensorData, const PoseSensorData&>& samples)
 {
     const CString folder = framework::ApplicationDataFolder();
     framework::MakeFolder(folder);
@@ -37,6 +35,14 @@ void AppendErrorDump(const wchar_t* fileName,
     }
     file.Flush();
     file.Close();
+}
+
+} // namespace
+
+void AppendErrorDump(const wchar_t* fileName,
+                     const CArray<PoseSensorData, const PoseSensorData&>& samples)
+{
+    OrFailure([&] { Append(fileName, samples); });
 }
 
 } // namespace tiltpole::calibration

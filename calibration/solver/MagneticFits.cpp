@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "calibration/solver/MagneticFits.h"
 
+#include "calibration/ShortMemory.h"
+
 #include <cmath>
 
 namespace tiltpole::calibration {
@@ -44,6 +46,7 @@ int SolveLeastSquares(const CSZMatrix& A, const CSZMatrix& b, const CSZMatrix* W
     if (A.getRowSize() != b.getRowSize() || b.getColSize() != 1) return 0;
 
     const CSZMatrix transpose = A.matTran();
+    CheckAllocated(transpose, A.getColSize());
     const CSZMatrix inverse = (W != nullptr ? transpose * *W * A : transpose * A).matInv();
     if (!inverse.isMatrixHealthy()) return 0;
 
@@ -59,6 +62,8 @@ int FitEllipse(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& p)
     const int n = u.getRowSize();
     CSZMatrix A(n, 5);
     CSZMatrix b(n, 1);
+    CheckAllocated(A, n);
+    CheckAllocated(b, n);
     for (int i = 0; i < n; ++i) {
         const double ui = u.GetData(i, 0);
         const double vi = v.GetData(i, 0);

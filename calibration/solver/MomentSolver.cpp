@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "calibration/solver/MomentSolver.h"
 
+#include "survey/Correction.h"
+
 #include <algorithm>
 #include <cmath>
 
@@ -84,15 +86,9 @@ bool AreWellSpread(const TurnMoments& h, const TurnReadings& horizontal, const T
            && Spans(v.SpreadV(), vertical.meanZ, v.n) && Varies(v.SpreadW(), vertical.meanY, v.n);
 }
 
-struct Mean
+survey::Reading CorrectedMean(const TurnReadings& r, const Incline_MagneticCorrectParameter& P)
 {
-    double x, y, z;
-};
-
-Mean CorrectedMean(const TurnReadings& r, const Incline_MagneticCorrectParameter& P)
-{
-    return {r.meanX - P.x0, P.a * r.meanX + P.b * r.meanY - P.y0,
-            P.c * r.meanX + P.d * r.meanY + P.e * r.meanZ - P.z0};
+    return survey::Corrected(P, {r.meanX, r.meanY, r.meanZ});
 }
 
 } // namespace
@@ -108,8 +104,8 @@ std::optional<Incline_MagneticCorrectParameter> SolveByMoments(const TurnReading
     if (!P || !LevelByMoments(h, horizontal.meanZ, *P)) return std::nullopt;
 
     // The offsets are still 0: what comes out is the centre of the corrected turn.
-    const Mean meanH = CorrectedMean(horizontal, *P);
-    const Mean meanV = CorrectedMean(vertical, *P);
+    const survey::Reading meanH = CorrectedMean(horizontal, *P);
+    const survey::Reading meanV = CorrectedMean(vertical, *P);
     const TurnMoments correctedH = Sheared(h, P->a, P->b);
     const TurnMoments correctedV = MomentsOfCorrectedZ(vertical, *P);
     if (!Spans(correctedH.SpreadV(), meanH.y, h.n)) return std::nullopt;
@@ -128,8 +124,8 @@ Incline_MagneticTranslationParameter MeanOffset(const TurnReadings& a,
                                                 const TurnReadings& b,
                                                 const Incline_MagneticCorrectParameter& correctB)
 {
-    const Mean meanA = CorrectedMean(a, correctA);
-    const Mean meanB = CorrectedMean(b, correctB);
+    const survey::Reading meanA = CorrectedMean(a, correctA);
+    const survey::Reading meanB = CorrectedMean(b, correctB);
     return {-meanB.x - meanA.x, -meanB.y - meanA.y, meanB.z - meanA.z};
 }
 

@@ -50,7 +50,8 @@ void ExpectSameAsTheFits(const Turn& horizontal, const Turn& vertical, double to
     if (!solvedA) boxes.shown.push_back(shown.empty() ? Box{} : shown.back());
     int solvedB = 0;
     if (solvedA) {
-        solvedB = adjust.MagCorrPara(MatrixOf(horizontal, true), MatrixOf(vertical, true), B);
+        solvedB = adjust.MagCorrPara(MatrixOf(horizontal, Magnetometer::B),
+                                     MatrixOf(vertical, Magnetometer::B), B);
         if (!solvedB) boxes.shown.push_back(shown.empty() ? Box{} : shown.back());
     }
     EXPECT_EQ(result, solvedA && solvedB ? 1 : 0);
@@ -59,7 +60,7 @@ void ExpectSameAsTheFits(const Turn& horizontal, const Turn& vertical, double to
     EXPECT_TRUE(Agree(adjust.GetCorrectPar_B(), B, tolerance));
     if (!result) return;
     Incline_MagneticTranslationParameter T;
-    adjust.MagneticCoordinateOffset(MatrixOf(horizontal), MatrixOf(horizontal, true), T);
+    adjust.MagneticCoordinateOffset(MatrixOf(horizontal), MatrixOf(horizontal, Magnetometer::B), T);
     EXPECT_TRUE(Agree(adjust.GetCoorTrans().dX, T.dX, tolerance));
     EXPECT_TRUE(Agree(adjust.GetCoorTrans().dY, T.dY, tolerance));
     EXPECT_TRUE(Agree(adjust.GetCoorTrans().dZ, T.dZ, tolerance));
@@ -92,7 +93,8 @@ TEST(AdjustByMoments, FieldLikeTurnsAgreeToNineDigits)
         shape.wholeCounts = seed % 3 == 0;
         shape.seed = seed;
         SCOPED_TRACE(seed);
-        const Turn horizontal = turns::Make(shape, false), vertical = turns::Make(shape, true);
+        const Turn horizontal = turns::Make(shape, turns::TurnAxis::Horizontal),
+                   vertical = turns::Make(shape, turns::TurnAxis::Vertical);
         EXPECT_TRUE(tiltpole::calibration::SolveByMoments(Columns(horizontal), Columns(vertical))
                         .has_value());
         ExpectSameAsTheFits(horizontal, vertical, 1e-9);
@@ -108,7 +110,8 @@ struct Odd
 std::vector<Odd> OddTurns()
 {
     const turns::Shape shape{.samples = 120, .seed = 3};
-    const Turn h = turns::Make(shape, false), v = turns::Make(shape, true);
+    const Turn h = turns::Make(shape, turns::TurnAxis::Horizontal),
+               v = turns::Make(shape, turns::TurnAxis::Vertical);
     std::vector<Odd> odd;
     const auto change = [&](const char* why, bool horizontal, auto&& edit) {
         odd.push_back({why, h, v});
@@ -186,8 +189,8 @@ TEST(AdjustByMoments, RecordedReadingsAnswerAsTheFits)
 TEST(AdjustByMoments, ShortArcsAgreeToNineDigits)
 {
     for (unsigned seed = 1; seed <= 11; ++seed) {
-        const Turn horizontal =
-            turns::Make({.samples = 200, .revolutions = 1.2, .seed = seed}, false);
+        const Turn horizontal = turns::Make({.samples = 200, .revolutions = 1.2, .seed = seed},
+                                            turns::TurnAxis::Horizontal);
         for (const double revolutions : {0.08, 0.12, 0.15})
             for (const double scale : {0.6, 1.0}) {
                 SCOPED_TRACE(seed);
@@ -198,7 +201,7 @@ TEST(AdjustByMoments, ShortArcsAgreeToNineDigits)
                                                  .scale = scale,
                                                  .noise = 1,
                                                  .seed = seed},
-                                                true),
+                                                turns::TurnAxis::Vertical),
                                     1e-9);
             }
     }
@@ -208,9 +211,9 @@ TEST(AdjustByMoments, ShortArcsAgreeToNineDigits)
 TEST(AdjustByMoments, BoundOfThePassesIsTheSame)
 {
     turns::Shape shape{.samples = 360, .revolutions = 1, .noise = 0.2, .seed = 9};
-    const Turn vertical = turns::Make(shape, true);
+    const Turn vertical = turns::Make(shape, turns::TurnAxis::Vertical);
     for (int step = -40; step <= 40; ++step) {
-        Turn horizontal = turns::Make(shape, false);
+        Turn horizontal = turns::Make(shape, turns::TurnAxis::Horizontal);
         for (PoseSensorData& s : horizontal) {
             const double lean = 0.001 + step * 5e-9;
             s.dMag_z += lean * s.dMag_x + lean * lean * s.dMag_y;

@@ -6,14 +6,18 @@
 
 #include "calibration/InclineSensor_MagneticAdjust.h"
 #include "framework/core/MessageBox.h"
+#include "survey/Reading.h"
 #include "tests/ScratchFolder.h"
-#include "tests/calibration/TestTurns.h"
+#include "tests/reference/Turns.h"
 
 #include <cstdlib>
 #include <filesystem>
+#include <functional>
 #include <string>
 #include <utility>
 #include <vector>
+
+using tiltpole::survey::Magnetometer;
 
 struct ReachAdjust : CInclineSensor_MagneticAdjust
 {
@@ -44,7 +48,8 @@ public:
         : m_Before(framework::SetMessageBoxHandler(
             [this](const wchar_t* text, const wchar_t* title, unsigned style) {
                 shown.push_back({text, title, style});
-                return 1;
+                if (whileShown) whileShown();
+                return IDOK;
             }))
     {}
     ~RecordedBoxes() { framework::SetMessageBoxHandler(m_Before); }
@@ -52,6 +57,7 @@ public:
     RecordedBoxes& operator=(const RecordedBoxes&) = delete;
 
     std::vector<Box> shown;
+    std::function<void()> whileShown; // what the host does from inside a box
 
 private:
     framework::MessageBoxHandler m_Before;
@@ -86,15 +92,17 @@ inline CSZMatrix ColumnOf(const std::vector<double>& values)
     return CSZMatrix(values.data(), n, n, 1);
 }
 
-// Raw x, y, z of magnetometer A, or of B.
-inline CSZMatrix MatrixOf(const std::vector<PoseSensorData>& samples, bool second = false)
+// One row x, y, z of raw readings per sample.
+inline CSZMatrix MatrixOf(const std::vector<PoseSensorData>& samples,
+                          Magnetometer which = Magnetometer::A)
 {
     CSZMatrix matrix(static_cast<int>(samples.size()), 3);
     int row = 0;
     for (const PoseSensorData& s : samples) {
-        matrix.SetData(row, 0, second ? s.dMag_x_2 : s.dMag_x);
-        matrix.SetData(row, 1, second ? s.dMag_y_2 : s.dMag_y);
-        matrix.SetData(row++, 2, second ? s.dMag_z_2 : s.dMag_z);
+        const auto [x, y, z] = tiltpole::survey::ReadingOf(s, which);
+        matrix.SetData(row, 0, x);
+        matrix.SetData(row, 1, y);
+        matrix.SetData(row++, 2, z);
     }
     return matrix;
 }

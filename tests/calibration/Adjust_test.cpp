@@ -2,7 +2,7 @@
 //
 // The calibration from turn to parameters: results, messages in their order, what a failure leaves.
 #include "tests/calibration/AdjustTools.h"
-#include "tests/calibration/LiteralAdjust.h"
+#include "tests/reference/LiteralAdjust.h"
 
 #include <gtest/gtest.h>
 
@@ -24,12 +24,13 @@ const Box kPassLimit{L"循环次数超限，磁力计校准参数精度不可靠
 
 using Turn = std::vector<PoseSensorData>;
 
-literal::Readings ReadingsOf(const Turn& samples, bool second)
+literal::Readings ReadingsOf(const Turn& samples, Magnetometer which)
 {
     literal::Readings readings;
-    for (const PoseSensorData& s : samples)
-        readings.push_back(second ? literal::Reading{s.dMag_x_2, s.dMag_y_2, s.dMag_z_2}
-                                  : literal::Reading{s.dMag_x, s.dMag_y, s.dMag_z});
+    for (const PoseSensorData& s : samples) {
+        const auto [x, y, z] = tiltpole::survey::ReadingOf(s, which);
+        readings.push_back({x, y, z});
+    }
     return readings;
 }
 
@@ -105,18 +106,20 @@ TEST(Adjust, EqualsTheStepsInExtendedPrecision)
     for (const turns::Shape& shape : turns::Shapes()) {
         if (shape.radius < 300 || shape.noise > 10 || shape.noise == 0) continue;
         if (shape.samples < 50) continue;
-        const Turn horizontal = turns::Make(shape, false), vertical = turns::Make(shape, true);
+        const Turn horizontal = turns::Make(shape, turns::TurnAxis::Horizontal),
+                   vertical = turns::Make(shape, turns::TurnAxis::Vertical);
         RecordedBoxes boxes;
         CInclineSensor_MagneticAdjust adjust;
         Load(adjust, horizontal, vertical);
         ASSERT_EQ(adjust.Adjust(), 1) << shape.seed;
         EXPECT_TRUE(boxes.shown.empty());
-        for (const bool second : {false, true}) {
+        for (const Magnetometer which : {Magnetometer::A, Magnetometer::B}) {
             SCOPED_TRACE(shape.seed);
             const auto expected =
-                literal::Calibrate(ReadingsOf(horizontal, second), ReadingsOf(vertical, second));
-            ExpectCorrection(second ? adjust.GetCorrectPar_B() : adjust.GetCorrectPar_A(), expected,
-                             1e-7);
+                literal::Calibrate(ReadingsOf(horizontal, which), ReadingsOf(vertical, which));
+            ExpectCorrection(which == Magnetometer::A ? adjust.GetCorrectPar_A()
+                                                      : adjust.GetCorrectPar_B(),
+                             expected, 1e-7);
         }
     }
 }
@@ -124,14 +127,17 @@ TEST(Adjust, EqualsTheStepsInExtendedPrecision)
 TEST(Adjust, TranslationIsTheMeanDifferenceOfTheCorrectedReadings)
 {
     const turns::Shape shape{.samples = 400, .skew = 0.2, .seed = 12};
-    const Turn horizontal = turns::Make(shape, false), vertical = turns::Make(shape, true);
+    const Turn horizontal = turns::Make(shape, turns::TurnAxis::Horizontal),
+               vertical = turns::Make(shape, turns::TurnAxis::Vertical);
     CInclineSensor_MagneticAdjust adjust;
     Load(adjust, horizontal, vertical);
     ASSERT_EQ(adjust.Adjust(), 1);
-    const auto A = literal::Calibrate(ReadingsOf(horizontal, false), ReadingsOf(vertical, false))
-                       .Apply(ReadingsOf(horizontal, false));
-    const auto B = literal::Calibrate(ReadingsOf(horizontal, true), ReadingsOf(vertical, true))
-                       .Apply(ReadingsOf(horizontal, true));
+    const auto A = literal::Calibrate(ReadingsOf(horizontal, Magnetometer::A),
+                                      ReadingsOf(vertical, Magnetometer::A))
+                       .Apply(ReadingsOf(horizontal, Magnetometer::A));
+    const auto B = literal::Calibrate(ReadingsOf(horizontal, Magnetometer::B),
+                                      ReadingsOf(vertical, Magnetometer::B))
+                       .Apply(ReadingsOf(horizontal, Magnetometer::B));
     literal::Reading sum{};
     for (std::size_t i = 0; i < A.size(); ++i) {
         sum[0] += -B[i][0] - A[i][0];
@@ -173,10 +179,11 @@ TEST(Adjust, FreshResultsAreTheIdentity)
 TEST(Adjust, StopsAfterOnePassWhereThePlaneIsLevel)
 {
     turns::Shape shape{.samples = 360, .revolutions = 1, .noise = 0.3};
-    const Turn horizontal = turns::Make(shape, false), vertical = turns::Make(shape, true);
+    const Turn horizontal = turns::Make(shape, turns::TurnAxis::Horizontal),
+               vertical = turns::Make(shape, turns::TurnAxis::Vertical);
     int passes = 0;
-    const auto expected =
-        literal::Calibrate(ReadingsOf(horizontal, false), ReadingsOf(vertical, false), &passes);
+    const auto expected = literal::Calibrate(ReadingsOf(horizontal, Magnetometer::A),
+                                             ReadingsOf(vertical, Magnetometer::A), &passes);
     ASSERT_EQ(passes, 1) << "the turn is meant to be level from the start";
     CInclineSensor_MagneticAdjust adjust;
     Load(adjust, horizontal, vertical);
@@ -185,32 +192,57 @@ TEST(Adjust, StopsAfterOnePassWhereThePlaneIsLevel)
 }
 
 // On a short arc x and y move together, and taking the lean out of each in turn hardly helps.
-TEST(Adjust, PassLimitIsToldAndStillCounts)
+void LoadTurnsThatReachThePassLimit(CInclineSensor_MagneticAdjust& adjust)
 {
     KnownSensor sensor{.wobble = 0.5};
     sensor.truth.c = 0.3;
     sensor.truth.d = -0.3;
     const Turn vertical = sensor.Vertical(200);
     sensor.arc = 0.9;
-    const Turn horizontal = sensor.Horizontal(200);
+    Load(adjust, sensor.Horizontal(200), vertical);
+}
+
+TEST(Adjust, ReportsThePassLimitAndStillSucceeds)
+{
     RecordedBoxes boxes;
     CInclineSensor_MagneticAdjust adjust;
-    Load(adjust, horizontal, vertical);
+    LoadTurnsThatReachThePassLimit(adjust);
     EXPECT_EQ(adjust.Adjust(), 1);
     EXPECT_EQ(boxes.shown, (std::vector<Box>{kPassLimit, kPassLimit})) << "one per magnetometer";
+}
+
+TEST(Adjust, ReadsAllSamplesBeforeTheFirstBox)
+{
+    RecordedBoxes boxes;
+    CInclineSensor_MagneticAdjust undisturbed, adjust;
+    LoadTurnsThatReachThePassLimit(undisturbed);
+    ASSERT_EQ(undisturbed.Adjust(), 1);
+    LoadTurnsThatReachThePassLimit(adjust);
+    boxes.whileShown = [&] {
+        adjust.Horizontal_Clear();
+        adjust.Vertical_Clear();
+    };
+    EXPECT_EQ(adjust.Adjust(), 1);
+    EXPECT_EQ(boxes.shown, std::vector<Box>(4, kPassLimit));
+    EXPECT_EQ(adjust.GetCorrectPar_B().c, undisturbed.GetCorrectPar_B().c);
+    EXPECT_EQ(adjust.GetCorrectPar_B().z0, undisturbed.GetCorrectPar_B().z0);
+    EXPECT_EQ(adjust.GetCoorTrans().dX, undisturbed.GetCoorTrans().dX);
+    EXPECT_EQ(adjust.GetCoorTrans().dZ, undisturbed.GetCoorTrans().dZ);
 }
 
 // The horizontal arc is short and noisy: once corrected, the conic through it is a hyperbola.
 TEST(Adjust, CentreOfAConicThatIsNoEllipseIsTakenAllTheSame)
 {
-    const Turn horizontal = turns::Make(
-        {.samples = 120, .revolutions = 0.3, .skew = 0.3, .noise = 30, .seed = 8}, false);
-    const Turn vertical = turns::Make({.samples = 120, .skew = 0.2, .seed = 8}, true);
-    const auto expected =
-        literal::Calibrate(ReadingsOf(horizontal, false), ReadingsOf(vertical, false));
+    const Turn horizontal =
+        turns::Make({.samples = 120, .revolutions = 0.3, .skew = 0.3, .noise = 30, .seed = 8},
+                    turns::TurnAxis::Horizontal);
+    const Turn vertical =
+        turns::Make({.samples = 120, .skew = 0.2, .seed = 8}, turns::TurnAxis::Vertical);
+    const auto expected = literal::Calibrate(ReadingsOf(horizontal, Magnetometer::A),
+                                             ReadingsOf(vertical, Magnetometer::A));
     literal::Correction level = expected;
     level.x0 = level.y0 = level.z0 = 0;
-    const auto p = literal::Ellipse(level.Apply(ReadingsOf(horizontal, false)), 0, 1);
+    const auto p = literal::Ellipse(level.Apply(ReadingsOf(horizontal, Magnetometer::A)), 0, 1);
     ASSERT_GE(p[1] * p[1], 4 * p[0] * (1 - p[0])) << "the corrected conic is meant to be none";
 
     RecordedBoxes boxes;
@@ -287,6 +319,21 @@ TEST(Adjust, TellsTheFailedFitAndThenTheMagnetometer)
         const bool ofA = failure.boxes.back() == kFailedA;
         EXPECT_EQ(folder.Has("Debug_MagneticAdjust_ErrorData_A.csv"), ofA) << failure.why;
         EXPECT_EQ(folder.Has("Debug_MagneticAdjust_ErrorData_B.csv"), !ofA) << failure.why;
+    }
+}
+
+TEST(Adjust, ShowsTheBoxesBeforeItWritesTheDump)
+{
+    for (const Failure& failure : Failures()) {
+        const OwnDataFolder folder;
+        RecordedBoxes boxes;
+        CInclineSensor_MagneticAdjust adjust;
+        Load(adjust, failure.horizontal, failure.vertical);
+        boxes.whileShown = [&] {
+            EXPECT_FALSE(std::filesystem::exists(folder.Root())) << failure.why;
+        };
+        EXPECT_EQ(adjust.Adjust(), 0) << failure.why;
+        EXPECT_TRUE(std::filesystem::exists(folder.Root())) << failure.why;
     }
 }
 

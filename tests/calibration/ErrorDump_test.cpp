@@ -3,9 +3,11 @@
 // The dump of a failed calibration, byte for byte.
 #include "tests/calibration/AdjustTools.h"
 
+#include <cstdio>
 #include <filesystem>
 #include <fstream>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 
 namespace {
@@ -50,6 +52,33 @@ TEST(ErrorDump, HoldsAHeaderAndANumberedRowPerHorizontalSample)
     ASSERT_EQ(adjust.Adjust(), 0);
     EXPECT_EQ(folder.Read(kDumpA), kHeader + Row("  0") + Row("  1"))
         << "more vertical samples add no rows";
+}
+
+// A calibrates; B reads one y in the whole vertical turn.
+TEST(ErrorDump, OfBHoldsTheHorizontalSamplesToo)
+{
+    const auto horizontal = turns::Make({.samples = 50}, turns::TurnAxis::Horizontal);
+    auto vertical = turns::Make({.samples = 70}, turns::TurnAxis::Vertical);
+    for (PoseSensorData& s : vertical)
+        s.dMag_y_2 = 7;
+    const OwnDataFolder folder;
+    RecordedBoxes boxes;
+    CInclineSensor_MagneticAdjust adjust;
+    Load(adjust, horizontal, vertical);
+    ASSERT_EQ(adjust.Adjust(), 0);
+
+    std::istringstream text(folder.Read("Debug_MagneticAdjust_ErrorData_B.csv"));
+    std::string line;
+    std::getline(text, line);
+    EXPECT_EQ(line + '\n', kHeader);
+    std::size_t rows = 0;
+    while (std::getline(text, line)) {
+        ASSERT_LT(rows, horizontal.size());
+        char x[40];
+        std::snprintf(x, sizeof x, ",%16.10f,", horizontal[rows++].dMag_x);
+        EXPECT_NE(line.find(x), std::string::npos) << line;
+    }
+    EXPECT_EQ(rows, horizontal.size());
 }
 
 TEST(ErrorDump, GrowsOverRepeatedFailures)

@@ -15,7 +15,7 @@ template <class Filter>
 class FilterLiteral : public ::testing::Test
 {
 protected:
-    static constexpr bool kVertical = kIsVertical<Filter>;
+    static constexpr turns::TurnAxis kAxis = kTurnAxis<Filter>;
 };
 
 using Filters = ::testing::Types<CInclineSensor_Filter_XY, CInclineSensor_Filter_XZ>;
@@ -25,7 +25,7 @@ TYPED_TEST(FilterLiteral, EveryAddWritesTheSameAzimuthsAndFlags)
 {
     for (const turns::Shape& shape : turns::Shapes()) {
         Twin<TypeParam> twin;
-        for (const PoseSensorData& sample : turns::Make(shape, this->kVertical)) {
+        for (const PoseSensorData& sample : turns::Make(shape, this->kAxis)) {
             twin.Add(sample);
             if (twin.Count() % 7 == 0 || twin.Count() % 10 == 0 || twin.Count() < 30) {
                 ASSERT_TRUE(twin.HasSameState()) << "seed " << shape.seed;
@@ -53,7 +53,7 @@ TYPED_TEST(FilterLiteral, FilterKeepsTheSameSamplesInTheSameOrder)
 {
     for (const turns::Shape& shape : turns::Shapes()) {
         Twin<TypeParam> twin;
-        for (const PoseSensorData& sample : turns::Make(shape, this->kVertical))
+        for (const PoseSensorData& sample : turns::Make(shape, this->kAxis))
             twin.Add(sample);
         ASSERT_TRUE(twin.IsSame(twin.fast.Filter(), twin.literal.Screen())) << shape.seed;
         ASSERT_TRUE(twin.HasSameState()) << shape.seed;
@@ -66,7 +66,7 @@ TYPED_TEST(FilterLiteral, EachStageGivesTheSameArray)
 {
     for (const turns::Shape& shape : turns::Shapes()) {
         Twin<TypeParam> twin;
-        for (const PoseSensorData& sample : turns::Make(shape, this->kVertical))
+        for (const PoseSensorData& sample : turns::Make(shape, this->kAxis))
             twin.Add(sample);
         std::vector<int> every;
         for (int i = 0; i < shape.samples; ++i) {
@@ -100,7 +100,7 @@ TYPED_TEST(FilterLiteral, AnyOrderOfCallsLeavesTheSameState)
         turns::Shape shape =
             shapes[static_cast<std::size_t>(dice(static_cast<int>(shapes.size())))];
         shape.samples = 420;
-        const auto samples = turns::Make(shape, this->kVertical);
+        const auto samples = turns::Make(shape, this->kAxis);
         Twin<TypeParam> twin;
         for (const PoseSensorData& sample : samples) {
             twin.Add(sample);
@@ -153,7 +153,7 @@ TYPED_TEST(FilterLiteral, LongRecordsSeeAzimuthsThatAnOperationMoved)
     Twin<TypeParam> twin;
     for (const int pass : {1, 2})
         for (PoseSensorData sample :
-             turns::Make({.samples = 400, .revolutions = 0.5}, this->kVertical)) {
+             turns::Make({.samples = 400, .revolutions = 0.5}, this->kAxis)) {
             sample.dMag_x += pass; // no two readings are the same
             twin.Add(sample);
         }
@@ -168,7 +168,7 @@ TYPED_TEST(FilterLiteral, LongRecordsSeeAzimuthsThatAnOperationMoved)
     twin.literal.IsComplete(mirror);
     EXPECT_GT(twin.fast.GetRecordRate(), before) << "the samples turn about a centre of their own";
     EXPECT_TRUE(twin.HasSameCoverage());
-    twin.Add(turns::Make({}, this->kVertical)[0]);
+    twin.Add(turns::Make({}, this->kAxis)[0]);
     EXPECT_TRUE(twin.HasSameState());
     EXPECT_TRUE(twin.HasSameCoverage());
 }
@@ -180,7 +180,7 @@ TYPED_TEST(FilterLiteral, ReadingsThatAreNoNumbersFollowTheSameRules)
     for (const double odd : {nan, infinity, -infinity}) {
         for (const int place : {0, 4, 11, 37}) {
             Twin<TypeParam> twin;
-            auto samples = turns::Make({.samples = 120}, this->kVertical);
+            auto samples = turns::Make({.samples = 120}, this->kAxis);
             auto& sample = samples[static_cast<std::size_t>(place)];
             (place % 2 ? sample.dMag_x : sample.dMag_z) = odd;
             for (const PoseSensorData& s : samples) {
@@ -205,7 +205,7 @@ void CheckGrid(const std::vector<std::tuple<int, int, int, int>>& codes)
     int second = 0;
     for (const auto& [x, v, w, pause] : codes) {
         PoseSensorData sample = turns::At(reading(x, 20), reading(v, 20), reading(w, 30));
-        if (kIsVertical<Filter>) std::swap(sample.dMag_y, sample.dMag_z);
+        if (kTurnAxis<Filter> == turns::TurnAxis::Vertical) std::swap(sample.dMag_y, sample.dMag_z);
         second += pause;
         sample.nMinute = second / 60;
         sample.nSecond = second % 60;

@@ -5,8 +5,8 @@
 
 #include "calibration/InclineSensor_Filter_XY.h"
 #include "calibration/InclineSensor_Filter_XZ.h"
-#include "tests/calibration/LiteralFilter.h"
-#include "tests/calibration/TestTurns.h"
+#include "tests/reference/LiteralFilter.h"
+#include "tests/reference/Turns.h"
 
 #include <gtest/gtest.h>
 
@@ -15,9 +15,9 @@
 #include <vector>
 
 template <class Filter>
-inline constexpr bool kIsVertical = false;
+inline constexpr turns::TurnAxis kTurnAxis = turns::TurnAxis::Horizontal;
 template <>
-inline constexpr bool kIsVertical<CInclineSensor_Filter_XZ> = true;
+inline constexpr turns::TurnAxis kTurnAxis<CInclineSensor_Filter_XZ> = turns::TurnAxis::Vertical;
 
 // The protected operations of a filter.
 template <class Filter>
@@ -118,7 +118,7 @@ public:
     }
 
     Reach<Filter> fast;
-    ::literal::Filter literal{{kIsVertical<Filter>}};
+    ::literal::Filter literal{{kTurnAxis<Filter>}};
 
 private:
     std::vector<PoseSensorData*> m_Given;

@@ -23,7 +23,7 @@ PoseSensorData Upright(PoseSensorData sample)
 template <class Filter>
 PoseSensorData For(const PoseSensorData& sample)
 {
-    return kIsVertical<Filter> ? Upright(sample) : sample;
+    return kTurnAxis<Filter> == turns::TurnAxis::Vertical ? Upright(sample) : sample;
 }
 
 template <class Filter>
@@ -256,6 +256,26 @@ TYPED_TEST(SampleFilter, GapOfMoreThanSixtyDegreesIsNotComplete)
     EXPECT_EQ(this->filter.IsComplete(&none), 1);
 }
 
+// The azimuths are 30, 90, 135, 180 and 210: atan(1/√3) is 30 degrees to the last digits.
+TYPED_TEST(SampleFilter, GapOfExactlySixtyDegreesIsComplete)
+{
+    const double root = 10 * std::numbers::sqrt3;
+    const auto gapOfFirstTwo = [&](double x) {
+        this->array.RemoveAll();
+        const PoseSensorData* first = this->Keep(At(x, root));
+        const PoseSensorData* second = this->Keep(At(0, 10));
+        this->Keep(At(10, -10));
+        this->Keep(At(-5, 0));
+        this->Keep(At(-10, -root));
+        const int complete = this->filter.IsComplete(&this->array);
+        return std::pair(second->dAzimuth - first->dAzimuth, complete);
+    };
+    EXPECT_EQ(gapOfFirstTwo(10), (std::pair{60.0, 1}));
+    const auto [gap, complete] = gapOfFirstTwo(10 - 1e-13);
+    EXPECT_GT(gap, 60);
+    EXPECT_EQ(complete, 0);
+}
+
 TYPED_TEST(SampleFilter, SelectCopiesAllWhenMoreAreWanted)
 {
     this->Keep(At(1, 1));
@@ -298,6 +318,19 @@ TYPED_TEST(SampleFilter, TimeStageThinsSamplesOfAStandingPole)
     at(32, 55);
     at(33, 0); // the time ran back: no wrap
     EXPECT_EQ(this->Places(this->filter.Filter_ByTime(&this->array)), (std::vector{0, 2, 4}));
+}
+
+TYPED_TEST(SampleFilter, TimeStageComparesTimesOfAnySize)
+{
+    constexpr int kMost = std::numeric_limits<int>::max(), kLeast = std::numeric_limits<int>::min();
+    for (const auto field :
+         {&PoseSensorData::nHour, &PoseSensorData::nMinute, &PoseSensorData::nSecond}) {
+        this->array.RemoveAll();
+        for (const int time : {kLeast, kMost, kLeast})
+            this->Keep({})->*field = time;
+        EXPECT_EQ(this->Places(this->filter.Filter_ByTime(&this->array)), (std::vector{0, 1}))
+            << "the first step lasts for ages, the second runs back";
+    }
 }
 
 // 30 counts in every direction: what counts is whether the root of the sum is below 30.
@@ -354,7 +387,7 @@ TYPED_TEST(SampleFilter, AzimuthStageRejectsWindowsThatTurnedBack)
 
 TYPED_TEST(SampleFilter, FilterLeavesTheSamplesWithTheFilter)
 {
-    for (const PoseSensorData& sample : turns::Make({.samples = 200}, kIsVertical<TypeParam>))
+    for (const PoseSensorData& sample : turns::Make({.samples = 200}, kTurnAxis<TypeParam>))
         this->filter.Add(new PoseSensorData(sample));
     const std::unique_ptr<turns::Samples> result(this->filter.Filter());
     ASSERT_NE(result, nullptr);

@@ -337,6 +337,35 @@ TEST(KFilter, OrderGivesZeroMatrices)
     ExpectSameNumbers(filter.Filter(CSZMatrix(2, 1, MatOnes), CSZMatrix(2, 1)), CSZMatrix(2, 1));
 }
 
+TEST(KFilter, SettingTheSameOrderGivesZeroMatricesAgain)
+{
+    std::mt19937 random(16);
+    CKFilter filter;
+    ASSERT_NO_FATAL_FAILURE(RandomModel(random, 2, 2).Give(filter));
+    filter.SetMatrixOrder(2, 2);
+    const CSZMatrix O(2, 2);
+    Model zero{O, O, O, O, O, O, O, CSZMatrix(2, 1), O};
+    const CSZMatrix z = Random(random, 2, 1), u = Random(random, 2, 1);
+    ExpectSameNumbers(filter.Filter(z, u), zero.Step(z, u));
+}
+
+TEST(KFilter, StaysUsableAfterItWasMovedFrom)
+{
+    std::mt19937 random(17);
+    for (const int n : {2, 6, 8}) {
+        Model model = RandomModel(random, n, n);
+        CKFilter filter;
+        ASSERT_NO_FATAL_FAILURE(model.Give(filter));
+        CKFilter taken(std::move(filter));
+        CKFilter assigned;
+        assigned = std::move(taken);
+        const CSZMatrix z = Random(random, n, 1), u = Random(random, n, 1);
+        const CSZMatrix expected = model.Step(z, u);
+        for (CKFilter* each : {&filter, &taken, &assigned}) // NOLINT(bugprone-use-after-move)
+            ExpectSameNumbers(each->Filter(z, u), expected);
+    }
+}
+
 TEST(KFilter, InitialVarianceIsMultipliedAsItStands)
 {
     std::mt19937 random(9);

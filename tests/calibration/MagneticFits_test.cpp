@@ -2,7 +2,7 @@
 //
 // The fits of the calibration: conics, lines, centres and least squares, on figures known by hand.
 #include "tests/calibration/AdjustTools.h"
-#include "tests/calibration/LiteralAdjust.h"
+#include "tests/reference/LiteralAdjust.h"
 
 #include <gtest/gtest.h>
 
@@ -110,7 +110,7 @@ TEST(EllipseFit, AgreesWithExtendedPrecisionOnNoisyTurns)
 {
     for (const turns::Shape& shape : turns::Shapes()) {
         if (shape.radius < 100) continue;
-        const CSZMatrix m = MatrixOf(turns::Make(shape, false));
+        const CSZMatrix m = MatrixOf(turns::Make(shape, turns::TurnAxis::Horizontal));
         literal::Readings readings;
         for (int i = 0; i < m.getRowSize(); ++i)
             readings.push_back({m.GetData(i, 0), m.GetData(i, 1), m.GetData(i, 2)});

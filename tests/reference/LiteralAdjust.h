@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The calibration written down step by step on plain numbers of extended precision: what the
-// solver is compared with.
+// The calibration, step by step in extended precision: the reference for the solver.
 #pragma once
 
 #include "positioning/MagneticParameters.h"

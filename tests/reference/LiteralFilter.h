@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// The sample filters written down rule by rule, without anything remembered: what the fast ones
-// are compared with.
+// The sample filters, rule by rule and with nothing kept between calls: the reference that the fast
+// filters must equal in every bit.
 #pragma once
 
 #include "calibration/PoseSensorCenterParameter.h"
 #include "positioning/PoseSensorData.h"
+#include "tests/reference/Turns.h"
 
 #include <cmath>
 #include <cstddef>
@@ -19,7 +20,8 @@ using List = std::vector<PoseSensorData*>;
 
 struct Rules
 {
-    bool vertical = false;
+    turns::TurnAxis axis = turns::TurnAxis::Horizontal;
+    bool vertical = axis == turns::TurnAxis::Vertical;
 
     double V(const PoseSensorData& s) const { return vertical ? s.dMag_z : s.dMag_y; }
     double W(const PoseSensorData& s) const { return vertical ? s.dMag_y : s.dMag_z; }
@@ -143,7 +145,12 @@ public:
     bool IsRecordOK() const { return record.size() >= 72 && CoveredSectors() == 72; }
     int GetRecordRate() const { return static_cast<int>(CoveredSectors() * 5 * 100 / 360.0 + 0.5); }
 
-    // An empty result stands for null.
+    static long long Seconds(const PoseSensorData& s)
+    {
+        return s.nHour * 3600LL + s.nMinute * 60LL + s.nSecond;
+    }
+
+    // Empty where the filter returns null.
     List ByTime(const List& list) const
     {
         List kept;
@@ -154,9 +161,7 @@ public:
                 const double d =
                     std::sqrt((s->dMag_x - last.dMag_x) * (s->dMag_x - last.dMag_x)
                               + (rules.V(*s) - rules.V(last)) * (rules.V(*s) - rules.V(last)));
-                const int seconds = (s->nHour - last.nHour) * 3600
-                                    + (s->nMinute - last.nMinute) * 60 + s->nSecond - last.nSecond;
-                if (d < 30 && seconds < 3) continue;
+                if (d < 30 && Seconds(*s) - Seconds(last) < 3) continue;
             }
             kept.push_back(s);
         }

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// Turns for the calibration tests: simulated ones with known shape, and recorded readings.
+// Turns of a pole as its magnetometers see them: made ones of a given shape, and recorded readings.
+//
+//   for (const PoseSensorData& s : turns::Make({.samples = 500}, turns::TurnAxis::Horizontal))
+//       filter.Add(new PoseSensorData(s));
 #pragma once
 
 #include "framework/core/Array.h"
@@ -20,6 +23,10 @@ namespace turns {
 
 using Samples = CArray<PoseSensorData*, PoseSensorData*>;
 
+/// The two turns of a calibration: about z, readings in x and y, and about y, readings in x and z.
+enum class TurnAxis { Horizontal, Vertical };
+
+/// A sample that reads (x, v, w) on magnetometer A.
 inline PoseSensorData At(double x, double v, double w = 0)
 {
     PoseSensorData sample;
@@ -29,7 +36,7 @@ inline PoseSensorData At(double x, double v, double w = 0)
     return sample;
 }
 
-// Ten samples of a square about (5, 5), then one more.
+/// x and v of ten samples on a square about (5, 5).
 inline constexpr double kSquare[10][2] = {
     {0,  0 },
     {5,  0 },
@@ -43,24 +50,24 @@ inline constexpr double kSquare[10][2] = {
     {0,  1 }
 };
 
-// A turn of the field vector on a circle that the sensor sees skewed and shifted.
+/// A turn of the field vector on a circle that the sensor sees skewed and shifted.
 struct Shape
 {
     int samples = 300;
     double revolutions = 1.1;
     double radius = 500;
-    double skew = 0;     // share of x in the other two
+    double skew = 0;     // share of x in the second axis; above 0 also 0.05 in the third
     double scale = 1;    // of the second axis
-    double offset = 100; // of the centre [counts]
+    double offset = 100; // of the center [counts]
     double noise = 2;    // standard deviation [counts]
     bool wholeCounts = false;
-    int stopEvery = 0;      // every so many samples the pole stands still for 12
-    bool turnsBack = false; // a tenth of the turn is walked backwards in the middle
-    double perSecond = 20;
-    unsigned seed = 1;
+    int stopEvery = 0;      // the pole stands still for 12 samples after this many; 0: never
+    bool turnsBack = false; // a tenth of the turn is run through backwards in the middle
+    double perSecond = 20;  // samples
+    unsigned seed = 1;      // of the noise
 };
 
-// Where the pole points at sample i, in revolutions.
+/// Where the pole points at sample i [revolutions].
 inline double Progress(const Shape& shape, int i)
 {
     double at = static_cast<double>(i) / shape.samples;
@@ -73,9 +80,11 @@ inline double Progress(const Shape& shape, int i)
     return at * shape.revolutions;
 }
 
-// `vertical` exchanges the roles of y and z. Magnetometer B reads A with x and y negated.
-inline std::vector<PoseSensorData> Make(const Shape& shape, bool vertical)
+/// The second axis of the turn is y for the horizontal, z for the vertical one. Magnetometer B reads
+/// what A reads with x and y negated. The time of day starts at 10:00:00.
+inline std::vector<PoseSensorData> Make(const Shape& shape, TurnAxis axis)
 {
+    const bool vertical = axis == TurnAxis::Vertical;
     std::mt19937 random(shape.seed);
     std::normal_distribution<double> unit;
     const auto noise = [&](std::mt19937& source) { return shape.noise * unit(source); };
@@ -107,7 +116,7 @@ inline std::vector<PoseSensorData> Make(const Shape& shape, bool vertical)
     return made;
 }
 
-// Readings of a pole moved by hand; see tests/data/README.md.
+/// Readings of a pole moved by hand; see tests/data/README.md.
 inline std::vector<PoseSensorData> Recorded()
 {
     std::ifstream file(TILTPOLE_SOURCE_DIR "/tests/data/recorded_magnetometer.csv");
@@ -127,7 +136,7 @@ inline std::vector<PoseSensorData> Recorded()
     return samples;
 }
 
-// The shapes that every comparison with the literal filters runs over.
+/// Round, skewed, stopping, backward and noisy turns, for comparisons that run over all of them.
 inline std::vector<Shape> Shapes()
 {
     std::vector<Shape> shapes;

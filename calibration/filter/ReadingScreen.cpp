@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "calibration/solver/ReadingScreen.h"
+#include "calibration/filter/ReadingScreen.h"
+
+#include "calibration/ShortMemory.h"
 
 #include <algorithm>
 #include <cmath>
@@ -75,8 +77,10 @@ void KeepStepsOfTurn(CSZMatrix& readings)
     }
 
     CSZMatrix kept(static_cast<int>(taken.size()), readings.getColSize());
+    CheckAllocated(kept, static_cast<int>(taken.size()));
     for (int i = 0; i < kept.getRowSize(); ++i)
-        kept.SetData(i, 0, readings.SliceRows(taken[static_cast<std::size_t>(i)], 1));
+        for (int c = 0; c < kept.getColSize(); ++c)
+            kept.SetData(i, c, readings.GetData(taken[static_cast<std::size_t>(i)], c));
     readings = std::move(kept);
 }
 
