@@ -132,11 +132,11 @@ void AddWholeTurn(benchmark::State& state)
 
 struct LiteralXY : literal::Filter
 {
-    LiteralXY() : literal::Filter(literal::Rules{false}) {}
+    LiteralXY() : literal::Filter(literal::Rules{TurnAxis::Horizontal}) {}
 };
 struct LiteralXZ : literal::Filter
 {
-    LiteralXZ() : literal::Filter(literal::Rules{true}) {}
+    LiteralXZ() : literal::Filter(literal::Rules{TurnAxis::Vertical}) {}
 };
 
 void Add_Ours(benchmark::State& state)
