@@ -12,6 +12,8 @@
 //
 //   coordinates   plane x, y and height h, metres; as large as survey grids have them
 //   angles        degrees
+//   memory        AddPoint, Calculate, Adjustment and ReProcess throw std::bad_alloc when it runs
+//                 out; the observations stay as they are then
 #pragma once
 
 #include "framework/core/core.h"

@@ -7,6 +7,7 @@
 #include <cfloat>
 #include <cmath>
 #include <cstdarg>
+#include <new>
 
 namespace matrix = tiltpole::matrix;
 
@@ -42,10 +43,14 @@ CSZMatrix::CSZMatrix(const CSZMatrix& other) noexcept
     std::copy_n(other.m_Data.Data(), Count(), m_Data.Data());
 }
 
-// Gives the store the size rows x cols; false, with 0 x 0, when a size is below 1 or there is no
-// memory for it. The health flag is the caller's.
+// Gives the store the size rows x cols; elements stay where they are when that is its size already.
+// False, with 0 x 0, when a size is below 1 or memory runs out. The health flag is the caller's.
 bool CSZMatrix::SetSize(int rows, int cols, Fill fill) noexcept
 {
+    if (HasElements() && rows == m_nRows && cols == m_nCols) {
+        if (fill == Fill::Zero) Zeros();
+        return true;
+    }
     m_nRows = m_nCols = 0;
     if (rows < 1 || cols < 1) return false;
     const long long count = static_cast<long long>(rows) * cols;
@@ -199,7 +204,7 @@ bool CSZMatrix::operator=(const CSZMatrix& B) noexcept
         Clear();
         return true;
     }
-    if (!HasSizeOf(B) && !SetSize(B.m_nRows, B.m_nCols, Fill::None)) {
+    if (!SetSize(B.m_nRows, B.m_nCols, Fill::None)) {
         m_bHealthy = false;
         return false;
     }
@@ -210,7 +215,14 @@ bool CSZMatrix::operator=(const CSZMatrix& B) noexcept
 // NOLINTNEXTLINE(misc-unconventional-assign-operator)
 bool CSZMatrix::operator=(CSZMatrix&& B) noexcept
 {
-    if (&B != this) TakeFrom(B);
+    if (&B == this) return true;
+    if (!HasSizeOf(B)) {
+        TakeFrom(B);
+        return true;
+    }
+    std::copy_n(B.m_Data.Data(), Count(), m_Data.Data());
+    B.Clear();
+    B.m_bHealthy = false;
     return true;
 }
 
@@ -313,7 +325,7 @@ CSZMatrix CSZMatrix::Delete(int r0, int nr, int c0, int nc) const
 }
 
 CString CSZMatrix::toString(int width, int precision, char format) const
-{
+try {
     const wchar_t* element = format == 'E' || format == 'e' ? L"%*.*E " : L"%*.*f ";
     CString text;
     CString part;
@@ -325,4 +337,6 @@ CString CSZMatrix::toString(int width, int precision, char format) const
         text += L"\n";
     }
     return text;
+} catch (const std::bad_alloc&) {
+    return {};
 }

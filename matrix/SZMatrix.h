@@ -26,7 +26,7 @@ struct PlaneRotation;
 }
 
 /// What a newly built matrix holds.
-enum MatType {
+enum MatType : int {
     MatZeros = 0,    ///< all elements 0
     MatOnes = 1,     ///< all elements 1
     MatIdentity = 2, ///< 1 at (i, i) for i < min(rows, columns), 0 elsewhere
@@ -100,8 +100,10 @@ public:
         return data[admitted ? position : 0];
     }
 
-    /// Gives the matrix the size rows x cols, zero-filled and healthy. A size below 1 answers false
-    /// and changes nothing; memory that cannot be had answers false and leaves 0 x 0, not healthy.
+    /// Gives the matrix the size rows x cols, zero-filled and healthy. A size below 1 returns false
+    /// and changes nothing; short of memory it returns false and leaves 0 x 0, not healthy. Elements
+    /// stay where they are, and references to them valid, when the matrix has that size already;
+    /// the same holds for every assignment.
     bool Alloc(int rows, int cols);
 
     /// Sets every element to 0. @return 0 for an empty matrix, else 1
@@ -181,7 +183,8 @@ public:
 
     /// One line per row, ended by a line feed; each element in `width` characters with `precision`
     /// decimals, followed by one blank. `format` 'E' or 'e' writes 1.2345E+03, any other 1234.5000.
-    /// The same in every locale. A negative width aligns left, a negative precision means 6.
+    /// The same in every locale. A negative width aligns left, a negative precision means 6. Short of
+    /// memory the text is empty.
     CString toString(int width, int precision, char format) const;
 
     /// The transpose.
@@ -229,7 +232,7 @@ public:
     ///
     /// A matrix that is not symmetric (within 2.2e-16; also one that is not square or empty) makes
     /// the call never return; V is the identity and D a copy by then.
-    /// @return true
+    /// @return true; false short of memory
     bool Jacobi(CSZMatrix& V, CSZMatrix& D, double tol) const;
 
     /// A = Q * R by modified Gram-Schmidt orthogonalisation of the columns (Golub & Van Loan, 5.2):

@@ -253,7 +253,7 @@ bool CSZMatrix::Jacobi(CSZMatrix& V, CSZMatrix& D, double tol) const
             }
     } while (HasElementAboveDiagonal(D, tol));
     V = V.matTran();
-    return true;
+    return V.m_nRows == n && D.m_nRows == n;
 }
 
 bool CSZMatrix::QR_Schmidt(CSZMatrix& Q, CSZMatrix& R, double tol) const

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <functional>
+#include <new>
 
 namespace matrix = tiltpole::matrix;
 
@@ -148,6 +149,7 @@ CTiltMatrix CTiltMatrix::Combined(const CTiltMatrix& B, Combine combine) const
 {
     if (!HasSizeOf(B)) return Failed(B);
     CTiltMatrix result(m_nRows, m_nCols, Fill::None);
+    if (!HasSizeOf(result)) return Failed({});
     CombineInto(result, B, combine);
     return result;
 }
@@ -156,6 +158,7 @@ template <class Change>
 CTiltMatrix CTiltMatrix::Changed(Change change) const
 {
     CTiltMatrix result(m_nRows, m_nCols, Fill::None);
+    if (!HasSizeOf(result)) return Failed({});
     ChangeInto(result, change);
     return result;
 }
@@ -174,6 +177,7 @@ CTiltMatrix CTiltMatrix::operator*(const CTiltMatrix& B) const
 {
     if (m_nCols != B.m_nRows) return Failed(B);
     CTiltMatrix product(m_nRows, B.m_nCols, Fill::None);
+    if (HasElements() && !product.HasElements()) return Failed({});
     matrix::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), AsInt(product.m_nRows),
                      AsInt(m_nCols), AsInt(product.m_nCols));
     m_nValid = 1;
@@ -230,6 +234,7 @@ CTiltMatrix CTiltMatrix::Inverse(matrix::PivotFloor floor) const
 {
     if (!IsSquare()) return Failed(CTiltMatrix(m_nRows, m_nCols, Fill::Zero));
     CTiltMatrix inverse(*this);
+    if (!HasSizeOf(inverse)) return Failed({});
     const auto outcome = matrix::Invert(inverse.m_Data.Data(), AsInt(m_nRows), floor);
     m_nValid = outcome == matrix::Outcome::Done ? 1 : 0;
     if (outcome == matrix::Outcome::NoMemory) return {};
@@ -281,7 +286,10 @@ CTiltMatrix CTiltMatrix::Reverse() const
             L.SetData(i, j, -sum / L.GetData(i, i));
         }
     }
-    return L.MatTran() * L;
+    const CTiltMatrix transpose = L.MatTran();
+    CTiltMatrix inverse = L.HasSizeOf(transpose) ? transpose * L : CTiltMatrix();
+    m_nValid = inverse.m_nValid;
+    return inverse;
 }
 
 CTiltMatrix CTiltMatrix::MatTran() const
@@ -352,12 +360,14 @@ int CTiltMatrix::Zeros()
 }
 
 CString CTiltMatrix::Output() const
-{
+try {
     CString text;
     ForEachElement([&](unsigned r, unsigned c) {
         text.AppendFormat(c + 1 == m_nCols ? L"%15.6e \n" : L"%15.6e ", GetData(r, c));
     });
     return text;
+} catch (const std::bad_alloc&) {
+    return {};
 }
 
 double CTiltMatrix::Module() const

@@ -5,7 +5,7 @@
 //   elements   row-major, unsigned sizes and indices from 0; reads are not checked
 //   validity   IsValid() is 1 while the storage is allocated or the last operator on the object
 //              succeeded. A binary operator that fails sets it to 0 on its left operand and returns
-//              a copy of the right one, not a zero matrix
+//              a copy of the right one, not a zero matrix; short of memory it returns 0 x 0
 //   cursors    the operations count with members of the object, reading ones too, so one object is
 //              never used by two operations at once; it may stand on both sides of an operator
 //   rounding   as CSZMatrix: sums in the order told, nothing fused
@@ -151,7 +151,7 @@ public:
     int Zeros();
 
     /// One line per row, ended by a line feed; each element as "%15.6e" writes it, followed by one
-    /// blank.
+    /// blank. Short of memory the text is empty.
     CString Output() const;
 
     /// The length of a row or column vector; 0.0 for any other matrix.

@@ -8,6 +8,7 @@
 #include <climits>
 #include <memory>
 #include <string>
+#include <type_traits>
 #include <utility>
 
 using namespace matrixtest;
@@ -361,6 +362,59 @@ TEST(SZMatrix, WritesOneLinePerRow)
 {
     EXPECT_EQ(Checked("1 2; 3 4").toString(3, 0, 'f'), CString(L"  1   2 \n  3   4 \n"));
     EXPECT_TRUE(CSZMatrix().toString(3, 0, 'f').IsEmpty());
+}
+
+// The changes of a matrix that leave its size as it is.
+struct SameSize
+{
+    const char* what;
+    void (*change)(CSZMatrix& m, const CSZMatrix& other);
+};
+
+constexpr SameSize kSameSize[] = {
+    {"Alloc",           [](CSZMatrix& m, const CSZMatrix&) { m.Alloc(m.getRowSize(), m.getColSize()); }},
+    {"copy assignment", [](CSZMatrix& m, const CSZMatrix& other) { m = other; }                        },
+    {"move assignment", [](CSZMatrix& m, const CSZMatrix& other) { m = CSZMatrix(other); }             },
+    {"sum",             [](CSZMatrix& m, const CSZMatrix& other) { m = other + 1.0; }                  },
+    {"product",         [](CSZMatrix& m, const CSZMatrix& other) { m = other * other; }                },
+    {"inverse",         [](CSZMatrix& m, const CSZMatrix& other) { m = other.matInv(); }               },
+    {"factor",          [](CSZMatrix& m, const CSZMatrix& other) { other.cholesky(m); }                },
+};
+
+TEST(SZMatrix, KeepsItsElementsInPlaceWhileItsSizeStays)
+{
+    for (const int n : {1, 6, 7, 40})
+        for (const SameSize& same : kSameSize) {
+            const CSZMatrix other(n, n, MatIdentity);
+            CSZMatrix m(n, n, MatOnes);
+            double& first = m(0, 0);
+            double& last = m(n - 1, n - 1);
+            same.change(m, other);
+            ASSERT_EQ(&m(0, 0), &first) << same.what << ", " << n << " x " << n;
+            ASSERT_EQ(&m(n - 1, n - 1), &last) << same.what << ", " << n << " x " << n;
+            last = 5.0;
+            EXPECT_EQ(m.GetData(n - 1, n - 1), 5.0) << same.what << ", " << n << " x " << n;
+        }
+}
+
+TEST(SZMatrix, MoveAssignmentOfTheSameSizeLeavesNothingBehind)
+{
+    for (const int n : {2, 7}) {
+        CSZMatrix source(n, n, MatIdentity);
+        CSZMatrix m(n, n, MatOnes);
+        EXPECT_TRUE(m = std::move(source));
+        EXPECT_THAT(m, Equals(literal::Identity(n)));
+        // NOLINTNEXTLINE(bugprone-use-after-move): an emptied matrix is a promise of the class
+        EXPECT_THAT(source, IsEmpty());
+        EXPECT_FALSE(source.isMatrixHealthy());
+    }
+}
+
+TEST(SZMatrix, TakesEveryIntegerAsItsType)
+{
+    static_assert(std::is_same_v<std::underlying_type_t<MatType>, int>);
+    for (const int value : {-1, 3, 77, INT_MAX, INT_MIN})
+        EXPECT_THAT(CSZMatrix(2, 2, static_cast<MatType>(value)), Equals(literal::Matrix(2, 2)));
 }
 
 } // namespace
