@@ -15,6 +15,7 @@ set_target_properties(${libraries} PROPERTIES INSTALL_RPATH "$ORIGIN")
 install(TARGETS ${libraries}
     EXPORT tiltpoleTargets
     FILE_SET HEADERS DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/tiltpole)
+install(FILES ${PROJECT_SOURCE_DIR}/LICENSE DESTINATION ${CMAKE_INSTALL_DOCDIR})
 install(EXPORT tiltpoleTargets NAMESPACE tiltpole:: DESTINATION ${package_dir})
 
 configure_package_config_file(${PROJECT_SOURCE_DIR}/cmake/tiltpoleConfig.cmake.in

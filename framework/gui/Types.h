@@ -3,6 +3,7 @@
 // Handles, colours and constants of the windowed framework, with the values hosts rely on.
 #pragma once
 
+#include "framework/core/Export.h"
 #include "framework/core/Rect.h"
 #include "framework/core/Types.h"
 
@@ -205,4 +206,4 @@ struct PAINTSTRUCT
 
 /// A colour of the system's scheme; SYS_COLOR_INDEX_FLAG in the index is passed over. An unknown
 /// index gives black.
-COLORREF GetSysColor(int index);
+TILTPOLE_API COLORREF GetSysColor(int index);

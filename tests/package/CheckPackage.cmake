@@ -6,6 +6,7 @@ cmake_minimum_required(VERSION 3.25)
 set(build_dir ${work_dir}/build)
 set(prefix ${work_dir}/prefix)
 set(host_dir ${work_dir}/host)
+set(names_dir ${work_dir}/names)
 set(include_dir ${prefix}/include/tiltpole)
 
 # Runs a command; its failure is the failure of the test. The output is in `output` afterwards.
@@ -52,6 +53,37 @@ heading  52.708 degrees, interference 0
     if(NOT output STREQUAL expected)
         message(FATAL_ERROR "the host printed\n${output}instead of\n${expected}")
     endif()
+endfunction()
+
+# A host with names of its own that the library's internals might have had gets its own, and right
+# products from the library.
+function(check_names_host)
+    file(REMOVE_RECURSE ${names_dir})
+    run(${CMAKE_COMMAND} -S ${source_dir}/tests/package/host -B ${names_dir} -G ${generator}
+        -D CMAKE_CXX_COMPILER=${compiler} -D CMAKE_PREFIX_PATH=${prefix}
+        -D CMAKE_CXX_COMPILER_LAUNCHER=${launcher})
+    run(${CMAKE_COMMAND} --build ${names_dir})
+    run(${names_dir}/names_host)
+endfunction()
+
+# The license comes with the package.
+function(check_license)
+    file(SHA256 ${source_dir}/LICENSE ours)
+    file(SHA256 ${prefix}/share/doc/tiltpole/LICENSE installed)
+    if(NOT ours STREQUAL installed)
+        message(FATAL_ERROR "the installed LICENSE is not that of the project")
+    endif()
+endfunction()
+
+# The objects of a static library define no name that a host could define as well.
+function(check_static_names)
+    file(GLOB libraries ${prefix}/lib/libtiltpole_*.a)
+    list(LENGTH libraries count)
+    if(NOT count EQUAL 2)
+        message(FATAL_ERROR "expected two static libraries, found: ${libraries}")
+    endif()
+    run(${python} ${source_dir}/tests/package/check_symbols.py --nm ${nm} --allow "Eigen"
+        --headers ${include_dir} --libraries ${libraries})
 endfunction()
 
 # What is installed names no library a consumer would have to have.
@@ -124,9 +156,12 @@ endfunction()
 
 install_package()
 check_host()
+check_names_host()
+check_license()
 check_needs_nothing()
 if(kind STREQUAL "shared")
     check_symbols()
 else()
+    check_static_names()
     check_headers() # the same in both
 endif()
