@@ -16,7 +16,7 @@ int main()
     sample.dMag_y = 400.0;
     sample.dMag_x_2 = -300.0; // magnetometer B
     sample.dMag_y_2 = -400.0;
-    xyhCoordinate point{4500000.0, 500000.0, 100.0}; // antenna: N, E, h in metres
+    xyhCoordinate point{4500000.0, 500000.0, 100.0}; // antenna: N, E, h in meters
 
     pole.Position(sample, 2.0, point); // the point is now the tip of the 2 m pole
     std::printf("tip      N %.4f  E %.4f  h %.4f m\n", point.x, point.y, point.h);
