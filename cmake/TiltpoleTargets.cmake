@@ -66,6 +66,35 @@ function(tiltpole_test name)
     # Random properties begin from a fixed seed: a run that failed can be repeated.
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
         PROPERTIES TIMEOUT 600 ENVIRONMENT "RC_PARAMS=seed=20261121")
+    tiltpole_second_seed(${name} ${arg_SOURCES})
+endfunction()
+
+# The random properties among the tests of a program run once more, each time with another seed.
+function(tiltpole_second_seed name)
+    set(filter)
+    foreach(source ${ARGN})
+        cmake_path(ABSOLUTE_PATH source NORMALIZE)
+        file(READ ${source} text)
+        set(macro RC_GTEST_PROP)
+        if(text MATCHES "rc::check\\(")
+            set(macro "(RC_GTEST_PROP|TEST)")
+        endif()
+        string(REGEX MATCHALL "${macro}\\([A-Za-z0-9_]+,[ \n]*[A-Za-z0-9_]+" tests "${text}")
+        if(tests)
+            set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS ${source})
+        endif()
+        foreach(test ${tests})
+            string(REGEX REPLACE "^[A-Z_]+\\(([A-Za-z0-9_]+),[ \n]*" "\\1." test "${test}")
+            list(APPEND filter ${test})
+        endforeach()
+    endforeach()
+    if(filter)
+        list(JOIN filter ":" filter)
+        add_test(NAME SecondSeed.${name}
+            COMMAND ${CMAKE_COMMAND} -D program=$<TARGET_FILE:${name}> -D filter=${filter}
+                -P ${PROJECT_SOURCE_DIR}/cmake/RunWithSecondSeed.cmake)
+        set_tests_properties(SecondSeed.${name} PROPERTIES TIMEOUT 600)
+    endif()
 endfunction()
 
 # tiltpole_benchmark(<name> SOURCES <files> LIBRARIES <targets>): one Google Benchmark program.
