@@ -22,7 +22,8 @@ import sys
 import tempfile
 import time
 
-from mutants import mutants_of
+sys.dont_write_bytecode = True  # leave nothing beside the sources
+from mutants import mutants_of  # noqa: E402
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 WORK = ROOT / "build" / "mutation"
