@@ -56,13 +56,6 @@ void Show(Ending ending)
     }
 }
 
-// What one magnetometer read in both turns.
-struct SensorReadings
-{
-    calibration::TurnReadings horizontal;
-    calibration::TurnReadings vertical;
-};
-
 template <Magnetometer which>
 calibration::TurnReadings ReadingsOf(const SampleSet& samples)
 {
@@ -73,16 +66,6 @@ calibration::TurnReadings ReadingsOf(const SampleSet& samples)
     }
     readings.Close();
     return readings;
-}
-
-// None where memory is short.
-template <Magnetometer which>
-std::optional<SensorReadings> ReadBoth(const SampleSet& horizontal, const SampleSet& vertical)
-{
-    return calibration::OrFailure([&] {
-        return std::optional(
-            SensorReadings{ReadingsOf<which>(horizontal), ReadingsOf<which>(vertical)});
-    });
 }
 
 // One row x, y, z per sample.
@@ -98,6 +81,24 @@ CSZMatrix MatrixOf(const calibration::TurnReadings& readings)
     }
     return matrix;
 }
+
+// One magnetometer: what is known of it without a message box.
+struct Sensor
+{
+    calibration::TurnReadings horizontal;
+    std::optional<Incline_MagneticCorrectParameter> byMoments;
+    CSZMatrix vertical; // readings for the fits, where there is no correction by moments
+
+    template <Magnetometer which>
+    static Sensor Read(const SampleSet& aboutZ, const SampleSet& aboutY)
+    {
+        Sensor sensor{ReadingsOf<which>(aboutZ), std::nullopt, {}};
+        const calibration::TurnReadings vertical = ReadingsOf<which>(aboutY);
+        sensor.byMoments = calibration::SolveByMoments(sensor.horizontal, vertical);
+        if (!sensor.byMoments) sensor.vertical = MatrixOf(vertical);
+        return sensor;
+    }
+};
 
 int CopySample(const SampleSet& samples, int index, PoseSensorData& sample)
 {
@@ -211,22 +212,20 @@ void CInclineSensor_MagneticAdjust::Vertical_Clear()
 
 int CInclineSensor_MagneticAdjust::Adjust()
 {
-    // Before the first message box: a host may change the samples from inside one.
-    const auto A = ReadBoth<Magnetometer::A>(m_Horizontal, m_Vertical);
-    const auto B = ReadBoth<Magnetometer::B>(m_Horizontal, m_Vertical);
-    bool allByMoments = true;
-    const auto solve = [&](const std::optional<SensorReadings>& readings,
-                           Incline_MagneticCorrectParameter& P) {
-        if (!readings) return 0;
-        if (const auto solution =
-                calibration::SolveByMoments(readings->horizontal, readings->vertical)) {
-            P = *solution;
-            return 1;
-        }
-        allByMoments = false;
-        return calibration::OrFailure([&] {
-            return MagCorrPara(MatrixOf(readings->horizontal), MatrixOf(readings->vertical), P);
-        });
+    // All samples are read before the first message box: a host may change them from inside one.
+    std::optional<Sensor> A, B;
+    calibration::OrFailure([&] {
+        A = Sensor::Read<Magnetometer::A>(m_Horizontal, m_Vertical);
+        B = Sensor::Read<Magnetometer::B>(m_Horizontal, m_Vertical);
+    });
+    const auto solve = [this](const std::optional<Sensor>& sensor,
+                              Incline_MagneticCorrectParameter& P) {
+        if (!sensor) return 0;
+        if (!sensor->byMoments)
+            return calibration::OrFailure(
+                [&] { return MagCorrPara(MatrixOf(sensor->horizontal), sensor->vertical, P); });
+        P = *sensor->byMoments;
+        return 1;
     };
 
     if (!solve(A, m_CorrectA)) {
@@ -239,17 +238,17 @@ int CInclineSensor_MagneticAdjust::Adjust()
         calibration::AppendErrorDump(L"Debug_MagneticAdjust_ErrorData_B.csv", m_Horizontal);
         return 0;
     }
-    if (allByMoments) {
+    if (A->byMoments && B->byMoments) {
         m_Translation =
             calibration::MeanOffset(A->horizontal, m_CorrectA, B->horizontal, m_CorrectB);
         return 1;
     }
-    const int offsetFound = calibration::OrFailure([&] {
+    const int found = calibration::OrFailure([&] {
         return MagneticCoordinateOffset(MatrixOf(A->horizontal), MatrixOf(B->horizontal),
                                         m_Translation);
     });
-    if (!offsetFound) Warn(L"Pan calculation magnetometer system fails, please recalibrate!");
-    return offsetFound;
+    if (!found) Warn(L"Pan calculation magnetometer system fails, please recalibrate!");
+    return found;
 }
 
 void CInclineSensor_MagneticAdjust::DataFilter(CSZMatrix& readings)
