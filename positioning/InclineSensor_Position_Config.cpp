@@ -4,6 +4,7 @@
 #include "positioning/detail/KeyedTextFile.h"
 
 #include <array>
+#include <new>
 
 namespace positioning = tiltpole::positioning;
 
@@ -37,22 +38,31 @@ ParameterLines(Correction& a, Correction& b, Translation& t, double& biasA, doub
 
 int CInclineSensor_Position::ConfigSave(CString path)
 {
-    positioning::KeyedTextFile file;
-    if (!file.OpenForWriting(path)) return 0;
-    for (const auto& [key, value] :
-         ParameterLines(m_MagneticCorrectPar_A, m_MagneticCorrectPar_B, m_MagneticTranslationPar,
-                        m_dMagneticBiasAngle_A, m_dMagneticBiasAngle_B))
-        file.WriteDouble(key, *value);
-    return file.Close();
+    try {
+        positioning::KeyedTextFile file;
+        if (!file.OpenForWriting(path)) return 0;
+        for (const auto& [key, value] : ParameterLines(
+                 m_MagneticCorrectPar_A, m_MagneticCorrectPar_B, m_MagneticTranslationPar,
+                 m_dMagneticBiasAngle_A, m_dMagneticBiasAngle_B))
+            file.WriteDouble(key, *value);
+        return file.Close();
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
 }
 
 int CInclineSensor_Position::ConfigRead(CString path)
 {
-    positioning::KeyedTextFile file;
-    if (!file.OpenForReading(path)) return 0;
-    file.ReadDoubles(ParameterLines(m_MagneticCorrectPar_A, m_MagneticCorrectPar_B,
-                                    m_MagneticTranslationPar, m_dMagneticBiasAngle_A,
-                                    m_dMagneticBiasAngle_B));
+    try {
+        positioning::KeyedTextFile file;
+        if (!file.OpenForReading(path)) return 0;
+        // Allocates before it assigns: a call that fails has changed nothing.
+        file.ReadDoubles(ParameterLines(m_MagneticCorrectPar_A, m_MagneticCorrectPar_B,
+                                        m_MagneticTranslationPar, m_dMagneticBiasAngle_A,
+                                        m_dMagneticBiasAngle_B));
+    } catch (const std::bad_alloc&) {
+        return 0;
+    }
     SetMagneticBiasAngle_A(m_dMagneticBiasAngle_A);
     return 1;
 }

@@ -2,9 +2,23 @@
 //
 // CArray: the window framework's growable array.
 //
-// Elements lie one behind the other. Positions are counted from 0; asking for an element that is
-// not there is a mistake of the caller, as with a plain array. New elements are value-initialised
-// (numbers and pointers: 0). Like every CObject an array is not copied by assignment: see Copy.
+//   CArray<double> lengths;
+//   lengths.Add(1.80);
+//   lengths.Add(2.00);
+//   for (INT_PTR i = 0; i < lengths.GetSize(); ++i)
+//       Use(lengths[i]);
+//
+// TYPE is what is stored, ARG_TYPE how an element is passed to Add and its like: a reference by
+// default, TYPE itself for pointers and numbers (CArray<PoseSensorData*, PoseSensorData*>). An
+// array of pointers does not own what they point to.
+//
+// Elements are contiguous and their positions start at 0; using a position that is not in the array
+// is undefined, as with a plain array. New elements are value-initialized (numbers and pointers:
+// 0). Like every CObject, an array cannot be copied by assignment; use Copy.
+//
+// What adds elements throws std::bad_alloc where memory does not suffice, and passes on what a
+// constructor or assignment of TYPE throws. The array then has the elements that it had, unless
+// moving one of them threw; after InsertAt there may be value-initialized ones among them.
 #pragma once
 
 #include "framework/core/Object.h"
@@ -28,9 +42,10 @@ public:
     /// Position of the last element, -1 in an empty array.
     INT_PTR GetUpperBound() const { return m_size - 1; }
 
-    /// Cuts the array to `newSize` elements or fills it up with new ones. A negative size does
-    /// nothing. `growBy` above 0 is the least number of elements by which the store grows; the
-    /// store also grows by half of what it holds, so that adding takes constant time on average.
+    /// Removes the elements from `newSize` on, or appends new ones up to that size. A negative size
+    /// does nothing. A `growBy` above 0 is the smallest number of elements by which the store
+    /// grows; it also grows by half its capacity at least, so that Add takes constant time on
+    /// average.
     void SetSize(INT_PTR newSize, INT_PTR growBy = -1)
     {
         if (growBy >= 0) m_growBy = growBy;
@@ -41,7 +56,7 @@ public:
         m_size = newSize;
     }
 
-    /// Gives the store beyond the elements back.
+    /// Releases the capacity that is not in use.
     void FreeExtra()
     {
         if (m_capacity > m_size) MoveTo(m_size);
@@ -63,11 +78,12 @@ public:
     const TYPE& operator[](INT_PTR index) const { return At(index); }
     TYPE& operator[](INT_PTR index) { return At(index); }
 
-    /// The first element; null where nothing was ever stored.
+    /// Address of the first element; null while the array has no store.
     const TYPE* GetData() const { return m_data; }
     TYPE* GetData() { return m_data; }
 
-    /// Stores an element, filling the array up to its position. A negative position does nothing.
+    /// Assigns to the element at `index`, growing the array to reach it. A negative index does
+    /// nothing.
     void SetAtGrow(INT_PTR index, ARG_TYPE newElement)
     {
         if (index < 0) return;
@@ -75,7 +91,7 @@ public:
             m_data[index] = newElement;
             return;
         }
-        TYPE copy(newElement); // may lie in the store that is about to move
+        TYPE copy(newElement); // it may be an element of the store that is about to move
         SetSize(index + 1);
         m_data[index] = std::move(copy);
     }
@@ -84,7 +100,7 @@ public:
     INT_PTR Add(ARG_TYPE newElement)
     {
         if (m_size == m_capacity) {
-            TYPE copy(newElement); // may lie in the store that is about to move
+            TYPE copy(newElement); // it may be an element of the store that is about to move
             Reserve(m_size + 1);
             std::construct_at(m_data + m_size, std::move(copy));
         } else {
@@ -113,8 +129,8 @@ public:
         Append(source);
     }
 
-    /// Inserts `count` copies, moving what stands at `index` and behind it; an array that ends
-    /// before `index` is filled up to it. A negative position or count does nothing.
+    /// Inserts `count` copies in front of the element at `index`; an array that ends before `index`
+    /// grows to reach it. A negative index or count does nothing.
     void InsertAt(INT_PTR index, ARG_TYPE newElement, INT_PTR count = 1)
     {
         if (index < 0 || count <= 0) return;
@@ -126,7 +142,7 @@ public:
         std::fill_n(m_data + index, count, copy);
     }
 
-    /// Inserts copies of all elements of another array.
+    /// Inserts copies of all elements of `newArray`, which may be this array.
     void InsertAt(INT_PTR start, const CArray* newArray)
     {
         if (newArray == nullptr || start < 0 || newArray->IsEmpty()) return;
@@ -136,7 +152,7 @@ public:
         std::move(copies.m_data, copies.m_data + copies.m_size, m_data + start);
     }
 
-    /// Removes up to `count` elements from `index` on; positions without element are passed over.
+    /// Removes `count` elements from `index` on, or as many as there are.
     void RemoveAt(INT_PTR index, INT_PTR count = 1)
     {
         if (index < 0 || index >= m_size || count <= 0) return;
@@ -162,7 +178,7 @@ private:
     {
         if (capacity <= m_capacity) return;
         const INT_PTR step = std::max({INT_PTR{4}, m_growBy, m_capacity / 2});
-        // An empty array takes what is asked for: most arrays are sized once.
+        // The first time it takes just what is needed: most arrays are sized once.
         MoveTo(std::max(capacity, m_capacity == 0 ? m_growBy : m_capacity + step));
     }
 
@@ -171,7 +187,12 @@ private:
         TYPE* data = capacity == 0
                          ? nullptr
                          : std::allocator<TYPE>().allocate(static_cast<std::size_t>(capacity));
-        std::uninitialized_move_n(m_data, m_size, data);
+        try {
+            std::uninitialized_move_n(m_data, m_size, data);
+        } catch (...) {
+            Release(data, capacity);
+            throw;
+        }
         std::destroy_n(m_data, m_size);
         Release(m_data, m_capacity);
         m_data = data;

@@ -10,22 +10,22 @@
 //   framework::FileReplacement file("/var/lib/pole/track.csv"); // piece by piece
 //   for (const Row& row : rows)
 //       file.Write(row.Text());
-//   if (!file.Commit()) std::perror("track.csv");
+//   if (!file.Commit()) std::fputs(std::strerror(file.Error()), stderr);
 //
-// How it is done. The new content goes into another file of the same folder, ".tiltpole-HOST-N.new",
-// which is flushed to the device and renamed to the name wanted. A process that is killed in between
-// leaves that file behind; the next replacement in the folder removes it.
+// How it is done. The new content goes into another file of the same folder,
+// ".tiltpole-HOST-N.new", which is flushed to the device and renamed to the name wanted. A process
+// that is killed in between leaves that file behind; the next replacement in the folder removes it.
 //
-// Which file. Symbolic links are followed and stay links; one that points to a file not there yet has
-// that file made. The new file gets the owner, group and permissions of the old one; one that is
-// made anew those of the umask. A file without any write permission is never replaced, not even by
-// root.
+// Which file. Symbolic links are followed and stay links; one that points to a file not there yet
+// has that file made. The new file gets the owner, group and permissions of the old one; one that
+// is made anew those of the umask. A file without any write permission is never replaced, not even
+// by root.
 //
 // Where a file may be written but not replaced - the folder takes no new file, the file system does
-// not let the new file have owner, group and permissions of the old one, the file is a mount point -
-// it is written in place: space is reserved first, then the old bytes are overwritten, the length is
-// set and the file is flushed. A full disk still leaves the old content; a power cut during those few
-// writes may not. Devices and pipes are written in place, too.
+// not let the new file have owner, group and permissions of the old one, the file is a mount point
+// - it is written in place: space is reserved first, then the old bytes are overwritten, the length
+// is set and the file is flushed. A full disk still leaves the old content; a power cut during
+// those few writes may not. Devices and pipes are written in place, too.
 #pragma once
 
 #include "framework/core/Export.h"

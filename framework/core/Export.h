@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// TILTPOLE_API marks what a host may use of a shared build; everything else stays hidden.
+// TILTPOLE_API marks what a shared build exports; everything else is hidden.
 #pragma once
 
 #if defined(TILTPOLE_STATIC)

@@ -6,14 +6,21 @@
 #include <cerrno>
 #include <cstdio>
 #include <fcntl.h>
+#include <new>
+#include <string>
 #include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
 
-std::string PathBytes(const wchar_t* path)
+// Empty, which is the name of no file, for a null path and where memory runs out.
+std::string PathBytes(const wchar_t* path) noexcept
 {
-    return path == nullptr ? std::string() : framework::ToUtf8(path);
+    try {
+        return path == nullptr ? std::string() : framework::ToUtf8(path);
+    } catch (const std::bad_alloc&) {
+        return {};
+    }
 }
 
 int PlatformFlags(UINT flags)
@@ -30,7 +37,7 @@ int PlatformFlags(UINT flags)
     return result;
 }
 
-// Repeats a partial transfer until all is done, nothing is left, or it fails.
+// Repeats a partial transfer until it is complete, the file ends, or it fails.
 template <class Transfer>
 UINT TransferAll(UINT count, bool& failed, Transfer transfer)
 {
@@ -80,7 +87,7 @@ UINT CFile::Write(const void* buffer, UINT count)
 
 BOOL CFile::Flush()
 {
-    // EINVAL: a pipe or terminal has nothing that could be kept back.
+    // EINVAL: pipes and terminals cannot be flushed.
     if (::fsync(m_file) == 0 || errno == EINVAL) return TRUE;
     m_failed = true;
     return FALSE;

@@ -1,6 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// CFile: an unbuffered file of the window framework. Failure is told by results; nothing throws.
+// CFile: an unbuffered file of the window framework.
+//
+//   CFile file;
+//   if (!file.Open(L"dump.csv", CFile::modeCreate | CFile::modeWrite)) return 0;
+//   file.Write(text.data(), static_cast<UINT>(text.size()));
+//   return file.Close() ? 1 : 0; // FALSE if any Write failed
+//
+// Failure is reported by results; nothing throws, running out of memory included. A file that must
+// not be lost is better written by ReplaceFileContent (framework/core/AtomicFile.h).
 #pragma once
 
 #include "framework/core/Object.h"
@@ -9,8 +17,8 @@
 class TILTPOLE_API CFile : public CObject
 {
 public:
-    /// How a file is opened: one of the first three, combined with others by |.
-    /// Sharing modes, inheritance and the text mode are accepted and change nothing.
+    /// How a file is opened: one of the first three, combined with others by |. Sharing modes,
+    /// inheritance and text mode are accepted and have no effect.
     enum OpenFlags : UINT {
         modeRead = 0x0000,
         modeWrite = 0x0001,
@@ -21,8 +29,8 @@ public:
         shareDenyRead = 0x0030,
         shareDenyNone = 0x0040,
         modeNoInherit = 0x0080,
-        modeCreate = 0x1000,     // made where missing, emptied where there
-        modeNoTruncate = 0x2000, // with modeCreate: kept where there
+        modeCreate = 0x1000,     // a missing file is created, an existing one emptied
+        modeNoTruncate = 0x2000, // with modeCreate: an existing file keeps its content
         typeText = 0x4000,
         typeBinary = 0x8000
     };
@@ -34,32 +42,33 @@ public:
     /// Closes the file.
     ~CFile() override;
 
-    /// Opens `path` (UTF-8 on disk), closing what was open. FALSE where it cannot be opened or is
-    /// a folder.
+    /// Opens `path` (UTF-8 on disk) after closing the file that was open. FALSE where it cannot be
+    /// opened or is a folder.
     BOOL Open(const wchar_t* path, UINT flags);
     BOOL IsOpen() const { return m_file >= 0; }
 
     /// Bytes read; fewer than `count` at the end of the file or on an error.
     UINT Read(void* buffer, UINT count);
-    /// Bytes written; fewer than `count` where the file could not take more.
+    /// Bytes written; fewer than `count` on an error, such as a full disk.
     UINT Write(const void* buffer, UINT count);
-    /// Hands all data to the device. FALSE where that failed.
+    /// Waits until all data is on the device. FALSE where that failed.
     BOOL Flush();
 
-    /// New position from the start of the file, kNoPosition on an error.
+    /// Moves by `offset` from the place that `from` names (a SeekPosition). Returns the new
+    /// position from the start of the file, kNoPosition on an error.
     ULONGLONG Seek(LONGLONG offset, UINT from);
     ULONGLONG SeekToEnd() { return Seek(0, end); }
     void SeekToBegin() { Seek(0, begin); }
     ULONGLONG GetPosition() const;
-    /// Bytes in the file; 0 where it is not open.
+    /// Length in bytes; 0 where no file is open, and for devices and pipes.
     ULONGLONG GetLength() const;
 
-    /// Closes the file. FALSE where closing it, or any Read, Write or Flush before, failed.
+    /// Closes the file. FALSE where that, or any Read, Write or Flush since Open, failed.
     BOOL Close();
-    /// Closes the file whatever happened.
+    /// Closes the file and ignores errors.
     void Abort();
 
-    /// FALSE where it could not be done.
+    /// Remove or rename a file. FALSE where the system refused.
     static BOOL Remove(const wchar_t* path);
     static BOOL Rename(const wchar_t* oldPath, const wchar_t* newPath);
 

@@ -18,7 +18,7 @@ namespace framework {
 namespace {
 
 constexpr int kLongestField = 1 << 20;
-// Digits before the point of the largest double, sign, point, exponent.
+// Room for the digits of the largest double before the point, sign, point and exponent.
 constexpr std::size_t kRealOverhead = 330;
 constexpr std::size_t kNoLimit = std::wstring_view::npos;
 
@@ -54,7 +54,7 @@ int Limited(std::int64_t value)
     return static_cast<int>(std::clamp<std::int64_t>(value, -kLongestField, kLongestField));
 }
 
-// Digits at `at`, or an argument for '*'; moves `at` behind them.
+// A number at `at`, or the next argument for '*'; moves `at` past it.
 int ReadCount(const wchar_t*& at, Arguments& arguments)
 {
     if (*at == L'*') {
@@ -101,7 +101,7 @@ void ReadSize(const wchar_t*& at, Conversion& conversion)
     }
 }
 
-// Reads what stands behind a percent sign; `at` ends on the character behind the type.
+// Reads a conversion from the character after its percent sign; moves `at` past its type.
 Conversion ReadConversion(const wchar_t*& at, Arguments& arguments)
 {
     Conversion conversion;
@@ -140,7 +140,7 @@ void AppendText(std::wstring& out, const Conversion& conversion, std::wstring_vi
     if (conversion.left) Pad(out, missing, L' ');
 }
 
-// A number in its field: prefix (sign or base), zeros that precision or flag ask for, digits.
+// A number in its field: prefix (sign or base), leading zeros of precision or flag, digits.
 void AppendNumber(std::wstring& out, const Conversion& conversion, std::string_view prefix,
                   std::size_t zeros, std::string_view digits, bool fillWithZeros)
 {
@@ -183,7 +183,7 @@ void AppendDigits(std::wstring& out, const Conversion& conversion, std::string_v
                  conversion.zero && conversion.precision < 0);
 }
 
-// The lowest bits that the size h or hh leaves, as an unsigned or signed integer.
+// The low bits that remain under the size h or hh, as an unsigned or signed integer.
 std::uint64_t LowBits(const Conversion& conversion, std::uint64_t value)
 {
     if (conversion.shorts == 0) return value;
@@ -221,7 +221,7 @@ void AppendUnsigned(std::wstring& out, const Conversion& conversion, const Forma
     }
 }
 
-// '#' keeps the point and, for %g, the zeros that std::to_chars leaves out.
+// '#' keeps the point and, for %g, the trailing zeros that std::to_chars omits.
 std::string WithPoint(std::string_view digits, bool general, int precision)
 {
     const std::size_t exponentAt = std::min(digits.find('e'), digits.size());
@@ -327,8 +327,8 @@ void AppendConversion(std::wstring& out, const Conversion& conversion, Arguments
     }
 }
 
-// The first `limit` characters of UTF-8 text. With a limit the text need not be closed by 0, so
-// nothing behind the last of them is read.
+// The first `limit` characters of UTF-8 text. With a limit the text need not end with 0, so nothing
+// after the last of them is read.
 std::string_view FirstCharacters(const char* utf8, std::size_t limit)
 {
     if (limit == kNoLimit) return utf8;

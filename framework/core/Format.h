@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// Formatted text as CString::Format gives it, type-safe and independent of every locale.
+// Formatting behind CString::Format: type-safe, and independent of any locale.
+//
+//   CString text;
+//   text.Format(L"%-8s|%8.3f|%03d", L"tip", 1.25, 7); // "tip     |   1.250|007"
 #pragma once
 
 #include "framework/core/Export.h"
@@ -14,7 +17,8 @@ class CString;
 
 namespace framework {
 
-/// One argument of a format: a number, a text or an address, with its type.
+/// One argument to format: a number, a text or an address, together with its type. Made by
+/// CString::Format; the text must outlive it.
 class TILTPOLE_API FormatArgument
 {
 public:
@@ -34,7 +38,7 @@ public:
             m_kind = Kind::Real;
             m_real = static_cast<double>(value);
         } else {
-            // Sign extension to 64 bits keeps the value; the width tells what %u and %x show.
+            // Sign extension to 64 bits keeps the value; %u and %x need the original width.
             m_kind = Kind::Integer;
             m_integer = static_cast<std::uint64_t>(static_cast<std::int64_t>(value));
             m_bits = sizeof(Number) <= sizeof(int) ? 32 : 64;
@@ -43,14 +47,14 @@ public:
     }
 
     Kind GetKind() const { return m_kind; }
-    /// The value read as a signed integer of the argument's own width; a real is cut towards zero
-    /// and limited to 64 bits; anything else is 0.
+    /// The value as a signed integer of the argument's own width; a floating-point value is
+    /// truncated and limited to 64 bits; 0 for anything else.
     std::int64_t AsSigned() const;
-    /// The value read as an unsigned integer of the argument's own width.
+    /// The value as an unsigned integer of the argument's own width.
     std::uint64_t AsUnsigned() const;
     double AsReal() const;
-    /// The text up to its closing 0 or, if that comes first, `limit` characters; empty for a
-    /// number, "(null)" for a null pointer.
+    /// The text up to its closing 0, `limit` characters at most; empty for a number, "(null)" for a
+    /// null pointer.
     std::wstring AsText(std::size_t limit) const;
     const void* AsAddress() const { return m_pointer; }
 
@@ -63,20 +67,22 @@ private:
     const void* m_pointer = nullptr;
 };
 
-/// Appends `format` with its conversions replaced to `out`.
+/// Appends `format`, with `arguments` in place of its conversions, to `out`. This is what
+/// CString::Format calls. Throws std::bad_alloc where memory does not suffice.
 ///
 ///   %[flags - + blank 0 #][width or *][.precision or .*][size]type
 ///
-///   d i u o x X    integers; the size h or hh cuts the value to 16 or 8 bits, every other size
-///                  (l ll I I32 I64 j z t w q L) changes nothing, the argument knows its own
-///   f F e E g G    floating point, digits as the C locale gives them, exponent of two or more
+///   d i u o x X    integers; the size h or hh truncates the value to 16 or 8 bits, every other
+///   size
+///                  (l ll I I32 I64 j z t w q L) is ignored: the argument knows its own
+///   f F e E g G    floating point as in the C locale; exponents have at least two digits
 ///   c C            one character
-///   s S            text, wide or UTF-8: s, ls, hs, S, ws all take what the argument is
-///   p              address, upper-case hexadecimal digits, all of them
-///   %              the sign itself
+///   s S            text; s, ls, hs, S and ws all accept wide text and UTF-8
+///   p              address, in upper-case hexadecimal with leading zeros
+///   %              a percent sign
 ///
-/// After a percent sign any other character stands for itself. Integers and floating point convert
-/// into each other; an argument that is missing or of another kind counts as 0 or empty text.
+/// Any other character after a percent sign is copied. Integers and floating-point values convert
+/// into each other; an argument that is missing or of another kind is taken as 0 or empty text.
 /// Width and precision are limited to 1048576.
 TILTPOLE_API void AppendFormatted(std::wstring& out, const wchar_t* format,
                                   const FormatArgument* arguments, std::size_t count);

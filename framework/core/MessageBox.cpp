@@ -26,7 +26,7 @@ framework::MessageBoxHandler& CurrentHandler()
 
 int MessageBoxW(HWND, const wchar_t* text, const wchar_t* title, UINT style)
 {
-    // A copy: the handler may replace itself while it runs.
+    // A copy, because the handler may replace itself while it runs.
     const framework::MessageBoxHandler handler = CurrentHandler();
     return handler(text == nullptr ? L"" : text, title == nullptr ? L"Error" : title, style);
 }

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Messages to the operator. Who shows them is up to the host: it sets a handler.
+// Messages to the operator. The host decides how they are shown by setting a handler.
+//
+//   framework::SetMessageBoxHandler([](const wchar_t* text, const wchar_t* title, unsigned style) {
+//       ShowOnStatusLine(title, text, style == MB_ICONSTOP);
+//       return IDOK;
+//   });
 #pragma once
 
 #include "framework/core/Export.h"
@@ -15,17 +20,17 @@ inline constexpr UINT MB_ICONINFORMATION = 0x40;
 inline constexpr int IDOK = 1;
 
 /// Shows a message and returns the button that the operator chose. A null `text` is empty, a null
-/// `title` is "Error"; `owner` is not used.
+/// `title` is "Error"; `owner` is ignored. Throws what the handler throws.
 TILTPOLE_API int MessageBoxW(HWND owner, const wchar_t* text, const wchar_t* title, UINT style);
 
 namespace framework {
 
-/// Answers a message box: text, title and style are never null; the result is that of MessageBoxW.
+/// Shows one message. Neither `text` nor `title` is null; the result is that of MessageBoxW.
 using MessageBoxHandler =
     std::function<int(const wchar_t* text, const wchar_t* title, unsigned style)>;
 
-/// Replaces the handler and returns the previous one. An empty handler brings back the default,
-/// which writes "title: text" as UTF-8 to standard error and answers IDOK.
+/// Replaces the handler and returns the previous one. An empty handler restores the default, which
+/// writes "title: text" as UTF-8 to standard error and returns IDOK.
 TILTPOLE_API MessageBoxHandler SetMessageBoxHandler(MessageBoxHandler handler);
 
 } // namespace framework

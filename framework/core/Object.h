@@ -2,8 +2,12 @@
 //
 // CObject and run-time class information.
 //
-// DECLARE_DYNAMIC in a class and IMPLEMENT_DYNAMIC in its source give it a name, a size and a base
-// at run time; with the DYNCREATE pair an object can also be made from the information alone.
+// DECLARE_DYNAMIC in a class and IMPLEMENT_DYNAMIC in its source file make its name, size and base
+// known at run time; with the DYNCREATE pair objects can also be created from that information.
+//
+//   class CGauge : public CObject { DECLARE_DYNCREATE(CGauge) };    // header
+//   IMPLEMENT_DYNCREATE(CGauge, CObject)                            // source file
+//   CObject* gauge = RUNTIME_CLASS(CGauge)->CreateObject();         // owned by the caller
 #pragma once
 
 #include "framework/core/Export.h"
@@ -11,22 +15,22 @@
 
 class CObject;
 
-/// What is known of a class at run time.
+/// Run-time information about a class.
 struct TILTPOLE_API CRuntimeClass
 {
     LPCSTR m_lpszClassName;
     int m_nObjectSize;               // bytes
-    UINT m_wSchema;                  // 0xFFFF: not serialisable
-    CObject* (*m_pfnCreateObject)(); // null where objects cannot be made from the information
+    UINT m_wSchema;                  // 0xFFFF: not serializable
+    CObject* (*m_pfnCreateObject)(); // null for a class without DECLARE_DYNCREATE
     const CRuntimeClass* m_pBaseClass;
 
-    /// A new object, owned by the caller; null where the class does not allow it.
+    /// A new object, owned by the caller; null for a class without DECLARE_DYNCREATE.
     CObject* CreateObject() const;
     /// Whether the class is `base` or derived from it.
     BOOL IsDerivedFrom(const CRuntimeClass* base) const;
 };
 
-/// Base of the framework's classes: not copied, known at run time.
+/// Base of the framework's classes: not copyable, with run-time class information.
 class TILTPOLE_API CObject
 {
 public:

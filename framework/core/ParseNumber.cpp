@@ -18,7 +18,7 @@ bool IsDigit(Character c)
     return c >= Character('0') && c <= Character('9');
 }
 
-// Reads a text character by character; behind its end stands 0.
+// Reads a text character by character; past its end it reads 0.
 template <class Character>
 class Cursor
 {
@@ -74,7 +74,7 @@ void SkipExponent(Cursor<Character>& cursor)
     cursor.SkipDigits();
 }
 
-// Whether a decimal number other than 0 whose value no double can hold is a large one.
+// Whether a nonzero decimal number that is out of range of double is too large (not too small).
 bool IsLarge(std::string_view number)
 {
     const std::size_t e = std::min(number.find_first_of("eE"), number.size());
@@ -163,7 +163,7 @@ ParsedNumber<std::int32_t> Integer(std::basic_string_view<Character> text)
     std::int64_t magnitude = 0;
     for (; IsDigit(cursor.Peek()); cursor.Skip())
         magnitude = std::min(10 * magnitude + static_cast<int>(cursor.Peek() - Character('0')),
-                             kHigh + 2); // stays beyond both limits
+                             kHigh + 2); // past both limits, and no overflow
     const std::int64_t value = minus ? -magnitude : magnitude;
     const std::int64_t held = std::clamp(value, kLow, kHigh);
     return {static_cast<std::int32_t>(held), cursor.At(), held == value};

@@ -1,7 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Numbers at the start of a text: the longest part that is one, read as in the C locale whatever
+// Parsing of numbers: the longest number at the start of a text, read as in the C locale whatever
 // locale is set.
+//
+//   const auto length = framework::ParseDouble("2.05 m"); // value 2.05, used 4, inRange
+//   if (length.used == 0 || !length.inRange) return 0;
+//
+// A wide number of more than 64 characters allocates and may throw std::bad_alloc; nothing else
+// does.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -15,25 +21,25 @@ namespace framework {
 template <class Value>
 struct ParsedNumber
 {
-    Value value = 0;      // 0 where no number stands at the start
-    std::size_t used = 0; // characters read, leading white space included; 0: no number
-    bool inRange = true;  // false: `value` is the nearest that the type can hold
+    Value value = 0;      // 0 where the text does not start with a number
+    std::size_t used = 0; // characters read, leading white space included; 0: not a number
+    bool inRange = true;  // false: `value` is the nearest that the type can represent
 };
 
-/// Which spellings count as numbers beside decimal ones.
+/// Which spellings are accepted.
 enum class NumberForms {
     Decimal,          // "1", "-.5", "+2.e-3"
     DecimalAndSpecial // also "inf", "infinity", "nan", letters of either case
 };
 
-/// A floating point number: white space, sign, digits with a point, exponent. Correctly rounded.
-/// Out of range: infinity above, 0 below, signed.
+/// A floating-point number: white space, sign, digits with a point, exponent. Correctly rounded;
+/// out of range it is infinity or, where too small, 0, with the sign of the text.
 TILTPOLE_API ParsedNumber<double> ParseDouble(std::wstring_view text,
                                               NumberForms forms = NumberForms::Decimal);
 TILTPOLE_API ParsedNumber<double> ParseDouble(std::string_view text,
                                               NumberForms forms = NumberForms::Decimal);
 
-/// A decimal integer of 32 bits: white space, sign, digits. Out of range: the nearest limit.
+/// A 32-bit decimal integer: white space, sign, digits. Out of range it is the nearest limit.
 TILTPOLE_API ParsedNumber<std::int32_t> ParseInteger(std::wstring_view text);
 TILTPOLE_API ParsedNumber<std::int32_t> ParseInteger(std::string_view text);
 

@@ -8,6 +8,7 @@
 #include <climits>
 #include <cstdlib>
 #include <filesystem>
+#include <new>
 #include <pwd.h>
 #include <string>
 #include <sys/stat.h>
@@ -30,7 +31,7 @@ CString RunningExecutable()
     return length <= 0 ? CString() : CString(name.data(), static_cast<int>(length));
 }
 
-// An absolute path from the environment, else empty.
+// The value of an environment variable where it is an absolute path, otherwise empty.
 std::string AbsolutePathIn(const char* variable)
 {
     const char* value = std::getenv(variable); // NOLINT(concurrency-mt-unsafe)
@@ -66,10 +67,14 @@ CString ApplicationDataFolder()
 
 bool MakeFolder(const CString& path)
 {
-    std::error_code error;
-    const std::filesystem::path folder(ToUtf8(path.GetString()));
-    std::filesystem::create_directories(folder, error);
-    return std::filesystem::is_directory(folder, error);
+    try {
+        std::error_code error;
+        const std::filesystem::path folder(ToUtf8(path.GetString()));
+        std::filesystem::create_directories(folder, error);
+        return std::filesystem::is_directory(folder, error);
+    } catch (const std::bad_alloc&) {
+        return false;
+    }
 }
 
 } // namespace framework
@@ -78,8 +83,12 @@ DWORD GetFileAttributesW(const wchar_t* path)
 {
     struct stat status
     {};
-    if (path == nullptr || ::stat(framework::ToUtf8(path).c_str(), &status) != 0)
+    try {
+        if (path == nullptr || ::stat(framework::ToUtf8(path).c_str(), &status) != 0)
+            return INVALID_FILE_ATTRIBUTES;
+    } catch (const std::bad_alloc&) {
         return INVALID_FILE_ATTRIBUTES;
+    }
     DWORD attributes = 0;
     if (S_ISDIR(status.st_mode)) attributes |= FILE_ATTRIBUTE_DIRECTORY;
     if ((status.st_mode & S_IWUSR) == 0) attributes |= FILE_ATTRIBUTE_READONLY;
@@ -87,7 +96,7 @@ DWORD GetFileAttributesW(const wchar_t* path)
 }
 
 DWORD GetModuleFileNameW(HMODULE, wchar_t* buffer, DWORD size)
-{
+try {
     const CString& chosen = framework::ModulePath();
     const CString name = chosen.IsEmpty() ? framework::RunningExecutable() : chosen;
     const auto length = static_cast<DWORD>(name.GetLength());
@@ -97,4 +106,6 @@ DWORD GetModuleFileNameW(HMODULE, wchar_t* buffer, DWORD size)
     std::copy_n(name.GetString(), copied, buffer);
     buffer[copied] = L'\0';
     return copied < length ? size : length;
+} catch (const std::bad_alloc&) {
+    return 0;
 }

@@ -1,36 +1,43 @@
 // SPDX-License-Identifier: MIT
 //
-// Where files are: attributes, the running module, the folder for application data.
+// File attributes, the name of the running module, the folder for application data.
+//
+//   const CString folder = framework::ApplicationDataFolder(); // ~/.local/share/tiltpole
+//   if (GetFileAttributesW(folder) == INVALID_FILE_ATTRIBUTES) framework::MakeFolder(folder);
+//
+// Paths are UTF-8 on disk. What returns a number or bool reports running out of memory as its
+// failure; what returns or takes a CString by value throws std::bad_alloc.
 #pragma once
 
 #include "framework/core/Export.h"
 #include "framework/core/String.h"
 #include "framework/core/Types.h"
 
-/// FILE_ATTRIBUTE_DIRECTORY for a folder, FILE_ATTRIBUTE_NORMAL for anything else, joined with
-/// FILE_ATTRIBUTE_READONLY (in place of NORMAL) where the owner may not write;
-/// INVALID_FILE_ATTRIBUTES where nothing of that name can be found.
+/// FILE_ATTRIBUTE_DIRECTORY for a folder, combined with FILE_ATTRIBUTE_READONLY where the owner has
+/// no write permission; FILE_ATTRIBUTE_NORMAL where neither applies; INVALID_FILE_ATTRIBUTES where
+/// `path` does not exist or cannot be reached.
 TILTPOLE_API DWORD GetFileAttributesW(const wchar_t* path);
 
-/// Writes the full name of the running module into `buffer`. There is one module, whatever
-/// `module` says.
+/// Writes the full name of the running module into `buffer`. `module` is ignored, as there is only
+/// one.
 ///
-/// @param size  characters that `buffer` holds
-/// @return length without the closing 0; `size` where the name was cut to fit (a closing 0 is
-///         still written); 0 where nothing could be written
+/// @param size  capacity of `buffer` [characters]
+/// @return length without the closing 0; `size` where the name was truncated (a closing 0 is
+///         written all the same); 0 where nothing could be written
 TILTPOLE_API DWORD GetModuleFileNameW(HMODULE module, wchar_t* buffer, DWORD size);
 
 namespace framework {
 
-/// What GetModuleFileNameW answers from now on; an empty name brings the running executable back.
+/// Sets the name that GetModuleFileNameW returns from now on; an empty one restores the default,
+/// the running executable.
 TILTPOLE_API void SetModulePath(const CString& fullName);
 
-/// Folder for what a program writes for later reading, without trailing separator:
-/// $XDG_DATA_HOME/tiltpole where that variable holds an absolute path, else
-/// ~/.local/share/tiltpole. It need not be there yet: see MakeFolder.
+/// Folder for files that a program writes for later use, without a trailing separator:
+/// $XDG_DATA_HOME/tiltpole where that variable is an absolute path, otherwise
+/// ~/.local/share/tiltpole. It may not exist yet: see MakeFolder.
 TILTPOLE_API CString ApplicationDataFolder();
 
-/// Makes a folder and those above it. True where it is there in the end.
+/// Creates a folder and its parents. True where it exists afterwards.
 TILTPOLE_API bool MakeFolder(const CString& path);
 
 } // namespace framework

@@ -1,8 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// Points, sizes and rectangles of the window framework, in device units.
+// Points, sizes and rectangles of the window framework, in device units (pixels); x grows to the
+// right, y downwards.
 //
-// A rectangle holds its left and top edges and not its right and bottom ones.
+//   const CRect dial(10, 10, 110, 60);          // left, top, right, bottom
+//   const bool hit = dial.PtInRect({10, 59});   // left and top edge: inside
+//   const bool out = !dial.PtInRect({110, 60}); // right and bottom edge: outside
 #pragma once
 
 #include "framework/core/Types.h"
@@ -30,7 +33,8 @@ using LPCRECT = const RECT*;
 using LPPOINT = POINT*;
 using LPSIZE = SIZE*;
 
-/// Whether `point` lies in `rect`: on the left or top edge it does, on the right or bottom one not.
+/// Whether `point` lies in `rect`; its left and top edges belong to it, its right and bottom do
+/// not.
 inline BOOL PtInRect(const RECT* rect, POINT point)
 {
     return rect != nullptr && rect->left <= point.x && point.x < rect->right && rect->top <= point.y
@@ -114,10 +118,10 @@ public:
     constexpr CSize Size() const { return {Width(), Height()}; }
     constexpr CPoint TopLeft() const { return {left, top}; }
     constexpr CPoint BottomRight() const { return {right, bottom}; }
-    /// Halves are cut towards zero.
+    /// Halves are truncated towards zero.
     constexpr CPoint CenterPoint() const { return {(left + right) / 2, (top + bottom) / 2}; }
 
-    /// Whether width or height is 0 or negative.
+    /// True where width or height is 0 or negative.
     constexpr BOOL IsRectEmpty() const { return left >= right || top >= bottom; }
     constexpr BOOL IsRectNull() const { return !(left || top || right || bottom); }
     BOOL PtInRect(POINT point) const { return ::PtInRect(this, point); }
@@ -145,14 +149,14 @@ public:
     void MoveToY(int y) { OffsetRect(0, y - top); }
     void MoveToXY(int x, int y) { OffsetRect(x - left, y - top); }
 
-    /// Exchanges edges so that width and height are not negative.
+    /// Swaps edges so that width and height are not negative.
     void NormalizeRect()
     {
         if (left > right) std::swap(left, right);
         if (top > bottom) std::swap(top, bottom);
     }
 
-    /// The common part of two rectangles; empty, with the result FALSE, where there is none.
+    /// Becomes the intersection of two rectangles; empty, with result FALSE, where there is none.
     BOOL IntersectRect(LPCRECT a, LPCRECT b)
     {
         const CRect common(std::max(a->left, b->left), std::max(a->top, b->top),
@@ -161,7 +165,7 @@ public:
         return !IsRectEmpty();
     }
 
-    /// The smallest rectangle around both, an empty one left out of account; FALSE where both are.
+    /// Becomes the smallest rectangle around both. An empty one is ignored; FALSE where both are.
     BOOL UnionRect(LPCRECT a, LPCRECT b)
     {
         const CRect first(a);

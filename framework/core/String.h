@@ -2,9 +2,19 @@
 //
 // CString: the window framework's wide string.
 //
-// A position or length is counted in wide characters. Lengths and positions out of range are
-// limited to the text, never an error; a null pointer is an empty text. Letters are only those of
-// ASCII where case matters, white space is that of ASCII: no locale is consulted.
+//   CString line;
+//   line.Format(L"%s: %.3f m", L"pole length", 2.0);
+//   const int colon = line.Find(L':');
+//   const CString name = line.Left(colon); // "pole length"
+//   CFile::Remove(L"/tmp/" + name);        // converts to const wchar_t*
+//
+// Positions and lengths are counted in wide characters. One that is out of range is limited to the
+// text and never an error; a null pointer is an empty text. Case conversion knows the letters of
+// ASCII only and white space is that of ASCII: no locale is consulted.
+//
+// What makes a text or a longer one throws std::bad_alloc where memory does not suffice, and the
+// text is then unchanged. Operations that are noexcept, Empty, SetAt, Delete, Remove, the Trim and
+// Make functions do not allocate.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -21,7 +31,7 @@ public:
     CString() = default;
     CString(const wchar_t* text);
     CString(const wchar_t* text, int length);
-    /// UTF-8; ill-formed parts become U+FFFD.
+    /// From UTF-8; ill-formed parts become U+FFFD.
     CString(const char* utf8);
     CString(const char* utf8, int length);
     explicit CString(wchar_t character, int repeat = 1);
@@ -36,20 +46,20 @@ public:
     bool IsEmpty() const noexcept { return m_text.empty(); }
     void Empty() noexcept { m_text.clear(); }
 
-    /// The character at `index`; 0 where there is none.
+    /// The character at `index`; 0 where the text has none there.
     wchar_t GetAt(int index) const noexcept { return (*this)[index]; }
-    /// Does nothing where there is no such character.
+    /// Does nothing where `index` is not in the text.
     void SetAt(int index, wchar_t character);
     wchar_t operator[](INT_PTR index) const noexcept;
 
     operator const wchar_t*() const noexcept { return m_text.c_str(); }
     const wchar_t* GetString() const noexcept { return m_text.c_str(); }
 
-    /// A buffer of at least `minimumLength` characters and a closing 0, which the caller may write.
-    /// No other operation is used until ReleaseBuffer.
+    /// A buffer of at least `minimumLength` characters and a closing 0, for the caller to write to.
+    /// No other operation may be called before ReleaseBuffer.
     wchar_t* GetBuffer(int minimumLength = 0);
-    /// Ends the use of the buffer: the text has `newLength` characters, or ends at the first 0
-    /// where it is -1.
+    /// Ends the use of the buffer. The text then has `newLength` characters; with -1 it ends at the
+    /// first 0.
     void ReleaseBuffer(int newLength = -1);
 
     CString& operator+=(const CString& text);
@@ -57,11 +67,11 @@ public:
     CString& operator+=(wchar_t character);
     void Append(const wchar_t* text) { *this += text; }
 
-    /// Order by character code up to the first 0: below 0, 0 or above 0.
+    /// Compares character codes up to the first 0. Returns a value below 0, 0 or above 0.
     int Compare(const wchar_t* other) const noexcept;
     int CompareNoCase(const wchar_t* other) const noexcept;
 
-    /// From `first` to the end; empty where `first` lies behind the end.
+    /// From `first` to the end; empty where `first` is past the end.
     CString Mid(int first) const;
     CString Mid(int first, int count) const;
     CString Left(int count) const;
@@ -70,15 +80,16 @@ public:
     CString SpanIncluding(const wchar_t* set) const;
     CString SpanExcluding(const wchar_t* set) const;
 
-    /// Position of the first occurrence at or behind `start`, -1 where there is none or `start`
-    /// is no position of the text.
+    /// Position of the first occurrence at or after `start`; -1 where there is none or `start` is
+    /// not a position in the text.
     int Find(wchar_t character, int start = 0) const noexcept;
     int Find(const wchar_t* text, int start = 0) const noexcept;
     int ReverseFind(wchar_t character) const noexcept;
     int FindOneOf(const wchar_t* set) const noexcept;
 
     /// The next part of the text between characters of `separators`, from `start` on; empty parts
-    /// are skipped. `start` moves on, and is -1 with an empty result when no part is left.
+    /// are skipped. `start` moves past it. When no part is left, the result is empty and `start`
+    /// -1.
     CString Tokenize(const wchar_t* separators, int& start) const;
 
     CString& MakeUpper();
@@ -98,19 +109,19 @@ public:
     /// Number of replacements.
     int Replace(wchar_t from, wchar_t to);
     int Replace(const wchar_t* from, const wchar_t* to);
-    /// Number of characters taken out.
+    /// Number of characters removed.
     int Remove(wchar_t character);
-    /// New length; a position behind the end appends.
+    /// New length; an index past the end appends.
     int Insert(int index, wchar_t character);
     int Insert(int index, const wchar_t* text);
     /// New length.
     int Delete(int index, int count = 1);
 
-    /// Replaces the text by `format` with its conversions done: see framework/core/Format.h.
+    /// Sets the text to `format` with its arguments inserted; see framework/core/Format.h.
     template <class... Arguments>
     void Format(const wchar_t* format, const Arguments&... arguments)
     {
-        // Formatted apart: an argument may be this very text.
+        // Into another text first: an argument may refer to this one.
         CString result;
         result.AppendFormat(format, arguments...);
         m_text = std::move(result.m_text);

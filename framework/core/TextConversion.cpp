@@ -22,8 +22,8 @@ struct Decoded
     bool wellFormed;
 };
 
-// What a lead byte asks for: bytes after it, and the range of the first of them (Unicode 15,
-// table 3-7: the range keeps out overlong forms, surrogates and values above U+10FFFF).
+// What must follow a lead byte: the number of bytes, and the range of the first of them (Unicode
+// 15, table 3-7; the range excludes overlong forms, surrogates and values above U+10FFFF).
 struct Lead
 {
     unsigned char trailing, low, high;
@@ -108,7 +108,7 @@ bool IsAscii8(const wchar_t* text)
     return all < 0x80;
 }
 
-// Hands `bytes` on as wide characters, a chunk at a time. Returns whether all was well-formed.
+// Passes `bytes` to `sink` as wide characters, in chunks. Returns whether all were well-formed.
 template <class Sink>
 bool DecodeAll(std::string_view bytes, Sink sink)
 {
@@ -136,7 +136,7 @@ bool DecodeAll(std::string_view bytes, Sink sink)
     return wellFormed;
 }
 
-// Hands `text` on as UTF-8, a chunk at a time. Returns whether all were scalar values.
+// Passes `text` to `sink` as UTF-8, in chunks. Returns whether all were scalar values.
 template <class Sink>
 bool EncodeAll(std::wstring_view text, Sink sink)
 {
@@ -163,7 +163,7 @@ bool EncodeAll(std::wstring_view text, Sink sink)
     return wellFormed;
 }
 
-// Copies pieces into a caller's buffer as long as they fit, and counts them all.
+// Copies pieces into a caller's buffer as long as they fit, and counts all of them.
 template <class Character>
 struct BoundedCopy
 {
@@ -177,7 +177,7 @@ struct BoundedCopy
         count += piece.size();
     }
 
-    // What the platform calls return: 0 where the target was too small.
+    // Result of the platform functions: 0 where the target was too small.
     int Result() const
     {
         if (count > static_cast<std::size_t>(INT_MAX)) return 0;

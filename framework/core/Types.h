@@ -28,7 +28,7 @@ using LPCWSTR = const wchar_t*;
 using LPTSTR = wchar_t*;
 using LPCTSTR = const wchar_t*;
 
-// Handles: what they point to is the framework's own.
+// Handles point to records that only the framework knows.
 namespace framework {
 struct ModuleRecord;
 struct WindowRecord;

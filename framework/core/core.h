@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Everything of the window framework that needs no screen.
+// All headers of the window framework that need no screen.
 #pragma once
 
 #include "framework/core/Array.h"          // IWYU pragma: export

@@ -11,7 +11,6 @@
 #include <array>
 #include <charconv>
 #include <cmath>
-#include <new>
 #include <utility>
 #include <vector>
 
@@ -19,12 +18,37 @@ namespace tiltpole::positioning {
 
 namespace {
 
-constexpr std::size_t kLongestLine = 100; // bytes, line end included
-constexpr ULONGLONG kLargestFile = ULONGLONG{256} << 20;
+constexpr std::size_t kLongestLine = 100;                // bytes, line end included
+constexpr ULONGLONG kLargestFile = ULONGLONG{256} << 20; // bytes
+constexpr std::size_t kLongestStream = std::size_t{1} << 20;
 constexpr int kDecimals = 10;
 
-// Text from `first` up to the next CR, empty where there is none. Asked in rising order, it passes
-// over the text once.
+// Devices and pipes have no length, and some never end.
+bool ReadStream(CFile& file, std::string& content)
+{
+    constexpr std::size_t kPiece = 16384;
+    while (content.size() <= kLongestStream) {
+        const std::size_t before = content.size();
+        content.resize(before + kPiece);
+        const UINT count = file.Read(content.data() + before, static_cast<UINT>(kPiece));
+        content.resize(before + count);
+        if (count < kPiece) break;
+    }
+    return content.size() <= kLongestStream;
+}
+
+bool ReadAll(CFile& file, std::string& content)
+{
+    const ULONGLONG length = file.GetLength();
+    if (length == 0) return ReadStream(file, content);
+    if (length > kLargestFile) return false;
+    content.resize(static_cast<std::size_t>(length));
+    content.resize(file.Read(content.data(), static_cast<UINT>(length)));
+    return true;
+}
+
+// Text from `first` up to the next CR, empty where there is none. Called with rising positions, it
+// passes over the text once.
 class Values
 {
 public:
@@ -58,18 +82,9 @@ int IntegerOf(std::string_view value)
 int KeyedTextFile::OpenForReading(const CString& path)
 {
     CFile file;
-    if (!file.Open(path, CFile::modeRead | CFile::shareDenyNone)) return 0;
-    const ULONGLONG length = file.GetLength();
-    if (length > kLargestFile) return 0;
-
     std::string content;
-    try {
-        content.resize(static_cast<std::size_t>(length));
-    } catch (const std::bad_alloc&) {
-        return 0;
-    }
-    content.resize(file.Read(content.data(), static_cast<UINT>(length)));
-    if (!file.Close()) return 0;
+    if (!file.Open(path, CFile::modeRead | CFile::shareDenyNone)) return 0;
+    if (!ReadAll(file, content) || !file.Close()) return 0;
     m_content = std::move(content);
     m_writing = false;
     return 1;
@@ -174,7 +189,7 @@ void KeyedTextFile::ReadDoubles(std::span<const KeyedDouble> wanted) const
     const std::string_view text = m_content;
     Values values(text);
     std::vector<KeyedDouble> missing(wanted.begin(), wanted.end());
-    std::size_t open = kNone; // the last '[' with no ']' behind it: only there a key can stand
+    std::size_t open = kNone; // the last '[' that no ']' follows yet: a key can begin only there
     for (std::size_t at = 0; at < text.size() && !missing.empty(); ++at) {
         if (text[at] == '[') open = at;
         if (text[at] != ']' || open == kNone) continue;

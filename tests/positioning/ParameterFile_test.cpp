@@ -1,23 +1,27 @@
 // SPDX-License-Identifier: MIT
 //
-// The calibration in its file: exact bytes, what is read from broken files, what survives a
-// failure.
+// The calibration in its file: the exact bytes, what is read from damaged files, what a failure
+// leaves behind.
 #include "positioning/InclineSensor_Position.h"
 #include "tests/positioning/TemporaryFolder.h"
+#include "tests/reference/FailingAllocations.h"
 
 #include <array>
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
 #include <rapidcheck/gtest.h>
 #include <string>
 #include <sys/resource.h>
+#include <sys/stat.h>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -176,6 +180,90 @@ TEST(ParameterFile, UpdatesOnlyWhatItNames)
     EXPECT_EQ(ReadFrom("[MagneticBiasAngle_A]12.5\n"), kDefaults);
     EXPECT_EQ(ReadFrom("[MagneticBiasAngle_A]\r\n"), kDefaults) << "an empty value";
     EXPECT_EQ(ReadFrom(""), kDefaults);
+}
+
+TEST(ParameterFile, LeavesEveryMemberThatItDoesNotName)
+{
+    const TemporaryFolder folder;
+    for (std::size_t i = 0; i < kKeys.size(); ++i) {
+        folder.Write(kFile, std::string("[") + kKeys[i] + "]-7.25\r\n");
+        CInclineSensor_Position sensor = With(Rising());
+        EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 1);
+        Values expected = Rising();
+        expected[i] = -7.25;
+        EXPECT_EQ(ValuesOf(sensor), expected) << kKeys[i];
+    }
+}
+
+TEST(ParameterFile, ReadsAPipeToItsEnd)
+{
+    const TemporaryFolder folder;
+    const CString path = folder.Path("pipe");
+    ASSERT_EQ(::mkfifo((folder.Native() / "pipe").c_str(), 0666), 0);
+    const std::string content =
+        std::string(100000, ' ') + "[MagneticA.a]2\r\n" + std::string(1 << 19, 'x');
+    std::thread writer([&] { folder.Write("pipe", content); });
+    CInclineSensor_Position sensor;
+    EXPECT_EQ(sensor.ConfigRead(path), 1);
+    writer.join();
+    EXPECT_EQ(ValuesOf(sensor)[0], 2.0);
+}
+
+TEST(ParameterFile, IsRefusedWhereItNeverEnds)
+{
+    CInclineSensor_Position sensor = With(Rising());
+    EXPECT_EQ(sensor.ConfigRead(L"/dev/zero"), 0);
+    EXPECT_EQ(ValuesOf(sensor), Rising());
+    EXPECT_EQ(sensor.ConfigRead(L"/dev/null"), 1) << "an empty file";
+    EXPECT_EQ(ValuesOf(sensor), Rising());
+}
+
+TEST(ParameterFile, IsRefusedBeyond256MebibytesOnly)
+{
+    const TemporaryFolder folder;
+    folder.Write(kFile, "[MagneticA.a]2\r\n");
+    std::filesystem::resize_file(folder.Native() / kFile, (256 << 20) + 1); // takes no disk space
+    CInclineSensor_Position sensor = With(Rising());
+    EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 0);
+    EXPECT_EQ(ValuesOf(sensor), Rising());
+}
+
+TEST(ParameterFile, LosesNothingWhereMemoryRunsOut)
+{
+    if (!reference::CanFailAllocations()) GTEST_SKIP() << "another tool's allocator is in place";
+    const TemporaryFolder folder;
+    const CString path = folder.Path(kFile);
+    CInclineSensor_Position rising = With(Rising());
+    ASSERT_EQ(rising.ConfigSave(path), 1);
+    const std::string newContent = folder.Read(kFile);
+
+    const long saves = reference::ForEveryFailingAllocation([&](auto& round) {
+        folder.Write(kFile, "old");
+        int result = 1;
+        EXPECT_NO_THROW(result = round.Run([&, copy = path]() mutable {
+            return rising.ConfigSave(std::move(copy));
+        }));
+        if (!round.HasFailed()) {
+            EXPECT_EQ(result, 1);
+        }
+        EXPECT_EQ(folder.Read(kFile), result == 1 ? newContent : "old");
+        EXPECT_EQ(folder.Names().size(), 1U) << "nothing beside it";
+    });
+    EXPECT_GT(saves, 0);
+
+    ASSERT_EQ(rising.ConfigSave(path), 1);
+    const long reads = reference::ForEveryFailingAllocation([&](auto& round) {
+        CInclineSensor_Position sensor;
+        int result = 1;
+        EXPECT_NO_THROW(result = round.Run([&, copy = path]() mutable {
+            return sensor.ConfigRead(std::move(copy));
+        }));
+        if (!round.HasFailed()) {
+            EXPECT_EQ(result, 1);
+        }
+        EXPECT_EQ(ValuesOf(sensor), result == 1 ? Rising() : kDefaults);
+    });
+    EXPECT_GT(reads, 0);
 }
 
 TEST(ParameterFile, TakesTextThatIsNoNumberAsZero)

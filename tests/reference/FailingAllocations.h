@@ -2,9 +2,9 @@
 //
 // Counts the memory that a test program allocates, and makes allocations fail on purpose.
 //
-// A test lists tests/reference/FailingAllocations.cpp among its sources. That file replaces operator
-// new and malloc, calloc, realloc, aligned_alloc and posix_memalign for the whole program, shared
-// libraries included; only the calling thread is counted and only what runs inside
+// A test lists tests/reference/FailingAllocations.cpp among its sources. That file replaces
+// operator new and malloc, calloc, realloc, aligned_alloc and posix_memalign for the whole program,
+// shared libraries included; only the calling thread is counted and only what runs inside
 // AllocationRound::Run fails.
 //
 //   const long failures = ForEveryFailingAllocation([&](AllocationRound& round) {

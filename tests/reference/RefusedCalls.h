@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// File systems that refuse what an ordinary one grants: FAT and many network file systems have fixed
-// permissions, a file that is a mount point cannot be renamed over.
+// File systems that refuse what an ordinary one grants: FAT and many network file systems have
+// fixed permissions, a file that is a mount point cannot be renamed over.
 //
-// A test lists tests/reference/RefusedCalls.cpp among its sources. That file replaces the calls below
-// for the whole program, shared libraries included; outside a Refused scope they do what they always
-// do.
+// A test lists tests/reference/RefusedCalls.cpp among its sources. That file replaces the calls
+// below for the whole program, shared libraries included; outside a Refused scope they do what they
+// always do.
 #pragma once
 
 namespace reference {

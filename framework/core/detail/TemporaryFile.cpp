@@ -28,8 +28,8 @@ bool IsSameFile(const struct stat& a, const struct stat& b)
 }
 
 // Removes the file `name` if the process that made it is gone. Whoever holds the lock is the only
-// one that may remove or rename the file; the name is looked at again because the file may have been
-// renamed, and another one made, before the lock was had.
+// one that may remove or rename the file; the name is looked at again because the file may have
+// been renamed, and another one made, before the lock was had.
 bool RemoveLeftOver(const char* name)
 {
     const Descriptor file(::open(name, O_RDWR | O_CLOEXEC | O_NOFOLLOW | O_NONBLOCK));

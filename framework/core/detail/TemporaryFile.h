@@ -2,10 +2,10 @@
 //
 // The file that is written beside another one before it takes that one's place.
 //
-// Its name is ".tiltpole-HOST-N.new" with the first N that is free. The process that writes it holds
-// a lock on it (flock), which ends with the process: a file of such a name that can be locked was
-// left over by a process that was killed, and the next one removes it. The name of the machine keeps
-// apart those that share a folder without sharing locks.
+// Its name is ".tiltpole-HOST-N.new" with the first N that is free. The process that writes it
+// holds a lock on it (flock), which ends with the process: a file of such a name that can be locked
+// was left over by a process that was killed, and the next one removes it. The name of the machine
+// keeps apart those that share a folder without sharing locks.
 #pragma once
 
 #include "framework/core/detail/Descriptor.h"

@@ -2,10 +2,14 @@
 #include "framework/core/Array.h"
 
 #include "tests/framework/core/TextOf.h"
+#include "tests/reference/FailingAllocations.h"
 
 #include <gtest/gtest.h>
+#include <malloc.h>
 #include <memory>
+#include <new>
 #include <rapidcheck/gtest.h>
+#include <stdexcept>
 #include <type_traits>
 #include <vector>
 
@@ -299,4 +303,66 @@ RC_GTEST_PROP(Array, BehavesLikeAVectorUnderAnyOperations,
         }
         RC_ASSERT(ValuesOf(numbers) == model);
     }
+}
+
+namespace {
+
+// An element whose moves can be made to throw; it counts the objects that live.
+struct Moody
+{
+    static inline int alive = 0;
+    static inline int movesLeft = 0;
+
+    Moody() { ++alive; }
+    Moody(const Moody&) { ++alive; }
+    Moody(Moody&&)
+    {
+        if (movesLeft-- <= 0) throw std::runtime_error("no move");
+        ++alive;
+    }
+    Moody& operator=(const Moody&) = default;
+    ~Moody() { --alive; }
+};
+
+} // namespace
+
+TEST(Array, ReleasesItsNewStoreWhenAMoveThrows)
+{
+    if (!reference::CanFailAllocations()) GTEST_SKIP() << "another tool's allocator is in place";
+    {
+        CArray<Moody> array;
+        array.SetSize(3);
+        Moody::movesLeft = 2;
+        const auto heldBefore = ::mallinfo2().uordblks;
+        for (int i = 0; i < 100; ++i) {
+            Moody::movesLeft = 2;
+            EXPECT_THROW(array.SetSize(5000), std::runtime_error);
+        }
+        EXPECT_LT(::mallinfo2().uordblks, heldBefore + 5000) << "bytes held";
+        EXPECT_EQ(array.GetSize(), 3);
+        EXPECT_EQ(Moody::alive, 3);
+    }
+    EXPECT_EQ(Moody::alive, 0);
+}
+
+TEST(Array, KeepsItsElementsWhereMemoryRunsOut)
+{
+    if (!reference::CanFailAllocations()) GTEST_SKIP() << "another tool's allocator is in place";
+    const long failures = reference::ForEveryFailingAllocation([](auto& round) {
+        CArray<int, int> array;
+        array.Add(1);
+        array.Add(2);
+        try {
+            round.Run([&] {
+                for (int i = 3; i <= 20; ++i)
+                    array.Add(i);
+            });
+            EXPECT_EQ(array.GetSize(), 20);
+        } catch (const std::bad_alloc&) {
+            EXPECT_TRUE(round.HasFailed());
+        }
+        for (int i = 0; i < array.GetSize(); ++i)
+            EXPECT_EQ(array[i], i + 1);
+    });
+    EXPECT_GT(failures, 0);
 }
