@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "controls/GraphCompass.h"
 
-#include "controls/detail/Selected.h"
+#include "controls/drawing/Segment.h"
+#include "framework/gui/Borrowed.h"
+#include "framework/gui/Selected.h"
 
 #include <cmath>
 
@@ -12,18 +14,18 @@ ON_WM_PAINT()
 ON_WM_ERASEBKGND()
 END_MESSAGE_MAP()
 
+using framework::Selected;
 using tiltpole::controls::DrawSegment;
-using tiltpole::controls::Selected;
 
 namespace {
 
-constexpr int kLabelInset = 35; // from the inner ring to the labels' centres, pixels
+constexpr int kLabelInset = 35; // from the inner ring to the labels' centers, pixels
 
-void DrawRing(CDC& dc, CPoint centre, int radius, COLORREF color)
+void DrawRing(CDC& dc, CPoint center, int radius, COLORREF color)
 {
     CPen pen(PS_SOLID, tiltpole::controls::kRingPen, color);
     const Selected usePen(dc, pen);
-    dc.Ellipse(centre.x - radius, centre.y - radius, centre.x + radius, centre.y + radius);
+    dc.Ellipse(center.x - radius, center.y - radius, center.x + radius, center.y + radius);
 }
 
 // Along three corners of the needle.
@@ -46,10 +48,7 @@ void CGraphCompass::SetValue(double degrees)
 {
     m_face.value = degrees;
     if (!m_face.CanCompose()) return;
-    CDC* const dc = GetDC();
-    if (!dc) return;
-    Compose(*dc);
-    ReleaseDC(dc);
+    if (const framework::Borrowed dc(*this); dc) Compose(*dc);
 }
 
 double CGraphCompass::GetValue() const
@@ -81,7 +80,7 @@ void CGraphCompass::SetFix(int degrees)
     if (!dc) return;
     CPen pen(PS_SOLID, tiltpole::controls::kFixPen, tiltpole::controls::kFixColor);
     const Selected usePen(*dc, pen);
-    const auto mark = tiltpole::controls::FixLine::Of(m_face.centre, m_rings, degrees);
+    const auto mark = tiltpole::controls::FixLine::Of(m_face.center, m_rings, degrees);
     DrawSegment(*dc, mark.outer, mark.inner);
 }
 
@@ -105,9 +104,9 @@ void CGraphCompass::DrawRings(CDC& dc) const
 {
     CBrush face(tiltpole::controls::kFaceColor);
     const Selected useBrush(dc, face);
-    DrawRing(dc, m_face.centre, m_rings.outer, tiltpole::controls::kOuterColor);
-    DrawRing(dc, m_face.centre, m_rings.middle, tiltpole::controls::kMiddleColor);
-    DrawRing(dc, m_face.centre, m_rings.inner, tiltpole::controls::kOuterColor);
+    DrawRing(dc, m_face.center, m_rings.outer, tiltpole::controls::kOuterColor);
+    DrawRing(dc, m_face.center, m_rings.middle, tiltpole::controls::kMiddleColor);
+    DrawRing(dc, m_face.center, m_rings.inner, tiltpole::controls::kOuterColor);
 }
 
 void CGraphCompass::DrawTicks(CDC& dc) const
@@ -126,18 +125,18 @@ void CGraphCompass::DrawTicks(CDC& dc) const
         const bool isMajor = heading % 30 == 0;
         const double angle = tiltpole::controls::DialAngle(heading);
         const double inner = isMajor ? m_rings.inner - tick : m_rings.inner - tick / 2;
-        DrawSegment(dc, tiltpole::controls::OnDial(m_face.centre, m_rings.inner, angle),
-                    tiltpole::controls::OnDial(m_face.centre, inner, angle));
+        DrawSegment(dc, tiltpole::controls::OnDial(m_face.center, m_rings.inner, angle),
+                    tiltpole::controls::OnDial(m_face.center, inner, angle));
         if (isMajor)
             tiltpole::controls::DrawLabel(
-                dc, tiltpole::controls::OnDial(m_face.centre, labels, angle), heading);
+                dc, tiltpole::controls::OnDial(m_face.center, labels, angle), heading);
     }
 }
 
 void CGraphCompass::DrawPointer(CDC* dc, double degrees)
 {
     if (!dc) return;
-    const auto needle = tiltpole::controls::NeedleShape::Of(m_face.centre, m_face.diameter,
+    const auto needle = tiltpole::controls::NeedleShape::Of(m_face.center, m_face.diameter,
                                                             m_face.needleUnit, degrees);
     const auto& [left, tip, right, tail] = needle.corners;
     {
@@ -154,7 +153,7 @@ void CGraphCompass::DrawPointer(CDC* dc, double degrees)
 
     CBrush black(RGB(0, 0, 0));
     const Selected useBrush(*dc, black);
-    const CPoint& hub = m_face.centre;
+    const CPoint& hub = m_face.center;
     dc->Ellipse(hub.x - 2, hub.y - 2, hub.x + 3, hub.y + 3);
 }
 
@@ -165,7 +164,7 @@ void CGraphCompass::DrawFixSign(CDC* dc)
     const Selected usePen(*dc, pen);
     for (INT_PTR i = 0; i < m_face.fixes.GetSize(); ++i) {
         const auto mark =
-            tiltpole::controls::FixLine::Of(m_face.centre, m_rings, m_face.fixes.GetAt(i));
+            tiltpole::controls::FixLine::Of(m_face.center, m_rings, m_face.fixes.GetAt(i));
         DrawSegment(*dc, mark.outer, mark.inner);
     }
 }

@@ -10,8 +10,8 @@
 //   dial.SetValue(sample.dYaw);
 #pragma once
 
-#include "controls/detail/DialGeometry.h"
-#include "controls/detail/MeterFace.h"
+#include "controls/dial/DialGeometry.h"
+#include "controls/drawing/MeterFace.h"
 
 #include "framework/core/Export.h"
 #include "framework/gui/Static.h"
@@ -29,7 +29,7 @@ public:
     void SetValue(double degrees);
     double GetValue() const;
 
-    /// Colour of the control around the dial; the background is drawn again at the next paint.
+    /// Color of the control around the dial; the background is drawn again at the next paint.
     void SetMeterBackColor(COLORREF color);
     COLORREF GetMeterBackColor() const;
 

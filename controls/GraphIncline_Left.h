@@ -6,7 +6,7 @@
 // Values outside the range are ignored. Everything else is as with the compass dial.
 #pragma once
 
-#include "controls/detail/GaugeControl.h"
+#include "controls/gauge/GaugeControl.h"
 
 #include "framework/core/Export.h"
 #include "framework/gui/Static.h"
@@ -24,7 +24,7 @@ public:
     void SetValue(double degrees);
     double GetValue() const;
 
-    /// Colour around the frames; the background is drawn again at the next paint.
+    /// Color around the frames; the background is drawn again at the next paint.
     void SetMeterBackColor(COLORREF color);
     COLORREF GetMeterBackColor() const;
 

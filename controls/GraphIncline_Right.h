@@ -6,7 +6,7 @@
 // Values outside the range are ignored. Everything else is as with the compass dial.
 #pragma once
 
-#include "controls/detail/GaugeControl.h"
+#include "controls/gauge/GaugeControl.h"
 
 #include "framework/core/Export.h"
 #include "framework/gui/Static.h"
@@ -19,13 +19,12 @@ public:
     CGraphIncline_Right();
     ~CGraphIncline_Right() override;
 
-    /// Before the first accepted value the pointer stands above the scale, where 0 would be.
     /// Stores the angle [degrees, 180 to 360, both ends in] and redraws at once when the gauge has
     /// been painted before. Another angle changes nothing.
     void SetValue(double degrees);
     double GetValue() const;
 
-    /// Colour around the frames; the background is drawn again at the next paint.
+    /// Color around the frames; the background is drawn again at the next paint.
     void SetMeterBackColor(COLORREF color);
     COLORREF GetMeterBackColor() const;
 

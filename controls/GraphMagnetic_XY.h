@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
 // The magnetometer samples of the horizontal turn while it is recorded: the second component over
-// the first, every sample a cross, every computed centre a red one.
+// the first, every sample a cross, every computed center a red one.
 //
 // The view zooms itself to the samples when more than ten have fallen outside it, and is kept
 // between runs in GraphMagnetic_XY.cfg beside the running module.
 #pragma once
 
 #include "controls/MagneticPlotPoint.h"
-#include "controls/detail/ScatterPlot.h"
+#include "controls/plot/ScatterPlot.h"
 
 #include "framework/core/Export.h"
 #include "framework/gui/Wnd.h"
@@ -30,17 +30,17 @@ public:
 
     /// Adds a sample [counts] and draws it; the eleventh outside the view zooms.
     void AddTrackPoint(int a, int b, int c);
-    /// Adds a centre [counts] and draws it; centres never zoom.
+    /// Adds a center [counts] and draws it; centers never zoom.
     void AddCenterPoint(int a, int b, int c);
-    /// Removes all samples and centres; the view stays.
+    /// Removes all samples and centers; the view stays.
     void Clear();
     /// Fits the view to the samples and stores it; nothing below two samples or without area.
     void ZoomAll();
 
-    /// Distance of two pixels, cut towards zero.
+    /// Distance of two pixels, cut toward zero.
     int GetDistance(CPoint p, CPoint q);
 
-    /// @{ Draws every sample or centre as a cross; nothing without a context.
+    /// @{ Draws every sample or center as a cross; nothing without a context.
     void DrawTrackPoints(CDC* dc);
     void DrawCenterPoints(CDC* dc);
     /// @}

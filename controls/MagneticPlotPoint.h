@@ -5,7 +5,7 @@
 
 #include <cstdint>
 
-/// Components of a reading or of a centre, in raw counts.
+/// Components of a reading or of a center, in raw counts.
 struct MagneticPlotPoint
 {
     std::int32_t nFirst = 0;

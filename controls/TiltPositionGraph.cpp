@@ -1,14 +1,18 @@
 // SPDX-License-Identifier: MIT
 #include "controls/TiltPositionGraph.h"
 
-#include "controls/detail/Pixel.h"
-#include "controls/detail/Selected.h"
+#include "controls/drawing/Pixel.h"
+#include "controls/drawing/Segment.h"
+#include "framework/gui/Borrowed.h"
+#include "framework/gui/Selected.h"
+#include "survey/Angle.h"
 
 #include <algorithm>
 #include <cmath>
 
+using framework::Borrowed;
+using framework::Selected;
 using tiltpole::controls::DrawSegment;
-using tiltpole::controls::Selected;
 using tiltpole::controls::Shifted;
 using tiltpole::controls::ToInt;
 using tiltpole::controls::ToPixel;
@@ -23,32 +27,13 @@ constexpr int kCurrentRadius = 8;      // pixels
 constexpr int kAxisInset = 10;         // pixels
 constexpr int kSmallestClient = 10;    // pixels, a side
 constexpr int kLargestRadius = 65536;  // pixels; more chords than a picture can show
-constexpr double kCenterRadius = 0.15; // metres
-constexpr double kSingleScale = 0.01;  // metres per pixel
+constexpr double kCenterRadius = 0.15; // meters
+constexpr double kSingleScale = 0.01;  // meters per pixel
 
 bool IsConfirmed(const TiltPoint_Sensor& point)
 {
     return point.nSet != 0 && point.nConfirmed != 0;
 }
-
-// A context of the view for a scope.
-class ViewContext
-{
-public:
-    explicit ViewContext(CView* view) : m_view(view), m_dc(view ? view->GetDC() : nullptr) {}
-    ~ViewContext()
-    {
-        if (m_dc) m_view->ReleaseDC(m_dc);
-    }
-    ViewContext(const ViewContext&) = delete;
-    ViewContext& operator=(const ViewContext&) = delete;
-
-    CDC* Get() const { return m_dc; }
-
-private:
-    CView* m_view;
-    CDC* m_dc;
-};
 
 } // namespace
 
@@ -102,8 +87,8 @@ void CTiltPositionGraph::AddPoint(TiltPoint_Sensor point)
 
 void CTiltPositionGraph::SetCenterPoint(int index, TiltPoint_Sensor point)
 {
-    const ViewContext context(m_view);
-    if (!context.Get() || index < 1 || index > 3) return;
+    const Borrowed context(m_view);
+    if (!context || index < 1 || index > 3) return;
     m_centers[index - 1] = point;
     DrawCircle(context.Get(), point);
 }
@@ -138,10 +123,10 @@ void CTiltPositionGraph::ZoomAll()
 
 void CTiltPositionGraph::InvalidateCtrl()
 {
-    const ViewContext context(m_view);
-    if (!context.Get()) return;
+    const Borrowed context(m_view);
+    if (!context) return;
     m_view->GetClientRect(&m_client);
-    m_layers.grid.Refill(*context.Get(), m_client, m_backColor);
+    m_layers.grid.Refill(*context, m_client, m_backColor);
     const tiltpole::controls::AxisGlyph axes{
         {m_client.left + kAxisInset, m_client.bottom - kAxisInset},
         m_axisColor,
@@ -150,7 +135,7 @@ void CTiltPositionGraph::InvalidateCtrl()
         L'y'
     };
     axes.Draw(m_layers.grid.dc);
-    m_layers.points.Refill(*context.Get(), m_client, m_backColor);
+    m_layers.points.Refill(*context, m_client, m_backColor);
     DrawPointsLayer();
 }
 
@@ -166,11 +151,11 @@ void CTiltPositionGraph::DrawPointsLayer()
 
 void CTiltPositionGraph::DrawAll()
 {
-    const ViewContext context(m_view);
-    if (!context.Get()) return;
+    const Borrowed context(m_view);
+    if (!context) return;
     m_view->GetClientRect(&m_client);
     if (m_client.Width() < kSmallestClient || m_client.Height() < kSmallestClient) return;
-    m_layers.Present(*context.Get(), m_client, [](CDC&) {});
+    m_layers.Present(*context, m_client, [](CDC&) {});
 }
 
 void CTiltPositionGraph::ReDraw()
@@ -206,16 +191,16 @@ void CTiltPositionGraph::DrawCircle(CDC* dc, TiltPoint_Sensor point)
     if (dc && IsConfirmed(point)) DrawCenter(*dc, point, kGreen);
 }
 
-void CTiltPositionGraph::DrawCircle(CDC* dc, POINT centre, int radius)
+void CTiltPositionGraph::DrawCircle(CDC* dc, POINT center, int radius)
 {
     if (!dc) return;
     const int r = std::min(radius, kLargestRadius);
-    const int chords = ToInt(2.0 * r * tiltpole::controls::kPi);
+    const int chords = ToInt(2.0 * r * tiltpole::survey::kPi);
     if (chords < 1) return;
     const auto corner = [&](int k) {
-        const double angle = 2.0 * k * tiltpole::controls::kPi / chords;
-        return CPoint(ToPixel(centre.x + r * std::cos(angle)),
-                      ToPixel(centre.y - r * std::sin(angle)));
+        const double angle = 2.0 * k * tiltpole::survey::kPi / chords;
+        return CPoint(ToPixel(center.x + r * std::cos(angle)),
+                      ToPixel(center.y - r * std::sin(angle)));
     };
     const CPoint first = corner(0);
     dc->MoveTo(first);
@@ -242,7 +227,7 @@ void CTiltPositionGraph::DrawLinkLine(CDC* dc)
     DrawLine(*dc, two, three, kGreen);
 }
 
-// Where centre 2 is not set its stored position counts all the same.
+// Where center 2 is not set its stored position counts all the same.
 void CTiltPositionGraph::DrawLinkDistance(CDC* dc, TiltPoint_Sensor point)
 {
     const auto& [one, two, three] = m_centers;
@@ -255,7 +240,7 @@ void CTiltPositionGraph::DrawLinkDistance(CDC* dc, TiltPoint_Sensor point)
 
 void CTiltPositionGraph::DrawCurrentPt(CDC* dc, TiltPoint_Sensor point)
 {
-    const ViewContext own(dc ? nullptr : m_view);
+    const Borrowed own(dc ? nullptr : m_view);
     CDC* const target = dc ? dc : own.Get();
     if (!target) return;
     m_current = point;

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
 // The antenna positions of the multi-position solution, drawn on a view of the host's: every
-// observation a white cross, up to three marked centres as circles of 0.15 m joined by lines, and
+// observation a white cross, up to three marked centers as circles of 0.15 m joined by lines, and
 // the current observation as a red circle with a cross.
 //
 // Northing (x) points up, easting (y) right. The graph zooms itself to the observations. It draws
 // at once where it says so; the host calls ReDraw when its view paints.
 #pragma once
 
-#include "controls/detail/Layers.h"
-#include "controls/detail/TiltView.h"
+#include "controls/drawing/Layers.h"
+#include "controls/tilt/TiltView.h"
 
 #include "framework/core/Array.h"
 #include "framework/core/Export.h"
@@ -32,10 +32,10 @@ public:
     /// 4th, 6th, 8th, 10th, 15th ... 30th, 40th, 50th, 60th, 120th ...; outside it zooms and shows
     /// at the next ReDraw.
     void AddPoint(TiltPoint_Sensor point);
-    /// Marks centre 1, 2 or 3 and draws its circle at once where it is set and confirmed. Nothing
+    /// Marks center 1, 2 or 3 and draws its circle at once where it is set and confirmed. Nothing
     /// is kept for another number, or without a view.
     void SetCenterPoint(int index, TiltPoint_Sensor point);
-    /// Removes observations and centres; the current observation and the view stay.
+    /// Removes observations and centers; the current observation and the view stay.
     void Clear();
 
     /// Fits the view to the observations and draws the layers again, without showing them. Several
@@ -50,17 +50,17 @@ public:
 
     /// @{ Drawing steps; nothing without a context.
     void DrawPoints(CDC* dc);
-    /// The circles of all centres that are set, green where confirmed, else red.
+    /// The circles of all centers that are set, green where confirmed, else red.
     void DrawCircles(CDC* dc);
-    /// The lines between confirmed centres.
+    /// The lines between confirmed centers.
     void DrawLinkLine(CDC* dc);
-    /// The lines from centres to `point`, while not all three centres are confirmed.
+    /// The lines from centers to `point`, while not all three centers are confirmed.
     void DrawLinkDistance(CDC* dc, TiltPoint_Sensor point);
-    /// The circle of a centre that is set and confirmed.
+    /// The circle of a center that is set and confirmed.
     void DrawCircle(CDC* dc, TiltPoint_Sensor point);
     /// A circle of trunc(2·radius·π) chords by the context's pen; a radius above 65536 counts as
     /// 65536.
-    void DrawCircle(CDC* dc, POINT centre, int radius);
+    void DrawCircle(CDC* dc, POINT center, int radius);
     /// @}
 
     /// Makes `point` the current observation and draws it; without a context, on the view.
@@ -75,13 +75,13 @@ protected:
     CRect m_client;
     tiltpole::controls::Layers m_layers;
     tiltpole::controls::TiltView m_world;
-    CString m_spareText;
+    CString m_spareText; // never read
     TiltPoint_Sensor m_current;
     CArray<TiltPoint_Sensor> m_points;
     CView* m_view = nullptr;
     COLORREF m_backColor = RGB(0, 0, 0);
     COLORREF m_axisColor = RGB(56, 104, 169);
-    COLORREF m_reservedColor = RGB(0, 0, 255);
+    COLORREF m_reservedColor = RGB(0, 0, 255); // never read
     COLORREF m_textColor = RGB(122, 122, 122);
     TiltPoint_Sensor m_centers[3];
 

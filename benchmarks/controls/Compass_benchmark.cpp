@@ -3,7 +3,7 @@
 // What a new heading costs on a dial of 240 x 240 pixels, beside the same drawing with the
 // toolkit's painter, Qwt's compass, and two plain copies of the picture.
 #include "controls/GraphCompass.h"
-#include "controls/detail/DialGeometry.h"
+#include "controls/dial/DialGeometry.h"
 #include "framework/gui/gui.h"
 
 #include <benchmark/benchmark.h>

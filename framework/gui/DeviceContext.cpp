@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "framework/gui/DeviceContext.h"
 
-#include "framework/gui/Wnd.h"
-#include "framework/gui/detail/Records.h"
+#include "framework/gui/detail/DcRecord.h"
 
 #include <algorithm>
 #include <climits>
+#include <memory>
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -42,12 +43,12 @@ raster::Canvas DcRecord::Target() const
 
 void DcRecord::Touched() const
 {
-    if (!window || window->isPainting || window->presentRequested || !window->native) return;
-    window->presentRequested = true;
-    window->native->Present();
+    if (owner) owner->OnPictureChanged();
 }
 
 namespace {
+
+constexpr int kMaximumBitmapSide = 32768; // pixels
 
 constexpr raster::Box kEverything{INT_MIN, INT_MIN, INT_MAX, INT_MAX};
 
@@ -75,7 +76,7 @@ GdiReference* SlotOf(DcRecord& dc, GdiKind kind)
 // A bitmap goes into one context in memory at a time and brings its picture along.
 bool TakeBitmap(DcRecord& dc, GdiRecord& bitmap)
 {
-    if (dc.window || (bitmap.selectedInto && bitmap.selectedInto != &dc)) return false;
+    if (dc.owner || (bitmap.selectedInto && bitmap.selectedInto != &dc)) return false;
     if (dc.bitmap.Get()) dc.bitmap->selectedInto = nullptr;
     bitmap.selectedInto = bitmap.image ? &dc : nullptr;
     dc.image = bitmap.image;
@@ -148,8 +149,8 @@ BOOL CDC::DeleteDC()
 {
     DcRecord* const handle = Detach();
     if (!handle) return FALSE;
-    if (handle->window)
-        handle->window->TakeBack(handle);
+    if (handle->owner)
+        handle->owner->TakeBack(handle);
     else
         delete handle;
     return TRUE;
@@ -362,5 +363,21 @@ BOOL CDC::BitBlt(int x, int y, int width, int height, CDC* source, int sourceX, 
 
 CWnd* CDC::GetWindow() const
 {
-    return m_hDC ? CWnd::FromHandle(m_hDC->window) : nullptr;
+    return m_hDC && m_hDC->owner ? m_hDC->owner->Window() : nullptr;
+}
+
+BOOL CBitmap::CreateCompatibleBitmap(CDC* dc, int width, int height)
+{
+    if (!dc || !dc->GetSafeHdc()) return FALSE;
+    if (width < 0 || height < 0 || width > framework::kMaximumBitmapSide
+        || height > framework::kMaximumBitmapSide)
+        return FALSE;
+    if (width == 0 || height == 0) width = height = 1;
+    auto record = std::make_unique<framework::GdiRecord>(framework::GdiKind::Bitmap);
+    try {
+        record->image = std::make_shared<framework::Image>(width, height);
+    } catch (const std::bad_alloc&) {
+        return FALSE;
+    }
+    return Hold(record.release());
 }

@@ -91,7 +91,7 @@ public:
     int DrawText(const CString& text, LPRECT rect, UINT format);
     /// @}
 
-    /// @{ Text from its upper left corner. ETO_OPAQUE fills `rect` with the background colour,
+    /// @{ Text from its upper left corner. ETO_OPAQUE fills `rect` with the background color,
     /// ETO_CLIPPED keeps the text inside it; without `rect` neither does anything.
     BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count,
                     const int* spacing);

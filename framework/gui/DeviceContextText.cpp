@@ -2,7 +2,8 @@
 //
 // Text on a device context, by the toolkit's fonts.
 #include "framework/gui/DeviceContext.h"
-#include "framework/gui/detail/Records.h"
+#include "framework/gui/detail/DcRecord.h"
+#include "framework/gui/detail/Image.h"
 
 #include <algorithm>
 #include <string_view>

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "framework/gui/GdiObject.h"
 
-#include "framework/gui/DeviceContext.h"
-#include "framework/gui/detail/Records.h"
+#include "framework/gui/detail/GdiRecord.h"
 
-#include <new>
+#include <iterator>
+#include <memory>
 
 IMPLEMENT_DYNCREATE(CGdiObject, CObject)
 IMPLEMENT_DYNAMIC(CPen, CGdiObject)
@@ -14,8 +14,6 @@ IMPLEMENT_DYNAMIC(CBitmap, CGdiObject)
 
 namespace framework {
 namespace {
-
-constexpr int kMaximumBitmapSide = 32768; // pixels
 
 template <class Wrapper>
 std::unique_ptr<CGdiObject> Lend(GdiRecord* record)
@@ -81,12 +79,6 @@ GdiRecord* MakeStock(int index)
 }
 
 } // namespace
-
-Image::Image(int givenWidth, int givenHeight)
-    : width(givenWidth), height(givenHeight),
-      pixels(new raster::Color[static_cast<std::size_t>(givenWidth)
-                               * static_cast<std::size_t>(givenHeight)])
-{}
 
 GdiRecord::GdiRecord(GdiKind givenKind) : kind(givenKind) {}
 
@@ -277,22 +269,6 @@ BOOL CFont::CreateFont(int height, int width, int escapement, int orientation, i
 CFont* CFont::FromHandle(HFONT handle)
 {
     return framework::Wrapped<CFont>(handle);
-}
-
-BOOL CBitmap::CreateCompatibleBitmap(CDC* dc, int width, int height)
-{
-    if (!dc || !dc->GetSafeHdc()) return FALSE;
-    if (width < 0 || height < 0 || width > framework::kMaximumBitmapSide
-        || height > framework::kMaximumBitmapSide)
-        return FALSE;
-    if (width == 0 || height == 0) width = height = 1;
-    auto record = std::make_unique<GdiRecord>(GdiKind::Bitmap);
-    try {
-        record->image = std::make_shared<framework::Image>(width, height);
-    } catch (const std::bad_alloc&) {
-        return FALSE;
-    }
-    return Hold(record.release());
 }
 
 CSize CBitmap::GetSize() const

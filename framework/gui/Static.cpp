@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "framework/gui/Static.h"
 
+#include "framework/gui/Selected.h"
+
+#include <optional>
+
 IMPLEMENT_DYNAMIC(CStatic, CWnd)
 
 BEGIN_MESSAGE_MAP(CStatic, CWnd)
@@ -21,7 +25,8 @@ void CStatic::OnPaint()
     CString text;
     GetWindowText(text);
     CFont* const font = GetFont();
-    CFont* const previous = font ? dc.SelectObject(font) : nullptr;
+    std::optional<framework::Selected<CFont>> useFont;
+    if (font) useFont.emplace(dc, *font);
     dc.SetBkMode(TRANSPARENT);
     dc.SetTextColor(GetSysColor(COLOR_WINDOWTEXT));
     const DWORD alignment = GetStyle() & (SS_CENTER | SS_RIGHT);
@@ -29,5 +34,4 @@ void CStatic::OnPaint()
                 alignment == SS_CENTER  ? DT_CENTER
                 : alignment == SS_RIGHT ? DT_RIGHT
                                         : DT_LEFT);
-    if (previous) dc.SelectObject(previous);
 }

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Handles, colours and constants of the windowed framework, with the values hosts rely on.
+// Handles, colors and constants of the windowed framework, with the values hosts rely on.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -26,7 +26,7 @@ using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
 using LPVOID = void*;
 
-/// A colour, 0x00BBGGRR.
+/// A color, 0x00BBGGRR.
 using COLORREF = DWORD;
 
 constexpr COLORREF RGB(int red, int green, int blue)
@@ -87,7 +87,7 @@ inline constexpr int FW_NORMAL = 400;
 inline constexpr int FW_BOLD = 700;
 inline constexpr int LF_FACESIZE = 32;
 
-// System colours
+// System colors
 inline constexpr int COLOR_WINDOW = 5;
 inline constexpr int COLOR_WINDOWTEXT = 8;
 inline constexpr int COLOR_BTNFACE = 15;
@@ -204,6 +204,6 @@ struct PAINTSTRUCT
     RECT rcPaint{};
 };
 
-/// A colour of the system's scheme; SYS_COLOR_INDEX_FLAG in the index is passed over. An unknown
+/// A color of the system's scheme; SYS_COLOR_INDEX_FLAG in the index is passed over. An unknown
 /// index gives black.
 TILTPOLE_API COLORREF GetSysColor(int index);

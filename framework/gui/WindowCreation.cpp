@@ -2,7 +2,8 @@
 //
 // How windows come into being and go.
 #include "framework/gui/Wnd.h"
-#include "framework/gui/detail/Records.h"
+#include "framework/gui/detail/Image.h"
+#include "framework/gui/detail/WindowRegistry.h"
 
 #include <algorithm>
 #include <new>
@@ -36,7 +37,7 @@ const WindowClass* AddClass(std::wstring name, UINT style, const GdiRecord* back
     return Windows().classes.back().get();
 }
 
-const WindowClass* AddGrey(const wchar_t* name)
+const WindowClass* AddGray(const wchar_t* name)
 {
     const WindowClass* added = AddClass(name, 0, nullptr);
     WindowClass& made = *Windows().classes.back();
@@ -51,8 +52,8 @@ const WindowClass* ClassOf(LPCTSTR name)
     const std::wstring wanted = name ? name : kPlainClass;
     for (const auto& known : Windows().classes)
         if (IsSameName(known->name, wanted)) return known.get();
-    if (IsSameName(wanted, kStaticClass)) return AddGrey(kStaticClass);
-    if (wanted == kPlainClass) return AddGrey(kPlainClass);
+    if (IsSameName(wanted, kStaticClass)) return AddGray(kStaticClass);
+    if (wanted == kPlainClass) return AddGray(kPlainClass);
     return nullptr;
 }
 
@@ -123,7 +124,7 @@ void Destroy(WindowRecord* window)
     window->native.reset();
     CWnd* const last = CWnd::FromHandlePermanent(window);
     std::erase_if(Windows().windows, [&](const auto& known) { return known.get() == window; });
-    if (last) WindowRecord::TellGone(*last);
+    if (last) WindowRecord::ReportGone(*last);
 }
 
 } // namespace framework

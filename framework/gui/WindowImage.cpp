@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "framework/gui/Application.h"
-#include "framework/gui/detail/Records.h"
+#include "framework/gui/detail/Image.h"
+#include "framework/gui/detail/WindowRecord.h"
 
 #include "framework/core/TextConversion.h"
 

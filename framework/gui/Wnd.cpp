@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "framework/gui/Wnd.h"
 
-#include "framework/gui/MessageMap.h"
-#include "framework/gui/detail/Records.h"
+#include "framework/gui/detail/Image.h"
+#include "framework/gui/detail/WindowRegistry.h"
 
 #include <algorithm>
-#include <cwchar>
 #include <utility>
 
 IMPLEMENT_DYNCREATE(CWnd, CObject)
@@ -296,7 +295,7 @@ void CWnd::UpdateWindow()
 {
     if (!m_hWnd) return;
     m_hWnd->Paint();
-    if (m_hWnd && m_hWnd->native && m_hWnd->IsShown()) m_hWnd->native->Present();
+    if (m_hWnd && m_hWnd->native && m_hWnd->IsShown()) m_hWnd->native->RequestPaint();
 }
 
 CDC* CWnd::BeginPaint(PAINTSTRUCT* paint)
@@ -337,120 +336,6 @@ UINT_PTR CWnd::SetTimer(UINT_PTR id, UINT milliseconds, void*)
 BOOL CWnd::KillTimer(UINT_PTR id)
 {
     return m_hWnd && m_hWnd->native && m_hWnd->native->StopTimer(id);
-}
-
-const AFX_MSGMAP* CWnd::GetThisMessageMap()
-{
-    static const AFX_MSGMAP_ENTRY none[] = {
-        {0, nullptr}
-    };
-    static const AFX_MSGMAP map = {nullptr, none};
-    return &map;
-}
-
-const AFX_MSGMAP* CWnd::GetMessageMap() const
-{
-    return GetThisMessageMap();
-}
-
-LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
-{
-    for (const AFX_MSGMAP* map = GetMessageMap(); map;
-         map = map->pfnGetBaseMap ? map->pfnGetBaseMap() : nullptr) {
-        for (const AFX_MSGMAP_ENTRY* entry = map->lpEntries; entry->pfn; ++entry)
-            if (entry->nMessage == message) return entry->pfn(*this, wParam, lParam);
-    }
-    return DefWindowProc(message, wParam, lParam);
-}
-
-LRESULT CWnd::Default()
-{
-    return DefWindowProc(m_current.message, m_current.wParam, m_current.lParam);
-}
-
-LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
-{
-    if (!m_hWnd) return 0;
-    switch (message) {
-    case WM_PAINT: {
-        PAINTSTRUCT paint;
-        BeginPaint(&paint);
-        EndPaint(&paint);
-        return 0;
-    }
-    case WM_ERASEBKGND: {
-        if (!m_hWnd->windowClass->hasBackground) return 0;
-        const auto* context = framework::PointerIn<HDC>(wParam);
-        raster::FillBox(context->Target(), context->Target().clip, m_hWnd->windowClass->background);
-        return 1;
-    }
-    case WM_CLOSE:
-        DestroyWindow();
-        return 0;
-    case WM_SETTEXT:
-        m_hWnd->text = framework::PointerIn<LPCTSTR>(lParam);
-        if (m_hWnd->native) m_hWnd->native->SetTitle(m_hWnd->text);
-        return TRUE;
-    case WM_GETTEXT:
-        return GetWindowText(framework::PointerIn<LPTSTR>(lParam), static_cast<int>(wParam));
-    case WM_GETTEXTLENGTH:
-        return GetWindowTextLength();
-    case WM_SETFONT:
-        m_hWnd->font = framework::GdiReference(framework::PointerIn<HFONT>(wParam));
-        if (lParam) Invalidate();
-        return 0;
-    case WM_GETFONT:
-        return reinterpret_cast<LRESULT>(m_hWnd->font.Get());
-    default:
-        return 0;
-    }
-}
-
-void CWnd::PostNcDestroy() {}
-
-int CWnd::OnCreate(LPCREATESTRUCT)
-{
-    return static_cast<int>(Default());
-}
-void CWnd::OnPaint()
-{
-    Default();
-}
-BOOL CWnd::OnEraseBkgnd(CDC*)
-{
-    return static_cast<BOOL>(Default());
-}
-void CWnd::OnSize(UINT, int, int)
-{
-    Default();
-}
-void CWnd::OnClose()
-{
-    Default();
-}
-void CWnd::OnDestroy()
-{
-    Default();
-}
-void CWnd::OnTimer(UINT_PTR)
-{
-    Default();
-}
-void CWnd::OnShowWindow(BOOL, UINT)
-{
-    Default();
-}
-void CWnd::OnLButtonDown(UINT, CPoint)
-{
-    Default();
-}
-void CWnd::OnLButtonUp(UINT, CPoint)
-{
-    Default();
-}
-void CWnd::OnMouseMove(UINT, CPoint)
-{
-    Default();
 }
 
 CClientDC::CClientDC(CWnd* window) : m_hWnd(window ? window->m_hWnd : nullptr)

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/DialGeometry.h"
+#include "controls/dial/DialGeometry.h"
+#include "controls/drawing/Pixel.h"
 
 #include <gtest/gtest.h>
 
@@ -49,24 +50,24 @@ TEST(DialRings, LieAtFixedSharesOfTheDiameter)
 
 TEST(OnDial, ReadsClockwiseFromTheTop)
 {
-    const CPoint centre(100, 100);
-    EXPECT_EQ(OnDial(centre, 50, DialAngle(0)), CPoint(100, 50));
-    EXPECT_EQ(OnDial(centre, 50, DialAngle(90)), CPoint(150, 100));
-    EXPECT_EQ(OnDial(centre, 50, DialAngle(180)), CPoint(100, 150));
-    EXPECT_EQ(OnDial(centre, 50, DialAngle(270)), CPoint(50, 100));
+    const CPoint center(100, 100);
+    EXPECT_EQ(OnDial(center, 50, DialAngle(0)), CPoint(100, 50));
+    EXPECT_EQ(OnDial(center, 50, DialAngle(90)), CPoint(150, 100));
+    EXPECT_EQ(OnDial(center, 50, DialAngle(180)), CPoint(100, 150));
+    EXPECT_EQ(OnDial(center, 50, DialAngle(270)), CPoint(50, 100));
 }
 
 // Diameter 235, unit 3: h = 54, 54/8 = 6.75 -> 7; 235/3 = 78.3 -> 78; 235/6 = 39.17 -> 39.
 TEST(Needle, PointsAtItsHeading)
 {
-    const CPoint centre(120, 120);
-    const NeedleShape north = NeedleShape::Of(centre, 235, 3, 0);
+    const CPoint center(120, 120);
+    const NeedleShape north = NeedleShape::Of(center, 235, 3, 0);
     EXPECT_EQ(CPoint(north.corners[0]), CPoint(113, 120));
     EXPECT_EQ(CPoint(north.corners[1]), CPoint(120, 42));
     EXPECT_EQ(CPoint(north.corners[2]), CPoint(127, 120));
     EXPECT_EQ(CPoint(north.corners[3]), CPoint(120, 159));
 
-    const NeedleShape east = NeedleShape::Of(centre, 235, 3, 90);
+    const NeedleShape east = NeedleShape::Of(center, 235, 3, 90);
     EXPECT_EQ(CPoint(east.corners[0]), CPoint(120, 113));
     EXPECT_EQ(CPoint(east.corners[1]), CPoint(198, 120));
     EXPECT_EQ(CPoint(east.corners[2]), CPoint(120, 127));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/PlotView.h"
-#include "controls/detail/TiltView.h"
+#include "controls/plot/PlotView.h"
+#include "controls/tilt/TiltView.h"
 
 #include <gtest/gtest.h>
 
@@ -85,7 +85,7 @@ TEST(PlotView, TakesTheFieldsThatAreThere)
     }
 }
 
-// 400 counts over 200 pixels beat 100 over 100: scale 2 · 1.5; centre (200, 50) less half the area.
+// 400 counts over 200 pixels beat 100 over 100: scale 2 · 1.5; center (200, 50) less half the area.
 TEST(PlotExtent, FitsWithAMarginAroundTheMiddle)
 {
     PlotExtent extent{0, 0, 0, 0};
@@ -93,7 +93,7 @@ TEST(PlotExtent, FitsWithAMarginAroundTheMiddle)
     extent.Include(100, 50);
     const PlotView view = extent.FitInto(kClient);
     EXPECT_EQ(view.scale, 3.0);
-    EXPECT_EQ(view.originX, -99) << "-100 + 0.5, cut towards zero";
+    EXPECT_EQ(view.originX, -99) << "-100 + 0.5, cut toward zero";
     EXPECT_EQ(view.originY, -99);
 }
 

@@ -74,7 +74,7 @@ struct Walk
 {
     Wide major; // steps along the longer axis
     Wide minor; // steps along the other one
-    int bias;   // 1 in the octants that break ties towards the minor step
+    int bias;   // 1 in the octants that break ties toward the minor step
     bool steep; // the longer axis is y
     int majorDir;
     int minorDir;

@@ -4,7 +4,7 @@
 // of whole pixels, nothing blended.
 //
 //   coordinates   device pixels, right and bottom edges exclusive, any int
-//   colours       0x00RRGGBB, written as given
+//   colors       0x00RRGGBB, written as given
 //
 // Nothing outside the clip box is written or walked over, however far away a shape begins; a line
 // that enters the box keeps the phase it has outside.

@@ -32,7 +32,7 @@ struct TextExtent
     int height = 0;
 };
 
-/// A rectangle of one colour in a window's frame, in the window's own pixels.
+/// A rectangle of one color in a window's frame, in the window's own pixels.
 struct FramePiece
 {
     raster::Box box;
@@ -64,8 +64,7 @@ public:
     virtual void Place(int x, int y, int width, int height) = 0;
     virtual void Show(bool visible) = 0;
     virtual void SetTitle(const std::wstring& title) = 0;
-    virtual void RequestPaint() = 0; ///< OnNativePaint from the event loop, then the new picture
-    virtual void Present() = 0;      ///< shows the picture as it is, at once where possible
+    virtual void RequestPaint() = 0; ///< from the event loop: OnNativePaint, then ClientPicture()
     virtual void StartTimer(std::uintptr_t id, unsigned milliseconds) = 0;
     virtual bool StopTimer(std::uintptr_t id) = 0; ///< false where there is none
     virtual void* Handle() = 0;                    ///< the toolkit's own object
@@ -86,8 +85,8 @@ public:
     virtual bool SavePng(const raster::Canvas& canvas, const std::string& utf8Path) = 0;
 };
 
-/// The toolkit, or null while there is no connection to a windowing system. Its windows and classes
-/// live as long as the connection.
+/// The toolkit, or null without a connection to a windowing system. Closing the connection destroys
+/// all windows; window classes stay registered until the process ends.
 Toolkit* CurrentToolkit();
 
 } // namespace framework

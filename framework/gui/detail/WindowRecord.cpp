@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "framework/gui/detail/Records.h"
+#include "framework/gui/detail/WindowRecord.h"
 
 #include "framework/gui/MessageMap.h"
-#include "framework/gui/Wnd.h"
 
 #include <algorithm>
 #include <cstring>
@@ -54,32 +53,6 @@ raster::Box Inside(const raster::Box& box)
 }
 
 } // namespace
-
-WindowRegistry& Windows()
-{
-    static WindowRegistry registry;
-    return registry;
-}
-
-const WindowClass* WindowRegistry::Find(const std::wstring& name) const
-{
-    for (const auto& known : classes)
-        if (known->name == name) return known.get();
-    return nullptr;
-}
-
-bool WindowRegistry::Holds(const WindowRecord* window) const
-{
-    return std::any_of(windows.begin(), windows.end(),
-                       [&](const auto& known) { return known.get() == window; });
-}
-
-WindowRecord::~WindowRecord()
-{
-    for (CWnd* wrapper : attached)
-        wrapper->m_hWnd = nullptr;
-    if (temporary) temporary->m_hWnd = nullptr;
-}
 
 int WindowRecord::FrameWidth() const
 {
@@ -177,30 +150,22 @@ void WindowRecord::Paint()
     Send(WM_PAINT, 0, 0);
 }
 
-LRESULT WindowRecord::Send(UINT message, WPARAM wParam, LPARAM lParam)
-{
-    CWnd* window = CWnd::FromHandle(this);
-    const CWnd::Message outer = std::exchange(window->m_current, {message, wParam, lParam});
-    const LRESULT result = window->WindowProc(message, wParam, lParam);
-    // The answer may have been to destroy the window, or the object that answered.
-    if (Windows().Holds(this) && CWnd::FromHandle(this) == window) window->m_current = outer;
-    return result;
-}
-
-void WindowRecord::TellGone(CWnd& window)
-{
-    window.PostNcDestroy();
-}
-
 DcRecord* WindowRecord::LendContext()
 {
     if (lent.size() == kLentContexts) lent.erase(lent.begin());
     auto context = std::make_unique<DcRecord>();
-    context->window = this;
+    context->owner = this;
     context->image = image;
     if (image) context->clip = image->View().clip;
     lent.push_back(std::move(context));
     return lent.back().get();
+}
+
+void WindowRecord::OnPictureChanged()
+{
+    if (isPainting || paintRequested || !native) return;
+    paintRequested = true;
+    native->RequestPaint();
 }
 
 bool WindowRecord::TakeBack(const DcRecord* context)
@@ -210,7 +175,7 @@ bool WindowRecord::TakeBack(const DcRecord* context)
 
 void WindowRecord::OnNativePaint()
 {
-    presentRequested = false;
+    paintRequested = false;
     Paint();
 }
 

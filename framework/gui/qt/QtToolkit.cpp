@@ -4,7 +4,7 @@
 #include "framework/core/MessageBox.h"
 #include "framework/gui/Application.h"
 #include "framework/gui/QtInterop.h"
-#include "framework/gui/detail/Records.h"
+#include "framework/gui/detail/WindowRegistry.h"
 #include "framework/gui/qt/QtWindow.h"
 
 #include <QApplication>

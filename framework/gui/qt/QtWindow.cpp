@@ -68,11 +68,6 @@ void QtWindow::RequestPaint()
     update();
 }
 
-void QtWindow::Present()
-{
-    update();
-}
-
 void QtWindow::StartTimer(std::uintptr_t id, unsigned milliseconds)
 {
     StopTimer(id);

@@ -23,7 +23,6 @@ public:
     void Show(bool visible) override;
     void SetTitle(const std::wstring& title) override;
     void RequestPaint() override;
-    void Present() override;
     void StartTimer(std::uintptr_t id, unsigned milliseconds) override;
     bool StopTimer(std::uintptr_t id) override;
     void* Handle() override;

@@ -4,8 +4,7 @@
 // fixed marks. The gauges differ in the angles they take and in the edge these count from.
 #pragma once
 
-#include "controls/detail/MeterFace.h"
-#include "controls/detail/Pixel.h"
+#include "controls/drawing/MeterFace.h"
 
 #include "framework/core/Rect.h"
 

@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/GaugeControl.h"
+#include "controls/gauge/GaugeControl.h"
+
+#include "framework/gui/Borrowed.h"
 
 namespace tiltpole::controls {
 
@@ -8,13 +10,10 @@ void GaugeControl::SetValue(double angle)
     if (!m_scale.Holds(angle)) return;
     m_gauge.face.value = angle;
     if (!m_gauge.face.CanCompose()) return;
-    CDC* const dc = m_window.GetDC();
-    if (!dc) return;
-    Compose(*dc);
-    m_window.ReleaseDC(dc);
+    if (const framework::Borrowed dc(m_window); dc) Compose(*dc);
 }
 
-// The context stays lent to the control.
+// The device context is not released (see CWnd::GetDC).
 void GaugeControl::SetFix(int angle)
 {
     if (!m_scale.Holds(angle) || !m_gauge.face.AddFix(angle)) return;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Which part of the ground the tilt position graph shows. x is northing and points up, y is easting
-// and points right; metres.
+// and points right; meters.
 #pragma once
 
 #include "framework/core/Rect.h"
@@ -12,7 +12,7 @@ struct TiltView
 {
     double originX = 0.0; // at the bottom edge
     double originY = 0.0; // at the left edge
-    double scale = 2.5;   // metres per pixel
+    double scale = 2.5;   // meters per pixel
 
     void ToClient(const CRect& client, double x, double y, long& cx, long& cy) const;
     /// `row` and `column` are pixels.

@@ -3,8 +3,6 @@
 // Where the parts of the compass dial lie. Pixels; headings in degrees, 0 at the top, clockwise.
 #pragma once
 
-#include "controls/detail/Pixel.h"
-
 #include "framework/core/Rect.h"
 
 namespace tiltpole::controls {
@@ -19,14 +17,11 @@ struct DialRings
     static DialRings Of(int diameter);
 };
 
-/// The point at `radius` from the centre, `angle` radians on from the downward direction.
-CPoint OnDial(CPoint centre, double radius, double angle);
+/// The point at `radius` from the center, `angle` radians on from the downward direction.
+CPoint OnDial(CPoint center, double radius, double angle);
 
 /// The angle of OnDial for a heading.
-constexpr double DialAngle(int heading)
-{
-    return (heading - 180) * kPi / 180.0;
-}
+double DialAngle(int heading);
 
 /// The needle's kite: base, tip, base, tail, counted around.
 struct NeedleShape
@@ -34,7 +29,7 @@ struct NeedleShape
     POINT corners[4];
 
     /// `unit` is a sixtieth of the diameter in whole pixels.
-    static NeedleShape Of(CPoint centre, int diameter, int unit, double heading);
+    static NeedleShape Of(CPoint center, int diameter, int unit, double heading);
 };
 
 /// From the middle to the inner ring at a fixed heading.
@@ -43,7 +38,7 @@ struct FixLine
     CPoint outer;
     CPoint inner;
 
-    static FixLine Of(CPoint centre, const DialRings& rings, int heading);
+    static FixLine Of(CPoint center, const DialRings& rings, int heading);
 };
 
 } // namespace tiltpole::controls

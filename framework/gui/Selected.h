@@ -1,11 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Selects a drawing object for a scope: the previous one is back at the closing brace.
+// Selects a drawing object for a scope; the previous one is selected again at its end.
+//
+//   const Selected usePen(dc, pen);
 #pragma once
 
 #include "framework/gui/DeviceContext.h"
 
-namespace tiltpole::controls {
+namespace framework {
 
 template <class Object>
 class Selected
@@ -24,10 +26,4 @@ private:
     Object* m_previous;
 };
 
-inline void DrawSegment(CDC& dc, CPoint from, CPoint to)
-{
-    dc.MoveTo(from);
-    dc.LineTo(to);
-}
-
-} // namespace tiltpole::controls
+} // namespace framework

@@ -1,10 +1,14 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/InclineGauge.h"
+#include "controls/gauge/InclineGauge.h"
 
-#include "controls/detail/Selected.h"
+#include "controls/drawing/Pixel.h"
+#include "controls/drawing/Segment.h"
+#include "framework/gui/Selected.h"
 
 namespace tiltpole::controls {
 namespace {
+
+using framework::Selected;
 
 constexpr int kMiddleInset = 5; // pixels, left and right
 constexpr int kScaleInset = 15;

@@ -1,16 +1,21 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/Layers.h"
+#include "controls/drawing/Layers.h"
 
-#include "controls/detail/Pixel.h"
-#include "controls/detail/Selected.h"
+#include "controls/drawing/Blit.h"
+#include "controls/drawing/Pixel.h"
+#include "controls/drawing/Segment.h"
+#include "framework/gui/Selected.h"
 
 namespace tiltpole::controls {
 namespace {
+
+using framework::Selected;
 
 constexpr int kArm = 50; // pixels
 constexpr int kHeadLength = 3;
 constexpr int kCrossArm = 3;
 
+// The face is spelled "Arical" on purpose. No system has it: text falls back to the usual face.
 void MakeLetterFont(CFont& font)
 {
     font.CreateFont(14, 0, 0, 0, 150, 0, 0, 0, 0, 0, 0, 0, 32, L"Arical");
@@ -28,6 +33,22 @@ void Layer::Refill(CDC& like, const CRect& client, COLORREF color)
     dc.SetBkColor(color);
     CBrush brush(color);
     dc.FillRect(&client, &brush);
+}
+
+void Layers::Present(CDC& target, const CRect& client, const std::function<void(CDC&)>& afterwards)
+{
+    CDC memory;
+    memory.CreateCompatibleDC(&target);
+    CBitmap picture;
+    picture.CreateCompatibleBitmap(&target, client.Width(), client.Height());
+    if (!memory.GetSafeHdc()) return;
+    const Selected usePicture(memory, picture);
+    const int width = client.Width();
+    const int height = client.Height();
+    CopyOntoFresh(memory, client.Size(), grid.dc, grid.bitmap);
+    memory.BitBlt(0, 0, width, height, &points.dc, 0, 0, SRCPAINT);
+    target.BitBlt(0, 0, width, height, &memory, 0, 0, SRCCOPY);
+    afterwards(memory);
 }
 
 void AxisGlyph::Draw(CDC& dc) const

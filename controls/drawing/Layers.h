@@ -3,11 +3,11 @@
 // Pictures in memory, one over the other, that the plots are shown from.
 #pragma once
 
-#include "controls/detail/Blit.h"
-
 #include "framework/core/Rect.h"
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/GdiObject.h"
+
+#include <functional>
 
 namespace tiltpole::controls {
 
@@ -24,26 +24,10 @@ struct Layer
 /// A grid that everything stands on, and points that come and go.
 struct Layers
 {
-    /// Grid, points by OR over it, and the result at once onto the target. The OR relies on a black
-    /// background.
-    /// @param afterwards  called with the context in memory after the last copy
-    template <class Afterwards>
-    void Present(CDC& target, const CRect& client, Afterwards afterwards)
-    {
-        CDC memory;
-        memory.CreateCompatibleDC(&target);
-        CBitmap picture;
-        picture.CreateCompatibleBitmap(&target, client.Width(), client.Height());
-        if (!memory.GetSafeHdc()) return;
-        CBitmap* const previous = memory.SelectObject(&picture);
-        const int width = client.Width();
-        const int height = client.Height();
-        CopyOntoFresh(memory, client.Size(), grid.dc, grid.bitmap);
-        memory.BitBlt(0, 0, width, height, &points.dc, 0, 0, SRCPAINT);
-        target.BitBlt(0, 0, width, height, &memory, 0, 0, SRCCOPY);
-        afterwards(memory);
-        memory.SelectObject(previous);
-    }
+    /// Copies the grid, combines the points with it by OR, and copies the result to the target in
+    /// one step. The OR requires a black background.
+    /// @param afterwards  called with the memory context after the last copy
+    void Present(CDC& target, const CRect& client, const std::function<void(CDC&)>& afterwards);
 
     Layer grid;
     Layer points;

@@ -4,7 +4,7 @@
 // do, given the control and its scale.
 #pragma once
 
-#include "controls/detail/InclineGauge.h"
+#include "controls/gauge/InclineGauge.h"
 
 #include "framework/gui/Static.h"
 

@@ -1,19 +1,20 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/ScatterPlot.h"
+#include "controls/plot/ScatterPlot.h"
 
-#include "controls/detail/Pixel.h"
-#include "controls/detail/Selected.h"
-
+#include "controls/drawing/Pixel.h"
 #include "framework/core/AtomicFile.h"
 #include "framework/core/File.h"
 #include "framework/core/Paths.h"
 #include "framework/core/TextConversion.h"
+#include "framework/gui/Selected.h"
 
 #include <algorithm>
 #include <cmath>
 
 namespace tiltpole::controls {
 namespace {
+
+using framework::Selected;
 
 constexpr COLORREF kBackColor = RGB(0, 0, 0);
 constexpr COLORREF kAxisColor = RGB(0, 255, 255);
@@ -37,23 +38,18 @@ CString ModuleFolder()
 
 } // namespace
 
+// clang-format off
 const PlotPlane kPlaneXY{
-    &MagneticPlotPoint::nSecond, L'Y',
-    RGB(255, 255, 255),          {-500, -500, 2.5},
-    "GRAPHMAGNETIC_XY:",         L"GRAPHMAGNETIC_XY:",
-    L"GraphMagnetic_XY.cfg",     L"tiltpole.GraphMagnetic_XY",
+    &MagneticPlotPoint::nSecond, L'Y', RGB(255, 255, 255), {-500, -500, 2.5},
+    "GRAPHMAGNETIC_XY:", L"GRAPHMAGNETIC_XY:",
+    L"GraphMagnetic_XY.cfg", L"tiltpole.GraphMagnetic_XY",
 };
-
 const PlotPlane kPlaneXZ{
-    &MagneticPlotPoint::nThird,
-    L'Z',
-    RGB(0, 255, 0),
-    {0, -500, 3.0},
-    "GRAPHMAGNETIC_XZ:",
-    L"GRAPHMAGNETIC_XZ:",
-    L"GraphMagnetic_XZ.cfg",
-    L"tiltpole.GraphMagnetic_XZ",
+    &MagneticPlotPoint::nThird,  L'Z', RGB(0, 255, 0),     {0, -500, 3.0},
+    "GRAPHMAGNETIC_XZ:", L"GRAPHMAGNETIC_XZ:",
+    L"GraphMagnetic_XZ.cfg", L"tiltpole.GraphMagnetic_XZ",
 };
+// clang-format on
 
 ScatterPlot::ScatterPlot(CWnd& window, const PlotPlane& plane)
     : m_window(window), m_plane(plane), m_view(plane.view), m_moduleFolder(ModuleFolder())

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// How doubles become pixels: half added, then cut towards zero; negative values are not rounded
-// symmetrically. What an int cannot hold becomes its nearest limit, not a number becomes 0.
+// Doubles become pixels by adding one half and truncating toward zero, so negative values do not
+// round symmetrically. Values beyond the range of int saturate; NaN gives 0.
 #pragma once
 
 #include <algorithm>
@@ -10,9 +10,7 @@
 
 namespace tiltpole::controls {
 
-constexpr double kPi = 3.141592653589793;
-
-/// Cuts towards zero.
+/// Truncates toward zero.
 constexpr int ToInt(double value)
 {
     if (value >= INT_MAX) return INT_MAX;
@@ -25,7 +23,7 @@ constexpr int ToPixel(double value)
     return ToInt(value + 0.5);
 }
 
-/// The pixel that lies `by` pixels on.
+/// pixel + by, saturated.
 constexpr int Shifted(int pixel, std::int64_t by)
 {
     return static_cast<int>(std::clamp<std::int64_t>(pixel + by, INT_MIN, INT_MAX));

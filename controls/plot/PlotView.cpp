@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/PlotView.h"
+#include "controls/plot/PlotView.h"
 
-#include "controls/detail/Pixel.h"
+#include "controls/drawing/Pixel.h"
 
 #include "framework/core/ParseNumber.h"
 #include "framework/core/TextConversion.h"

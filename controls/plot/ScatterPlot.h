@@ -5,8 +5,8 @@
 #pragma once
 
 #include "controls/MagneticPlotPoint.h"
-#include "controls/detail/Layers.h"
-#include "controls/detail/PlotView.h"
+#include "controls/drawing/Layers.h"
+#include "controls/plot/PlotView.h"
 
 #include "framework/core/Array.h"
 #include "framework/gui/Wnd.h"
@@ -68,7 +68,7 @@ private:
     CArray<MagneticPlotPoint> m_centers;
 };
 
-/// The Euclidean distance of two pixels, cut towards zero.
+/// The Euclidean distance of two pixels, cut toward zero.
 int PixelDistance(CPoint p, CPoint q);
 
 } // namespace tiltpole::controls

@@ -4,12 +4,12 @@
 // memory, a value, fixed marks, and the composition of the three without flicker.
 #pragma once
 
-#include "controls/detail/Blit.h"
-
 #include "framework/core/Array.h"
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/GdiObject.h"
 #include "framework/gui/Types.h"
+
+#include <functional>
 
 namespace tiltpole::controls {
 
@@ -25,22 +25,11 @@ struct MeterFace
     /// Gives the background up, so that the next paint draws it again.
     void DropBackground();
 
-    /// Background, pointer and fixed marks in memory, then all at once onto the target.
-    template <class DrawOver>
-    void Compose(CDC& target, DrawOver drawOver)
-    {
-        CDC memory;
-        memory.CreateCompatibleDC(&target);
-        CBitmap picture;
-        picture.CreateCompatibleBitmap(&target, client.Width(), client.Height());
-        CBitmap* const previous = memory.SelectObject(&picture);
-        CopyOntoFresh(memory, client.Size(), background, backgroundBitmap);
-        drawOver(memory);
-        target.BitBlt(0, 0, client.Width(), client.Height(), &memory, 0, 0, SRCCOPY);
-        memory.SelectObject(previous);
-    }
+    /// Copies the background into memory, calls `drawOver` with that context, and copies the result
+    /// to the target in one step.
+    void Compose(CDC& target, const std::function<void(CDC&)>& drawOver);
 
-    /// Fills `rect` with the background colour and takes centre, diameter and needle unit from it.
+    /// Fills `rect` with the background color and takes center, diameter and needle unit from it.
     void FillAndMeasure(CDC& dc, const CRect& rect);
 
     /// False when the mark is listed already.
@@ -50,8 +39,9 @@ struct MeterFace
     CDC background;
     CBitmap backgroundBitmap;
     CBitmap* previousBitmap = nullptr;
-    CPoint centre;
+    CPoint center;
     int diameter = 0; // pixels
+    /// Part of the state that a control has always had; never read.
     COLORREF reservedColor = RGB(0, 255, 0);
     COLORREF backColor = RGB(102, 255, 255);
     COLORREF needleColor = RGB(255, 0, 0);
@@ -62,7 +52,7 @@ struct MeterFace
     CArray<int, int> fixes; // whole degrees, none twice
 };
 
-/// What subclassing adds to the style of a meter's window.
+/// PreSubclassWindow adds this bit to the window style. The framework gives it no meaning.
 constexpr DWORD kMeterStyle = 0x4000;
 
 constexpr COLORREF kFaceColor = RGB(204, 255, 102);
@@ -78,7 +68,7 @@ constexpr int kLabelHalf = 17; // half the side of a label's box
 /// The bold face of tick labels, 18 pixels high.
 void MakeLabelFont(CFont& font);
 
-/// A number centred in the box around `at`, from the box's top.
+/// A number centered in the box around `at`, from the box's top.
 void DrawLabel(CDC& dc, CPoint at, int number);
 
 } // namespace tiltpole::controls

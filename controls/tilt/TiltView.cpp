@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/TiltView.h"
+#include "controls/tilt/TiltView.h"
 
-#include "controls/detail/Pixel.h"
+#include "controls/drawing/Pixel.h"
 
 #include <algorithm>
 #include <cstdint>
@@ -9,7 +9,7 @@
 namespace tiltpole::controls {
 namespace {
 
-constexpr double kSmallestScale = 0.000001; // metres per pixel; below it nothing maps
+constexpr double kSmallestScale = 0.000001; // meters per pixel; below it nothing maps
 constexpr double kFinestZoom = 0.01;
 constexpr double kMargin = 1.2;
 

@@ -1,13 +1,16 @@
 // SPDX-License-Identifier: MIT
-#include "controls/detail/MeterFace.h"
+#include "controls/drawing/MeterFace.h"
 
-#include "controls/detail/Selected.h"
+#include "controls/drawing/Blit.h"
 
 #include "framework/core/String.h"
+#include "framework/gui/Selected.h"
 
 #include <algorithm>
 
 namespace tiltpole::controls {
+
+using framework::Selected;
 
 bool MeterFace::PrepareBackground(CDC& target, const CRect& clientNow)
 {
@@ -27,6 +30,18 @@ void MeterFace::DropBackground()
     backgroundBitmap.DeleteObject();
 }
 
+void MeterFace::Compose(CDC& target, const std::function<void(CDC&)>& drawOver)
+{
+    CDC memory;
+    memory.CreateCompatibleDC(&target);
+    CBitmap picture;
+    picture.CreateCompatibleBitmap(&target, client.Width(), client.Height());
+    const Selected usePicture(memory, picture);
+    CopyOntoFresh(memory, client.Size(), background, backgroundBitmap);
+    drawOver(memory);
+    target.BitBlt(0, 0, client.Width(), client.Height(), &memory, 0, 0, SRCCOPY);
+}
+
 void MeterFace::FillAndMeasure(CDC& dc, const CRect& rect)
 {
     CPen noPen(PS_NULL, 1, RGB(0, 0, 0));
@@ -37,7 +52,7 @@ void MeterFace::FillAndMeasure(CDC& dc, const CRect& rect)
     dc.FillRect(&rect, &fill);
     dc.Rectangle(&rect);
 
-    centre = rect.CenterPoint();
+    center = rect.CenterPoint();
     diameter = std::min(rect.Width(), rect.Height()) - 5;
     needleUnit = diameter / 60;
 }

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+//
+// The object behind the handle of a device context.
+#pragma once
+
+#include "framework/gui/Types.h"
+#include "framework/gui/detail/GdiRecord.h"
+#include "framework/gui/detail/Image.h"
+
+#include <memory>
+
+class CDC;
+class CWnd;
+
+namespace framework {
+
+// The window that a context was obtained from, as far as the context needs it.
+class DcOwner
+{
+public:
+    virtual ~DcOwner() = default;
+    virtual void OnPictureChanged() = 0;
+    virtual bool TakeBack(const DcRecord* context) = 0; // ends the context; false for a foreign one
+    virtual CWnd* Window() = 0;
+};
+
+// A device context: where it draws and with what.
+struct DcRecord
+{
+    DcRecord();
+    DcRecord(const DcRecord&) = delete;
+    DcRecord& operator=(const DcRecord&) = delete;
+    ~DcRecord();
+
+    raster::Canvas Target() const; // empty without a picture
+    void Touched() const;          // tells the owner that its picture has changed
+
+    std::shared_ptr<Image> image; // the bitmap's or the window's
+    raster::Box clip;             // the part of it that may be drawn on
+    DcOwner* owner = nullptr;     // null for a memory context
+    GdiReference bitmap;
+    GdiReference pen;
+    GdiReference brush;
+    GdiReference font;
+    GdiReference retired; // the last deselected object: SelectObject's result outlives its deletion
+    COLORREF textColor = RGB(0, 0, 0);
+    COLORREF backColor = RGB(255, 255, 255);
+    int backMode = OPAQUE;
+    POINT position{0, 0};
+    CDC* attached = nullptr;
+    std::unique_ptr<CDC> temporary;
+};
+
+} // namespace framework

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+//
+// A picture in memory, and the rasterizer's form of a host's colors and rectangles.
+#pragma once
+
+#include "framework/gui/Types.h"
+#include "framework/gui/detail/Raster.h"
+
+#include <cstddef>
+#include <memory>
+
+namespace framework {
+
+constexpr raster::Color ToColor(COLORREF color)
+{
+    return static_cast<raster::Color>(GetRValue(color) << 16 | GetGValue(color) << 8
+                                      | GetBValue(color));
+}
+constexpr COLORREF ToColorRef(raster::Color color)
+{
+    return RGB(static_cast<int>(color >> 16), static_cast<int>(color >> 8),
+               static_cast<int>(color));
+}
+
+constexpr raster::Box ToBox(const RECT& rect)
+{
+    return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+// A picture of width x height pixels. Its content is undefined until something is drawn.
+struct Image
+{
+    Image(int givenWidth, int givenHeight)
+        : width(givenWidth), height(givenHeight),
+          pixels(new raster::Color[static_cast<std::size_t>(givenWidth)
+                                   * static_cast<std::size_t>(givenHeight)])
+    {}
+
+    raster::Canvas View() const
+    {
+        return {
+            pixels.get(), width, {0, 0, width, height}
+        };
+    }
+
+    int width;
+    int height;
+    std::unique_ptr<raster::Color[]> pixels;
+};
+
+} // namespace framework

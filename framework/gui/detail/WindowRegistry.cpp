@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+#include "framework/gui/detail/WindowRegistry.h"
+
+#include <algorithm>
+
+namespace framework {
+
+WindowRegistry& Windows()
+{
+    static WindowRegistry registry;
+    return registry;
+}
+
+const WindowClass* WindowRegistry::Find(const std::wstring& name) const
+{
+    for (const auto& known : classes)
+        if (known->name == name) return known.get();
+    return nullptr;
+}
+
+bool WindowRegistry::Holds(const WindowRecord* window) const
+{
+    return std::any_of(windows.begin(), windows.end(),
+                       [&](const auto& known) { return known.get() == window; });
+}
+
+} // namespace framework
