@@ -11,13 +11,13 @@
 namespace tiltpole::controls::test {
 namespace {
 
-// 240 x 240: centre (120, 120), diameter 235, unit 3, rings 118, 113 and 103.
+// 240 x 240: center (120, 120), diameter 235, unit 3, rings 118, 113 and 103.
 struct Dial : Placed<CGraphCompass>
 {
     Dial() : Placed(240, 240) {}
 };
 
-TEST(Compass, BeginsAtNorthInItsColours)
+TEST(Compass, BeginsAtNorthInItsColors)
 {
     Dial dial;
     EXPECT_EQ(dial.control.GetValue(), 0.0);
@@ -80,7 +80,7 @@ TEST(Compass, MeasuresItsDiameterByItsSmallerSide)
     };
     const Case cases[] = {
         {5,   5,   0,   0, 0,  "no dial"                         },
-        {1,   90,  -4,  0, -1, "-2 + 0.5, cut towards zero"      },
+        {1,   90,  -4,  0, -1, "-2 + 0.5, cut toward zero"       },
         {64,  64,  59,  0, 30, "below 60 the needle has no width"},
         {65,  200, 60,  1, 30, "60"                              },
         {124, 124, 119, 1, 60, "up to 119"                       },
@@ -94,7 +94,7 @@ TEST(Compass, MeasuresItsDiameterByItsSmallerSide)
     }
 }
 
-// At east P0 is above the axis, P2 below it. The two-pixel grey edge lies on P1-P2-P3 up to 90
+// At east P0 is above the axis, P2 below it. The two-pixel gray edge lies on P1-P2-P3 up to 90
 // degrees and on P1-P0-P3 beyond.
 TEST(Compass, ChangesTheShadowSideAtNinetyDegrees)
 {
@@ -138,7 +138,7 @@ TEST(Compass, LabelsEveryThirtyDegrees)
 {
     const Dial dial;
     const Shown shown(const_cast<CGraphCompass&>(dial.control));
-    // Label centres lie 68 pixels from the centre; text hangs from the top of a box of 34 pixels.
+    // Label centers lie 68 pixels from the center; text hangs from the top of a box of 34 pixels.
     for (int heading = 30; heading < 360; heading += 30) {
         const double a = (heading - 180) * 3.141592653589793 / 180;
         const int x = static_cast<int>(120 - 68 * std::sin(a) + 0.5);
@@ -183,7 +183,7 @@ TEST(Compass, ShowsItsFixesOverTheNeedleInEveryComposition)
     EXPECT_EQ(Shown(dial.control).Count(kGreen), 0);
 }
 
-TEST(Compass, TakesANewBackColourWithTheNextPaint)
+TEST(Compass, TakesANewBackColorWithTheNextPaint)
 {
     Dial dial;
     dial.control.SetMeterBackColor(RGB(1, 2, 3));
@@ -263,11 +263,25 @@ TEST(Compass, ErasesNothing)
 
 TEST(Compass, DrawsNothingWithoutAContext)
 {
-    CGraphCompass dial;
-    CRect rect(0, 0, 50, 50);
-    dial.DrawBackground(nullptr, rect);
-    dial.DrawPointer(nullptr, 10);
-    dial.DrawFixSign(nullptr);
+    Dial dial;
+    dial.control.SetFix(30);
+    const Shown before = dial.Repainted();
+    CRect other(0, 0, 50, 70);
+    dial.control.DrawBackground(nullptr, other);
+    dial.control.DrawPointer(nullptr, 10);
+    dial.control.DrawFixSign(nullptr);
+    EXPECT_EQ(dial.Repainted(), before) << "center and rings of the last background are kept";
+}
+
+// The reserved color is set and never read.
+TEST(Compass, LooksTheSameWhateverItsReservedColorIs)
+{
+    Placed<Reach> dial(100, 100);
+    const Shown before(dial.control);
+    dial.control.m_face.reservedColor = RGB(1, 2, 3);
+    dial.control.ReconstructControl();
+    dial.control.UpdateWindow();
+    EXPECT_EQ(Shown(dial.control), before);
 }
 
 TEST(Compass, TakesAMillionValuesAndFixesWithoutGrowing)

@@ -4,6 +4,7 @@
 
 #include "tests/controls/ControlTest.h"
 
+#include <algorithm>
 #include <cstring>
 
 namespace tiltpole::controls::test {
@@ -154,9 +155,9 @@ TYPED_TEST(Gauge, LabelsFiveRowsTheSameOnBothSides)
 {
     const Shown shown(this->control);
     for (const int i : {3, 6, 9, 12, 15}) {
-        const int centre = 180 - 10 * i + 8;
+        const int center = 180 - 10 * i + 8;
         int ink = 0;
-        for (int y = centre - 17; y < centre + 3; ++y)
+        for (int y = center - 17; y < center + 3; ++y)
             for (int x = 30; x < 64; ++x)
                 ink += shown.At(x, y) == RGB(0, 0, 255);
         EXPECT_GT(ink, 10) << i;
@@ -190,7 +191,7 @@ TYPED_TEST(Gauge, ReconstructsInItsNewSize)
     EXPECT_EQ(Shown(this->control).At(50, 2 * TypeParam::RowOf(60)), kRed);
 }
 
-TYPED_TEST(Gauge, PaintsAnewForAnotherBackColour)
+TYPED_TEST(Gauge, PaintsAnewForAnotherBackColor)
 {
     EXPECT_EQ(this->control.GetMeterBackColor(), RGB(102, 255, 255));
     this->control.ValidateRect(nullptr);
@@ -234,12 +235,32 @@ TYPED_TEST(Gauge, DrawsNothingWithoutAContext)
 
 TYPED_TEST(Gauge, SurvivesEverySize)
 {
-    for (const int side : {0, 1, 5, 17, 41, 4000}) {
-        Placed<typename TypeParam::Control> gauge(side == 4000 ? 60 : side, side);
+    struct Case
+    {
+        int width, height;
+        int column; // on the pointer, beside the fix
+    };
+    // Below 40 columns the edges of the scale frame are crossed, and the pointer runs between them.
+    const Case cases[] = {
+        {1,  1,    0 },
+        {5,  5,    2 },
+        {17, 17,   2 },
+        {41, 41,   21},
+        {60, 4000, 30},
+    };
+    for (const Case& c : cases) {
+        Placed<typename TypeParam::Control> gauge(c.width, c.height);
         gauge.control.SetValue(TypeParam::kLow + 1);
         gauge.control.SetFix(static_cast<int>(TypeParam::kLow) + 10);
-        gauge.Repainted();
+        const double way = c.height / 180.0;
+        const double row = TypeParam::kLowRow == 0 ? way : c.height - way;
+        const int y = std::min(static_cast<int>(row + 0.5), c.height - 1);
+        EXPECT_EQ(gauge.Repainted().At(c.column, y), kRed) << c.height;
     }
+    Placed<typename TypeParam::Control> none(0, 0);
+    none.control.SetValue(TypeParam::kLow + 1);
+    EXPECT_EQ(none.Repainted().Count(kRed), 0);
+    EXPECT_EQ(none.control.GetValue(), TypeParam::kLow + 1);
 }
 
 TYPED_TEST(Gauge, ErasesNothing)
@@ -281,7 +302,7 @@ TEST(GaugeScale, CountsFromItsLowEnd)
     EXPECT_EQ(kRightScale.RowOf(180.0, frame), 10);
     EXPECT_EQ(kRightScale.RowOf(360.0, frame), 200);
     EXPECT_EQ(kRightScale.RowOf(225.0, frame), 58) << "10 + 47.5, half upwards";
-    EXPECT_EQ(kRightScale.RowOf(0.0, frame), -179) << "-180 + 0.5, cut towards zero";
+    EXPECT_EQ(kRightScale.RowOf(0.0, frame), -179) << "-180 + 0.5, cut toward zero";
     EXPECT_EQ(kLeftScale.RowOf(45, frame), 153);
     EXPECT_EQ(kRightScale.RowOf(225, frame), 58);
 }

@@ -125,7 +125,7 @@ TYPED_TEST(Plot, DrawsASampleAsACrossWithoutItsEndPixels)
     EXPECT_EQ(shown.At(100, 47), kBlack);
 }
 
-TYPED_TEST(Plot, DrawsCentresInRedByOrOverTheGrid)
+TYPED_TEST(Plot, DrawsCentersInRedByOrOverTheGrid)
 {
     this->AddCenter(0, -100);
     // On the axis glyph: the arrow's corner is at (20, 124), cyan under red is white.
@@ -226,7 +226,7 @@ TYPED_TEST(Plot, CountsEverySampleWhileTheScaleIsOutOfRange)
     EXPECT_FALSE(begin("0, 0, 1000.000000,"));
 }
 
-TYPED_TEST(Plot, NeverZoomsForCentres)
+TYPED_TEST(Plot, NeverZoomsForCenters)
 {
     this->Add(0, -100); // a zoom needs two samples
     this->Add(10, -90);
@@ -357,9 +357,12 @@ TYPED_TEST(Plot, IsKnownAtRunTime)
 
 TYPED_TEST(Plot, DrawsNothingWithoutAContext)
 {
-    this->Add(0, 0);
+    this->Add(0, -100);
+    this->AddCenter(10, -110);
+    const Shown before = this->Now();
     this->control->DrawTrackPoints(nullptr);
     this->control->DrawCenterPoints(nullptr);
+    EXPECT_EQ(this->Now(), before);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Which colours a control shows: all of its own, and no others.
+// Which colors a control shows: all of its own, and no others.
 #include "controls/GraphCompass.h"
 #include "controls/GraphIncline_Left.h"
 #include "controls/GraphIncline_Right.h"
@@ -24,16 +24,16 @@ constexpr COLORREF kMiddle = RGB(255, 204, 0);
 constexpr COLORREF kLabel = RGB(0, 0, 255);
 constexpr COLORREF kLetter = RGB(255, 0, 255);
 
-std::set<COLORREF> ColoursOf(CWnd& window)
+std::set<COLORREF> ColorsOf(CWnd& window)
 {
     CRect client;
     window.GetClientRect(&client);
-    std::set<COLORREF> colours;
+    std::set<COLORREF> colors;
     CClientDC dc(&window);
     for (int y = 0; y < client.Height(); ++y)
         for (int x = 0; x < client.Width(); ++x)
-            colours.insert(dc.GetPixel(x, y));
-    return colours;
+            colors.insert(dc.GetPixel(x, y));
+    return colors;
 }
 
 TEST(Palette, OfTheDial)
@@ -41,7 +41,7 @@ TEST(Palette, OfTheDial)
     Placed<CGraphCompass> dial(240, 240);
     dial.control.SetFix(35);
     dial.control.SetValue(120);
-    EXPECT_THAT(ColoursOf(dial.control),
+    EXPECT_THAT(ColorsOf(dial.control),
                 UnorderedElementsAre(RGB(102, 255, 255), kFace, kOuter, kMiddle, kTick, kLabel,
                                      kRed, RGB(128, 128, 128), RGB(233, 87, 50), kBlack, kGreen));
 }
@@ -52,7 +52,7 @@ void CheckGauge()
     Placed<Gauge> gauge(110, 260);
     gauge.control.SetFix(180);
     gauge.control.SetValue(180);
-    EXPECT_THAT(ColoursOf(gauge.control),
+    EXPECT_THAT(ColorsOf(gauge.control),
                 UnorderedElementsAre(kFace, kOuter, kMiddle, kTick, kLabel, kRed, kGreen));
 }
 
@@ -72,7 +72,7 @@ void CheckPlot(COLORREF track)
     plot.AddTrackPoint(20, 20, 20);
     plot.AddCenterPoint(100, 100, 100);
     plot.UpdateWindow();
-    EXPECT_THAT(ColoursOf(plot),
+    EXPECT_THAT(ColorsOf(plot),
                 UnorderedElementsAre(kBlack, RGB(0, 255, 255), kLetter, track, kRed));
 }
 
@@ -82,7 +82,7 @@ TEST(Palette, OfThePlots)
     CheckPlot<CGraphMagnetic_XZ>(kGreen);
 }
 
-// The outermost pixels in which a colour is shown: right and bottom exclusive.
+// The outermost pixels in which a color is shown: right and bottom exclusive.
 CRect ExtentOf(const Shown& shown, CSize size, COLORREF color)
 {
     CRect extent(size.cx, size.cy, 0, 0);
@@ -116,7 +116,7 @@ TEST(AxisGlyph, StandsTwentyPixelsFromTheCorner)
     EXPECT_LE(letters.bottom, 286) << "and hangs from row 272";
 }
 
-// Around the centre (120, 120) of a dial of 240 pixels nothing but the hub is black: columns and
+// Around the center (120, 120) of a dial of 240 pixels nothing but the hub is black: columns and
 // rows 118 to 122.
 TEST(Hub, IsFivePixelsWide)
 {
@@ -124,7 +124,7 @@ TEST(Hub, IsFivePixelsWide)
     EXPECT_EQ(ExtentOf(Shown(dial.control), {240, 240}, kBlack), CRect(118, 118, 123, 123));
 }
 
-// The inner ring's radius is 103: label boxes are centred 68 pixels from the centre, so the number
+// The inner ring's radius is 103: label boxes are centered 68 pixels from the center, so the number
 // at 180 hangs from row 120 + 68 - 17 and the one at 0 from row 120 - 68 - 17.
 TEST(Labels, HangFromTheTopOfTheirBoxes)
 {
@@ -135,7 +135,7 @@ TEST(Labels, HangFromTheTopOfTheirBoxes)
 }
 
 // Needle, at north on a dial of 240 pixels: h = 3 * 18, so the base is 54 / 8 = 6.75 pixels to
-// either side; the tip at 235 / 3 above, the tail at 235 / 6 below the centre.
+// either side; the tip at 235 / 3 above, the tail at 235 / 6 below the center.
 TEST(NeedleOnTheDial, ReachesFromTipToTail)
 {
     Placed<CGraphCompass> dial(240, 240);

@@ -26,6 +26,8 @@ struct Reach : CTiltPositionGraph
     using CTiltPositionGraph::m_centers;
     using CTiltPositionGraph::m_current;
     using CTiltPositionGraph::m_points;
+    using CTiltPositionGraph::m_reservedColor;
+    using CTiltPositionGraph::m_spareText;
     using CTiltPositionGraph::m_world;
     using CTiltPositionGraph::WorldToClient;
 };
@@ -146,14 +148,14 @@ TEST_F(TiltGraph, KeepsObservationsWithoutAView)
     graph.DrawAll();
     graph.DrawCurrentPt(nullptr, At(1.0, 1.0));
     EXPECT_EQ(graph.m_points.GetSize(), 2);
-    EXPECT_EQ(graph.m_centers[0].nSet, 0) << "a centre needs a view";
+    EXPECT_EQ(graph.m_centers[0].nSet, 0) << "a center needs a view";
     EXPECT_EQ(graph.m_current.nSet, 0);
     Begin();
     graph.ZoomAll();
     EXPECT_GT(Now().Count(kWhite), 20);
 }
 
-TEST_F(TiltGraph, StoresOnlyThreeCentres)
+TEST_F(TiltGraph, StoresOnlyThreeCenters)
 {
     BeginAt(0.01);
     graph.SetCenterPoint(0, At(1.0, 1.0));
@@ -165,7 +167,7 @@ TEST_F(TiltGraph, StoresOnlyThreeCentres)
 }
 
 // 0.15 m at a centimetre a pixel: a radius of 15 around (100, 50).
-TEST_F(TiltGraph, DrawsAConfirmedCentreInGreenAtOnce)
+TEST_F(TiltGraph, DrawsAConfirmedCenterInGreenAtOnce)
 {
     BeginAt(0.01);
     Now();
@@ -179,7 +181,7 @@ TEST_F(TiltGraph, DrawsAConfirmedCentreInGreenAtOnce)
 }
 
 // 0.15 m at 5 mm a pixel are 30 pixels; the line covers a pixel to the left of its points as well.
-TEST_F(TiltGraph, GivesCentresACircleOfFifteenCentimetres)
+TEST_F(TiltGraph, GivesCentersACircleOfFifteenCentimeters)
 {
     BeginAt(0.005);
     graph.ReDraw();
@@ -193,7 +195,7 @@ TEST_F(TiltGraph, GivesCentresACircleOfFifteenCentimetres)
     EXPECT_EQ(shown.At(100, 18), kBlack);
 }
 
-TEST_F(TiltGraph, LinksConfirmedCentres)
+TEST_F(TiltGraph, LinksConfirmedCenters)
 {
     BeginAt(0.01);
     graph.SetCenterPoint(1, At(1000.5, 500.5));
@@ -209,16 +211,16 @@ TEST_F(TiltGraph, LinksConfirmedCentres)
     EXPECT_EQ(Now().At(125, 30), kGreen) << "from 2 to 3, half way";
 }
 
-TEST_F(TiltGraph, DrawsDistancesUntilAllCentresAreConfirmed)
+TEST_F(TiltGraph, DrawsDistancesUntilAllCentersAreConfirmed)
 {
     BeginAt(0.01);
     graph.AddPoint(At(1000.1, 501.0));
     graph.SetCenterPoint(1, At(1000.8, 501.0));
     graph.InvalidateCtrl();
-    EXPECT_EQ(Now().At(100, 55), kRed) << "centre 1 to the latest observation";
+    EXPECT_EQ(Now().At(100, 55), kRed) << "center 1 to the latest observation";
     graph.SetCenterPoint(2, At(1000.8, 500.2));
     graph.InvalidateCtrl();
-    EXPECT_EQ(Now().At(60, 55), kRed) << "centre 2 as well, half way";
+    EXPECT_EQ(Now().At(60, 55), kRed) << "center 2 as well, half way";
     graph.SetCenterPoint(3, At(1000.8, 501.8));
     graph.InvalidateCtrl();
     EXPECT_EQ(Now().At(100, 55), kBlack);
@@ -301,11 +303,29 @@ TEST_F(TiltGraph, DrawsACircleAsChords)
 
 TEST_F(TiltGraph, DrawsNothingWithoutAContext)
 {
-    Begin();
+    BeginAt(0.01);
+    graph.SetCenterPoint(1, At(1000.5, 500.5));
+    graph.SetCenterPoint(2, At(1000.5, 501.5));
+    graph.AddPoint(At(1000.1, 501.0));
+    const Shown before = Now();
     graph.DrawPoints(nullptr);
     graph.DrawCircles(nullptr);
     graph.DrawLinkLine(nullptr);
-    graph.DrawLinkDistance(nullptr, At(0, 0));
+    graph.DrawLinkDistance(nullptr, At(1000.9, 501.9));
+    EXPECT_EQ(Shown(view), before);
+    EXPECT_EQ(Now(), before);
+}
+
+// The spare text and the reserved color are set and never read.
+TEST_F(TiltGraph, LooksTheSameWhateverItsReservedMembersHold)
+{
+    BeginAt(0.01);
+    graph.AddPoint(At(1000.5, 501.0));
+    const Shown before = Now();
+    graph.m_spareText = L"text";
+    graph.m_reservedColor = RGB(1, 2, 3);
+    graph.InvalidateCtrl();
+    EXPECT_EQ(Now(), before);
 }
 
 TEST_F(TiltGraph, TakesTheRowFirstWhenItReadsAPixel)

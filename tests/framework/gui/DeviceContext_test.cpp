@@ -166,7 +166,7 @@ CRect InkBox(CDC& dc, int width, int height)
     return box;
 }
 
-TEST(Text, IsCentredInItsBoxAndClippedToIt)
+TEST(Text, IsCenterdInItsBoxAndClippedToIt)
 {
     Memory memory(80, 60);
     CFont font;
@@ -209,7 +209,7 @@ TEST(Text, FillsItsCellInOpaqueMode)
     EXPECT_EQ(memory.dc.GetPixel(11, 12), RGB(0, 255, 0));
 }
 
-TEST(SystemColour, IgnoresTheIndexFlag)
+TEST(SystemColor, IgnoresTheIndexFlag)
 {
     EXPECT_EQ(GetSysColor(16), RGB(128, 128, 128));
     EXPECT_EQ(GetSysColor(16 | 0x40000000), RGB(128, 128, 128));

@@ -9,7 +9,7 @@
 
 namespace {
 
-// A window that paints its client area in one colour and counts what it is asked.
+// A window that paints its client area in one color and counts what it is asked.
 class Painted : public CWnd
 {
 public:
@@ -311,6 +311,23 @@ TEST(Text, OfAWindowIsKept)
     EXPECT_EQ(window.GetWindowText(buffer, 5), 4);
     EXPECT_STREQ(buffer, L"Pole");
     EXPECT_EQ(window.GetWindowTextLength(), 11);
+}
+
+TEST(Text, IsEmptyAfterAMessageWithoutOne)
+{
+    CWnd window;
+    ASSERT_TRUE(window.CreateEx(0, L"STATIC", L"before", 0, 0, 0, 10, 10, nullptr, 0));
+    EXPECT_EQ(window.SendMessage(WM_SETTEXT, 0, 0), TRUE);
+    EXPECT_EQ(window.GetWindowTextLength(), 0);
+}
+
+TEST(Erasing, DoesNothingWithoutAContext)
+{
+    CWnd window;
+    ASSERT_TRUE(window.CreateEx(0, L"STATIC", L"", 0, 0, 0, 10, 10, nullptr, 0));
+    EXPECT_EQ(window.SendMessage(WM_ERASEBKGND, 0, 0), 0);
+    CClientDC dc(&window);
+    EXPECT_EQ(window.SendMessage(WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc.GetSafeHdc()), 0), 1);
 }
 
 // Counts the ticks of its timers and stops each with the second one.
