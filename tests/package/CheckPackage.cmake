@@ -19,17 +19,17 @@ function(run)
     set(output "${text}" PARENT_SCOPE)
 endfunction()
 
-# The shared library without optimisation, which would inline a name that is not exported and so
+# The shared library without optimization, which would inline a name that is not exported and so
 # hide that it is missed.
 function(install_package)
-    set(optimised -D CMAKE_BUILD_TYPE=Release)
+    set(optimized -D CMAKE_BUILD_TYPE=Release)
     set(shared OFF)
     if(kind STREQUAL "shared")
-        set(optimised -D CMAKE_BUILD_TYPE=None -D CMAKE_CXX_FLAGS=-O0)
+        set(optimized -D CMAKE_BUILD_TYPE=None "-DCMAKE_CXX_FLAGS=-O0 -Werror")
         set(shared ON)
     endif()
     run(${CMAKE_COMMAND} -S ${source_dir} -B ${build_dir} -G ${generator}
-        ${optimised} -D CMAKE_CXX_COMPILER=${compiler}
+        ${optimized} -D CMAKE_CXX_COMPILER=${compiler}
         -D CMAKE_CXX_COMPILER_LAUNCHER=${launcher} -D CMAKE_INSTALL_PREFIX=${prefix}
         -D BUILD_SHARED_LIBS=${shared} -D TILTPOLE_CONTROLS=OFF -D TILTPOLE_APPS=OFF
         -D TILTPOLE_TESTS=OFF -D TILTPOLE_BENCHMARKS=OFF -D CMAKE_INSTALL_LIBDIR=lib)
