@@ -15,9 +15,10 @@ import subprocess
 import sys
 
 NAMESPACES = {"tiltpole", "framework", "quality"}
-# std and its abbreviations, the C++ runtime, type information of plain function types.
+# std and its abbreviations, the C++ runtime, type information of plain function types, operators new
+# and delete.
 STANDARD = re.compile(r"^_Z(T[VISTC]|GVZ?|GRZ?|Z)*(N[rVKRO]*)?(S[tabsiod]|9__gnu_cxx|10__cxxabiv1)"
-                      r"|^_ZT[IS]P?F|^DW\.ref\.|^__")
+                      r"|^_ZT[IS]P?F|^_Z(nw|na|dl|da)[mP]|^DW\.ref\.|^__")
 # Special names and nesting in front of the first identifier of a mangled name.
 SCOPE = re.compile(r"^_Z(?:T[VISTC]|T[hv]n?\d+_(?:n?\d+_)?|GVZ?|GRZ?|Z)*(?:N[rVKRO]*)?(\d+)")
 OPERATOR = re.compile(r"^_Z[a-z]{2}(?!\d)")
