@@ -166,7 +166,7 @@ CRect InkBox(CDC& dc, int width, int height)
     return box;
 }
 
-TEST(Text, IsCenterdInItsBoxAndClippedToIt)
+TEST(Text, IsCenteredInItsBoxAndClippedToIt)
 {
     Memory memory(80, 60);
     CFont font;
