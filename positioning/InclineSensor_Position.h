@@ -1,14 +1,33 @@
 // SPDX-License-Identifier: MIT
 //
-// Where the tip of a tilted pole stands: one pose sample, the antenna coordinate, the pole length.
+// Where the tip of a tilted survey pole stands: from one pose sample, the antenna coordinate and the
+// length of the pole.
 //
-//   angles        degrees in every public call; radians live only inside a function body
-//   x, y, h       plane coordinates and height, metres; azimuths count from +x towards +y
+//   CInclineSensor_Position sensor;
+//   sensor.SetSensorType(1);
+//   sensor.ConfigRead(L"calibration.cfg");       // without it: no correction, no bias
+//
+//   PoseSensorData sample;                       // pitch 3 and roll -8 degrees, two readings
+//   sample.dPitch = 3.0;
+//   sample.dRoll = -8.0;
+//   sample.dMag_x = 150.0;                       // ... to dMag_z_2
+//   xyhCoordinate point{4823.10, 1290.55, 87.42}; // the antenna
+//   sensor.Position(sample, 2.0, point);         // now the tip of a pole of 2 m
+//   if (sensor.IsStationary() && !sensor.IsMagneticInterference())
+//       Record(point, sample.dYaw);
+//
+// Units and axes:
+//
+//   angles        degrees in every public call
+//   x, y, h       northing, easting, height [m]; azimuths count from +x towards +y, clockwise
+//   pitch, roll   positive pitch raises the forward axis, positive roll lowers the right side
 //   magnetometer  raw sensor counts; A and B are mounted with x and y opposed
-//   sensor type   1: first axis convention; any other value: second; 2 also turns the projection
+//   sensor type   1: x forward, y left, z up the pole; any other value: x right, y forward, z up.
+//                 Type 2 also adds the tilt direction to the azimuth of the projection
 //
-// A host makes one object, sets the sensor type, reads the calibration with ConfigRead, and calls
-// Position per sample. Nothing throws; numbers that are not finite give results that are not.
+// Domain: the two inclinations are those of a pole that leans less than 90 degrees; every other pose
+// gives a result, too, but a pole beyond the horizontal cannot be told from one that stands. Nothing
+// throws. Arguments that are not finite give results that are not.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -17,8 +36,17 @@
 #include "positioning/PoseSensorData.h"
 
 namespace tiltpole::survey {
+enum class Magnetometer;
+enum class SensorAxes;
+struct Point3;
 struct Reading;
 } // namespace tiltpole::survey
+
+namespace tiltpole::positioning {
+enum class Trust;
+struct Measured;
+struct Observation;
+} // namespace tiltpole::positioning
 
 class TILTPOLE_API CInclineSensor_Position
 {
@@ -51,38 +79,41 @@ public:
         return m_MagneticTranslationPar;
     }
 
-    /// What is subtracted from a heading [degrees].
+    /// The bias of a magnetometer is subtracted from its heading [degrees].
     void SetMagneticBiasAngle_A(double angle);
     double GetMagneticBiasAngle_A() const { return m_dMagneticBiasAngle_A; }
     void SetMagneticBiasAngle_B(double angle) { m_dMagneticBiasAngle_B = angle; }
     double GetMagneticBiasAngle_B() const { return m_dMagneticBiasAngle_B; }
 
-    /// 1 while the pole is held still, as the last CalculateYaw_A found it.
+    /// 1 while the pole is held still, as the last Position or CalculateYaw_A found it.
     int IsStationary() const { return m_bStationary; }
-    /// 1 when the magnetometers disagree, as the last CalculateYaw_B found it.
+    /// 1 when the magnetometers disagree, as the last Position or CalculateYaw_B found it.
     int IsMagneticInterference() const { return m_bMagneticInterference; }
 
     /// Replaces the antenna coordinate in `point` by the coordinate of the pole tip.
     /// Fills the headings of `sample` and refreshes IsStationary and IsMagneticInterference. The
-    /// raw readings in `sample` come back unchanged, so the same sample may be passed again.
+    /// other fields of `sample`, the raw readings among them, are left alone, so that the same
+    /// sample may be passed again.
     ///
     /// The tip is that of Position_Geometry_A, or straight below the antenna for a pole whose tilt
-    /// angles are both below 1e-6 rad. It comes by a shorter way than that operation,
-    /// CalculateYaw_A and CalculateYaw_B one by one: within 1e-11 m of theirs for a pole of 2 m,
-    /// headings within 1.2e-13 degrees, dYaw_Y within 1.3e-11 degrees, each in their very digits
-    /// near 0 and 360.
+    /// angles are both below 1e-6 rad. Computed in one pass. Agrees with calling CalculateYaw_A,
+    /// CalculateYaw_B and Position_Geometry_A in turn to 1e-11 m for a pole of 2 m, to 1.2e-13
+    /// degrees in dYaw and dYaw_2 and to 1.3e-11 degrees in dYaw_Y; bit for bit in a heading near 0
+    /// or 360, in both flags and in the projection angle that is kept
+    /// (Position.AgreesWithItsFormulasAsDocumented).
     ///
     /// @param sample      pose at the moment of measurement [degrees, counts]
-    /// @param poleLength  antenna to tip [m], used as given
+    /// @param poleLength  antenna to tip [m], used as given: a negative length leads upwards
     /// @param point       in: antenna, out: tip [m]
-    /// @return 1, or 0 when no heading could be formed
+    /// @return 1
     int Position(PoseSensorData& sample, double poleLength, xyhCoordinate& point);
 
     /// The tip from the heading dYaw that `sample` carries: down the pole by its elevation t and
-    /// the azimuth of its projection,
+    /// the azimuth az of its projection,
     ///
-    ///   x = x_antenna + L·cos t·cos az,   y = y_antenna + L·cos t·sin az,   h = h_antenna − L·sin
-    ///   t
+    ///   x = x_antenna + L·cos t·cos az
+    ///   y = y_antenna + L·cos t·sin az
+    ///   h = h_antenna − L·sin t
     ///
     /// and the projection angle is kept for ConverseYaw.
     ///
@@ -90,40 +121,41 @@ public:
     int Position_Geometry_A(xyhCoordinate antenna, PoseSensorData sample, double poleLength,
                             xyhCoordinate& tip);
 
-    /// The same from dYaw_2, pitch and roll negated, keeping nothing.
+    /// The same from dYaw_2 with pitch and roll negated. The projection angle is not kept.
     int Position_Geometry_B(xyhCoordinate antenna, PoseSensorData sample, double poleLength,
                             xyhCoordinate& tip);
 
-    /// Leaves `tip` as it is and answers 1.
+    /// Leaves `tip` unchanged and returns 1.
     int Position_Math(xyhCoordinate antenna, PoseSensorData sample, double poleLength,
                       xyhCoordinate& tip) const;
 
-    /// Corrects magnetometer A in place, judges stillness, fills dYaw and dYaw_Y.
+    /// Corrects magnetometer A in place, updates IsStationary, fills dYaw and dYaw_Y.
     ///
-    /// The pole is still while, against the first sample of the still period, the corrected
-    /// readings differ by at most 1000 counts in sum and roll and pitch by at most 0.5 degrees
-    /// each. A sample that differs more begins the next period and is itself not still.
-    /// dYaw_Y is dYaw less the tilt-direction angle; a tilt angle of exactly 0 counts as 90.
+    /// The pole is still while its sample differs from the first one of the still period by at most
+    /// 1000 counts in the corrected readings (sum over the axes) and by at most 0.5 degrees each in
+    /// roll and pitch. A sample that differs more starts the next period and does not itself count
+    /// as still. dYaw_Y is dYaw less the tilt direction; where a tilt angle is exactly 0 the tilt
+    /// direction is 90.
     ///
     /// @return 1
     int CalculateYaw_A(PoseSensorData& sample);
 
-    /// Corrects magnetometer B in place, judges interference, fills dYaw_2. Reads the corrected
-    /// magnetometer A, so CalculateYaw_A comes first.
+    /// Corrects magnetometer B in place, updates IsMagneticInterference, fills dYaw_2. Call
+    /// CalculateYaw_A first: the test reads the corrected magnetometer A.
     ///
-    /// Interference: the reading differs by more than 300 counts in sum from the one that
-    /// magnetometer A and the translation parameter let expect.
+    /// Interference: the corrected reading differs by more than 300 counts (sum over the axes) from
+    /// the one expected after magnetometer A and the translation parameter.
     ///
     /// @return 1
     int CalculateYaw_B(PoseSensorData& sample);
 
-    /// Azimuth of (x, y) less the kept projection angle, and the opposite of it [degrees], each
-    /// normalised by one step.
+    /// Azimuth of (x, y) less the projection angle kept last, and its opposite [degrees], each
+    /// normalized by one step. 0 is subtracted before any angle is kept.
     ///
     /// @return 1
     int ConverseYaw(double x, double y, double& yaw, double& yawOpposite) const;
 
-    /// Azimuth of (dx, dy) [degrees], 0 to 360; a dy hardly below 0 rounds to 360. |dx| < 1e-6
+    /// Azimuth of (dx, dy) [degrees] in [0, 360]; a dy barely below 0 rounds to 360. |dx| < 1e-6
     /// counts as 0; the null vector gives 0.
     double ConverseYaw_True(double dx, double dy) const;
 
@@ -132,38 +164,39 @@ public:
 
     /// Azimuth of the pole's horizontal projection [degrees].
     ///
-    ///   t = GetAngleofPoletoHorizontal,   u, v = the tilt angles
+    ///   t = GetAngleofPoletoHorizontal,   u, v = the tilt angles (GetTiltAngle)
     ///   k1 = acos(tan t·tan u), negative for v > 0;   k3 = acos(−tan u·tan v)
     ///   azimuth = heading + k1, for sensor type 2 heading + k3 + k1
     ///
-    /// Arc cosines are taken of limited arguments, so every pose gives a number. Near the plumb
-    /// line and where an argument nears 1 the last digit of the input decides.
+    /// Arguments of the arc cosines are limited to [-1, 1], so every finite pose has an azimuth. Near
+    /// the plumb line, and where an argument is near 1, the last digit of the input decides.
     ///
     /// @param store  other than 0: k1 is kept for ConverseYaw
     double GetAngleofPoleProject(double pitch, double roll, double heading, int store);
 
-    /// Smooths two values in place: the mean of all since the last reset up to n + 1 calls, then
-    /// each new one weighs 1/(n + 1). One state serves all objects of this class.
+    /// Smooths two values in place: up to the call n + 1 after a reset each becomes the mean of all
+    /// its values so far, from then on every new one has the weight 1/(n + 1). All objects of this
+    /// class share one state.
     ///
-    /// @param values  two numbers, however long the array is
-    /// @param reset   other than 0: forget what was before
+    /// @param values  two numbers; a longer array is not read further
+    /// @param reset   other than 0: forget earlier values
     void filter(double* const values, int n, int reset);
 
     /// Writes the calibration (both corrections, the translation, both bias angles) as lines
-    /// "[key]value" with ten decimals and CR LF. The file is replaced as a whole: after a failure
-    /// the old one is as it was and nothing is left beside it.
+    /// "[key]value" with ten decimals and CR LF. The file is replaced in one step: after a failure
+    /// the old one is unchanged and no other file is left beside it.
     ///
     /// @param path  UTF-8 on disk, in every locale
-    /// @return 0 where the file could not be written whole, or a value is not finite or too long
-    ///         for a line of 100 bytes
+    /// @return 0 where the file could not be written completely, or a value is not finite or too
+    ///         long for a line of 100 bytes
     int ConfigSave(CString path);
 
-    /// Reads what ConfigSave wrote. A key that is missing, empty or without a CR behind its value
-    /// leaves its value as it was; a text that is no decimal number within range gives 0. The first
+    /// Reads what ConfigSave wrote. A value whose key is missing, or is followed by nothing or by no
+    /// CR, is left unchanged; a text that is not a decimal number within range gives 0. The first
     /// place in the file that reads "[key]" counts, wherever it stands.
     ///
-    /// @return 0 where there is no such file or it cannot be read, with nothing changed; 1 else,
-    ///         whatever the file holds
+    /// @return 0 where there is no such file or it cannot be read, with nothing changed; 1 otherwise,
+    ///         whatever the file contains
     int ConfigRead(CString path);
 
 protected:
@@ -173,50 +206,48 @@ protected:
     double ASIN(double value) const;
     double ACOS(double value) const;
 
-    /// Adds a turn below 0, takes one off above 360; one step, no loop.
+    /// Adds one turn below 0, subtracts one above 360: one step, no loop (-400 becomes -40).
     void AdjustAzimuth(double& azimuth) const;
 
-    /// Pitch and roll [degrees] become the tilt angles u and v [rad]: (p, r) for sensor type 1,
+    /// Replaces pitch and roll [degrees] by the tilt angles u and v [rad]: (p, r) for sensor type 1,
     /// (−asin(cos p·sin r), p) otherwise.
     void GetTiltAngle(double& first, double& second) const;
 
-    /// The lower end of a line of this length whose upper end is `point`; the azimuth leads from
-    /// the lower end to the upper.
+    /// The lower end of a line of this length [m] whose upper end is `point`; elevation and azimuth
+    /// [degrees] lead from the lower end to the upper one.
     xyhCoordinate GetInclinePoint(xyhCoordinate point, double length, double elevation,
                                   double azimuth) const;
 
-    /// Distance [m]; 0 up to a millimetre.
+    /// Distance [m]; 0 up to a millimeter.
     double GetDistance(xyhCoordinate p, xyhCoordinate q) const;
 
     /// The lower of the two points at the distances r1, r2, r3 from p1, p2, p3 [m], formed
     /// relative to p1.
     ///
-    /// @return 0, with `result` as it was, where there is none, the two (nearly) coincide, or the
-    ///         points do not determine y and h (in a line, or all of equal height)
+    /// @return 0, with `result` unchanged, where there is no such point, the two (nearly) coincide,
+    ///         or p1, p2 and p3 do not determine y and h (in a line, or all of equal height)
     int GetSolvePoint(xyhCoordinate p1, xyhCoordinate p2, xyhCoordinate p3, double r1, double r2,
                       double r3, xyhCoordinate& result) const;
 
 private:
+    /// Corrects the reading of magnetometer A, or of B where useA is 0, in place.
     void MagneticModify(const Incline_MagneticCorrectParameter& par, PoseSensorData& sample,
                         int useA) const;
-    void JudgeStillness(const tiltpole::survey::Reading& a, double pitch, double roll);
-    void JudgeInterference(const tiltpole::survey::Reading& a, const tiltpole::survey::Reading& b);
-    /// Heading of magnetometer A, or B where useA is 0, from its corrected reading: ADI for sensor
-    /// type 1, SCA for the others [degrees], normalised by one step.
+    /// Heading of magnetometer A, or of B where useA is 0, from its corrected reading: ADI for
+    /// sensor type 1, SCA for the others [degrees], normalized by one step.
     double CalculateYaw_ADI(const PoseSensorData& sample, int useA) const;
     double CalculateYaw_SCA(const PoseSensorData& sample, int useA) const;
-    double HeadingByType(const PoseSensorData& sample, int useA, int sensorType) const;
-    double Heading(const PoseSensorData& sample, int useA) const;
-    double LessBias_A(double azimuth) const;
-    double LessBias_B(double azimuth) const;
+    double HeadingByAxes(const PoseSensorData& sample, tiltpole::survey::Magnetometer which,
+                         tiltpole::survey::SensorAxes axes) const;
+    double Heading(const PoseSensorData& sample, tiltpole::survey::Magnetometer which) const;
 
-    template <int SensorType>
-    int PositionOfType(PoseSensorData& sample, double poleLength, xyhCoordinate& point);
-    void FillHeadings_A(PoseSensorData& corrected) const;
-    void HeadingsByFormulas(PoseSensorData& sample) const;
-    int PositionByFormulas(PoseSensorData& sample, double poleLength, xyhCoordinate& point);
-    void KeepProjection(double angle);
-    void KeepProjection(double pitch, double roll, int sensorType);
+    tiltpole::positioning::Observation Observe(const PoseSensorData& sample, double length) const;
+    tiltpole::positioning::Measured MeasureByFormulas(const PoseSensorData& sample, double length,
+                                                      tiltpole::positioning::Trust trust,
+                                                      tiltpole::survey::Point3 step) const;
+    void JudgeStillness(const tiltpole::survey::Reading& a, double pitch, double roll);
+    void JudgeInterference(const tiltpole::survey::Reading& a, const tiltpole::survey::Reading& b);
+    void Keep(const PoseSensorData& sample);
     double ProjectionAngle() const;
 
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_A;
@@ -227,9 +258,9 @@ private:
     double m_dLastMag_z = 0.0;
     double m_dLastPitch = 0.0; // pose at the start of the still period [degrees]
     double m_dLastRoll = 0.0;
-    double m_dProjectBase = 0.0;  // 180 once a projection angle is kept
+    double m_dProjectBase = 0.0;  // 180 once a projection angle is kept; read by nobody
     double m_dProjectAngle = 0.0; // the projection angle kept last [degrees], or instead of it
-    double m_dProjectPitch = 0.0; // the pose it belongs to: the angle is formed when asked for
+    double m_dProjectPitch = 0.0; // the pose it follows from: computed when ConverseYaw needs it
     double m_dProjectRoll = 0.0;
     int m_nProjectSensorType = 1;
     int m_bProjectByPose = 0;
@@ -238,6 +269,7 @@ private:
     double m_dMagneticBiasAngle_B = 0.0;
     int m_bStationary = 0;
     int m_bMagneticInterference = 0;
-    double m_dCosBiasAngle_A = 1.0; // of m_dMagneticBiasAngle_A; no numbers where it is huge
+    double m_dCosBiasAngle_A = 1.0; // of m_dMagneticBiasAngle_A; NaN beyond 1000 degrees, which
+                                    // selects the step-by-step formulas
     double m_dSinBiasAngle_A = 0.0;
 };

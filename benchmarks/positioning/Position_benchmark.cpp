@@ -2,7 +2,7 @@
 //
 // Position per sample, beside what it is to be compared with in the same run:
 //
-//   Literal        the formulas written out one by one (tests/positioning/Literal.h)
+//   Literal        the formulas written out one by one (tests/reference/LiteralPosition.h)
 //   Trigonometry   bare library calls on the arguments that the measurement has: the six that its
 //                  formulas name once all that can be shared is shared, or the five that Position
 //                  makes do with (arc tangents of a quotient; the angle of the projection waits
@@ -14,7 +14,7 @@
 #include "positioning/detail/Heading.h"
 #include "positioning/detail/Tilt.h"
 #include "survey/Correction.h"
-#include "tests/positioning/Literal.h"
+#include "tests/reference/LiteralPosition.h"
 
 #include <Eigen/Geometry>
 #include <array>
@@ -126,12 +126,13 @@ std::array<Arguments, kSamples> ArgumentsOf(int sensorType)
         const survey::Reading a = survey::ReadingOf(s, Magnetometer::A);
         const survey::Reading b = survey::ReadingOf(s, Magnetometer::B);
         const literal::Result written = literal::Measure(setup, s, kPoleLength, {});
-        arguments[i] = {survey::Deg2Rad(s.dPitch),
-                        survey::Deg2Rad(s.dRoll),
-                        survey::Levelled(pose, survey::Corrected(kCorrection, a), axes),
-                        positioning::LevelledOfB(pose, survey::Corrected(kCorrection, b), axes),
-                        survey::ClampToUnit(written.quotient),
-                        survey::ClampToUnit(written.cosine[0])};
+        arguments[i] = {
+            survey::Deg2Rad(s.dPitch),
+            survey::Deg2Rad(s.dRoll),
+            survey::Levelled(pose, survey::Corrected(kCorrection, a), axes),
+            positioning::LevelledOf(pose, survey::Corrected(kCorrection, b), Magnetometer::B, axes),
+            survey::ClampToUnit(written.quotient),
+            survey::ClampToUnit(written.cosine[0])};
     }
     return arguments;
 }

@@ -1,6 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// Heading from one magnetometer reading, the lean of the pole taken out.
+// The heading of one corrected magnetometer reading.
+//
+//   heading = atan2(−rightward, forward) − bias      forward, rightward: the leveled field
+//
+// Degrees. Levelled (survey/SensorAxes.h) takes the lean of the pole out of the reading; magnetometer
+// B is mounted the other way round, so its pose is reversed. Derivation: docs/formulas.md,
+// "Levelling".
 #pragma once
 
 #include "survey/Angle.h"
@@ -12,44 +18,58 @@
 namespace tiltpole::positioning {
 
 using survey::LevelledField;
+using survey::Magnetometer;
 using survey::Pose;
 using survey::Reading;
+using survey::Rotation;
 using survey::SensorAxes;
 
-/// The reading turned about the z axis by the mounting angle of magnetometer B, which is 0. Kept
-/// as a rotation: this is the place for another angle.
+// How magnetometer B is turned about the pole: not at all. The angle keeps its place in the formulas
+// for a sensor whose second magnetometer is mounted at another one.
+inline constexpr double kMountingAngleB = 0.0;      // [rad]
+inline constexpr Rotation kMountingTurnB{1.0, 0.0}; // by that angle
+
+/// The reading of magnetometer B turned about the z axis by its mounting angle.
 inline Reading TurnedToPole(const Reading& m)
 {
-    constexpr double kCos = 1.0;
-    constexpr double kSin = 0.0;
-    return {m.x * kCos + m.y * kSin, -m.x * kSin + m.y * kCos, m.z};
+    const auto [cos, sin] = kMountingTurnB;
+    return {m.x * cos + m.y * sin, -m.x * sin + m.y * cos, m.z};
 }
 
-/// Magnetometer B is mounted the other way round: it sees the pose reversed.
-inline LevelledField LevelledOfB(const Pose& pose, const Reading& b, SensorAxes axes)
+/// The horizontal field that a magnetometer sees at this pose of the sample.
+inline LevelledField LevelledOf(const Pose& pose, const Reading& m, Magnetometer which,
+                                SensorAxes axes)
 {
-    return Levelled(pose.Reversed(), TurnedToPole(b), axes);
+    return which == Magnetometer::A ? Levelled(pose, m, axes)
+                                    : Levelled(pose.Reversed(), TurnedToPole(m), axes);
 }
 
 /// atan2(−rightward, forward) [degrees] in [-180, 180]; 0 or ±180 for a vanishing field.
-inline double HeadingOf(const LevelledField& field)
+inline double AzimuthOf(const LevelledField& field)
 {
     return survey::Rad2Deg(std::atan2(-field.rightward, field.forward));
 }
 
-/// The same within 6e-14 degrees, two units of the last digit of 180, but sooner; not a number for
-/// a vanishing field.
-inline double QuickHeadingOf(const LevelledField& field)
+/// The same within 6e-14 degrees, two units of the last digit of 180, but faster. NaN for a
+/// vanishing field.
+inline double QuickAzimuthOf(const LevelledField& field)
 {
     return survey::Rad2Deg(survey::ArcTangent(-field.rightward, field.forward));
 }
 
-/// Whether the field can be squared without loss.
-inline bool IsUsualStrength(double strength)
+/// The azimuth less the bias of its magnetometer [degrees], normalized by one step.
+inline double LessBias(double azimuth, Magnetometer which, double bias)
 {
-    constexpr double kLeast = 1e-150;
-    constexpr double kMost = 1e150;
-    return strength > kLeast && strength < kMost;
+    return survey::AdjustedAzimuth(which == Magnetometer::A
+                                       ? azimuth - bias
+                                       : azimuth - bias + survey::Rad2Deg(kMountingAngleB));
+}
+
+/// The heading [degrees], normalized by one step: -400 becomes -40.
+inline double HeadingOf(const Pose& pose, const Reading& m, Magnetometer which, SensorAxes axes,
+                        double bias)
+{
+    return LessBias(AzimuthOf(LevelledOf(pose, m, which, axes)), which, bias);
 }
 
 } // namespace tiltpole::positioning

@@ -1,45 +1,55 @@
 // SPDX-License-Identifier: MIT
 //
-// From the antenna down the pole to its tip, without the trigonometry that pitch and roll already
-// paid for.
+// From the antenna down the pole to its tip, from the sines and cosines of pitch and roll that are
+// known already.
+//
+//   ahead = sin t·tan u        aside² = cos² t − ahead²        down = sin t
+//
+// t is the elevation of the pole; ahead = cos t·cos k1 and aside = cos t·sin k1 count from the
+// heading, for the turned projection from the heading plus k3. aside is negative for v > 0. Neither
+// k1 nor t is needed for itself. Angles: Tilt.h. Derivation: docs/formulas.md, "Tip".
 #pragma once
 
-#include "positioning/detail/Tilt.h"
+#include "survey/Angle.h"
 #include "survey/SensorAxes.h"
+
+#include <cmath>
 
 namespace tiltpole::positioning {
 
-using survey::Rotation;
-
-/// The way from the antenna to the tip per metre of pole; `level` counts from the heading.
+/// The way from the antenna to the tip per meter of pole.
 ///
-///   level = (cos t·cos k1, cos t·sin k1)     down = sin t
-///
-/// t is the elevation of the pole, k1 = ±acos(tan t·tan u), negative for v > 0, the angle from the
-/// heading to its projection. For the sensor type whose projection is turned further, `level` is
-/// turned by k3 = acos(−tan u·tan v), which is the tilt direction, too.
-///
-/// An arc cosine near its ends, a pole near the plumb line or near the horizontal, tilt angles of
-/// which one hardly counts beside the other amplify the last digit of what they are given; there
-/// the result is not trusted, and the written formulas are to be evaluated step by step. Elsewhere
-/// both agree within 5e-10 degrees, k3 within 1.3e-11.
+/// `trusted` is false where the formulas of Tilt.h, evaluated one by one, amplify the last digit of
+/// their arguments: an arc cosine near its ends, a pole near the plumb line or near the horizontal,
+/// one tilt angle that hardly counts beside the other. A pole that leans along one axis (v = 0) is
+/// among them, as aside vanishes. Elsewhere both agree within 5e-10 degrees, k3 within 1.3e-11.
 struct WayDown
 {
-    Rotation level;
+    survey::Rotation level; // (ahead, aside), turned by k3 for the turned projection
     double down;
     double cosK3;
     bool trusted;
 };
 
-// Written so that neither k1 nor t is needed for themselves:
-//
-//   ahead = sin t·tan u        aside² = cos² t − ahead²        cos² t = sin² u + sin² v
-//
-// Where v is 0 the pole leans along one axis, aside vanishes, and the result is not trusted.
+struct TiltSines
+{
+    double sinU, cosU;
+    double sinV, cosV;
+};
+
+inline TiltSines TiltSinesOf(const survey::Pose& pose, survey::SensorAxes axes)
+{
+    if (axes == survey::SensorAxes::ForwardLeftUp)
+        return {pose.sinPitch, pose.cosPitch, pose.sinRoll, pose.cosRoll};
+    const double sinU = -(pose.cosPitch * pose.sinRoll);
+    return {sinU, survey::OtherLeg(sinU), pose.sinPitch, pose.cosPitch};
+}
+
+/// @param v  a number with the sign of the tilt angle v
 inline WayDown WayDownOf(const survey::Pose& pose, double v, int sensorType)
 {
-    constexpr double kLeastMargin = 1e-4; // relative rounding of 1e-16 grows to 1e-12 here
-    constexpr double kLeastRatio = 1e-3;  // the written k3 rounds by 1e-11 degrees here
+    constexpr double kLeastMargin = 1e-4; // a relative rounding of 1e-16 grows to 1e-12 here
+    constexpr double kLeastRatio = 1e-3;  // k3 by the law of cosines rounds by 1e-11 degrees here
     double down = 0.0;
     double level2 = 0.0; // cos² t
     const survey::SensorAxes axes = survey::AxesOf(sensorType);
@@ -51,7 +61,7 @@ inline WayDown WayDownOf(const survey::Pose& pose, double v, int sensorType)
         level2 = (1.0 - cosLean) * (1.0 + cosLean);
         down = std::fabs(cosLean);
     }
-    const TiltAngles tilt = TiltAnglesOf(pose, axes);
+    const TiltSines tilt = TiltSinesOf(pose, axes);
     const double tanU = tilt.sinU / tilt.cosU;
     const double ahead = down * tanU;
     const double side = std::sqrt(level2 - ahead * ahead);
@@ -61,9 +71,9 @@ inline WayDown WayDownOf(const survey::Pose& pose, double v, int sensorType)
     const bool trusted =
         side * down * std::fabs(tilt.cosU) > kLeastMargin
         && sinK3 * std::fabs(tilt.cosU * tilt.cosV * tilt.sinU * tilt.sinV) > kLeastRatio * level2;
-    const Rotation way{ahead, aside};
-    const Rotation level =
-        sensorType == survey::kTurnedProjectionType ? Rotation{cosK3, sinK3} + way : way;
+    const survey::Rotation way{ahead, aside};
+    const survey::Rotation level =
+        sensorType == survey::kTurnedProjectionType ? survey::Rotation{cosK3, sinK3} + way : way;
     return {level, down, cosK3, trusted};
 }
 

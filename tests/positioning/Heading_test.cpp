@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "tests/positioning/Literal.h"
 #include "tests/positioning/Reach.h"
+#include "tests/reference/LiteralPosition.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -152,7 +152,7 @@ struct WrapCase
 };
 
 // Both the formula and its caller normalise, each by one step.
-TEST(Heading, IsNormalisedByTwoStepsAtMost)
+TEST(Heading, IsNormalizedByTwoStepsAtMost)
 {
     constexpr WrapCase cases[] = {
         {10,    350,  "one step up"           },

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The measurement as a host makes it: pose and antenna in, headings and tip out.
-#include "tests/positioning/Literal.h"
 #include "tests/positioning/Reach.h"
+#include "tests/reference/LiteralPosition.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // The steps below Position: the projection, the two geometries, lines, distances, three spheres.
-#include "tests/positioning/Literal.h"
 #include "tests/positioning/Reach.h"
+#include "tests/reference/LiteralPosition.h"
 
 #include <cmath>
 #include <gtest/gtest.h>

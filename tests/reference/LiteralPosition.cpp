@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "tests/positioning/Literal.h"
+#include "tests/reference/LiteralPosition.h"
 
 #include <cmath>
 
