@@ -203,6 +203,8 @@ class Journal:
 def run(options, journal):
     """Judges changes until `count` of them compiled."""
     candidates = choose(options.folder, options.seed)
+    if not candidates:
+        sys.exit(f"nothing can be changed in {options.folder}")
     present = {key_of(mutant) for mutant in candidates}
     journal.outcomes = {k: v for k, v in journal.outcomes.items() if k in present}
     waiting = [mutant for mutant in candidates if key_of(mutant) not in journal.outcomes]
