@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/CommandLine.h"
 
-#include "apps/cli/Errors.h"
+#include "apps/cli/ExitCode.h"
+#include "apps/tables/Errors.h"
 
 #include <fmt/format.h>
 #include <string>
@@ -11,7 +12,7 @@ namespace cli {
 
 namespace {
 
-// What the command line lacks, in a sentence of its own where the parser has none that helps.
+// What is wrong with the command line; where the parser's own message does not help, another one.
 std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
 {
     if (command.get_require_subcommand_min() == 0) return error.what();
@@ -34,7 +35,7 @@ int Explain(const CLI::App& program, const CLI::ParseError& error)
         command = command->get_subcommands().front();
         name += ' ' + command->get_name();
     }
-    fmt::print(stderr, "{}: {} ({} --help tells more)\n", name, Complaint(*command, error), name);
+    fmt::print(stderr, "{}: {} (see {} --help)\n", name, Complaint(*command, error), name);
     return kUnreadable;
 }
 

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// What the programs say about a command line that they do not take.
+// How the programs report a command line that they cannot use.
 #pragma once
 
 #include <CLI/CLI.hpp>
 
 namespace cli {
 
-/// Tells on standard error in one sentence what is wrong and where to read on; a help page that was
-/// asked for goes to standard output. Returns the exit code.
+/// Prints on standard error, in one sentence, what is wrong and which help page to read; a
+/// requested help page goes to standard output. Returns the exit code.
 int Explain(const CLI::App& program, const CLI::ParseError& error);
 
 } // namespace cli

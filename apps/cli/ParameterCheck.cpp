@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/ParameterCheck.h"
 
-#include "apps/cli/Errors.h"
-#include "apps/cli/Numbers.h"
-#include "apps/cli/ReadFile.h"
+#include "apps/tables/Errors.h"
+#include "apps/tables/Numbers.h"
+#include "apps/tables/ReadFile.h"
 #include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
@@ -13,8 +13,8 @@ namespace cli {
 
 namespace {
 
-// What a sensible calibration stays within. A scale is the ratio of two axes of one magnetometer,
-// a share the part of one axis in another; offsets are limited by what raw counts may be.
+// Limits of a plausible calibration. A scale is the ratio of two axes of one magnetometer, a share
+// the part of one axis in another; offsets are limited by the range of raw counts.
 struct Limits
 {
     double low, high;
@@ -55,7 +55,7 @@ const std::vector<Key>& Keys()
     return keys;
 }
 
-// The library's rule: the first place where the bracketed key stands, up to the next CR.
+// As the library reads it: the text from the first occurrence of the bracketed key to the next CR.
 std::optional<ParameterProblem> Check(const Key& key, const std::string& content)
 {
     const std::string bracketed = "[" + key.name + "]";
@@ -68,10 +68,10 @@ std::optional<ParameterProblem> Check(const Key& key, const std::string& content
     const std::size_t end = content.find('\r', first);
     if (end == std::string::npos) {
         return ParameterProblem{key.name, line,
-                                "is not read, as no line that follows ends with CR LF"};
+                                "is not read, because no line from there on ends with CR LF"};
     }
     const std::string text = content.substr(first, end - first);
-    const auto value = ParseNumber(text);
+    const auto value = tables::ParseNumber(text);
     if (!value) {
         return ParameterProblem{key.name, line, fmt::format("is '{:.40}', not a number", text)};
     }
@@ -87,7 +87,7 @@ std::optional<ParameterProblem> Check(const Key& key, const std::string& content
 
 std::vector<ParameterProblem> CheckParameters(const std::string& path)
 {
-    const std::string content = ReadFile(path);
+    const std::string content = tables::ReadFile(path);
     std::vector<ParameterProblem> problems;
     for (const Key& key : Keys()) {
         if (auto problem = Check(key, content)) problems.push_back(std::move(*problem));
@@ -107,10 +107,10 @@ void LoadParameters(const std::string& path, CInclineSensor_Position& position, 
         const std::string reason = fmt::format("{}", fmt::join(sentences, "; "));
         const auto first = std::find_if(problems.begin(), problems.end(),
                                         [](const auto& problem) { return problem.line != 0; });
-        if (first == problems.end()) throw InputError(path, reason);
-        throw InputError(path, first->line, reason);
+        if (first == problems.end()) throw tables::InputError(path, reason);
+        throw tables::InputError(path, first->line, reason);
     }
-    if (position.ConfigRead(path.c_str()) != 1) throw InputError(path, "cannot be read");
+    if (position.ConfigRead(path.c_str()) != 1) throw tables::InputError(path, "cannot be read");
 }
 
 } // namespace cli

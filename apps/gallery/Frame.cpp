@@ -10,7 +10,7 @@ constexpr UINT_PTR kTimer = 1;
 constexpr UINT kPeriod = 42;        // milliseconds; two samples of the recording
 constexpr int kSamplesPerTick = 2;  // 48 samples a second as recorded
 constexpr int kSamplesPerCross = 5; // every fifth reading becomes a cross
-constexpr double kSpacing = 0.15;   // metres between observations in plan
+constexpr double kSpacing = 0.15;   // distance between observations in plan [m]
 constexpr int kWidth = 980;         // pixels
 constexpr int kHeight = 610;
 constexpr DWORD kChild = WS_CHILD | WS_VISIBLE;
@@ -63,11 +63,11 @@ bool Frame::Open()
 bool Frame::Step(int samples)
 {
     for (; samples > 0 && m_next < m_replay.size(); --samples, ++m_next)
-        Feed(m_replay[m_next]);
+        Show(m_replay[m_next]);
     return m_next < m_replay.size();
 }
 
-void Frame::Feed(const ReplaySample& sample)
+void Frame::Show(const ReplaySample& sample)
 {
     const PoseSensorData& pose = sample.pose;
     m_dial.SetValue(pose.dYaw);
@@ -88,7 +88,8 @@ void Frame::Feed(const ReplaySample& sample)
     m_caption.Invalidate();
 }
 
-// Observations stand apart as the multi-position solution wants them; the current one always shows.
+// Observations keep the distance that the multi-position solution requires; the current one is
+// always shown.
 void Frame::AddObservation(const ReplaySample& sample)
 {
     TiltPoint_Sensor point;
@@ -104,7 +105,7 @@ void Frame::AddObservation(const ReplaySample& sample)
         m_ground.graph.AddPoint(point);
     }
     m_ground.graph.DrawCurrentPt(nullptr, point);
-    m_ground.graph.InvalidateCtrl(); // takes the mark of the one before away
+    m_ground.graph.InvalidateCtrl(); // removes the previous mark
     m_ground.graph.ReDraw();
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The gallery's window: dial and gauges follow the pole, plots fill, the tilt graph grows.
+// The window of the gallery: dial and gauges follow the pole, the plots and the tilt graph fill.
 #pragma once
 
 #include "apps/gallery/Replay.h"
@@ -32,10 +32,10 @@ class Frame : public CWnd
 public:
     explicit Frame(std::vector<ReplaySample> replay);
 
-    /// False when there is no windowing system to show it on.
+    /// Creates and shows the window; false without a windowing system.
     bool Open();
 
-    /// Feeds the next samples; false at the end of the recording.
+    /// Shows the next samples; false at the end of the recording.
     bool Step(int samples);
 
 protected:
@@ -45,7 +45,7 @@ protected:
     DECLARE_MESSAGE_MAP()
 
 private:
-    void Feed(const ReplaySample& sample);
+    void Show(const ReplaySample& sample);
     void AddObservation(const ReplaySample& sample);
 
     std::vector<ReplaySample> m_replay;

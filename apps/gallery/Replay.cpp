@@ -1,20 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "apps/gallery/Replay.h"
 
-#include "apps/cli/SampleLog.h"
+#include "apps/tables/ReadFile.h"
+#include "apps/tables/SampleLog.h"
 
 namespace gallery {
 namespace {
 
-constexpr double kPoleLength = 2.0; // metres
+constexpr double kPoleLength = 2.0; // [m]
 
 } // namespace
 
 std::vector<ReplaySample> ReadReplay(const std::string& path)
 {
-    cli::SampleLog::Options options;
+    tables::SampleLog::Options options;
     options.antenna = true;
-    cli::SampleLog log(path, options);
+    options.mostBytes = tables::kMostInMemory;
+    tables::SampleLog log(path, options);
     CInclineSensor_Position position;
     std::vector<ReplaySample> samples;
     while (log.Next()) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A recorded pole, read once: poses with their headings, antenna positions.
+// A recording of a pole: poses with headings, and antenna positions.
 #pragma once
 
 #include "positioning/InclineSensor_Position.h"
@@ -17,7 +17,7 @@ struct ReplaySample
     xyhCoordinate antenna;
 };
 
-/// @throws cli::InputError when the log cannot be read
+/// @throws tables::InputError when the log cannot be read
 std::vector<ReplaySample> ReadReplay(const std::string& path);
 
 } // namespace gallery

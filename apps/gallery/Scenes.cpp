@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "apps/gallery/Scenes.h"
 
-#include "apps/cli/Errors.h"
 #include "apps/gallery/Frame.h"
+#include "apps/tables/Errors.h"
+#include "survey/Angle.h"
 
 #include <cmath>
 #include <functional>
@@ -10,8 +11,9 @@
 namespace gallery {
 namespace {
 
+namespace survey = tiltpole::survey;
+
 constexpr DWORD kChild = WS_CHILD | WS_VISIBLE;
-constexpr double kPi = 3.141592653589793;
 
 class Host : public CWnd
 {
@@ -30,14 +32,14 @@ public:
     explicit Album(std::string folder) : m_folder(std::move(folder))
     {
         if (!framework::MakeFolder(CString(m_folder.c_str())))
-            throw cli::InputError(m_folder, "the folder cannot be made");
+            throw tables::InputError(m_folder, "the folder cannot be created");
     }
 
     void Add(CWnd& window, const std::string& name)
     {
         const std::string path = m_folder + "/" + name + ".png";
         if (!framework::SaveWindowImage(window, CString(path.c_str())))
-            throw cli::InputError(path, "the picture cannot be written");
+            throw tables::InputError(path, "the picture cannot be written");
         m_names.push_back(path);
     }
 
@@ -77,7 +79,7 @@ void AddDials(Album& album)
             dial.SetFix(fix);
         dial.SetValue(340);
     });
-    AddMeter<CGraphCompass>(album, "compass-back-colour", {240, 240}, [](CGraphCompass& dial) {
+    AddMeter<CGraphCompass>(album, "compass-back-color", {240, 240}, [](CGraphCompass& dial) {
         dial.SetMeterBackColor(RGB(240, 240, 240));
         dial.SetValue(123);
     });
@@ -98,7 +100,7 @@ void AddGauges(Album& album, const std::string& side, int low)
     });
 }
 
-// An ellipse of readings about a centre, as a turn with hard iron leaves it.
+// An ellipse of readings about a center, as a turn with hard iron produces it.
 template <class Plot>
 void AddPlots(Album& album, const std::string& name)
 {
@@ -108,7 +110,7 @@ void AddPlots(Album& album, const std::string& name)
     plot.UpdateWindow();
     album.Add(plot, name + "-empty");
     for (int degrees = 0; degrees < 330; degrees += 3) {
-        const double a = degrees * kPi / 180.0;
+        const double a = survey::Deg2Rad(degrees);
         const int across = 120 + static_cast<int>(std::lround(420 * std::cos(a)));
         const int up = -80 + static_cast<int>(std::lround(380 * std::sin(a)));
         plot.AddTrackPoint(across, up, up);
@@ -142,7 +144,7 @@ void AddTiltGraphs(Album& album)
     view.UpdateWindow();
     album.Add(view, "tilt-empty");
     for (int i = 0; i < 12; ++i) {
-        const double a = i * kPi / 6.0;
+        const double a = i * survey::kPi / 6.0;
         const double reach = 0.5 + 0.05 * i;
         graph.AddPoint(
             Observation(4500000 + reach * std::cos(a), 500000 + reach * std::sin(a), false));
@@ -181,7 +183,7 @@ std::vector<std::string> RenderScenes(const std::string& folder,
                                       const std::vector<ReplaySample>& replay)
 {
     Album album(folder);
-    AddWholeWindow(album, replay); // before the plots leave views that its own would begin with
+    AddWholeWindow(album, replay); // first: the plots below save views that its plots would load
     AddDials(album);
     AddGauges<CGraphIncline_Left>(album, "incline-left", 0);
     AddGauges<CGraphIncline_Right>(album, "incline-right", 180);

@@ -10,8 +10,8 @@
 
 namespace gallery {
 
-/// Draws the states into `folder`, which is made where missing, and returns the files' names.
-/// @throws cli::InputError when a file cannot be written
+/// Draws the states into `folder`, creating it if necessary, and returns the file names.
+/// @throws tables::InputError when a file cannot be written
 std::vector<std::string> RenderScenes(const std::string& folder,
                                       const std::vector<ReplaySample>& replay);
 

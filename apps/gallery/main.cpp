@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// tiltpole-gallery: the display controls, alive on a recorded pole or as pictures.
+// tiltpole-gallery: the display controls, live on a recorded pole or as pictures.
 #include "apps/cli/CommandLine.h"
-#include "apps/cli/Errors.h"
+#include "apps/cli/ExitCode.h"
 #include "apps/gallery/Frame.h"
 #include "apps/gallery/Scenes.h"
+#include "apps/tables/Errors.h"
 
 #include <CLI/CLI.hpp>
 #include <fmt/core.h>
@@ -25,14 +26,14 @@ struct Arguments
     std::string folder;
 };
 
-// A folder in the place for temporary files, gone with the object.
+// A temporary folder that is removed with the object.
 class ScratchFolder
 {
 public:
     ScratchFolder() : m_path((std::filesystem::temp_directory_path() / "galleryXXXXXX").string())
     {
         if (!mkdtemp(m_path.data()))
-            throw cli::InputError(m_path, "no folder for temporary files can be made");
+            throw tables::InputError(m_path, "cannot create a temporary folder");
     }
     ~ScratchFolder()
     {
@@ -53,12 +54,12 @@ int Show(int& argc, char** argv, const Arguments& arguments)
     std::vector<gallery::ReplaySample> replay = gallery::ReadReplay(arguments.log);
     framework::Application application(argc, argv);
     gallery::Frame frame(std::move(replay));
-    if (!frame.Open()) throw cli::InputError("there is no screen to open a window on");
+    if (!frame.Open()) throw tables::InputError("no display to open a window on");
     return application.Run();
 }
 
-// The plots keep their views beside the module: pictures use a folder of their own, so that an old
-// view never shows in them.
+// The plots save their views beside the module. A temporary module path keeps earlier views out of
+// the pictures.
 int Render(int& argc, char** argv, const Arguments& arguments)
 {
     const std::vector<gallery::ReplaySample> replay = gallery::ReadReplay(arguments.log);
@@ -75,14 +76,14 @@ int Render(int& argc, char** argv, const Arguments& arguments)
 int RunGallery(int argc, char** argv)
 {
     CLI::App app("Shows every display control of tiltpole in one window, fed by a recorded pole:\n"
-                 "dial and gauges follow it, the plots fill, the tilt graph grows.\n",
+                 "dial and gauges follow it, the plots and the tilt graph fill.\n",
                  "tiltpole-gallery");
     Arguments arguments;
-    app.add_option("LOG", arguments.log, "sample log with antenna positions (N, E, h in metres)")
+    app.add_option("LOG", arguments.log, "sample log with antenna positions (N, E, h in meters)")
         ->capture_default_str();
     app.add_option("--render", arguments.folder,
-                   "instead draw every control in its documented states to PNG files in this "
-                   "folder; needs no screen")
+                   "draw every control in its documented states to PNG files in this folder "
+                   "instead; needs no display")
         ->type_name("DIR");
     try {
         app.parse(argc, argv);

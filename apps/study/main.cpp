@@ -2,8 +2,9 @@
 //
 // tiltpole_study: measures on simulated poles what the documentation states.
 #include "apps/cli/CommandLine.h"
-#include "apps/cli/Errors.h"
+#include "apps/cli/ExitCode.h"
 #include "apps/study/CalibrationStudy.h"
+#include "apps/tables/Errors.h"
 #include "framework/core/MessageBox.h"
 #include <CLI/CLI.hpp>
 #include <cstdio>
@@ -38,7 +39,7 @@ int Run(int argc, char** argv)
     std::erase_if(conditions, [&only](const study::Condition& c) {
         return c.name.find(only) == std::string_view::npos;
     });
-    if (conditions.empty()) throw cli::InputError("no condition has '" + only + "' in its name");
+    if (conditions.empty()) throw tables::InputError("no condition has '" + only + "' in its name");
     fmt::print("{}", study::CalibrationStudy(conditions, runs, seed));
     return cli::kDone;
 }

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/ParameterCheck.h"
 
-#include "apps/cli/Errors.h"
-#include "tests/apps/cli/ScratchFile.h"
+#include "apps/tables/Errors.h"
+#include "tests/apps/ScratchFile.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 
 namespace {
 
+using apps::test::ReadAll;
+using apps::test::ScratchFolder;
 using cli::CheckParameters;
 using cli::LoadParameters;
-using cli::test::ReadAll;
-using cli::test::ScratchFolder;
 using testing::EndsWith;
 using testing::HasSubstr;
 
@@ -40,20 +40,20 @@ std::string Complaint(const std::string& content, bool partial = false)
     CInclineSensor_Position position;
     try {
         LoadParameters(path, position, partial);
-    } catch (const cli::InputError& error) {
-        EXPECT_EQ(position.GetMagneticBiasAngle_A(), 0.0) << "loaded nonetheless";
+    } catch (const tables::InputError& error) {
+        EXPECT_EQ(position.GetMagneticBiasAngle_A(), 0.0) << "loaded anyway";
         return std::string(error.what()).substr(path.size() - std::string("pole.cfg").size());
     }
     EXPECT_EQ(position.GetMagneticBiasAngle_A(), 12.5);
     return {};
 }
 
-TEST(ParameterCheck, TakesWhatTheLibrarySaves)
+TEST(ParameterCheck, AcceptsAFileThatTheLibrarySaved)
 {
     EXPECT_EQ(Complaint(Saved()), "");
 }
 
-TEST(ParameterCheck, SaysWhichKeysAreNotPlausible)
+TEST(ParameterCheck, ReportsImplausibleKeys)
 {
     struct Case
     {
@@ -80,7 +80,7 @@ TEST(ParameterCheck, SaysWhichKeysAreNotPlausible)
         EXPECT_EQ(Complaint(Saved(c.text, c.by)), c.expected);
 }
 
-TEST(ParameterCheck, NamesAllThatIsWrong)
+TEST(ParameterCheck, ReportsEveryProblem)
 {
     const std::string complaint = Complaint("[MagneticBiasAngle_A]12.5\r\n");
     EXPECT_THAT(complaint, HasSubstr("MagneticA.a is missing; MagneticA.b is missing;"));
@@ -96,7 +96,7 @@ TEST(ParameterCheck, LineEndsWithoutCarriageReturnAreNotRead)
     EXPECT_THAT(Complaint(content), HasSubstr("pole.cfg:1: MagneticA.a is not read"));
 }
 
-TEST(ParameterCheck, APartOfTheKeysIsEnoughWhereAskedFor)
+TEST(ParameterCheck, AcceptsMissingKeysOnRequest)
 {
     EXPECT_EQ(Complaint("[MagneticBiasAngle_A]12.5\r\n", true), "");
     EXPECT_EQ(Complaint("[MagneticBiasAngle_A]12.5\r\n[MagneticA.e]x\r\n", true),
@@ -106,8 +106,8 @@ TEST(ParameterCheck, APartOfTheKeysIsEnoughWhereAskedFor)
 TEST(ParameterCheck, AFileThatCannotBeReadIsAnError)
 {
     const ScratchFolder folder;
-    EXPECT_THROW(CheckParameters(folder.Path("none.cfg")), cli::InputError);
-    EXPECT_THROW(CheckParameters(folder.Path("")), cli::InputError) << "a folder";
+    EXPECT_THROW(CheckParameters(folder.Path("none.cfg")), tables::InputError);
+    EXPECT_THROW(CheckParameters(folder.Path("")), tables::InputError) << "a folder";
 }
 
 } // namespace

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The gallery's pictures, drawn without a screen.
+// The gallery's pictures, drawn without a display.
 #include "tests/ScratchFolder.h"
-#include "tests/apps/cli/RunProgram.h"
+#include "tests/apps/RunProgram.h"
 
 #include <cairo.h>
 #include <gmock/gmock.h>
@@ -19,26 +19,26 @@
 
 namespace {
 
-using cli::test::Outcome;
-using cli::test::RunProgram;
+using apps::test::Outcome;
+using apps::test::RunProgram;
 
 constexpr const char* kLog = TILTPOLE_SOURCE_DIR "/examples/pole-replay.csv";
 
-// Colours of the picture in the file; none where it is no picture.
-std::set<std::uint32_t> ColoursOf(const std::string& path)
+// Colors of the picture in the file; empty if it is not a picture.
+std::set<std::uint32_t> ColorsOf(const std::string& path)
 {
     cairo_surface_t* const picture = cairo_image_surface_create_from_png(path.c_str());
-    std::set<std::uint32_t> colours;
+    std::set<std::uint32_t> colors;
     const unsigned char* const bytes = cairo_image_surface_get_data(picture);
     for (int y = 0; y < cairo_image_surface_get_height(picture); ++y)
         for (int x = 0; x < cairo_image_surface_get_width(picture); ++x) {
             std::uint32_t pixel = 0;
             std::memcpy(&pixel, bytes + y * cairo_image_surface_get_stride(picture) + 4 * x,
                         sizeof pixel);
-            colours.insert(pixel);
+            colors.insert(pixel);
         }
     cairo_surface_destroy(picture);
-    return colours;
+    return colors;
 }
 
 // An environment of the program's own: temporary files go to `temporary`.
@@ -72,7 +72,7 @@ TEST(Render, DrawsEveryPictureThatItNames)
     std::size_t named = 0;
     for (std::string path; std::getline(lines, path); ++named) {
         ASSERT_THAT(path, testing::StartsWith(pictures.Path("new/")));
-        EXPECT_GT(ColoursOf(path).size(), 1U) << path;
+        EXPECT_GT(ColorsOf(path).size(), 1U) << path;
         contents.insert(pictures.Read(path.substr(pictures.Path("").size())));
     }
     // The gauges have the same face; only the row of the pointer counts.
@@ -108,7 +108,7 @@ TEST(Render, LeavesNothingBesideItsPictures)
     EXPECT_THAT(surroundings.temporary.Names(), testing::IsEmpty());
 }
 
-TEST(Render, TellsWhatItCannotRead)
+TEST(Render, ReportsAnUnreadableLog)
 {
     const ScratchFolder folder;
     const Surroundings surroundings;

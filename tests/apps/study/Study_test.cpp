@@ -3,7 +3,7 @@
 // The study program: one calibration under each condition.
 #include "simulation/trials/Conditions.h"
 
-#include "tests/apps/cli/RunProgram.h"
+#include "tests/apps/RunProgram.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -15,8 +15,8 @@
 
 namespace {
 
-using cli::test::Outcome;
-using cli::test::RunProgram;
+using apps::test::Outcome;
+using apps::test::RunProgram;
 
 // A line of the table of conditions: its name, and the figures behind it.
 struct Row

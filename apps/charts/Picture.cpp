@@ -1,0 +1,78 @@
+// SPDX-License-Identifier: MIT
+#include "apps/charts/Picture.h"
+
+#include "apps/charts/ChartPainter.h"
+#include "apps/tables/Errors.h"
+#include "apps/tables/Output.h"
+#include <cairo-svg.h>
+#include <memory>
+
+namespace charts {
+
+namespace {
+
+constexpr double kMargin = 14.0;        // around the picture, points
+constexpr double kTitleHeight = 24.0;   // of each title line, points
+constexpr double kPixelsPerPoint = 2.0; // of a PNG
+
+bool EndsWith(std::string_view text, std::string_view ending)
+{
+    return text.size() > ending.size()
+           && text.compare(text.size() - ending.size(), ending.size(), ending) == 0;
+}
+
+cairo_status_t Append(void* content, const unsigned char* data, unsigned length)
+{
+    static_cast<std::string*>(content)->append(reinterpret_cast<const char*>(data), length);
+    return CAIRO_STATUS_SUCCESS;
+}
+
+using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)>;
+
+} // namespace
+
+Frame Picture::Body() const
+{
+    double top = kMargin;
+    if (!m_title.empty()) top += kTitleHeight;
+    if (!m_subtitle.empty()) top += kTitleHeight;
+    return {kMargin, top, m_width - 2.0 * kMargin, m_height - top - kMargin};
+}
+
+void Picture::Save(const std::string& path) const
+{
+    std::string content;
+    const bool asSvg = EndsWith(path, ".svg");
+    const Surface surface(
+        asSvg ? cairo_svg_surface_create_for_stream(Append, &content, m_width, m_height)
+              : cairo_image_surface_create(CAIRO_FORMAT_RGB24,
+                                           static_cast<int>(kPixelsPerPoint * m_width),
+                                           static_cast<int>(kPixelsPerPoint * m_height)),
+        &cairo_surface_destroy);
+    {
+        Painter painter(surface.get());
+        if (!asSvg) cairo_scale(painter.Get(), kPixelsPerPoint, kPixelsPerPoint);
+        painter.Clear();
+        double baseline = kMargin + 0.6 * kTitleHeight;
+        painter.Text({kMargin, baseline}, m_title, {.size = 16.0, .bold = true});
+        baseline += kTitleHeight;
+        painter.Text({kMargin, baseline}, m_subtitle, {.size = 11.0, .color = palette::kGray});
+        for (const Placed& placed : m_charts)
+            PaintChart(painter, placed.chart, placed.frame);
+    }
+    if (!asSvg) cairo_surface_write_to_png_stream(surface.get(), Append, &content);
+    cairo_surface_finish(surface.get());
+    const cairo_status_t status = cairo_surface_status(surface.get());
+    if (status != CAIRO_STATUS_SUCCESS) {
+        throw tables::InputError(path,
+                                 std::string("cannot be drawn: ") + cairo_status_to_string(status));
+    }
+    tables::WriteFile(path, content);
+}
+
+bool IsPictureName(std::string_view path)
+{
+    return EndsWith(path, ".png") || EndsWith(path, ".svg");
+}
+
+} // namespace charts

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+//
+// One or more charts below a title, saved as PNG or SVG.
+//
+//     Picture picture("Antenna and tip", "Tips of replay.csv", 900, 600);
+//     picture.Place(plan, picture.Body());
+//     picture.Save("tips.svg");
+//
+// Sizes are in points; a PNG has two pixels to the point.
+#pragma once
+
+#include "apps/charts/Chart.h"
+#include <string>
+#include <string_view>
+#include <utility>
+#include <vector>
+
+namespace charts {
+
+class Picture
+{
+public:
+    Picture(std::string title, std::string subtitle, double width, double height)
+        : m_title(std::move(title)), m_subtitle(std::move(subtitle)), m_width(width),
+          m_height(height)
+    {}
+
+    /// The area for charts: the picture without its margins and title lines.
+    Frame Body() const;
+
+    void Place(Chart chart, Frame frame) { m_charts.push_back({std::move(chart), frame}); }
+
+    /// Replaces the file: an SVG where its name ends in .svg, otherwise a PNG.
+    /// @throws InputError when it cannot be written
+    void Save(const std::string& path) const;
+
+private:
+    struct Placed
+    {
+        Chart chart;
+        Frame frame;
+    };
+
+    std::string m_title;
+    std::string m_subtitle;
+    double m_width;
+    double m_height;
+    std::vector<Placed> m_charts;
+};
+
+/// Whether a picture can have this name: it ends in .png or .svg.
+bool IsPictureName(std::string_view path);
+
+} // namespace charts

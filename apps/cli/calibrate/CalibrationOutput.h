@@ -1,0 +1,27 @@
+// SPDX-License-Identifier: MIT
+//
+// The output files of a calibration: the report as JSON, the picture, the parameter file.
+#pragma once
+
+#include "quality/CalibrationReport.h"
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace cli {
+
+/// All figures of a report, angles in degrees, shares as fractions of 1. Figures that could not be
+/// computed are null.
+nlohmann::ordered_json JsonOf(const quality::CalibrationReport& report,
+                              const quality::CalibrationRun& run);
+
+/// Raw and corrected readings of both turns in their planes, missing sectors marked; PNG or SVG.
+/// @throws InputError when the file cannot be written
+void SaveCalibrationPicture(const std::string& path, const quality::CalibrationReport& report,
+                            const quality::CalibrationRun& run);
+
+/// Writes the parameter file under a temporary name, reads it back to verify it, and renames it.
+/// @throws InputError, leaving an existing file unchanged, when a value is not finite, when the file
+///         cannot be written, or when reading it back gives other values
+void SaveParameters(const std::string& path, const quality::Calibration& calibration);
+
+} // namespace cli

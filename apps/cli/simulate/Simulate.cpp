@@ -1,0 +1,329 @@
+// SPDX-License-Identifier: MIT
+#include "apps/cli/simulate/Simulate.h"
+
+#include "apps/cli/ExitCode.h"
+#include "apps/cli/simulate/SimulateOptions.h"
+#include "apps/tables/Errors.h"
+#include "apps/tables/Output.h"
+#include "simulation/LogText.h"
+#include "simulation/TruthText.h"
+#include <fmt/format.h>
+#include <memory>
+
+namespace cli {
+
+namespace {
+
+using simulation::TurnAxis;
+using simulation::TurnPlan;
+
+void Say(const std::string& sentence)
+{
+    fmt::print(stderr, "{}\n", sentence);
+}
+
+CLI::Option* AddFile(CLI::App& command, const char* option, std::string& path,
+                     const char* description)
+{
+    return command.add_option(option, path, description)->type_name("FILE");
+}
+
+// One option for both turns: one number for both, or two with that of the horizontal turn first.
+struct Pair
+{
+    double horizontal;
+    double vertical;
+
+    explicit Pair(double both) : horizontal(both), vertical(both) {}
+    double Of(TurnAxis axis) const { return axis == TurnAxis::Horizontal ? horizontal : vertical; }
+};
+
+CLI::Option* AddPair(CLI::App& command, const char* option, Pair& pair, const char* description)
+{
+    return AddNumbers(
+        command, option, {"BOTH|H,V", 1, 2},
+        [&pair](const std::vector<double>& n) {
+            pair.horizontal = n.front();
+            pair.vertical = n.back();
+        },
+        fmt::format("{} [{}]", description, pair.horizontal));
+}
+
+class Turns
+{
+public:
+    void AddTo(CLI::App& command);
+    int Run();
+
+private:
+    void AddOperator(CLI::App& command);
+    TurnPlan PlanOf(TurnAxis axis) const;
+    void Write(TurnAxis axis, const std::string& path);
+
+    SceneOptions m_options;
+    MagnetOptions m_magnets;
+    simulation::Scene m_scene;
+    std::vector<simulation::TurnResult> m_results;
+    std::string m_horizontal;
+    std::string m_vertical;
+    std::string m_truth;
+    TurnPlan m_plan;
+    Pair m_extent{TurnPlan{}.extent};
+    Pair m_heading{0.0};
+    Pair m_level{0.0};
+    Pair m_levelDirection{0.0};
+    Pair m_axis{0.0};
+    Pair m_axisDirection{0.0};
+};
+
+void Turns::AddTo(CLI::App& command)
+{
+    UnderHeading(command, "Output");
+    AddFile(command, "--horizontal", m_horizontal, "Log of the turn about the sensor's z axis");
+    AddFile(command, "--vertical", m_vertical, "Log of the turn about the sensor's y axis");
+    AddFile(command, "--truth", m_truth, "JSON file with the true values");
+    UnderHeading(command, "Turns");
+    command.add_option("--samples", m_plan.samples, "Samples of each turn, before losses [500]")
+        ->type_name("WHOLE");
+    AddAmount(command, "--rate", m_plan.rate, "Samples per second");
+    AddPair(command, "--extent", m_extent,
+            "Total turn, degrees; negative: in the opposite direction");
+    AddPair(command, "--start-heading", m_heading, "Heading at the start, degrees");
+    AddStartTime(command, m_plan.startOfDay);
+    AddOperator(command);
+    AddLosses(command, m_plan.losses);
+    m_magnets.AddTo(command);
+    m_options.AddTo(command);
+    command.footer(
+        "Example: tiltpole simulate turns --horizontal h.csv --vertical v.csv "
+        "--truth t.json --seed 7\n"
+        "Numbers in brackets are defaults. H,V: one number for the horizontal and one for "
+        "the vertical turn. Times count from the start of each turn.");
+}
+
+void Turns::AddOperator(CLI::App& command)
+{
+    UnderHeading(command, "Operator");
+    AddPair(command, "--level-error", m_level,
+            "Angle between the turn's axis and the plumb line (or the horizon), degrees");
+    AddPair(command, "--level-direction", m_levelDirection,
+            "Direction of that error from the start heading, degrees");
+    AddPair(command, "--axis-error", m_axis,
+            "Angle between the axis of the turn and that of the sensor, degrees");
+    AddPair(command, "--axis-direction", m_axisDirection,
+            "Direction of that error about the axis, degrees");
+    AddAmount(command, "--wobble", m_plan.wobble, "Tremor about the other axes, degrees");
+    AddAmount(command, "--uneven", m_plan.unevenness, "Unevenness of the speed, 0 to below 1");
+    AddRepeated(
+        command, "--stop", {"DEGREES:SECONDS", 2, 2},
+        [this](const std::vector<double>& n) {
+            m_plan.stops.push_back({n[0], n[1]});
+        },
+        "Pause after so many degrees; repeatable");
+    AddRepeated(
+        command, "--turn-back", {"DEGREES:BY", 2, 2},
+        [this](const std::vector<double>& n) {
+            m_plan.turningsBack.push_back({n[0], n[1]});
+        },
+        "Turn back after so many degrees, by so many; repeatable");
+}
+
+TurnPlan Turns::PlanOf(TurnAxis axis) const
+{
+    TurnPlan plan = m_plan;
+    plan.axis = axis;
+    plan.extent = m_extent.Of(axis);
+    plan.startHeading = m_heading.Of(axis);
+    plan.levelError = m_level.Of(axis);
+    plan.levelDirection = m_levelDirection.Of(axis);
+    plan.axisError = m_axis.Of(axis);
+    plan.axisDirection = m_axisDirection.Of(axis);
+    plan.magnets = m_magnets.Magnets();
+    return plan;
+}
+
+void Turns::Write(TurnAxis axis, const std::string& path)
+{
+    if (path.empty()) return;
+    const TurnPlan plan = PlanOf(axis);
+    const simulation::Recording turn =
+        SimulateTurn(m_scene.sensor, m_scene.field, plan, m_scene.seed);
+    tables::WriteFile(path, TextOf(turn));
+    m_results.push_back({plan, turn.samples.size()});
+    const char* name = axis == TurnAxis::Horizontal ? "horizontal" : "vertical";
+    Say(fmt::format("{}: {} turn, {} of {} samples written", path, name, turn.samples.size(),
+                    plan.samples));
+}
+
+int Turns::Run()
+{
+    if (m_horizontal.empty() && m_vertical.empty())
+        throw tables::InputError("give a log to write with --horizontal or --vertical");
+    m_scene = m_options.Result();
+    RefuseProblem(ProblemOf(PlanOf(TurnAxis::Horizontal)));
+    RefuseProblem(ProblemOf(PlanOf(TurnAxis::Vertical)));
+    m_options.WriteParameters();
+    Write(TurnAxis::Horizontal, m_horizontal);
+    Write(TurnAxis::Vertical, m_vertical);
+    if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfTurns(m_scene, m_results));
+    return kDone;
+}
+
+class WalkCommand
+{
+public:
+    void AddTo(CLI::App& command);
+    int Run();
+
+private:
+    void AddAntenna(CLI::App& command);
+
+    SceneOptions m_options;
+    MagnetOptions m_magnets;
+    std::string m_out = "-";
+    std::string m_truth;
+    simulation::WalkPlan m_plan;
+    bool m_rigid = false;
+    bool m_silent = false;
+};
+
+void WalkCommand::AddTo(CLI::App& command)
+{
+    UnderHeading(command, "Output");
+    AddFile(command, "--out", m_out, "The log; - is standard output [-]");
+    AddFile(command, "--truth", m_truth, "JSON file with the true values");
+    UnderHeading(command, "Walk");
+    command.add_option("--points", m_plan.points, "Points to measure [8]")->type_name("WHOLE");
+    AddAmount(command, "--rate", m_plan.rate, "Samples per second");
+    AddAmount(command, "--dwell", m_plan.dwell, "Time on each point, s");
+    AddAmount(command, "--travel", m_plan.travel, "Time between two points, s");
+    AddPoint(command, "--start", m_plan.start, "First tip: N (x), E (y), h in meters");
+    AddAmount(command, "--spacing", m_plan.spacing, "Distance between neighboring points, m");
+    AddAmount(command, "--relief", m_plan.relief, "Spread of the points' heights, m");
+    AddAmount(command, "--pole", m_plan.poleLength, "Pole length, antenna to tip, m");
+    AddAmount(command, "--least-lean", m_plan.leastLean, "Smallest lean on a point, degrees");
+    AddAmount(command, "--most-lean", m_plan.mostLean, "Largest lean on a point, degrees");
+    AddAmount(command, "--tremor", m_plan.tremor, "Tremor of the hand, degrees");
+    AddStartTime(command, m_plan.startOfDay);
+    AddAntenna(command);
+    AddLosses(command, m_plan.losses);
+    m_magnets.AddTo(command);
+    m_options.AddTo(command);
+    command.footer("Example: tiltpole simulate walk --seed 7 --out walk.csv --truth walk.json\n"
+                   "tiltpole measure walk.csv --pole 2.0 reads it; columns that end in "
+                   "_true contain the true values; point_true is 0 between two points.");
+}
+
+void WalkCommand::AddAntenna(CLI::App& command)
+{
+    UnderHeading(command, "Antenna");
+    simulation::AntennaNoise& noise = m_plan.noise;
+    AddAmount(command, "--white-plan", noise.whitePlan, "White noise of N and E, m");
+    AddAmount(command, "--white-height", noise.whiteHeight, "White noise of h, m");
+    AddAmount(command, "--slow-plan", noise.slowPlan, "Slow noise of N and E, m");
+    AddAmount(command, "--slow-height", noise.slowHeight, "Slow noise of h, m");
+    AddAmount(command, "--correlation", noise.correlation, "Correlation time of the slow noise, s");
+    command.add_flag("--silent-antenna", m_silent, "An antenna without noise");
+    command.add_flag("--rigid", m_rigid,
+                     "A straight pole; by default the antenna is placed where the solution for the "
+                     "sensor type assumes it");
+}
+
+int WalkCommand::Run()
+{
+    const simulation::Scene scene = m_options.Result();
+    m_plan.magnets = m_magnets.Magnets();
+    if (m_rigid) m_plan.geometry = simulation::PoleGeometry::Rigid;
+    if (m_silent) m_plan.noise = {0.0, 0.0, 0.0, 0.0, m_plan.noise.correlation};
+    RefuseProblem(ProblemOf(m_plan));
+    m_options.WriteParameters();
+    const simulation::Walk walk = SimulateWalk(scene.sensor, scene.field, m_plan, scene.seed);
+    tables::WriteFile(m_out, TextOf(walk));
+    if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfWalk(scene, m_plan, walk));
+    Say(fmt::format("{}: {} samples of {} points written", m_out, walk.samples.size(),
+                    walk.tips.size()));
+    return kDone;
+}
+
+class PointsCommand
+{
+public:
+    void AddTo(CLI::App& command);
+    int Run() const;
+
+private:
+    std::uint64_t m_seed = 1;
+    std::string m_out = "-";
+    std::string m_truth;
+    simulation::PointsPlan m_plan;
+};
+
+void PointsCommand::AddTo(CLI::App& command)
+{
+    UnderHeading(command, "Output");
+    AddFile(command, "--out", m_out, "The positions; - is standard output [-]");
+    AddFile(command, "--truth", m_truth, "JSON file with the true values");
+    AddSeed(command, m_seed);
+    UnderHeading(command, "Positions");
+    m_plan.spacing = 0.3;
+    command.add_option("--points", m_plan.points, "Antenna positions [20]")->type_name("WHOLE");
+    AddPoint(command, "--tip", m_plan.tip, "Tip: N (x), E (y), h in meters");
+    AddAmount(command, "--height", m_plan.poleLength, "Antenna height along the pole, m");
+    AddAmount(command, "--least-lean", m_plan.leastLean, "Smallest lean, degrees");
+    AddAmount(command, "--most-lean", m_plan.mostLean,
+              "Largest lean, degrees; small: a narrow cone");
+    AddNumber(command, "--azimuth", m_plan.azimuth,
+              "Center of the range of lean directions, degrees");
+    AddAmount(command, "--width", m_plan.width, "Width of that range, degrees");
+    AddAmount(command, "--spacing", m_plan.spacing,
+              "Smallest distance between two positions in plan, m");
+    AddAmount(command, "--plan-noise", m_plan.planNoise, "Noise of N and E, m");
+    AddAmount(command, "--height-noise", m_plan.heightNoise, "Noise of h, m");
+    AddAmount(command, "--incline-noise", m_plan.inclineNoise, "Noise of the incline, degrees");
+    command.add_option("--outliers", m_plan.outliers, "Number of outliers [0]")->type_name("WHOLE");
+    AddAmount(command, "--outlier-size", m_plan.outlierSize, "Size of the outliers, m");
+    command.footer("Example: tiltpole simulate points --most-lean 15 --spacing 0.05 --out p.csv\n"
+                   "tiltpole solve p.csv --height 2.0 reads it.");
+}
+
+int PointsCommand::Run() const
+{
+    RefuseProblem(ProblemOf(m_plan));
+    const auto positions = SimulatePoints(m_plan, m_seed);
+    const auto count = static_cast<int>(positions.size());
+    if (count < m_plan.points)
+        throw tables::InputError(
+            fmt::format("there is only room for {} of {} positions: lean more, or "
+                        "use a smaller --spacing",
+                        count, m_plan.points));
+    tables::WriteFile(m_out, TextOf(positions));
+    if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfPoints(m_seed, m_plan, positions));
+    Say(fmt::format("{}: {} positions written", m_out, count));
+    return kDone;
+}
+
+template <class Kind>
+void AddKind(CLI::App& simulate, const char* name, const char* description, int& exitCode)
+{
+    auto kind = std::make_shared<Kind>();
+    CLI::App* command = simulate.add_subcommand(name, description);
+    kind->AddTo(*command);
+    command->callback([kind, &exitCode] { exitCode = kind->Run(); });
+}
+
+} // namespace
+
+void AddSimulateCommand(CLI::App& program, int& exitCode)
+{
+    CLI::App* simulate = program.add_subcommand(
+        "simulate", "Write reproducible logs of a pole with known true values.");
+    simulate->require_subcommand(1);
+    simulate->footer(
+        "See tiltpole simulate KIND --help for the options of a kind. docs/simulation.md "
+        "describes the model.");
+    AddKind<Turns>(*simulate, "turns", "The two turns of a magnetometer calibration", exitCode);
+    AddKind<WalkCommand>(*simulate, "walk", "A measuring walk with antenna coordinates", exitCode);
+    AddKind<PointsCommand>(*simulate, "points", "Antenna positions around one tip", exitCode);
+}
+
+} // namespace cli

@@ -1,0 +1,142 @@
+// SPDX-License-Identifier: MIT
+#include "apps/cli/solve/Solve.h"
+
+#include "apps/cli/ExitCode.h"
+#include "apps/cli/OptionChecks.h"
+#include "apps/cli/solve/SolvePicture.h"
+#include "apps/cli/solve/SolveReport.h"
+#include "apps/tables/Csv.h"
+#include "apps/tables/Numbers.h"
+#include "apps/tables/Output.h"
+#include "apps/tables/Progress.h"
+#include "apps/tables/ReadFile.h"
+#include <fmt/format.h>
+#include <memory>
+
+namespace cli {
+
+namespace {
+
+struct SolveOptions
+{
+    SolveSetup setup;
+    std::string plot;
+    bool json = false;
+};
+
+constexpr const char* kFooter = R"(
+The tip of the pole stays on one point while the antenna is observed at many tilts. The
+input is a text file with a header that names the columns and one row per observation:
+  N, E, h     antenna: northing, easting, height [m]; x, y, h in this order are accepted, too
+  incline     tilt of the pole from the plumb line [degrees]; optional, may be empty
+  name        optional; without it, rows are identified by their line
+Other columns are ignored. Fields are separated by , or ; and the decimal sign is a
+point. Coordinates are always read and written in the order N, E, h.
+
+Positions are rejected when they lean by more than --cutoff, or when they are closer in
+plan to an accepted position than 0.15 antenna heights (0.5 m where that is below 0.1 m).
+The report lists every position as accepted or rejected.
+
+There are two results. The search tries every combination of four positions, takes one
+step from each and grades the best: grade 1 is accepted, a negative grade states a
+problem. The least-squares tip uses all positions at once with the antenna height as
+radius; it comes with a 95 % ellipse in plan, a 95 % height interval, its largest residual
+and a warning for narrow cones. The last sentence recommends which one to store.
+
+Examples:
+  tiltpole solve points.csv --height 2.0
+  tiltpole solve points.csv --height 1.8 --cutoff 30 --plot tip.svg
+  tiltpole solve points.csv --height 2.0 --json | jq .estimate.tip
+
+Exit codes: 0 a tip can be stored, 1 it cannot, 2 wrong use or unreadable input.)";
+
+std::size_t Coordinate(const tables::CsvReader& csv, const char* name, const char* otherName)
+{
+    if (const auto column = csv.Find(name)) return *column;
+    if (const auto column = csv.Find(otherName)) return *column;
+    return csv.Require(name);
+}
+
+std::vector<AntennaRow> ReadRows(const std::string& path)
+{
+    tables::CsvReader csv(path, tables::kMostInMemory);
+    const std::size_t north = Coordinate(csv, "N", "x");
+    const std::size_t east = Coordinate(csv, "E", "y");
+    const std::size_t height = csv.Require("h");
+    const auto incline = csv.Find("incline");
+    const auto name = csv.Find("name");
+    std::vector<AntennaRow> rows;
+    while (csv.Next()) {
+        AntennaRow row;
+        row.line = csv.Line();
+        row.name = name ? std::string(csv.Field(*name)) : fmt::format("line {}", row.line);
+        row.antenna = {csv.Number(north), csv.Number(east), csv.Number(height)};
+        if (incline && !tables::Trim(csv.Field(*incline)).empty())
+            row.incline = csv.Number(*incline);
+        rows.push_back(std::move(row));
+    }
+    return rows;
+}
+
+int Run(const SolveOptions& options)
+{
+    tables::KeepInputs({options.plot}, {options.setup.file});
+    constexpr double kSteps = 1e6;
+    tables::Progress meter(static_cast<std::uint64_t>(kSteps), tables::Unit::None);
+    const SolvedTip solved =
+        SolveTip(options.setup, ReadRows(options.setup.file), [&](double fraction) {
+            meter.Update(static_cast<std::uint64_t>(fraction * kSteps));
+        });
+    meter.Wipe();
+    if (!options.plot.empty()) SaveSolvePicture(options.plot, solved);
+
+    using nlohmann::ordered_json;
+    tables::Output output("-");
+    output.Write(options.json
+                     ? SolveJson(solved).dump(2, ' ', false, ordered_json::error_handler_t::replace)
+                           + "\n"
+                     : SolveText(solved));
+    output.Finish();
+    return solved.estimate.verdict == quality::TipVerdict::Store ? kDone : kNegative;
+}
+
+} // namespace
+
+void AddSolveCommand(CLI::App& program, int& exitCode)
+{
+    const auto options = std::make_shared<SolveOptions>();
+    SolveSetup& setup = options->setup;
+    CLI::App* const command =
+        program.add_subcommand("solve", "Compute the tip from many antenna positions around it.");
+    command->footer(kFooter);
+    command->add_option("POINTS", setup.file, "Antenna positions; - is standard input")
+        ->required()
+        ->type_name("FILE");
+    command->add_option("--height", setup.antennaHeight, "Antenna height above the tip [m]")
+        ->required()
+        ->type_name("LENGTH")
+        ->check(PositiveNumber());
+    command->add_option("--cutoff", setup.cutoff, "Largest incline [degrees]; default 45")
+        ->type_name("ANGLE")
+        ->check(FiniteNumber());
+    command
+        ->add_option(
+            "--plan-error", setup.errors.plan,
+            "Standard deviation of antenna N and E each [m]; default 0.008. Only its ratio "
+            "to --height-error matters")
+        ->type_name("LENGTH")
+        ->check(PositiveNumber());
+    command
+        ->add_option("--height-error", setup.errors.height,
+                     "Standard deviation of the antenna's height [m]; default 0.015")
+        ->type_name("LENGTH")
+        ->check(PositiveNumber());
+    command
+        ->add_option("--plot", options->plot, "Plot of antennas, tips and residuals, .png or .svg")
+        ->type_name("FILE")
+        ->check(PictureName());
+    command->add_flag("--json", options->json, "Print the results as JSON");
+    command->callback([options, &exitCode] { exitCode = Run(*options); });
+}
+
+} // namespace cli

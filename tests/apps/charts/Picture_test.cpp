@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+#include "apps/charts/Picture.h"
+
+#include "tests/apps/ScratchFile.h"
+#include <cairo.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+
+namespace {
+
+using apps::test::ReadAll;
+using apps::test::ScratchFolder;
+using charts::Chart;
+using charts::Picture;
+using charts::Range;
+
+// A disc of one color in a chart of equal scale.
+Picture Disc()
+{
+    Chart chart("", {"", ""});
+    chart.KeepEqualScale();
+    chart.SetRange(Range{-1.0, 1.0}, Range{-1.0, 1.0});
+    chart.AddPoints("",
+                    {
+                        {0.0, 0.0}
+    },
+                    {.color = {1.0, 0.0, 0.0}, .size = 40.0});
+    Picture picture("", "", 300.0, 200.0);
+    picture.Place(std::move(chart), picture.Body());
+    return picture;
+}
+
+bool IsRed(const unsigned char* pixel) // blue, green, red, unused
+{
+    return pixel[2] > 200 && pixel[1] < 60 && pixel[0] < 60;
+}
+
+TEST(Picture, APngShowsTheChart)
+{
+    const ScratchFolder folder;
+    Disc().Save(folder.Path("disc.png"));
+    cairo_surface_t* const image =
+        cairo_image_surface_create_from_png(folder.Path("disc.png").c_str());
+    ASSERT_EQ(cairo_surface_status(image), CAIRO_STATUS_SUCCESS);
+    EXPECT_EQ(cairo_image_surface_get_width(image), 600);
+    EXPECT_EQ(cairo_image_surface_get_height(image), 400);
+    const unsigned char* const pixels = cairo_image_surface_get_data(image);
+    const int stride = cairo_image_surface_get_stride(image);
+    int red = 0;
+    for (int y = 0; y < 400; ++y) {
+        for (int x = 0; x < 600; ++x)
+            red += IsRed(pixels + y * stride + 4 * x) ? 1 : 0;
+    }
+    cairo_surface_destroy(image);
+    EXPECT_NEAR(red, 3.14159 * 80 * 80, 400) << "a disc of 80 pixels, its rim blended";
+}
+
+TEST(Picture, AnSvgIsText)
+{
+    const ScratchFolder folder;
+    Disc().Save(folder.Path("disc.svg"));
+    const std::string text = ReadAll(folder.Path("disc.svg"));
+    EXPECT_THAT(text, testing::HasSubstr("<svg"));
+    EXPECT_THAT(text, testing::HasSubstr("</svg>"));
+}
+
+TEST(Picture, EmptyChartsAndSinglePointsAreDrawn)
+{
+    const ScratchFolder folder;
+    Chart empty("nothing", {"x", "y"});
+    Chart single("one", {"x", "y"});
+    single.KeepEqualScale();
+    single.AddPoints("p",
+                     {
+                         {5.0, 5.0}
+    },
+                     {});
+    Picture picture("both", "", 400.0, 300.0);
+    picture.Place(empty, {0, 0, 200, 300});
+    picture.Place(single, {200, 0, 200, 300});
+    EXPECT_NO_THROW(picture.Save(folder.Path("both.png")));
+}
+
+} // namespace

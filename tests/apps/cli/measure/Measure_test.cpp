@@ -1,0 +1,345 @@
+// SPDX-License-Identifier: MIT
+#include "apps/tables/Csv.h"
+#include "positioning/InclineSensor_Position.h"
+#include "tests/apps/RunProgram.h"
+#include "tests/apps/SampleRows.h"
+#include "tests/apps/ScratchFile.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <unistd.h>
+
+namespace {
+
+using apps::test::kLogHeader;
+using apps::test::LogRow;
+using apps::test::Outcome;
+using apps::test::ReadAll;
+using apps::test::RunProgram;
+using apps::test::ScratchFolder;
+using testing::AllOf;
+using testing::EndsWith;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+const std::string kExample = TILTPOLE_SOURCE_DIR "/examples/pole-replay.csv";
+constexpr double kLastDigit = 0.51e-6; // half of the last printed digit
+
+Outcome Measure(const std::string& content, std::vector<std::string> more = {})
+{
+    std::vector<std::string> arguments = {"measure", "-", "--pole", "2"};
+    arguments.insert(arguments.end(), more.begin(), more.end());
+    return RunProgram(arguments, content);
+}
+
+// One number from the rows that a run wrote.
+double Value(const std::string& rows, const std::string& column, int row = 0)
+{
+    const ScratchFolder folder;
+    tables::CsvReader reader(folder.Write("rows.csv", rows));
+    for (int i = 0; i <= row; ++i)
+        EXPECT_TRUE(reader.Next());
+    return reader.Number(reader.Require(column));
+}
+
+TEST(Measure, APlumbPoleStandsBelowItsAntenna)
+{
+    const Outcome outcome = Measure(kLogHeader + LogRow("0", "0"));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_NEAR(Value(outcome.out, "tip_N_m"), 4500000.25, kLastDigit);
+    EXPECT_NEAR(Value(outcome.out, "tip_E_m"), 500000.5, kLastDigit);
+    EXPECT_NEAR(Value(outcome.out, "tip_h_m"), 98.0, kLastDigit);
+    EXPECT_NEAR(Value(outcome.out, "tilt_deg"), 0.0, kLastDigit);
+}
+
+// With roll 10 the pole leans by 10 degrees: 2 m·sin 10° in the plane, 2 m·cos 10° down.
+TEST(Measure, ALeaningPoleStepsAsideAndDown)
+{
+    const Outcome outcome = Measure(kLogHeader + LogRow("0", "10"));
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const double north = Value(outcome.out, "tip_N_m") - Value(outcome.out, "antenna_N_m");
+    const double east = Value(outcome.out, "tip_E_m") - Value(outcome.out, "antenna_E_m");
+    EXPECT_NEAR(std::hypot(north, east), 0.347296355, 3.0 * kLastDigit);
+    EXPECT_NEAR(Value(outcome.out, "tip_h_m"), 100.0 - 1.969615506, kLastDigit);
+    EXPECT_NEAR(Value(outcome.out, "tilt_deg"), 10.0, kLastDigit);
+}
+
+TEST(Measure, SubtractsTheBiasFromTheHeading)
+{
+    const std::string log = kLogHeader + LogRow("0", "10");
+    const double plain = Value(Measure(log).out, "heading_A_deg");
+    const double biased = Value(Measure(log, {"--bias", "-12.5"}).out, "heading_A_deg");
+    EXPECT_NEAR(biased - plain, 12.5, 2.0 * kLastDigit);
+    const double other = Value(Measure(log, {"--bias", "-12.5"}).out, "heading_B_deg");
+    EXPECT_NEAR(other, Value(Measure(log).out, "heading_B_deg"), kLastDigit);
+}
+
+TEST(Measure, FlagsStillAndDisturbedSamples)
+{
+    std::string disturbed = LogRow("0", "10");
+    disturbed.replace(disturbed.find("-400"), 4, "-900");
+    const Outcome outcome = Measure(kLogHeader + LogRow("0", "10") + LogRow("0", "10") + disturbed);
+    EXPECT_EQ(Value(outcome.out, "still", 0), 0.0) << "nothing came before";
+    EXPECT_EQ(Value(outcome.out, "still", 1), 1.0);
+    EXPECT_EQ(Value(outcome.out, "interference", 1), 0.0);
+    EXPECT_EQ(Value(outcome.out, "interference", 2), 1.0);
+    EXPECT_THAT(outcome.err, HasSubstr("magnetic interference   1 samples (33.3 %)"));
+}
+
+TEST(Measure, GivesTheSameRowsForEveryDialect)
+{
+    const std::string plain = kLogHeader + LogRow("1", "10") + LogRow("2", "-3");
+    const Outcome expected = Measure(plain);
+    ASSERT_EQ(expected.exitCode, 0);
+    std::string other = "\xEF\xBB\xBF";
+    for (const char c : plain)
+        other += c == ',' ? ";" : c == '\n' ? "\r\n\r\n" : std::string(1, c);
+    const Outcome outcome = Measure(other);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.out, expected.out);
+}
+
+TEST(Measure, CarriesUnknownColumnsAndTheTimeThrough)
+{
+    const Outcome outcome =
+        Measure("note,tip_N_m," + kLogHeader + "\"a \"\"b\"\"; c, d\",7," + LogRow("0", "0"));
+    EXPECT_THAT(outcome.out, StartsWith("note,log_tip_N_m,Time,antenna_N_m,"));
+    EXPECT_THAT(outcome.out, HasSubstr("\n\"a \"\"b\"\"; c, d\",7,10:57:07,4500000.250000,"));
+}
+
+TEST(Measure, StopsAtABadRowAndLeavesTheOldFile)
+{
+    const ScratchFolder folder;
+    const std::string log =
+        folder.Write("log.csv", kLogHeader + LogRow("0", "0") + LogRow("nan", "0"));
+    const std::string out = folder.Write("tips.csv", "old");
+    const Outcome outcome = RunProgram({"measure", log, "--pole", "2", "--out", out});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.err, log + ":3: dPitch is 'nan', not a finite number\n");
+    EXPECT_EQ(ReadAll(out), "old");
+    EXPECT_EQ(folder.Names().size(), 2U);
+}
+
+TEST(Measure, SkipsListsAndCountsBadRows)
+{
+    const std::string tooLarge = "10:57:07,0,0,400,0,0,-400,0,0,1e308,1e308,-1.8e308\n";
+    const Outcome outcome = Measure(kLogHeader + LogRow("0", "0") + LogRow("x", "0") + "1,2\n"
+                                        + tooLarge + LogRow("1", "0"),
+                                    {"--skip-bad"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.err,
+                AllOf(HasSubstr("<stdin>:3: dPitch is 'x', not a finite number (skipped)\n"),
+                      HasSubstr("<stdin>:4: 2 fields where the header names 12 columns (skipped)"),
+                      HasSubstr("<stdin>:5: h is '-1.8e308', not a finite number (skipped)"),
+                      HasSubstr("2 measured, 3 rows skipped")));
+    EXPECT_EQ(std::count(outcome.out.begin(), outcome.out.end(), '\n'), 3);
+}
+
+TEST(Measure, ListsAHundredSkippedRowsAndCountsTheRest)
+{
+    std::string log = kLogHeader + LogRow("0", "0");
+    for (int i = 0; i < 150; ++i)
+        log += "short\n";
+    const Outcome outcome = Measure(log, {"--skip-bad"});
+    EXPECT_THAT(outcome.err, AllOf(HasSubstr("<stdin>:102: "), Not(HasSubstr("<stdin>:103: ")),
+                                   HasSubstr("50 more rows were skipped.\n"),
+                                   HasSubstr("1 measured, 150 rows skipped")));
+}
+
+TEST(Measure, ALogWithoutSamplesIsANegativeResult)
+{
+    const Outcome outcome = Measure(kLogHeader);
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.err, "<stdin>: no sample could be measured\n");
+}
+
+TEST(Measure, ARowWhoseTipOverflowsIsABadRow)
+{
+    const Outcome outcome =
+        RunProgram({"measure", "-", "--pole", "1e308"},
+                   kLogHeader + "10:57:07,0,10,400,0,0,-400,0,0,0,0,-1.7e308\n");
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.err, "<stdin>:2: the values are too large to compute a tip\n");
+}
+
+TEST(Measure, RejectsInvalidOptions)
+{
+    const std::vector<std::string> cases[] = {
+        {"--pole",        "0"             },
+        {"--pole",        "-1"            },
+        {"--pole",        "nan"           },
+        {"--pole",        "2,0"           },
+        {"--truth",       "1,2"           },
+        {"--truth",       "1,2,x"         },
+        {"--bias",        "inf"           },
+        {"--plot",        "tips.jpeg"     },
+        {"--sensor-type", "1.5"           },
+        {"--sensor-type", "one"           },
+        {"--config",      "none.cfg"      },
+        {"--out",         "/none/tips.csv"},
+    };
+    for (const auto& options : cases) {
+        std::vector<std::string> arguments = {"measure", kExample};
+        if (options[0] != "--pole") arguments.insert(arguments.end(), {"--pole", "2"});
+        arguments.insert(arguments.end(), options.begin(), options.end());
+        const Outcome outcome = RunProgram(arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << options[0] << ' ' << options[1];
+        EXPECT_EQ(std::count(outcome.err.begin(), outcome.err.end(), '\n'), 1) << outcome.err;
+        EXPECT_EQ(outcome.out, "");
+    }
+}
+
+TEST(Measure, UsesTheCalibrationOfAParameterFile)
+{
+    const ScratchFolder folder;
+    CInclineSensor_Position calibrated;
+    Incline_MagneticCorrectParameter correction;
+    correction.y0 = -400.0; // raw (400, 0, 0) becomes (400, 400, 0): a turn of 45 degrees
+    calibrated.SetMagneticCorrectPar_A(correction);
+    calibrated.SetMagneticBiasAngle_A(5.0);
+    ASSERT_EQ(calibrated.ConfigSave(folder.Path("pole.cfg").c_str()), 1);
+
+    const std::string log = kLogHeader + LogRow("0", "0");
+    const double heading =
+        Value(Measure(log, {"--config", folder.Path("pole.cfg")}).out, "heading_A_deg");
+    EXPECT_NEAR(heading, 40.0, kLastDigit);
+    const double other = Value(
+        Measure(log, {"--config", folder.Path("pole.cfg"), "--bias", "7"}).out, "heading_A_deg");
+    EXPECT_NEAR(other, 38.0, kLastDigit) << "--bias replaces the file's";
+}
+
+TEST(Measure, APartialParameterFileNeedsAnOption)
+{
+    const ScratchFolder folder;
+    const std::string config = folder.Write("pole.cfg", "[MagneticBiasAngle_A]5\r\n");
+    const std::string log = kLogHeader + LogRow("0", "0");
+    const Outcome refused = Measure(log, {"--config", config});
+    EXPECT_EQ(refused.exitCode, 2);
+    EXPECT_THAT(refused.err, HasSubstr("pole.cfg: MagneticA.a is missing; "));
+    const Outcome accepted = Measure(log, {"--config", config, "--partial-config"});
+    EXPECT_EQ(accepted.exitCode, 0);
+    EXPECT_NEAR(Value(accepted.out, "heading_A_deg"), 355.0, kLastDigit);
+}
+
+TEST(Measure, TheSensorTypeChoosesTheAxes)
+{
+    const std::string log = kLogHeader + LogRow("0", "0"); // field along x
+    EXPECT_NEAR(Value(Measure(log).out, "heading_A_deg"), 0.0, kLastDigit);
+    EXPECT_NEAR(Value(Measure(log, {"--sensor-type", "0"}).out, "heading_A_deg"), 270.0,
+                kLastDigit);
+}
+
+TEST(Measure, JsonIsTheOnlyThingOnStandardOutput)
+{
+    const Outcome outcome = Measure(kLogHeader + LogRow("0", "10") + "bad\n",
+                                    {"--json", "--skip-bad", "--truth", "4500000,500000,98"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto json = nlohmann::json::parse(outcome.out);
+    EXPECT_EQ(json["samples"], 1);
+    EXPECT_EQ(json["skipped"]["count"], 1);
+    EXPECT_NEAR(json["tilt_deg"]["max"].get<double>(), 10.0, 1e-9);
+    EXPECT_NEAR(json["error_height_m"]["p50"].get<double>(), 2.0 - 1.969615506, 1e-8);
+}
+
+TEST(Measure, JsonOfAnEmptyLogIsStillJson)
+{
+    const Outcome outcome = Measure(kLogHeader, {"--json"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(nlohmann::json::parse(outcome.out)["samples"], 0);
+}
+
+TEST(Measure, RowsGoToTheFileAndJsonToStandardOutput)
+{
+    const ScratchFolder folder;
+    const Outcome outcome =
+        Measure(kLogHeader + LogRow("0", "0"), {"--json", "--out", folder.Path("tips.csv")});
+    EXPECT_NEAR(Value(ReadAll(folder.Path("tips.csv")), "tip_h_m"), 98.0, kLastDigit);
+    EXPECT_TRUE(nlohmann::json::accept(outcome.out));
+}
+
+// The recorded pole with the identity and a bias of 0.75 degrees lies about 11, 42 and 102 mm
+// off at the median, the 90th and the 99th percentile.
+TEST(Measure, FindsTheTipOfTheRecordedPole)
+{
+    const ScratchFolder folder;
+    const Outcome outcome =
+        RunProgram({"measure", kExample, "--pole", "2.0", "--bias", "0.75", "--truth",
+                    "238540.000,650135.000,112.500", "--json", "--plot", folder.Path("tips.svg")});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto json = nlohmann::json::parse(outcome.out);
+    EXPECT_EQ(json["samples"], 2071);
+    EXPECT_NEAR(json["tilt_deg"]["max"].get<double>(), 35.0, 0.05);
+    EXPECT_NEAR(json["error_horizontal_m"]["p50"].get<double>(), 0.011, 0.0006);
+    EXPECT_NEAR(json["error_horizontal_m"]["p90"].get<double>(), 0.042, 0.0006);
+    EXPECT_NEAR(json["error_horizontal_m"]["p99"].get<double>(), 0.102, 0.0006);
+    EXPECT_THAT(ReadAll(folder.Path("tips.svg")), HasSubstr("</svg>"));
+}
+
+TEST(Measure, AFullDiskIsAnError)
+{
+    const Outcome outcome =
+        apps::test::RunProgramInto("/dev/full", {"measure", kExample, "--pole", "2"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.err, "<stdout>: cannot be written: No space left on device\n");
+}
+
+TEST(Measure, AClosedPipeIsNotAnError)
+{
+    const Outcome outcome =
+        apps::test::RunProgramIntoClosedPipe({"measure", kExample, "--pole", "2"});
+    EXPECT_EQ(outcome.out, "I");
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.err, "");
+}
+
+TEST(Measure, ShowsProgressOnATerminalWhenTheLogIsLong)
+{
+    int block = 0;
+    const auto slowly = [&]() -> std::string {
+        if (++block == 1) return kLogHeader + LogRow("0", "0");
+        if (block > 12) return {};
+        usleep(120'000);
+        return LogRow("0", "1");
+    };
+    const Outcome outcome =
+        apps::test::RunProgramOnTerminal({"measure", "-", "--pole", "2"}, slowly);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.err, HasSubstr(" MB/s"));
+    EXPECT_THAT(outcome.err, HasSubstr("\r\x1b[Klog ")) << "wiped before the summary";
+
+    block = 12;
+    EXPECT_THAT(RunProgram({"measure", kExample, "--pole", "2"}).err, Not(HasSubstr("MB/s")));
+}
+
+// A log of 60 MB needs no more memory than a short one, apart from the exact percentiles and the
+// points of the picture, which are bounded.
+TEST(Measure, MemoryStaysBoundedOnALongLog)
+{
+    // An address sanitizer keeps what was freed; that is not the program's memory.
+    const char* const options = std::getenv("ASAN_OPTIONS");
+    setenv("ASAN_OPTIONS", (std::string(options ? options : "") + ":quarantine_size_mb=1").c_str(),
+           1);
+    constexpr std::size_t kBlocks = 60;
+    std::string block;
+    while (block.size() < 1'000'000)
+        block += LogRow("0.25", "10.5");
+    std::size_t sent = 0;
+    const auto stream = [&]() -> std::string {
+        if (sent == kBlocks) return {};
+        return sent++ == 0 ? kLogHeader : block;
+    };
+    const ScratchFolder folder;
+    const std::vector<std::string> arguments = {
+        "measure", "-",    "--pole", "2", "--out", "/dev/null", "--plot", folder.Path("tips.png"),
+        "--truth", "1,2,3"};
+    const Outcome little = RunProgram(arguments, kLogHeader + block);
+    const Outcome much = RunProgram(arguments, stream);
+    ASSERT_EQ(much.exitCode, 0) << much.err;
+    EXPECT_THAT(much.err, HasSubstr("percentiles are accurate to 0.1 %"));
+    // KiB: 4 series of 2^18 doubles while they are exact, and what the allocator retains.
+    constexpr long kAllowed = 40 * 1024;
+    EXPECT_LT(much.peakMemory, little.peakMemory + kAllowed);
+}
+
+} // namespace
