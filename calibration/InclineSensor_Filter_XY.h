@@ -2,10 +2,18 @@
 //
 // Horizontal turn: the samples recorded while the pole is turned about the z axis of its sensor.
 //
-//   host: Add(new PoseSensorData(...)) per sample, GetRecordRate for the progress, IsRecordOK to
-//         stop, then Filter, perhaps Select, and the result to the calibration
-//   plane         dMag_x and dMag_y of magnetometer A, raw counts
-//   azimuths      degrees about the centre of the turn, in (0, 360]; an azimuth of 0 is 360
+//   plane     dMag_x and dMag_y of magnetometer A [raw counts]
+//   azimuths  about the center of the turn [degrees], in [1e-6, 360 + 1e-6); 0 is stored as 360
+//   domain    readings and times of any value; what depends on a NaN reading becomes NaN
+//
+//   CInclineSensor_Filter_XY filter;
+//   while (!filter.IsRecordOK()) {                    // until every sector of 5 degrees is covered
+//       filter.Add(new PoseSensorData(NextSample())); // the filter deletes it
+//       ShowProgress(filter.GetRecordRate());         // percent
+//   }
+//   const std::unique_ptr<CInclineSensor_Filter_XY::Samples> kept(filter.Filter());
+//   for (int i = 0; kept && i < kept->GetSize(); ++i)
+//       adjust.Horizontal_Add(kept->GetAt(i));        // see InclineSensor_MagneticAdjust.h
 #pragma once
 
 #include "calibration/PoseSensorCenterParameter.h"
@@ -25,9 +33,12 @@ struct TurnNotes;
 
 /// Samples of the horizontal turn.
 ///
-/// The filter owns the samples that it is given; they must not be changed from outside while it
-/// holds them, for it remembers their extremes and azimuths. Arrays that it returns belong to the
-/// caller, the samples in them to the filter. Not copyable: a copy would free the samples twice.
+/// The filter owns the samples passed to Add. They must not be changed from outside while it owns
+/// them, because it keeps their extremes and azimuths. Arrays that it returns belong to the caller,
+/// the samples in them to the filter. Not copyable: a copy would free the samples twice.
+///
+/// Where memory is short, operations that return an array return null and Sort_ByAzimuth changes
+/// nothing. Only the constructor throws (std::bad_alloc).
 class TILTPOLE_API CInclineSensor_Filter_XY
 {
 public:
@@ -39,56 +50,57 @@ public:
     CInclineSensor_Filter_XY(const CInclineSensor_Filter_XY&) = delete;
     CInclineSensor_Filter_XY& operator=(const CInclineSensor_Filter_XY&) = delete;
 
-    /// Appends a sample and takes it over: made with new, freed by the filter. Null is ignored.
-    /// Writes its azimuth; each tenth sample recomputes the centre and every azimuth instead.
+    /// Appends a sample and takes ownership: it was created with new and is deleted by the filter,
+    /// at once where memory is too short to record it. Null is ignored. Writes its azimuth; every
+    /// tenth sample recomputes the center and all azimuths instead.
     void Add(PoseSensorData* sample);
 
-    /// Frees the samples and makes the centre invalid; its other fields stay.
+    /// Frees the samples and marks the center invalid; its other fields keep their values.
     void Clear();
 
-    /// The centre found last [counts]; not valid before the tenth sample.
+    /// The current center [counts]; not valid before the tenth sample.
     PoseSensorCenterParameter GetCenterPar() const;
 
     /// Orders an array by ascending azimuth and rewrites the turning directions: 0 where the
-    /// azimuth does not exceed that of the entry just before by 1e-6 degrees. Equal azimuths may
-    /// change their order; null entries keep their places. Null is ignored.
+    /// azimuth exceeds that of the entry just before by less than 1e-6 degrees, else 1. Equal
+    /// azimuths may change their order; null entries keep their places. Null is ignored.
     void Sort_ByAzimuth(Samples* samples);
 
-    /// The samples worth calibrating with: thinned by time and distance, ordered by azimuth,
-    /// without those off the circle and without stretches turned back.
-    /// @return array for the caller to delete (not the samples in it), or null when none is left
+    /// The samples to calibrate with: without those of a standing pole, ordered by azimuth, without
+    /// those off the circle and without stretches where the pole was turned back.
+    /// @return array that the caller deletes (not the samples in it), or null when none is left
     Samples* Filter();
 
-    /// About `count` samples of an array, the four extreme ones always among them.
-    /// @return array for the caller to delete; a copy of the whole, null entries included, where
-    ///         `count` exceeds its size; null for a null array or a `count` below 1
+    /// About `count` samples of an array, always including the four extreme ones.
+    /// @return array that the caller deletes; all entries, null ones included, where `count`
+    ///         exceeds the size of the array; null for a null array or a `count` below 1
     Samples* Select(Samples* samples, int count);
 
-    /// Whether an array sorted by azimuth closes the turn. Recomputes centre and azimuths from
-    /// the array; its samples must stay alive until the next sample is added or Clear.
-    /// @return 0 for null or where neighbours differ by more than 60 degrees, else 1
+    /// Whether an array sorted by azimuth closes the turn. Recomputes the center and the azimuths
+    /// from the array; its samples must stay alive until the next call of Add or Clear.
+    /// @return 0 for null or where neighbors differ by more than 60 degrees, else 1
     int IsComplete(Samples* samples);
 
     /// 1 when every sector of 5 degrees holds a sample, else 0. A sample exactly on a boundary
-    /// counts for neither neighbour.
+    /// counts for neither neighbor.
     int IsRecordOK() const;
 
     /// Share of the sectors that hold a sample, a rounded percentage from 0 to 100.
     int GetRecordRate() const;
 
 protected:
-    /// Centre of an array: middle of the extreme dMag_x and dMag_y, mean of dMag_z, and the mean
-    /// distance from it as radius.
-    /// @return 1, or 0 with nothing changed when the array is null or holds no sample
+    /// Center of an array: midpoints of the extreme dMag_x and dMag_y, mean of dMag_z; radius: mean
+    /// distance from the center in the x-y plane.
+    /// @return 1, or 0 with nothing changed when the array is null or has no samples
     int Calculate_CenterPar(Samples* samples);
 
-    /// Azimuths of all samples of an array, in its order. 0 while there is no valid centre.
+    /// Azimuths of all samples of an array, in its order. 0 while the center is not valid.
     int Calculate_Azimuth(Samples* samples);
 
-    /// Azimuth and turning direction of one sample. 0 for null or while there is no valid centre.
+    /// Azimuth and turning direction of one sample. 0 for null or while the center is not valid.
     int Calculate_Azimuth_One(PoseSensorData* sample);
 
-    // Stages of Filter; each returns an array for the caller to delete, null when none is left.
+    // Stages of Filter; each returns an array that the caller deletes, or null when none is left.
 
     /// Drops samples within 30 counts and 3 seconds of the last kept one.
     Samples* Filter_ByTime(Samples* samples);
@@ -101,8 +113,8 @@ private:
     tiltpole::calibration::TurnRecord<tiltpole::calibration::PlaneXY> Turn();
 
     PoseSensorCenterParameter m_Center;
-    PoseSensorData* m_Previous = nullptr; // whose azimuth was computed last
+    PoseSensorData* m_Previous = nullptr; // the sample whose azimuth was computed last
     Samples m_Record;                     // in order of arrival, owned
     std::unique_ptr<tiltpole::calibration::TurnNotes<tiltpole::calibration::PlaneXY>>
-        m_Notes; // what keeps Add and the rate cheap
+        m_Notes; // intermediate results that make Add and the rate cheap
 };

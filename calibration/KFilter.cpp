@@ -46,8 +46,8 @@ const double* Elements(const CSZMatrix& matrix)
     return &matrix(0, 0);
 }
 
-// Adding one to an exponent of ones, which only an infinity and what is no number have, carries
-// into the sign; integers, because they sum in vectors.
+// Only infinities and NaN have an exponent of ones; adding one to it carries into the sign. Done in
+// integers, which the compiler vectorizes.
 bool AreFinite(const double* values, int count)
 {
     constexpr std::uint64_t kWithoutSign = ~std::uint64_t{0} >> 1U;
@@ -68,7 +68,7 @@ void CKFilter::Factor::Set(const CSZMatrix& value)
     isZero = IsDiagonal(value, 0.0);
 }
 
-// One step on plain arrays. The sums run as those of the matrix operators.
+// One step on plain arrays. Sums run in the order of the matrix operators.
 class CKFilter::Step
 {
 public:
@@ -79,7 +79,7 @@ public:
 
     bool HasMemory() { return m_Space.Data() != nullptr; }
 
-    // The new estimate. With shortcuts it is exact only where all numbers are finite.
+    // Computes the new estimate. With shortcuts it is exact only where all numbers are finite.
     void Advance(const double* z, const double* u, bool shortcuts)
     {
         m_Shortcuts = shortcuts;
@@ -108,7 +108,7 @@ private:
 
     bool IsLeftOut(const Factor& factor) const { return m_Shortcuts && factor.isIdentity; }
 
-    // A · X, X of `columns` columns; the result lies in `space` or is X itself.
+    // A · X, X with `columns` columns; the result is in `space` or X itself.
     const double* Times(const Factor& A, const double* X, int columns, double* space) const
     {
         if (IsLeftOut(A)) return X;
@@ -117,7 +117,7 @@ private:
         return space;
     }
 
-    // X · Aᵀ, X of `rows` rows.
+    // X · Aᵀ, X with `rows` rows.
     const double* TimesTranspose(const double* X, int rows, const Factor& A, double* space) const
     {
         if (IsLeftOut(A)) return X;
@@ -126,7 +126,7 @@ private:
         return space;
     }
 
-    // A · x for a column x, formed as the row xᵀ · Aᵀ, which lies along the vectors.
+    // A · x for a column x, computed as the row xᵀ · Aᵀ, which vectorizes.
     const double* Apply(const Factor& A, const double* x, double* space) const
     {
         return TimesTranspose(x, 1, A, space);
@@ -140,7 +140,7 @@ private:
         return sum;
     }
 
-    // P⁻ = Φ·P·Φᵀ + Γ·Q·Γᵀ. A column in the place of P does not fit Φᵀ: its product is zero.
+    // P⁻ = Φ·P·Φᵀ + Γ·Q·Γᵀ. A column in place of P does not fit Φᵀ: its product is zero.
     void Predict()
     {
         const double* added = Elements(m_Filter.m_AddedNoise);
@@ -300,10 +300,10 @@ void CKFilter::NoteSeparateStates()
                               && IsZeroBesideDiagonal(*noise);
 }
 
-// The step for states that are separate: what is left of its formulas on the diagonals. The
-// inverse of a diagonal matrix with full pivots is exactly the reciprocals. 0.0 + turns a negative
-// zero positive, as the sums of the products do.
-// Answers false, with nothing changed, where a pivot would be refused or a number is not finite.
+// The step for separate states: its formulas reduced to the diagonals. The inverse of a diagonal
+// matrix with full pivots is exactly the reciprocals. 0.0 + turns a negative zero positive, as the
+// sums of the products do.
+// Returns false, with nothing changed, where a pivot would be refused or a number is not finite.
 bool CKFilter::StepSeparately(const double* z)
 {
     const int n = m_nState;
@@ -349,7 +349,7 @@ CSZMatrix CKFilter::Filter(CSZMatrix z, CSZMatrix u, [[maybe_unused]] int reserv
         MessageBoxW(nullptr, L"Filter Failure!", L"Warning", MB_ICONEXCLAMATION);
         return z;
     }
-    // 0·inf and 0·nan are not 0: where such numbers turn up, every product is formed.
+    // 0·inf and 0·NaN are not 0: where such numbers occur, every product is computed.
     const bool finiteControl = AreFinite(Elements(u), m_nState);
     if (m_hasSeparateStates && finiteControl && StepSeparately(Elements(z))) return m_State;
     m_hasSeparateStates = false;

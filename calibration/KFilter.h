@@ -6,6 +6,7 @@
 //   z(i) = H·x(i)   + D·u + v        v ~ (0, R)
 //
 //   state order n, measurement order m; Φ, B, P: n x n; H, D: m x n; Γ: n x m; Q, R: m x m
+//   units are the host's; domain: any numbers, NaN and infinity spread as the formulas say
 //
 //   CKFilter filter;
 //   filter.SetMatrixOrder(n, m);
@@ -18,8 +19,9 @@
 #include "framework/core/Export.h"
 #include "matrix/SZMatrix.h"
 
-/// The set operations return 1, or 0 with nothing changed when a shape does not fit. A copy
-/// carries the orders, the model and the current estimate. Orders up to 6 need no heap.
+/// The set operations return 1, or 0 with nothing changed when a shape does not fit. A copy has the
+/// orders, the model and the current estimate. Orders up to 6 need no heap; a larger filter for
+/// which memory was short refuses every measurement until its order and model are set again.
 class TILTPOLE_API CKFilter
 {
 public:
@@ -31,8 +33,8 @@ public:
     CKFilter& operator=(const CKFilter&) = default;
     ~CKFilter() = default;
 
-    /// Gives every matrix its shape, filled with zeros. An order below 1 is stored, but leaves
-    /// the matrices that it shapes as they were.
+    /// Gives every matrix its shape and fills it with zeros, also where the orders stay the same. An
+    /// order below 1 is stored, but leaves the matrices of that order as they were.
     void SetMatrixOrder(int stateOrder, int measurementOrder);
 
     /// @param Phi    transition of the state, n x n
@@ -45,9 +47,9 @@ public:
     /// State, n x 1, and its covariance, n x n.
     int SetInitialData(CSZMatrix x0, CSZMatrix P0);
 
-    /// Stores an n x 1 column in the place of the covariance. The next step multiplies with it as
-    /// it stands: for n above 1 its product with Φᵀ does not fit and counts as zero, so that step
-    /// starts from the process noise alone.
+    /// Stores an n x 1 column in place of the covariance. The next step multiplies by it unchanged:
+    /// for n above 1 its product with Φᵀ does not fit and counts as zero, so that step starts from
+    /// the process noise alone.
     int SetInitialVariance(CSZMatrix variance);
 
     /// Measurement noise, m x m, and process noise, m x m.
@@ -62,13 +64,14 @@ public:
     /// @param z         measurement, m x 1
     /// @param u         control, n x 1
     /// @param reserved  not used
-    /// @return the state, n x 1. With z or u of another shape: the message "Filter Failure!" is
-    ///         shown, the filter stays as it is and z comes back
+    /// @return the state, n x 1; the old one where memory is too short for a step. With z or u of
+    ///         another shape the message "Filter Failure!" is shown, the filter does not change and
+    ///         z is returned
     CSZMatrix Filter(CSZMatrix z, CSZMatrix u, int reserved = 0);
 
 private:
-    // A matrix of the model with what is known about it. An identity or a zero factor is not
-    // multiplied by; the products are the same as long as all numbers are finite.
+    // A matrix of the model and its properties. Products with an identity or a zero factor are left
+    // out; the results are the same as long as all numbers are finite.
     struct Factor
     {
         CSZMatrix matrix;
@@ -97,7 +100,7 @@ private:
     CSZMatrix m_State;
     CSZMatrix m_Covariance;
     CSZMatrix m_AddedNoise; // Γ·Q·Γᵀ, the same in every step
-    // Φ = H = I, B = D = 0 and P, R, Γ·Q·Γᵀ diagonal, which P then stays: no state tells anything
-    // about another.
+    // Φ = H = I, B = D = 0 and P, R, Γ·Q·Γᵀ diagonal; P then stays so, and the states are
+    // independent of each other.
     bool m_hasSeparateStates = false;
 };

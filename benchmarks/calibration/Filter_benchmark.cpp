@@ -22,7 +22,7 @@ using turns::TurnAxis;
 
 enum Kind { Round, Skewed, OneRevolution, Recorded };
 
-// Round: two revolutions, so that the centre settles half way.
+// Round: two revolutions, so that the center settles half way.
 Turn MakeTurn(const benchmark::State& state, TurnAxis axis = TurnAxis::Horizontal)
 {
     const auto samples = static_cast<int>(state.range(0));

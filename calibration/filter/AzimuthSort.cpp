@@ -21,7 +21,7 @@ constexpr auto Precedes = [](const Candidate& a, const Candidate& b) {
 };
 
 // End of the run that starts at `first`: entries that do not descend. A run that descends
-// throughout is turned round.
+// throughout is reversed.
 Iterator EndOfRun(Iterator first, Iterator end)
 {
     const auto descends = [](const Candidate& a, const Candidate& b) { return Precedes(b, a); };
@@ -33,7 +33,7 @@ Iterator EndOfRun(Iterator first, Iterator end)
     return last;
 }
 
-// Merges two runs; what the one holds before the other begins is in its place already.
+// Merges two runs; the part of either that does not overlap the other is in place already.
 void MergeRuns(Iterator first, Iterator middle, Iterator last)
 {
     first = std::upper_bound(first, middle, *middle, Precedes);
@@ -41,7 +41,7 @@ void MergeRuns(Iterator first, Iterator middle, Iterator last)
     std::inplace_merge(first, middle, last, Precedes);
 }
 
-// Stable. A turn gives few runs, one per revolution, which only have to be merged.
+// Stable. A turn has few runs, one per revolution, which only need merging.
 void SortRuns(Candidates entries)
 {
     std::vector<Iterator> ends{entries.begin()};
@@ -62,7 +62,7 @@ void SortRuns(Candidates entries)
     }
 }
 
-// How many of the places noted so far lie before a given one: a Fenwick tree.
+// Counts the places noted so far that precede a given one: a Fenwick tree.
 class PlaceCounter
 {
 public:

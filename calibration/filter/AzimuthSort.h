@@ -8,11 +8,12 @@
 namespace tiltpole::calibration {
 
 /// Orders `samples` by ascending azimuth and rewrites the turning direction of every sample but
-/// the first against the entry just before it (kept as it was where that entry is null).
+/// the first against the entry just before it (unchanged where that entry is null).
 ///
 /// The order is that of the exchange sort "for i, for j > i: swap when entry j is less than entry
 /// i": equal azimuths come out rotated as that sort rotates them, null entries and azimuths that
-/// are not numbers keep their places. Derivation: docs/formulas.md, "Exchange sort".
+/// are NaN keep their places. Derivation: docs/formulas.md, "Exchange sort".
+/// @throws std::bad_alloc, with nothing changed
 void SortByAzimuth(SampleArray& samples);
 void SortByAzimuth(Candidates candidates);
 

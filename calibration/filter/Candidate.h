@@ -13,13 +13,13 @@
 
 namespace tiltpole::calibration {
 
-/// A sample and what the stages ask of it. The samples of a record lie scattered in memory: each
-/// is fetched once, and the stages work on these.
+/// A sample and what the stages need of it. The samples of a record are scattered in memory: each is
+/// fetched once, and the stages work on these copies.
 struct Candidate
 {
-    PoseSensorData* sample; // null entries of an array stay null, for their places count
-    double azimuth;         // of the sample [degrees]; not a number for a null entry
-    double distance;        // from the centre [counts]; infinite far from the plane of the turn
+    PoseSensorData* sample; // null for a null entry, whose place counts
+    double azimuth;         // of the sample [degrees]; NaN for a null entry
+    double distance;        // from the center [counts]; infinite far from the plane of the turn
     std::uint32_t place;    // before the sort
     std::int32_t turnFlag;  // of the sample; 1 for a null entry
 };

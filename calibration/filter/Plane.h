@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What sets the horizontal filter apart from the vertical one.
+// How the horizontal and the vertical filter differ.
 #pragma once
 
 #include "calibration/PoseSensorCenterParameter.h"
@@ -53,7 +53,7 @@ inline double PlaneDistance(double dx, double dSecond)
     return std::sqrt(dx * dx + dSecond * dSecond);
 }
 
-/// Distance of a sample from the centre, measured in the turn's plane [counts].
+/// Distance of a sample from the center, measured in the turn's plane [counts].
 template <class Plane>
 double DistanceFromCenter(const PoseSensorData& sample, const PoseSensorCenterParameter& center)
 {

@@ -26,7 +26,7 @@ void Prepare(CKFilter& filter, const CSZMatrix& start)
     filter.SetInitialData(start, identity * kInitialVariance);
 }
 
-// Where column 0 is greatest and least; the first of equals.
+// The rows with the greatest and the least value of column 0; the first of equals.
 std::pair<int, int> ExtremeRows(const CSZMatrix& readings)
 {
     int greatest = 0;
@@ -41,7 +41,7 @@ std::pair<int, int> ExtremeRows(const CSZMatrix& readings)
     return {greatest, least};
 }
 
-bool GoesOn(double value, double last, bool rising)
+bool Advances(double value, double last, bool rising)
 {
     if (rising ? value < last : value > last) return false;
     return !(std::fabs(value - last) < kLeastStep);
@@ -73,7 +73,7 @@ void KeepStepsOfTurn(CSZMatrix& readings)
     for (int i = 1; i < readings.getRowSize(); ++i) {
         const bool outward = i > firstEnd && i <= secondEnd;
         const double last = readings.GetData(taken.back(), 0);
-        if (GoesOn(readings.GetData(i, 0), last, startsRising != outward)) taken.push_back(i);
+        if (Advances(readings.GetData(i, 0), last, startsRising != outward)) taken.push_back(i);
     }
 
     CSZMatrix kept(static_cast<int>(taken.size()), readings.getColSize());

@@ -7,8 +7,8 @@ namespace {
 constexpr int kWindow = 10;    // samples
 constexpr int kTurnedBack = 5; // a window is rejected when more than one in so many turned back
 
-// A window of consecutive samples. The first one is scanned again where a window closed or was
-// rejected before it, and so counts twice.
+// A window of consecutive samples. After another window its first sample is scanned once more, and so
+// counts twice.
 struct Window
 {
     std::size_t first = 0;
@@ -23,7 +23,7 @@ bool TurnedBack(const Candidate& candidate)
     return candidate.turnFlag == 0;
 }
 
-// Counts samples from the window's start on; returns the place that closes it.
+// Counts samples from the start of the window; returns the index that closes it.
 std::size_t CloseWindow(Candidates candidates, Window& window)
 {
     const std::size_t last = candidates.size() - 1;

@@ -18,7 +18,7 @@
 namespace tiltpole::calibration {
 
 inline constexpr double kStillDistance = 30.0; // counts from the last kept sample
-inline constexpr int kStillSeconds = 3;        // after which a still pole gives a sample again
+inline constexpr int kStillSeconds = 3;        // after which a sample of a still pole is kept again
 inline constexpr double kFarAway = std::numeric_limits<double>::infinity();
 
 /// Time of day in seconds; any values of the fields.
@@ -46,8 +46,7 @@ bool HasMovedOn(const PoseSensorData& sample, const PoseSensorData& lastKept)
            || SecondOfDay(sample) - SecondOfDay(lastKept) >= kStillSeconds;
 }
 
-/// Tells which of the samples it is shown, one after the other, were not taken while the pole
-/// stood still.
+/// Decides, sample by sample, which were not taken while the pole stood still.
 template <class Plane>
 class TimeScreen
 {
@@ -76,7 +75,7 @@ SampleArray* FilterByTime(const SampleArray* samples)
     return ReleaseUnlessEmpty(std::move(kept));
 }
 
-/// Whether a sample at that distance from the centre lies near the circle [counts].
+/// Whether a sample at that distance from the center lies near the circle [counts].
 template <class Plane>
 bool LiesOnCircle(double distance, const PoseSensorCenterParameter& center)
 {
@@ -110,7 +109,7 @@ SampleArray* FilterByAzimuth(const SampleArray* samples);
 SampleArray* FilterByAzimuth(Candidates candidates);
 
 /// The samples of a record that were not taken while the pole stood still, stored in `room`, which
-/// is as large as the record. Forms the radius of the turn on the way.
+/// is as large as the record. Also computes the radius of the turn.
 template <class Plane>
 Candidates ThinOut(const SampleArray& record, PoseSensorCenterParameter& turn, Candidate* room)
 {
@@ -132,7 +131,7 @@ Candidates ThinOut(const SampleArray& record, PoseSensorCenterParameter& turn, C
     return {room, next};
 }
 
-/// The candidates that lie on the turn, in the same order, in the place of the given ones.
+/// The candidates that lie on the turn, in the same order; overwrites the given ones.
 template <class Plane>
 Candidates KeepOnTurn(Candidates candidates, const PoseSensorCenterParameter& center)
 {
@@ -170,7 +169,7 @@ SampleArray* Select(const SampleArray* samples, int wanted)
     for (int i = 0; i < CountOf(*samples); ++i) {
         PoseSensorData* sample = samples->GetAt(i);
         if (sample == nullptr) continue;
-        if (++sinceTaken < step && !extent.Holds(sample)) continue;
+        if (++sinceTaken < step && !extent.IsExtreme(sample)) continue;
         selected->Add(sample);
         sinceTaken = 0;
     }

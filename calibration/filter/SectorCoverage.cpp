@@ -8,7 +8,7 @@
 namespace tiltpole::calibration {
 namespace {
 
-constexpr int kCountedAfresh = 5 * kSectors; // records up to this size are cheap to walk
+constexpr int kSmallRecord = 5 * kSectors; // samples; up to here counting the whole record is cheap
 
 int CountSectors(const SampleArray& record)
 {
@@ -41,7 +41,7 @@ void SectorCoverage::Note(const PoseSensorData& sample)
 
 int SectorCoverage::Covered(const SampleArray& record) const
 {
-    if (!m_Trusted || CountOf(record) <= kCountedAfresh) return CountSectors(record);
+    if (!m_Trusted || CountOf(record) <= kSmallRecord) return CountSectors(record);
 
     int covered = 0;
     for (int sector = 0; sector < kSectors; ++sector) {

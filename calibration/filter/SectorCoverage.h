@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// How much of a turn is covered: the sectors of the full circle that hold a sample.
+// How much of a turn is covered: the sectors of the full circle that have a sample.
 #pragma once
 
 #include "calibration/filter/SampleArray.h"
@@ -15,23 +15,23 @@ inline constexpr int kSectors = 360 / kSectorWidth;
 /// The sector j with j·5 < azimuth < (j + 1)·5, or -1: a boundary belongs to no sector.
 int SectorOf(double azimuth);
 
-/// Notes per sector one sample that lies in it, so that counting sectors does not depend on the
-/// number of samples. The notes are checked when read: a record whose noted samples no longer
-/// lie in their sectors, or that is small, is counted afresh.
+/// Keeps one sample per sector that lies in it, so that the cost of counting sectors does not depend
+/// on the number of samples. The samples kept are checked at every count: where one no longer lies
+/// in its sector, or where the record is small, the whole record is counted.
 class SectorCoverage
 {
 public:
     void Note(const PoseSensorData& sample);
     void Clear() { *this = {}; }
 
-    /// The azimuths may have changed in a way that was not noted.
+    /// To be called when azimuths may have changed without a call of Note.
     void Distrust() { m_Trusted = false; }
 
-    /// Number of sectors that hold a sample of `record`, the record that was noted.
+    /// Number of sectors with a sample of `record`, whose samples were passed to Note.
     int Covered(const SampleArray& record) const;
-    /// Every sector holds a sample.
+    /// Whether every sector has a sample.
     bool IsFull(const SampleArray& record) const;
-    /// Share of the sectors that hold a sample, rounded, 0 to 100.
+    /// Percentage of the sectors with a sample, rounded.
     int Percentage(const SampleArray& record) const;
 
 private:

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Azimuth of a sample about the centre of its turn, and the direction in which the pole turned.
+// Azimuth of a sample about the center of its turn, and the direction in which the pole turned.
 #pragma once
 
 #include "calibration/filter/Plane.h"
@@ -9,13 +9,13 @@ namespace tiltpole::calibration {
 
 inline constexpr double kTiny = 1e-6; // counts beside an axis, degrees beside a predecessor
 
-/// Azimuth of an offset from the centre, degrees in [1e-6, 360 + 1e-6).
+/// Azimuth of an offset from the center, degrees in [1e-6, 360 + 1e-6).
 ///
 /// Offsets on an axis count from the x axis (90 for +second), all others from the second axis
-/// (0 towards +second); an azimuth of 0 comes back as 360.
+/// (0 towards +second); an azimuth of 0 is returned as 360.
 double TurnAzimuth(double dx, double dSecond);
 
-/// 1 when the pole turned on from `before` to `azimuth` [degrees], 0 when it stood or turned back.
+/// 1 when the pole turned on from `before` to `azimuth` [degrees], 0 when it stood still or turned back.
 inline int TurnFlag(double azimuth, double before)
 {
     return azimuth - before < kTiny ? 0 : 1;

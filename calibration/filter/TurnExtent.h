@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// How far the readings of a turn reach: what its centre is made of.
+// The extremes and sums of the readings of a turn, from which its center is computed.
 #pragma once
 
 #include "positioning/PoseSensorData.h"
 
 namespace tiltpole::calibration {
 
-/// Extreme samples and sums of a sequence of samples, kept up to date one sample at a time. The
-/// first of equals stays, and a reading that is not a number never replaces another.
+/// Extreme samples and sums of a sequence of samples, updated sample by sample. The first of equals
+/// is kept, and a NaN reading never replaces another.
 template <class Plane>
 struct TurnExtent
 {
@@ -32,7 +32,7 @@ struct TurnExtent
         if (sample.*Plane::Second > greatestSecond->*Plane::Second) greatestSecond = &sample;
     }
 
-    bool Holds(const PoseSensorData* sample) const
+    bool IsExtreme(const PoseSensorData* sample) const
     {
         return sample == leastX || sample == greatestX || sample == leastSecond
                || sample == greatestSecond;

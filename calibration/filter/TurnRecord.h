@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What both sample filters do with a turn, over the members of the filter that is asked.
+// What both sample filters do with a turn, on the members of the filter that calls it.
 #pragma once
 
 #include "calibration/filter/AzimuthSort.h"
@@ -16,20 +16,21 @@
 namespace tiltpole::calibration {
 
 inline constexpr int kRecenterEvery = 10;   // samples
-inline constexpr double kLargestGap = 60.0; // degrees between neighbours of a closed turn
+inline constexpr double kLargestGap = 60.0; // degrees between neighbors of a closed turn
 inline constexpr double kNowhere = std::numeric_limits<double>::quiet_NaN();
 
-/// What a filter remembers of its record so that a new sample costs little.
+/// What a filter keeps about its record so that a new sample costs little.
 template <class Plane>
 struct TurnNotes
 {
     TurnExtent<Plane> extent;
     SectorCoverage coverage;
-    double aboutX = kNowhere; // the centre that the azimuths belong to [counts]
+    double aboutX = kNowhere; // the center that the azimuths refer to [counts]
     double aboutSecond = kNowhere;
-    int azimuths = 0;         // leading samples whose azimuth is the one about that centre
-    bool flagsInOrder = true; // their turning directions are those of the order of arrival
-    int radiusOwed = 0;       // leading samples whose mean distance is the radius, not yet taken
+    int azimuths = 0;         // number of leading samples whose azimuth is about that center
+    bool flagsInOrder = true; // their turning directions follow the order of arrival
+    int radiusOwed = 0;       // number of leading samples whose mean distance is the radius, not
+                              // computed yet
 
     bool IsAbout(const PoseSensorCenterParameter& center) const
     {
@@ -37,7 +38,7 @@ struct TurnNotes
     }
 };
 
-/// Mean distance of the first `count` entries from the centre, null entries left out [counts].
+/// Mean distance of the first `count` entries from the center, null entries left out [counts].
 template <class Plane>
 double MeanDistance(const SampleArray& samples, int count, const PoseSensorCenterParameter& center)
 {
@@ -52,7 +53,7 @@ double MeanDistance(const SampleArray& samples, int count, const PoseSensorCente
     return sum / taken;
 }
 
-/// Valid centre of a turn of that extent; the radius stays as it is.
+/// Valid center of a turn of that extent; the radius is left alone.
 template <class Plane>
 void SetCenter(PoseSensorCenterParameter& center, const TurnExtent<Plane>& extent)
 {
@@ -62,7 +63,7 @@ void SetCenter(PoseSensorCenterParameter& center, const TurnExtent<Plane>& exten
     center.*Plane::CenterAxis = Plane::AxisCenter(extent);
 }
 
-/// The centre with its radius, which is formed only when it is asked for.
+/// The center with its radius, which is computed only when it is needed.
 template <class Plane>
 PoseSensorCenterParameter CenterWithRadius(const PoseSensorCenterParameter& center,
                                            const SampleArray& record, const TurnNotes<Plane>& notes)
@@ -73,7 +74,7 @@ PoseSensorCenterParameter CenterWithRadius(const PoseSensorCenterParameter& cent
     return result;
 }
 
-/// The operations that change a filter. Lives for one call.
+/// The operations that change a filter. An object lives for one call.
 template <class Plane>
 class TurnRecord
 {
@@ -96,7 +97,7 @@ public:
             WriteNext(*sample);
     }
 
-    /// Frees the samples; the centre stays.
+    /// Frees the samples; the center is kept.
     void Clear()
     {
         m_Center = CenterWithRadius<Plane>(m_Center, m_Record, m_Notes);
@@ -174,9 +175,9 @@ public:
     }
 
 private:
-    // Centre of the record and the azimuths of all its samples about it. Where the centre has not
-    // moved the azimuths are the ones that stand there, and only what the walk over the record
-    // would change is written.
+    // Center of the record and the azimuths of all its samples about it. Where the center has not
+    // moved the azimuths are up to date, and only the flags that a walk over the record would change
+    // are written.
     void Recenter()
     {
         if (m_Notes.extent.count == 0) return;
@@ -199,7 +200,7 @@ private:
         m_Notes.coverage.Clear();
     }
 
-    // A walk over the record compares its first sample with the one computed last.
+    // A walk over the record compares its first sample with the one whose azimuth was computed last.
     void RewriteFlags()
     {
         const int count = m_Notes.flagsInOrder ? 1 : m_Notes.azimuths;
@@ -224,8 +225,8 @@ private:
     // The newest sample alone.
     void WriteNext(PoseSensorData& sample)
     {
-        const bool followsOn = m_Center.nValid != 0 && m_Notes.IsAbout(m_Center)
-                               && m_Notes.azimuths == CountOf(m_Record) - 1;
+        const bool followsOn =
+            m_Notes.IsAbout(m_Center) && m_Notes.azimuths == CountOf(m_Record) - 1;
         if (followsOn) return WriteNoted(sample);
         CalculateAzimuth(&sample);
         m_Notes.coverage.Distrust();

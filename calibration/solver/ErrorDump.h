@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What a failed calibration leaves for the support staff.
+// The samples of a failed calibration, saved for the support staff.
 #pragma once
 
 #include "framework/core/Array.h"
@@ -9,7 +9,8 @@
 namespace tiltpole::calibration {
 
 /// Appends the column header and one numbered row per sample to a file of the application data
-/// folder, which is made where it is missing. A file that cannot be opened is skipped.
+/// folder, which is created where it is missing. A file that cannot be opened is skipped; short
+/// memory ends the dump.
 void AppendErrorDump(const wchar_t* fileName,
                      const CArray<PoseSensorData, const PoseSensorData&>& samples);
 

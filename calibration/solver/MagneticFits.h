@@ -2,7 +2,8 @@
 //
 // The fits behind the magnetometer calibration, and the formulas that turn them into a correction.
 //
-// Conics and lines are the vectors told in calibration/InclineSensor_MagneticAdjust.h.
+// Conics and lines are the vectors of calibration/InclineSensor_MagneticAdjust.h.
+// Fits throw std::bad_alloc where memory is short.
 #pragma once
 
 #include "matrix/SZMatrix.h"
@@ -24,7 +25,7 @@ struct Line
     double residual;
 };
 
-/// The coefficients of a conic that its shape and centre depend on.
+/// The coefficients that determine shape and center of a conic.
 struct Conic
 {
     double p0, p1, p2, p3;
@@ -49,12 +50,13 @@ std::optional<Line> FitLine(const CSZMatrix& u, const CSZMatrix& v);
 
 /// First correction: what makes the horizontal conic (x, y) a circle, and the vertical conic
 /// (x, z) one of the same scale, with the vertical plane's slope k (y on x) and the horizontal
-/// plane's slope m (z on y). The offsets stay. Derivation: docs/formulas.md, "First correction".
+/// plane's slope m (z on y). The offsets are left alone. Derivation: docs/formulas.md, "First correction".
 void SetFirstCorrection(const Conic& horizontal, const Conic& vertical, double k, double m,
                         Incline_MagneticCorrectParameter& P);
 
-/// Correction in closed form, as CInclineSensor_MagneticAdjust::MagCorrPara of three vectors.
-/// False, with P unchanged, when a conic is no ellipse.
+/// Correction in closed form, as CInclineSensor_MagneticAdjust::MagCorrPara with three vectors.
+/// Derivation: docs/formulas.md, "Closed form". False, with P unchanged, when a conic is not an
+/// ellipse.
 bool SetClosedForm(const Conic& horizontal, const Conic& vertical, double slope, double intercept,
                    Incline_MagneticCorrectParameter& P);
 

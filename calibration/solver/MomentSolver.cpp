@@ -15,7 +15,7 @@ constexpr double kLeastDiscriminant = 0.05; // of a conic, 1 for a circle
 constexpr double kLeastRadicand = 1e-4;     // below the roots of the first correction
 constexpr double kNextToBound = 1e-7;       // of kLevelSlope
 
-// Whether a coordinate spans enough for the fits on it to keep their digits.
+// Whether a coordinate varies enough for the fits on it to keep their accuracy.
 bool Spans(double spread, double mean, double n)
 {
     const double deviation = std::sqrt(spread / n);
@@ -42,7 +42,7 @@ bool HasSafeRoots(const Conic& horizontal, double k)
 }
 
 // The passes that level the horizontal plane: slopes of z' on x and on y' from second moments.
-// `h` are the moments of (x, y, z). False where they do not end safely.
+// `h` are the moments of (x, y, z). False where their end is in doubt.
 bool LevelByMoments(const TurnMoments& h, double meanZ, Incline_MagneticCorrectParameter& P)
 {
     const double xx = h.SpreadU(), yy = h.SpreadV(), zz = h.SpreadW();
@@ -103,7 +103,7 @@ std::optional<Incline_MagneticCorrectParameter> SolveByMoments(const TurnReading
     auto P = CorrectRoughly(h, v);
     if (!P || !LevelByMoments(h, horizontal.meanZ, *P)) return std::nullopt;
 
-    // The offsets are still 0: what comes out is the centre of the corrected turn.
+    // The offsets are still 0, so the results are the centers of the corrected turns.
     const survey::Reading meanH = CorrectedMean(horizontal, *P);
     const survey::Reading meanV = CorrectedMean(vertical, *P);
     const TurnMoments correctedH = Sheared(h, P->a, P->b);

@@ -9,12 +9,12 @@
 
 namespace tiltpole::calibration {
 
-/// The correction that CInclineSensor_MagneticAdjust::MagCorrPara finds from the raw readings,
-/// with every refinement pass worked out from sums instead of the samples. The results differ
-/// from those of the fits by rounding (docs/formulas.md, "Moments of a turn").
+/// The correction that CInclineSensor_MagneticAdjust::MagCorrPara finds from the raw readings, with
+/// every refinement pass computed from sums instead of the samples. The results differ from those
+/// of the fits by rounding (docs/formulas.md, "Moments of a turn").
 ///
-/// None where that could not be promised: a fit that fails or nearly so, readings that hardly
-/// vary or whose mean lies far off, a slope next to the bound that ends the passes, the pass limit.
+/// None where that cannot be guaranteed: a fit that fails or nearly fails, readings that hardly vary
+/// or whose mean is far from 0, a slope next to the bound that ends the passes, the pass limit.
 std::optional<Incline_MagneticCorrectParameter> SolveByMoments(const TurnReadings& horizontal,
                                                                const TurnReadings& vertical);
 

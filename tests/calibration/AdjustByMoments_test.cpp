@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Adjust works on moments where it may; whatever the data, it must answer as the fits themselves.
+// Adjust uses moments where they are accurate; for any data its results must be those of the fits.
 #include "calibration/solver/MomentSolver.h"
 #include "tests/calibration/AdjustTools.h"
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the tests of the calibration share: its protected operations, recorded message boxes, and
-// a folder of its own for the dumps.
+// Shared by the tests of the calibration: its protected operations, recorded message boxes, and a
+// folder for the dumps of a test.
 #pragma once
 
 #include "calibration/InclineSensor_MagneticAdjust.h"
@@ -40,7 +40,7 @@ struct Box
     bool operator==(const Box&) const = default;
 };
 
-// Message boxes shown while it lives.
+// Records the message boxes shown during its lifetime.
 class RecordedBoxes
 {
 public:
@@ -63,7 +63,7 @@ private:
     framework::MessageBoxHandler m_Before;
 };
 
-// Application data go to a new folder while it lives.
+// Redirects application data to a new folder during its lifetime.
 class OwnDataFolder
 {
 public:
@@ -72,7 +72,7 @@ public:
     OwnDataFolder(const OwnDataFolder&) = delete;
     OwnDataFolder& operator=(const OwnDataFolder&) = delete;
 
-    /// Not there before the library makes it.
+    /// Does not exist before the library creates it.
     std::string Root() const { return m_scratch.Path("data"); }
     std::string Read(const std::string& name) const { return m_scratch.Read(Place(name)); }
     bool Has(const std::string& name) const

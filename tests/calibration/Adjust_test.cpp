@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The calibration from turn to parameters: results, messages in their order, what a failure leaves.
+// The calibration from turns to parameters: results, messages in order, state after a failure.
 #include "tests/calibration/AdjustTools.h"
 #include "tests/reference/LiteralAdjust.h"
 
@@ -149,7 +149,7 @@ TEST(Adjust, TranslationIsTheMeanDifferenceOfTheCorrectedReadings)
     ExpectNear(adjust.GetCoorTrans().dZ, sum[2] / 400, 1e-7, "dZ");
 }
 
-// Both turns exactly about the axes and on circles of one scale: the correction makes them so.
+// Both turns are exactly about the axes and of one scale: the correction restores the circles.
 TEST(Adjust, CorrectedTurnsAreCirclesAboutTheOrigin)
 {
     const KnownSensor sensor{.wobble = 0.5};
@@ -231,7 +231,7 @@ TEST(Adjust, ReadsAllSamplesBeforeTheFirstBox)
 }
 
 // The horizontal arc is short and noisy: once corrected, the conic through it is a hyperbola.
-TEST(Adjust, CentreOfAConicThatIsNoEllipseIsTakenAllTheSame)
+TEST(Adjust, TakesTheCenterOfAConicThatIsNotAnEllipse)
 {
     const Turn horizontal =
         turns::Make({.samples = 120, .revolutions = 0.3, .skew = 0.3, .noise = 30, .seed = 8},
@@ -307,7 +307,7 @@ std::vector<Failure> Failures()
     return failures;
 }
 
-TEST(Adjust, TellsTheFailedFitAndThenTheMagnetometer)
+TEST(Adjust, ReportsTheFailedFitAndThenTheMagnetometer)
 {
     for (const Failure& failure : Failures()) {
         const OwnDataFolder folder;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Sort_ByAzimuth leaves what an exchange sort leaves, equal azimuths and odd entries included.
+// Sort_ByAzimuth gives the order of an exchange sort, also for equal azimuths, null and NaN.
 #include "tests/calibration/FilterTwin.h"
 
 #include <rapidcheck/gtest.h>
@@ -73,7 +73,7 @@ TEST(AzimuthSort, LeavesNullEntriesWhereTheyAre)
     EXPECT_EQ(Sorted({-1, 30, -1, 10, -1}).Order(), (std::vector{-1, 3, -1, 1, -1}));
 }
 
-TEST(AzimuthSort, LeavesAzimuthsThatAreNoNumbersWhereTheyAre)
+TEST(AzimuthSort, LeavesNaNAzimuthsWhereTheyAre)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     EXPECT_EQ(Sorted({30, nan, 10}).Order(), (std::vector{2, 1, 0}));

@@ -113,7 +113,7 @@ TEST(ErrorDump, ThatCannotBeWrittenIsSkipped)
     CInclineSensor_MagneticAdjust adjust;
     Load(adjust, {1, Sample()}, {});
     EXPECT_EQ(adjust.Adjust(), 0);
-    EXPECT_EQ(boxes.shown.size(), 2U) << "nothing more is told";
+    EXPECT_EQ(boxes.shown.size(), 2U) << "no further box";
     EXPECT_TRUE(std::filesystem::is_regular_file(folder.Root()));
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The sample filters against the same rules written down literally: equal in every bit.
+// The sample filters against a literal implementation of their rules: equal in every bit.
 #include "tests/calibration/FilterTwin.h"
 
 #include <rapidcheck/gtest.h>
@@ -88,7 +88,7 @@ TYPED_TEST(FilterLiteral, EachStageGivesTheSameArray)
     }
 }
 
-// Whatever is called in between, the next centre and azimuths are those of the plain rules.
+// Whatever is called in between, the next center and azimuths follow the plain rules.
 TYPED_TEST(FilterLiteral, AnyOrderOfCallsLeavesTheSameState)
 {
     for (unsigned seed = 1; seed <= 40; ++seed) {
@@ -147,7 +147,7 @@ TYPED_TEST(FilterLiteral, AnyOrderOfCallsLeavesTheSameState)
 }
 
 // Two passes over half a turn: the samples of the second pass move to other sectors, those of the
-// first, which a long record remembers per sector, stay.
+// first, which a long record keeps per sector, stay.
 TYPED_TEST(FilterLiteral, LongRecordsSeeAzimuthsThatAnOperationMoved)
 {
     Twin<TypeParam> twin;
@@ -166,14 +166,14 @@ TYPED_TEST(FilterLiteral, LongRecordsSeeAzimuthsThatAnOperationMoved)
     const int before = twin.fast.GetRecordRate();
     twin.fast.IsComplete(&given);
     twin.literal.IsComplete(mirror);
-    EXPECT_GT(twin.fast.GetRecordRate(), before) << "the samples turn about a centre of their own";
+    EXPECT_GT(twin.fast.GetRecordRate(), before) << "the samples turn about a center of their own";
     EXPECT_TRUE(twin.HasSameCoverage());
     twin.Add(turns::Make({}, this->kAxis)[0]);
     EXPECT_TRUE(twin.HasSameState());
     EXPECT_TRUE(twin.HasSameCoverage());
 }
 
-TYPED_TEST(FilterLiteral, ReadingsThatAreNoNumbersFollowTheSameRules)
+TYPED_TEST(FilterLiteral, ReadingsThatAreNotFiniteFollowTheSameRules)
 {
     const double nan = std::numeric_limits<double>::quiet_NaN();
     const double infinity = std::numeric_limits<double>::infinity();
@@ -194,7 +194,7 @@ TYPED_TEST(FilterLiteral, ReadingsThatAreNoNumbersFollowTheSameRules)
 }
 
 // Readings on a coarse grid: many samples stand still, share an azimuth, turn back or lie on an
-// axis; code 9 is no number.
+// axis; code 9 is NaN.
 template <class Filter>
 void CheckGrid(const std::vector<std::tuple<int, int, int, int>>& codes)
 {

@@ -72,7 +72,7 @@ TEST(FilterXZ, DistanceStageKeepsWithin500OfTheCircleAnd200OfItsPlane)
     }
 }
 
-TEST(FilterXY, HeightOfTheCentreIsTheMeanOfAllSamples)
+TEST(FilterXY, HeightOfTheCenterIsTheMeanOfAllSamples)
 {
     PoseSensorData given[] = {At(-1, 0, 3), At(1, 0, 5), At(0, 1, 7), At(0, -1, 9), At(0, 0, 101)};
     turns::Samples array;
@@ -83,7 +83,7 @@ TEST(FilterXY, HeightOfTheCentreIsTheMeanOfAllSamples)
     EXPECT_DOUBLE_EQ(filter.GetCenterPar().dZ, 25);
 }
 
-TEST(FilterXZ, SideOfTheCentreIsTheMeanOfTheFourExtremeSamples)
+TEST(FilterXZ, SideOfTheCenterIsTheMeanOfTheFourExtremeSamples)
 {
     PoseSensorData given[] = {At(-1, 3, 0), At(1, 5, 0), At(0, 7, 1), At(0, 9, -1), At(0, 101, 0)};
     turns::Samples array;
@@ -101,7 +101,7 @@ TEST(FilterXZ, SideOfTheCentreIsTheMeanOfTheFourExtremeSamples)
     EXPECT_DOUBLE_EQ(filter.GetCenterPar().dY, 4) << "each is extreme twice and counts twice";
 }
 
-TEST(FilterXY, ClearMakesTheCentreInvalidAndKeepsItsFields)
+TEST(FilterXY, ClearMakesTheCenterInvalidAndKeepsItsFields)
 {
     CInclineSensor_Filter_XY filter;
     for (const auto& [x, v] : kSquare)
@@ -117,7 +117,7 @@ TEST(FilterXY, ClearMakesTheCentreInvalidAndKeepsItsFields)
     EXPECT_EQ(sample->dAzimuth, 0) << "not computed";
 }
 
-TEST(FilterXZ, AfterClearNewSamplesGetAzimuthsAboutTheOldCentre)
+TEST(FilterXZ, AfterClearNewSamplesGetAzimuthsAboutTheOldCenter)
 {
     CInclineSensor_Filter_XZ filter;
     for (const auto& [x, v] : kSquare)
@@ -129,7 +129,7 @@ TEST(FilterXZ, AfterClearNewSamplesGetAzimuthsAboutTheOldCentre)
     EXPECT_DOUBLE_EQ(first->dAzimuth, 45);
     for (int i = 0; i < 9; ++i)
         filter.Add(new PoseSensorData(At(20, 0, 20)));
-    EXPECT_DOUBLE_EQ(first->dAzimuth, 225) << "the tenth sample moves the centre to (15, 15)";
+    EXPECT_DOUBLE_EQ(first->dAzimuth, 225) << "the tenth sample moves the center to (15, 15)";
 }
 
 // A drift of y in the middle of the turn: none of the four extreme samples has it.

@@ -78,7 +78,7 @@ public:
         if (a.nValid != b.nValid || !Same(a.dX, b.dX) || !Same(a.dY, b.dY) || !Same(a.dZ, b.dZ)
             || !Same(a.dRadius, b.dRadius))
             return ::testing::AssertionFailure()
-                   << "centre " << a.dX << ' ' << a.dY << ' ' << a.dZ << ' ' << a.dRadius
+                   << "center " << a.dX << ' ' << a.dY << ' ' << a.dZ << ' ' << a.dRadius
                    << " instead of " << b.dX << ' ' << b.dY << ' ' << b.dZ << ' ' << b.dRadius;
         for (std::size_t i = 0; i < m_Given.size(); ++i)
             if (!Same(m_Given[i]->dAzimuth, m_Mirror[i]->dAzimuth)

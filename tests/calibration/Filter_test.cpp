@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the sample filters promise, rule by rule, worked out by hand.
+// The rules of the sample filters one by one, on figures computed by hand.
 #include "tests/calibration/FilterTwin.h"
 
 #include <cmath>
@@ -81,7 +81,7 @@ TYPED_TEST(SampleFilter, IgnoresANullSample)
     EXPECT_EQ(this->filter.GetCenterPar().nValid, 1) << "the ten samples count, the null does not";
 }
 
-TYPED_TEST(SampleFilter, CentreBecomesValidAtTheTenthSample)
+TYPED_TEST(SampleFilter, CenterBecomesValidAtTheTenthSample)
 {
     std::vector<PoseSensorData*> given;
     for (const auto& [x, v] : kSquare) {
@@ -91,17 +91,17 @@ TYPED_TEST(SampleFilter, CentreBecomesValidAtTheTenthSample)
     }
     EXPECT_EQ(this->filter.GetCenterPar().nValid, 1);
     EXPECT_DOUBLE_EQ(this->filter.GetCenterPar().dX, 5);
-    EXPECT_DOUBLE_EQ(given[0]->dAzimuth, 225) << "all azimuths are written with the first centre";
+    EXPECT_DOUBLE_EQ(given[0]->dAzimuth, 225) << "all azimuths are written with the first center";
     EXPECT_DOUBLE_EQ(given[4]->dAzimuth, 45);
 }
 
-TYPED_TEST(SampleFilter, OnlyEachTenthSampleMovesTheCentre)
+TYPED_TEST(SampleFilter, OnlyEachTenthSampleMovesTheCenter)
 {
     for (const auto& [x, v] : kSquare)
         this->Give(At(x, v));
     PoseSensorData* far = this->Give(At(105, 5));
     EXPECT_DOUBLE_EQ(this->filter.GetCenterPar().dX, 5);
-    EXPECT_DOUBLE_EQ(far->dAzimuth, 360) << "on the x axis of the old centre";
+    EXPECT_DOUBLE_EQ(far->dAzimuth, 360) << "on the x axis of the old center";
     for (int i = 0; i < 9; ++i)
         this->Give(At(5, 5));
     EXPECT_DOUBLE_EQ(this->filter.GetCenterPar().dX, 52.5) << "the twentieth";
@@ -117,7 +117,7 @@ TYPED_TEST(SampleFilter, AzimuthsOnTheAxesCountFromX)
         double x, v, azimuth;
         const char* why;
     } cases[] = {
-        {0,      0,                    360, "the centre itself: 0 is stored as 360"},
+        {0,      0,                    360, "the center itself: 0 is stored as 360"},
         {7,      0,                    360, "+x, 0 stored as 360"                  },
         {0,      7,                    90,  "+second"                              },
         {-7,     0,                    180, "-x"                                   },
@@ -135,7 +135,7 @@ TYPED_TEST(SampleFilter, AzimuthsOnTheAxesCountFromX)
     }
 }
 
-TYPED_TEST(SampleFilter, TurnFlagTellsWhetherTheAzimuthGrew)
+TYPED_TEST(SampleFilter, TurnFlagIsOneWhereTheAzimuthGrew)
 {
     this->Keep(At(-10, -10));
     this->Keep(At(10, 10));
@@ -156,11 +156,11 @@ TYPED_TEST(SampleFilter, TurnFlagTellsWhetherTheAzimuthGrew)
         sample->SetTurnFlag(7);
         this->filter.Calculate_Azimuth_One(sample);
         EXPECT_EQ(sample->GetTurnFlag(), step.flag)
-            << step.x << ' ' << step.v << "; without predecessor it stays";
+            << step.x << ' ' << step.v << "; unchanged without a predecessor";
     }
 }
 
-TYPED_TEST(SampleFilter, RefusesAzimuthsWithoutACentre)
+TYPED_TEST(SampleFilter, RefusesAzimuthsWithoutACenter)
 {
     PoseSensorData* sample = this->KeepAzimuth(12);
     EXPECT_EQ(this->filter.Calculate_Azimuth_One(sample), 0);
@@ -169,7 +169,7 @@ TYPED_TEST(SampleFilter, RefusesAzimuthsWithoutACentre)
     EXPECT_EQ(sample->dAzimuth, 12);
 }
 
-TYPED_TEST(SampleFilter, CentreNeedsASample)
+TYPED_TEST(SampleFilter, CenterNeedsASample)
 {
     this->array.Add(nullptr);
     EXPECT_EQ(this->filter.Calculate_CenterPar(&this->array), 0);
@@ -187,7 +187,7 @@ TYPED_TEST(SampleFilter, RadiusIsTheMeanDistanceInThePlane)
     EXPECT_DOUBLE_EQ(this->filter.GetCenterPar().dRadius, 7);
 }
 
-TYPED_TEST(SampleFilter, SectorBoundariesCountForNeitherNeighbour)
+TYPED_TEST(SampleFilter, SectorBoundariesCountForNeitherNeighbor)
 {
     std::vector<PoseSensorData*> given;
     for (int i = 0; i < 72; ++i)
@@ -217,7 +217,7 @@ TYPED_TEST(SampleFilter, HalfTheSectorsAreFiftyPercent)
     EXPECT_EQ(this->filter.IsRecordOK(), 0) << "fewer samples than sectors";
 }
 
-// Beyond a few hundred samples the sectors are not counted afresh each time.
+// Beyond a few hundred samples the filter keeps one sample per sector instead of counting.
 TYPED_TEST(SampleFilter, LongRecordsAreCovered)
 {
     std::vector<PoseSensorData*> given;
@@ -228,7 +228,7 @@ TYPED_TEST(SampleFilter, LongRecordsAreCovered)
     EXPECT_EQ(this->filter.IsRecordOK(), 1);
     for (PoseSensorData* sample : given)
         sample->dAzimuth = 17;
-    EXPECT_EQ(this->filter.GetRecordRate(), 1) << "azimuths written from outside are seen";
+    EXPECT_EQ(this->filter.GetRecordRate(), 1) << "azimuths written from outside are noticed";
 }
 
 TYPED_TEST(SampleFilter, EmptyRecordIsNotCovered)
@@ -248,7 +248,7 @@ TYPED_TEST(SampleFilter, GapOfMoreThanSixtyDegreesIsNotComplete)
         }
         return this->filter.IsComplete(&this->array);
     };
-    // 90, 180, 270 and 359.99 fix the centre at 0; azimuths count from +second towards +x here.
+    // 90, 180, 270 and 359.99 fix the center at 0; azimuths count from +second towards +x here.
     EXPECT_EQ(complete({1, 45, 89.9, 149, 180.1, 225, 269.9, 315, 359.9}), 1);
     EXPECT_EQ(complete({1, 45, 89.9, 152, 180.1, 225, 269.9, 315, 359.9}), 0);
     EXPECT_EQ(this->filter.IsComplete(nullptr), 0);
@@ -285,6 +285,8 @@ TYPED_TEST(SampleFilter, SelectCopiesAllWhenMoreAreWanted)
     ASSERT_EQ(all->GetSize(), 3);
     EXPECT_EQ(all->GetAt(1), nullptr);
     EXPECT_EQ(all->GetAt(2), this->array[2]);
+    const std::unique_ptr<turns::Samples> asMany(this->filter.Select(&this->array, 3));
+    EXPECT_EQ(asMany->GetSize(), 2) << "as many as there are: null entries are left out";
 }
 
 TYPED_TEST(SampleFilter, SelectTakesEachStepAndTheFourExtremes)
@@ -333,7 +335,7 @@ TYPED_TEST(SampleFilter, TimeStageComparesTimesOfAnySize)
     }
 }
 
-// 30 counts in every direction: what counts is whether the root of the sum is below 30.
+// 30 counts in every direction: the root of the sum decides whether the distance is below 30.
 TYPED_TEST(SampleFilter, TimeStageComparesTheDistanceItself)
 {
     int below = 0;

@@ -30,7 +30,7 @@ CSZMatrix RandomCovariance(std::mt19937& random, int order)
     return root * root.matTran() + CSZMatrix(order, order, MatIdentity);
 }
 
-// The filter as its formulas are written, every product formed.
+// The formulas of the filter, with every product computed.
 struct Model
 {
     CSZMatrix Phi, B, Gamma, H, D, R, Q, x, P;
@@ -123,7 +123,7 @@ TEST(KFilter, IdentitiesAndZerosChangeNoBit)
     }
 }
 
-TEST(KFilter, NumbersThatAreNotFiniteSpreadAsTheFormulasSay)
+TEST(KFilter, NumbersThatAreNotFiniteSpreadAsInTheFormulas)
 {
     std::mt19937 random(7);
     const double odd[] = {std::numeric_limits<double>::quiet_NaN(),
@@ -150,7 +150,7 @@ CSZMatrix RandomDiagonal(std::mt19937& random, int order)
     return matrix;
 }
 
-// Identities and diagonal covariances: no state tells anything about another.
+// Identities and diagonal covariances: the states are independent.
 Model SeparateStates(std::mt19937& random, int n)
 {
     Model model = Smoother(n);
@@ -366,7 +366,7 @@ TEST(KFilter, StaysUsableAfterItWasMovedFrom)
     }
 }
 
-TEST(KFilter, InitialVarianceIsMultipliedAsItStands)
+TEST(KFilter, InitialVarianceIsMultipliedUnchanged)
 {
     std::mt19937 random(9);
     for (const int n : {1, 3, 6}) {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The fits of the calibration: conics, lines, centres and least squares, on figures known by hand.
+// The fits of the calibration: conics, lines, centers and least squares, on figures computed by hand.
 #include "tests/calibration/AdjustTools.h"
 #include "tests/reference/LiteralAdjust.h"
 
@@ -11,7 +11,7 @@
 
 namespace {
 
-// An ellipse with given centre, half axes and direction of the first one [degrees].
+// An ellipse with given center, half axes and direction of the first one [degrees].
 struct KnownEllipse
 {
     double cu, cv, first, second, direction;
@@ -40,7 +40,7 @@ struct KnownEllipse
     }
 };
 
-TEST(EllipseFit, FindsShapeAndCentreOfAKnownEllipse)
+TEST(EllipseFit, FindsShapeAndCenterOfAKnownEllipse)
 {
     constexpr KnownEllipse cases[] = {
         {0,    0,   1,   1,   0,   "unit circle"               },
@@ -180,7 +180,7 @@ TEST(CircleCenter, NeedsAVectorOfFiveAndNoParabola)
 }
 
 // u²/2 + v²/2 − u − 2v = 0 is the circle about (1, 2).
-TEST(CircleCenter, WritesOnlyWhatIsAskedFor)
+TEST(CircleCenter, WritesOnlyThroughPointersThatAreNotNull)
 {
     const CSZMatrix circle = ColumnOf({0.5, 0, -1, -2, 0});
     double u = 7, v = 8;
@@ -238,7 +238,7 @@ TEST(OverDetermined, SolvesByNormalEquations)
     EXPECT_NEAR(x.GetData(1, 0), 1, 1e-14);
 }
 
-TEST(OverDetermined, TellsTheOperatorWhenTheRowsDiffer)
+TEST(OverDetermined, ShowsABoxWhenTheRowsDiffer)
 {
     RecordedBoxes boxes;
     CSZMatrix A(3, 2, MatOnes), b(2, 1, MatOnes);
