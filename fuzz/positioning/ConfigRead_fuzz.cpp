@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Any content of a parameter file: reading never crashes, leaves finite numbers, and one pass for
-// all keys finds what one look-up per key finds.
+// Reading a parameter file of any content never crashes and yields finite numbers, and one pass for
+// all keys finds what a lookup of each key finds.
 #include "framework/core/File.h"
 #include "positioning/InclineSensor_Position.h"
 #include "positioning/detail/KeyedTextFile.h"

@@ -78,7 +78,7 @@ TEST(KeyedTextFile, CannotBeOpenedWhereThereIsNoFile)
     EXPECT_EQ(file.OpenForWriting(L""), 0);
 }
 
-TEST(KeyedTextFile, LeavesTheDestinationWhereAValueIsMissing)
+TEST(KeyedTextFile, LeavesTheDestinationUnchangedWhereAValueIsMissing)
 {
     const KeyedTextFile file = Holding("[Empty]\r\n[Last]5");
     for (const char* key : {"Empty", "Last", "Other", "empty"}) {
@@ -122,7 +122,7 @@ TEST(KeyedTextFile, LooksAKeyUpAsPlainText)
     }
 }
 
-TEST(KeyedTextFile, GoesOnBehindAZeroByte)
+TEST(KeyedTextFile, ContinuesAfterAZeroByte)
 {
     using namespace std::string_literals;
     const KeyedTextFile file = Holding("\0[a]1\0002\r\n[b]3\r\n"s);

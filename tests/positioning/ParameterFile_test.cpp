@@ -10,6 +10,7 @@
 #include <chrono>
 #include <cmath>
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
@@ -95,7 +96,7 @@ Values ReadFrom(const std::string& content)
 
 const Values kDefaults = ValuesOf(CInclineSensor_Position{});
 
-TEST(ParameterFile, HoldsTwentyOneLinesInTheirOrder)
+TEST(ParameterFile, HasTwentyOneLinesInTheirOrder)
 {
     const TemporaryFolder folder;
     std::string expected;
@@ -195,6 +196,15 @@ TEST(ParameterFile, LeavesEveryMemberThatItDoesNotName)
     }
 }
 
+// Runs `work` in a process of its own; its return value is the process's.
+template <class Work>
+pid_t InChild(Work work)
+{
+    const pid_t child = ::fork();
+    if (child == 0) ::_exit(work());
+    return child;
+}
+
 TEST(ParameterFile, ReadsAPipeToItsEnd)
 {
     const TemporaryFolder folder;
@@ -216,6 +226,29 @@ TEST(ParameterFile, IsRefusedWhereItNeverEnds)
     EXPECT_EQ(ValuesOf(sensor), Rising());
     EXPECT_EQ(sensor.ConfigRead(L"/dev/null"), 1) << "an empty file";
     EXPECT_EQ(ValuesOf(sensor), Rising());
+}
+
+TEST(ParameterFile, TakesNoMoreThanItNeedsFromAPipeThatNeverEnds)
+{
+    const TemporaryFolder folder;
+    ASSERT_EQ(::mkfifo((folder.Native() / "pipe").c_str(), 0666), 0);
+    const pid_t child = InChild([&] {
+        CInclineSensor_Position sensor;
+        return sensor.ConfigRead(folder.Path("pipe"));
+    });
+    ASSERT_GT(child, 0);
+    const auto pipeSignal = std::signal(SIGPIPE, SIG_IGN);
+    const int pipe = ::open((folder.Native() / "pipe").c_str(), O_WRONLY);
+    const std::string piece(4096, ' ');
+    std::size_t taken = 0;
+    while (taken < (64 << 20) && ::write(pipe, piece.data(), piece.size()) > 0)
+        taken += piece.size();
+    ::close(pipe);
+    std::signal(SIGPIPE, pipeSignal);
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "refused";
+    EXPECT_LT(taken, std::size_t{2} << 20);
 }
 
 TEST(ParameterFile, IsRefusedBeyond256MebibytesOnly)
@@ -266,7 +299,7 @@ TEST(ParameterFile, LosesNothingWhereMemoryRunsOut)
     EXPECT_GT(reads, 0);
 }
 
-TEST(ParameterFile, TakesTextThatIsNoNumberAsZero)
+TEST(ParameterFile, ReadsTextThatIsNotANumberAsZero)
 {
     for (const char* text : {"abc", "nan", "inf", "0x12", "1e999", "--1"}) {
         Values expected = kDefaults;
@@ -401,15 +434,6 @@ TEST(ParameterFile, CannotBeSavedWhereNoFileCanBe)
     EXPECT_EQ(folder.Names().size(), 1U);
 }
 
-// Runs `work` in a process of its own; its return value is the process's.
-template <class Work>
-pid_t InChild(Work work)
-{
-    const pid_t child = ::fork();
-    if (child == 0) ::_exit(work());
-    return child;
-}
-
 TEST(ParameterFile, IsKeptWhenTheDiskFills)
 {
     const TemporaryFolder folder;
@@ -431,7 +455,7 @@ TEST(ParameterFile, IsKeptWhenTheDiskFills)
     EXPECT_EQ(folder.Names().size(), 1U);
 }
 
-TEST(ParameterFile, IsOldOrNewWhereverTheProgramEnds)
+TEST(ParameterFile, IsOldOrNewWheneverTheProgramIsKilled)
 {
     const TemporaryFolder folder;
     const CString path = folder.Path(kFile);

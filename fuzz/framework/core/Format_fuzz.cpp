@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Any format with arguments of every kind, in an order the input chooses, is harmless.
+// Any format, with arguments of every kind in an order that the input chooses, is harmless.
 #include "framework/core/String.h"
 
 #include <cstdint>

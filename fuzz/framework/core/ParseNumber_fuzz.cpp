@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Wide and narrow text of the same characters give the same number, from within the text.
+// Wide and narrow text of the same characters yield the same number and use no more than the text.
 #include "framework/core/ParseNumber.h"
 
 #include <bit>

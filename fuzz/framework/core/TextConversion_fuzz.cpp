@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Any bytes become well-formed text, which survives the way to UTF-8 and back unchanged.
+// Any bytes become well-formed text, which converts to UTF-8 and back without a change.
 #include "framework/core/TextConversion.h"
 
 #include <cstdint>

@@ -29,7 +29,7 @@ void Fill(Numbers& numbers, std::initializer_list<int> values)
         numbers.Add(value);
 }
 
-// Counts the objects that are alive.
+// Counts its objects that are alive.
 struct Counted
 {
     explicit Counted(int* count) : alive(count) { ++*alive; }
@@ -42,7 +42,7 @@ struct Counted
 
 } // namespace
 
-TEST(Array, IsEmptyWhenMade)
+TEST(Array, StartsEmpty)
 {
     const Numbers numbers;
     EXPECT_EQ(numbers.GetSize(), 0);
@@ -79,7 +79,7 @@ TEST(Array, LetsEveryElementBeReadAndSet)
     EXPECT_EQ(same.GetData()[2], 31);
 }
 
-TEST(Array, SetSizeMakesZeroesAndCuts)
+TEST(Array, SetSizeAddsZerosAndTruncates)
 {
     Numbers numbers;
     Fill(numbers, {1, 2, 3});
@@ -215,7 +215,7 @@ TEST(Array, MovesItsStoreRarelyWhileItGrows)
     }
 }
 
-TEST(Array, GrowsByNoLessThanAsked)
+TEST(Array, GrowsByNoLessThanRequested)
 {
     Numbers numbers;
     numbers.SetSize(0, 1000);
@@ -239,7 +239,7 @@ TEST(Array, FreeExtraKeepsTheElements)
     EXPECT_EQ(ValuesOf(numbers), std::vector<int>{4});
 }
 
-TEST(Array, HoldsBoolsAndPointersContiguously)
+TEST(Array, StoresBoolsAndPointersContiguously)
 {
     CArray<bool, bool> flags;
     flags.Add(true);

@@ -52,7 +52,7 @@ TEST_F(File, IsNotOpenedWhereItCannotBe)
     EXPECT_FALSE(file.IsOpen());
 }
 
-TEST_F(File, CreateEmptiesAnOldFileUnlessToldNotTo)
+TEST_F(File, CreateEmptiesAnOldFileUnlessNoTruncateIsSet)
 {
     Write("old content");
     CFile file;
@@ -81,7 +81,7 @@ TEST_F(File, SeeksFromStartHereAndEnd)
     EXPECT_EQ(file.GetLength(), 10u);
 }
 
-TEST_F(File, SaysOnCloseThatAWriteFailed)
+TEST_F(File, ReportsAFailedWriteOnClose)
 {
     Write("x");
     CFile file;
@@ -117,7 +117,7 @@ TEST_F(File, DoesNothingWhileNotOpen)
     file.Abort();
 }
 
-TEST_F(File, FlushesWhatItHolds)
+TEST_F(File, FlushesWhatWasWritten)
 {
     CFile file;
     ASSERT_TRUE(file.Open(m_path, CFile::modeCreate | CFile::modeWrite));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A scratch folder whose names are framework texts, and the limits tests put on files.
+// A scratch folder whose paths are CString, a limit on file sizes, and a count of descriptors.
 #pragma once
 
 #include "framework/core/String.h"
@@ -19,7 +19,7 @@ public:
     CString File(const wchar_t* name) const { return Path() + L"/" + name; }
 };
 
-// While it lives no file grows beyond `bytes`: a full disk for one process.
+// While it lives, no file can grow beyond `bytes`: a full disk for this process.
 class FileSizeLimit
 {
 public:

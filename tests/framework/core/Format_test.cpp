@@ -100,7 +100,7 @@ TEST(Format, TakesEveryKindOfTextWhateverTheSize)
     EXPECT_EQ(Formatted(L"%s %hs", "narrow", L"wide"), L"narrow wide");
 }
 
-TEST(Format, PadsAndCutsText)
+TEST(Format, PadsAndTruncatesText)
 {
     EXPECT_EQ(Formatted(L"<%6s|%-6s|%.2s|%5.1s>", L"abc", L"abc", L"abc", L"abc"),
               L"<   abc|abc   |ab|    a>");
@@ -110,7 +110,7 @@ TEST(Format, PadsAndCutsText)
     EXPECT_EQ(Formatted(L"%.2hs", "\xC3\xA4\xE2\x82\xAC\xF0\x9F\x98\x80"), L"\u00E4\u20AC");
 }
 
-TEST(Format, ReadsUnclosedTextNoFurtherThanItsPrecision)
+TEST(Format, ReadsUnterminatedTextNoFurtherThanItsPrecision)
 {
     const wchar_t wide[3] = {L'a', L'b', L'c'};
     const char narrow[4] = {'a', '\xC3', '\xA4', 'c'};
@@ -118,7 +118,7 @@ TEST(Format, ReadsUnclosedTextNoFurtherThanItsPrecision)
     EXPECT_EQ(Formatted(L"%.3hs", static_cast<const char*>(narrow)), L"a\u00E4c");
 }
 
-TEST(Format, NamesANullText)
+TEST(Format, PrintsANullText)
 {
     EXPECT_EQ(Formatted(L"%s", static_cast<const wchar_t*>(nullptr)), L"(null)");
     EXPECT_EQ(Formatted(L"%hs", static_cast<const char*>(nullptr)), L"(null)");
@@ -180,7 +180,7 @@ TEST(Format, ConvertsNumbersOfTheOtherKind)
     EXPECT_EQ(Formatted(L"%d", kNaN), L"0");
 }
 
-TEST(Format, CountsAMissingOrMisplacedArgumentAsNothing)
+TEST(Format, TreatsAMissingOrMisplacedArgumentAsEmpty)
 {
     EXPECT_EQ(Formatted(L"%d %s %.1f %c|", 1).GetLength(), 9);
     EXPECT_EQ(Formatted(L"%d|%s|%.1f", 1), L"1||0.0");
@@ -209,8 +209,8 @@ TEST(Format, PrintsNumbersAsTheCLocaleDoes)
             CheckLikePrinted(format, value);
 }
 
-// Apart, as some C libraries leave the zeros out when rounding adds a digit.
-TEST(Format, KeepsTheZeroesOfARoundedPowerOfTen)
+// A case of its own: some C libraries omit the zeros when rounding adds a digit.
+TEST(Format, KeepsTheZerosOfARoundedPowerOfTen)
 {
     EXPECT_EQ(Formatted(L"%g %#g %#.3g", 999999.5, 999999.5, 9.999), L"1e+06 1.00000e+06 10.0");
 }

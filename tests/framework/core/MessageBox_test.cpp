@@ -38,7 +38,7 @@ TEST_F(MessageBox, WritesTitleAndTextToStandardErrorByDefault)
     EXPECT_EQ(answer, IDOK);
 }
 
-TEST_F(MessageBox, AsksTheHandlerThatTheHostSet)
+TEST_F(MessageBox, CallsTheHandlerThatTheHostSet)
 {
     Record(42);
     EXPECT_EQ(MessageBoxW(nullptr, L"text", L"Warning", MB_ICONSTOP), 42);
@@ -46,14 +46,14 @@ TEST_F(MessageBox, AsksTheHandlerThatTheHostSet)
     EXPECT_EQ(m_style, MB_ICONSTOP);
 }
 
-TEST_F(MessageBox, NeverHandsOnNull)
+TEST_F(MessageBox, NeverPassesNullToItsHandler)
 {
     Record(IDOK);
     MessageBoxW(nullptr, nullptr, nullptr, MB_OK);
     EXPECT_EQ(m_shown, L"Error/");
 }
 
-TEST_F(MessageBox, GivesThePreviousHandlerBack)
+TEST_F(MessageBox, ReturnsThePreviousHandler)
 {
     Record(1);
     const auto previous = SetMessageBoxHandler([](auto, auto, auto) { return 2; });
@@ -73,7 +73,7 @@ TEST_F(MessageBox, ReturnsToTheDefaultForAnEmptyHandler)
     EXPECT_TRUE(m_shown.empty());
 }
 
-TEST_F(MessageBox, MayChangeItsHandlerWhileItIsAnswered)
+TEST_F(MessageBox, MayChangeItsHandlerWhileTheHandlerRuns)
 {
     const std::string message(100, 'm'); // too long for the function object itself
     SetMessageBoxHandler([message](auto, auto, auto) {

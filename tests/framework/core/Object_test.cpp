@@ -29,7 +29,7 @@ IMPLEMENT_DYNAMIC(Unrelated, CObject)
 
 } // namespace
 
-TEST(RuntimeClass, TellsNameSizeAndSchema)
+TEST(RuntimeClass, ReportsNameSizeAndSchema)
 {
     const CRuntimeClass* compass = Compass().GetRuntimeClass();
     EXPECT_STREQ(compass->m_lpszClassName, "Compass");
@@ -58,7 +58,7 @@ TEST(RuntimeClass, KnowsItsAncestors)
     EXPECT_FALSE(RUNTIME_CLASS(CObject)->IsDerivedFrom(RUNTIME_CLASS(Gauge)));
 }
 
-TEST(RuntimeClass, MakesObjectsOfClassesThatAllowIt)
+TEST(RuntimeClass, CreatesObjectsOfClassesThatAllowIt)
 {
     const std::unique_ptr<CObject> object(RUNTIME_CLASS(Compass)->CreateObject());
     ASSERT_NE(object, nullptr);

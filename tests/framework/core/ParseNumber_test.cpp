@@ -80,14 +80,14 @@ TEST(ParseDouble, ReadsTheLongestNumberAtTheStart)
         CheckDouble(c, NumberForms::Decimal);
 }
 
-TEST(ParseDouble, FindsNoNumberWhereNoneStands)
+TEST(ParseDouble, FindsNoNumberWhereThereIsNone)
 {
     for (const char* text : {"", " ", "x1", "-", "+", "--1", "+-1", ".", "-.", ".e5", "e5", "- 1",
                              "nan", "inf", "-inf", "\xC2\xA0 1"})
         CheckDouble({text, 0.0, 0, true}, NumberForms::Decimal);
 }
 
-TEST(ParseDouble, TellsWhatNoDoubleHolds)
+TEST(ParseDouble, ReportsNumbersOutOfRange)
 {
     constexpr Double cases[] = {
         {"1e309",                        kInfinity,               5,  false},

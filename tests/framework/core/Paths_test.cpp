@@ -45,7 +45,7 @@ struct ModulePathScope
 
 } // namespace
 
-TEST(FileAttributes, TellFilesFoldersAndWhatIsMissing)
+TEST(FileAttributes, DistinguishFilesFoldersAndMissingNames)
 {
     const TestFolder folder;
     folder.Write("\xC3\xA4", "x");
@@ -77,7 +77,7 @@ TEST(ModuleFileName, IsWhatTheHostSet)
     EXPECT_STREQ(buffer.data(), L"/opt/\u00E4/host");
 }
 
-TEST(ModuleFileName, IsCutToTheBufferAndClosed)
+TEST(ModuleFileName, IsTruncatedToTheBufferAndTerminated)
 {
     const ModulePathScope restore;
     framework::SetModulePath(L"/opt/host");
@@ -99,7 +99,7 @@ TEST(ApplicationDataFolder, FollowsTheDataHome)
     EXPECT_EQ(framework::ApplicationDataFolder(), L"/data/\u00E4/tiltpole");
 }
 
-TEST(ApplicationDataFolder, LiesInTheHomeFolderWithoutADataHome)
+TEST(ApplicationDataFolder, IsInTheHomeFolderWithoutADataHome)
 {
     const Environment home("HOME", "/home/surveyor");
     for (const char* useless : {static_cast<const char*>(nullptr), "", "relative/data"}) {
@@ -115,7 +115,7 @@ TEST(ApplicationDataFolder, IsAbsoluteEvenWithoutAHome)
     EXPECT_EQ(framework::ApplicationDataFolder()[0], L'/');
 }
 
-TEST(ApplicationDataFolder, IsNotMadeByAskingForIt)
+TEST(ApplicationDataFolder, IsNotCreatedByTheQuery)
 {
     const TestFolder folder;
     const Environment data("XDG_DATA_HOME", folder.Native().c_str());
@@ -123,7 +123,7 @@ TEST(ApplicationDataFolder, IsNotMadeByAskingForIt)
     EXPECT_TRUE(folder.Names().empty());
 }
 
-TEST(MakeFolder, MakesAllThatIsMissing)
+TEST(MakeFolder, CreatesAllThatIsMissing)
 {
     const TestFolder folder;
     EXPECT_TRUE(framework::MakeFolder(folder.File(L"a/\u00E4/c")));

@@ -16,7 +16,7 @@ struct Hit
 
 } // namespace
 
-TEST(Rect, HoldsItsLeftAndTopEdgesOnly)
+TEST(Rect, ContainsItsLeftAndTopEdgesOnly)
 {
     constexpr Hit cases[] = {
         {10, 20, true,  "top left corner"},
@@ -33,7 +33,7 @@ TEST(Rect, HoldsItsLeftAndTopEdgesOnly)
     EXPECT_FALSE(PtInRect(nullptr, CPoint(0, 0)));
 }
 
-TEST(Rect, KnowsItsMeasures)
+TEST(Rect, ReportsItsMeasures)
 {
     EXPECT_EQ(kFrame.Width(), 20);
     EXPECT_EQ(kFrame.Height(), 40);
@@ -82,7 +82,7 @@ TEST(Rect, GrowsShrinksAndMoves)
     EXPECT_EQ(rect, kFrame);
 }
 
-TEST(Rect, IsNormalisedEdgeByEdge)
+TEST(Rect, IsNormalizedEdgeByEdge)
 {
     CRect rect(30, 20, 10, 60);
     rect.NormalizeRect();
@@ -125,7 +125,7 @@ TEST(Rect, IsIntersectedWithAnother)
     EXPECT_EQ(common, CRect(20, 20, 30, 30));
 }
 
-TEST(Rect, IsUnitedLeavingEmptyOnesOut)
+TEST(Rect, IsUnitedIgnoringEmptyOnes)
 {
     const CRect other(20, 0, 50, 30);
     const CRect empty(100, 100, 100, 200);

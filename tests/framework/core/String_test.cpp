@@ -95,7 +95,7 @@ TEST(String, KeepsItsLengthApartFromTheClosingZero)
     EXPECT_EQ(text.GetString()[3], L'\0');
 }
 
-TEST(String, GivesCharactersAndZeroWhereThereIsNone)
+TEST(String, ReturnsCharactersAndZeroWhereThereIsNone)
 {
     CString text = L"abc";
     EXPECT_EQ(text.GetAt(1), L'b');
@@ -109,7 +109,7 @@ TEST(String, GivesCharactersAndZeroWhereThereIsNone)
     EXPECT_EQ(text, L"xbc");
 }
 
-TEST(String, IsEmptiedAndSaysSo)
+TEST(String, IsEmptyAfterEmpty)
 {
     CString text = L"abc";
     EXPECT_FALSE(text.IsEmpty());
@@ -263,7 +263,7 @@ TEST(String, IsJoinedWithTextAndCharacters)
     EXPECT_EQ(text, L"xbyz");
 }
 
-TEST(String, TrimsWhiteSpaceOrWhatIsNamed)
+TEST(String, TrimsWhiteSpaceOrGivenCharacters)
 {
     EXPECT_EQ(CString(L" \t\n\v\f\rab \r\n").Trim(), L"ab");
     EXPECT_EQ(CString(L"  ab  ").TrimLeft(), L"ab  ");
@@ -356,7 +356,7 @@ TEST(String, TokenizeSkipsEmptyPartsAndEndsWithMinusOne)
     EXPECT_EQ(at, -1);
 }
 
-TEST(String, TokenizeWithoutSeparatorsGivesTheRest)
+TEST(String, TokenizeWithoutSeparatorsReturnsTheRest)
 {
     const CString text = L"abc";
     int at = 1;

@@ -80,14 +80,14 @@ TEST(TextConversion, ReplacesEveryIllFormedPartOnce)
         EXPECT_EQ(FromUtf8(c.bytes), c.text) << c.why;
 }
 
-TEST(TextConversion, ReplacesWhatIsNoCharacterWhenEncoding)
+TEST(TextConversion, ReplacesInvalidCharactersWhenEncoding)
 {
     const std::wstring wrong = {static_cast<wchar_t>(0xD800), static_cast<wchar_t>(0xDFFF),
                                 static_cast<wchar_t>(0x110000), static_cast<wchar_t>(-1)};
     EXPECT_EQ(ToUtf8(wrong), "\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD\xEF\xBF\xBD");
 }
 
-TEST(TextConversion, KeepsZeroesInside)
+TEST(TextConversion, KeepsZerosInside)
 {
     EXPECT_EQ(FromUtf8(std::string_view("a\0b", 3)), std::wstring(L"a\0b", 3));
     EXPECT_EQ(ToUtf8(std::wstring_view(L"a\0b", 3)), std::string("a\0b", 3));
@@ -114,7 +114,7 @@ RC_GTEST_PROP(TextConversion, MakesWellFormedTextOfAnyBytes, (const std::string&
     RC_ASSERT(text.size() <= bytes.size());
 }
 
-TEST(MultiByteToWideChar, TellsTheSizeAndFillsTheBuffer)
+TEST(MultiByteToWideChar, ReturnsTheSizeAndFillsTheBuffer)
 {
     std::array<wchar_t, 8> buffer{};
     EXPECT_EQ(Needed("\xC3\xA4z"), 3) << "two characters and the closing 0";
@@ -125,7 +125,7 @@ TEST(MultiByteToWideChar, TellsTheSizeAndFillsTheBuffer)
     EXPECT_EQ(MultiByteToWideChar(CP_UTF8, 0, "abc", 2, nullptr, 0), 2);
 }
 
-TEST(MultiByteToWideChar, AnswersZeroWhenItCannotConvert)
+TEST(MultiByteToWideChar, ReturnsZeroWhenItCannotConvert)
 {
     std::array<wchar_t, 8> buffer{};
     wchar_t* out = buffer.data();
@@ -143,7 +143,7 @@ TEST(MultiByteToWideChar, AnswersZeroWhenItCannotConvert)
     EXPECT_EQ(buffer[1], 0xFFFD);
 }
 
-TEST(WideCharToMultiByte, TellsTheSizeAndFillsTheBuffer)
+TEST(WideCharToMultiByte, ReturnsTheSizeAndFillsTheBuffer)
 {
     std::array<char, 8> buffer{};
     EXPECT_EQ(WideCharToMultiByte(CP_UTF8, 0, L"\u00E4z", -1, nullptr, 0, nullptr, nullptr), 4);
@@ -153,7 +153,7 @@ TEST(WideCharToMultiByte, TellsTheSizeAndFillsTheBuffer)
     EXPECT_EQ(WideCharToMultiByte(CP_ACP, 0, L"abc", 2, buffer.data(), 8, nullptr, nullptr), 2);
 }
 
-TEST(WideCharToMultiByte, AnswersZeroWhenItCannotConvert)
+TEST(WideCharToMultiByte, ReturnsZeroWhenItCannotConvert)
 {
     std::array<char, 8> buffer{};
     const auto convert = [&](UINT page, DWORD flags, const wchar_t* text, int length,
@@ -172,7 +172,7 @@ TEST(WideCharToMultiByte, AnswersZeroWhenItCannotConvert)
     EXPECT_EQ(convert(CP_UTF8, 0, surrogate, -1, 8), 4);
 }
 
-TEST(WideCharToMultiByte, TellsOfReplacementsOnlyForTheSystemsCodePage)
+TEST(WideCharToMultiByte, ReportsReplacementsOnlyForTheSystemsCodePage)
 {
     std::array<char, 8> buffer{};
     const wchar_t surrogate[] = {static_cast<wchar_t>(0xD800), 0};

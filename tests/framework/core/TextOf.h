@@ -9,7 +9,7 @@
 #include <ostream>
 #include <string>
 
-/// A CString in a failure message, and a comparison that sees text behind a 0.
+/// A CString in a failure message, and a comparison that includes text after a 0.
 inline std::wstring Whole(const CString& text)
 {
     return {text.GetString(), static_cast<std::size_t>(text.GetLength())};
