@@ -80,7 +80,7 @@ bool TakeOver(const TemporaryFile& file, const struct stat& old)
     const bool sameOwner = mine.st_uid == old.st_uid && mine.st_gid == old.st_gid;
     if (!sameOwner && ::fchown(file.Get(), old.st_uid, old.st_gid) != 0) return false;
     constexpr mode_t kPermissions = 07777;
-    if (sameOwner && ((mine.st_mode ^ old.st_mode) & kPermissions) == 0) return true;
+    if (((mine.st_mode ^ old.st_mode) & kPermissions) == 0) return true;
     return ::fchmod(file.Get(), old.st_mode & kPermissions) == 0;
 }
 
@@ -180,8 +180,7 @@ bool FileReplacement::State::Begin(const std::string& path)
         way = Way::InPlace;
         return true;
     }
-    errno = ENOENT;
-    return !target.ends_with('/') && BeginInFolder();
+    return BeginInFolder();
 }
 
 bool FileReplacement::State::BeginInFolder()

@@ -194,6 +194,11 @@ TEST(KeyedTextFile, RefusesALineOfMoreThanAHundredBytes)
     EXPECT_EQ(file.Close(), 0);
     EXPECT_EQ(folder.Read("a.txt").size(), 100U) << "the old file stays";
     EXPECT_EQ(folder.Names().size(), 1U);
+
+    file.OpenForWriting(folder.Path("a.txt"));
+    EXPECT_EQ(file.WriteInteger("n", 1), 1);
+    EXPECT_EQ(file.Close(), 1) << "a new content is not concerned";
+    EXPECT_EQ(folder.Read("a.txt"), "[n]1\r\n");
 }
 
 TEST(KeyedTextFile, RefusesWhatIsNotFinite)

@@ -251,7 +251,7 @@ TEST(ParameterFile, TakesNoMoreThanItNeedsFromAPipeThatNeverEnds)
     EXPECT_LT(taken, std::size_t{2} << 20);
 }
 
-TEST(ParameterFile, IsRefusedBeyond256MebibytesOnly)
+TEST(ParameterFile, IsReadUpTo256Mebibytes)
 {
     const TemporaryFolder folder;
     folder.Write(kFile, "[MagneticA.a]2\r\n");
@@ -259,6 +259,10 @@ TEST(ParameterFile, IsRefusedBeyond256MebibytesOnly)
     CInclineSensor_Position sensor = With(Rising());
     EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 0);
     EXPECT_EQ(ValuesOf(sensor), Rising());
+
+    std::filesystem::resize_file(folder.Native() / kFile, 256 << 20);
+    EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 1);
+    EXPECT_EQ(ValuesOf(sensor)[0], 2.0);
 }
 
 TEST(ParameterFile, LosesNothingWhereMemoryRunsOut)

@@ -113,6 +113,43 @@ TEST_F(Replacement, WritesInPlaceWhereTheFileIsAMountPoint)
     }
 }
 
+TEST_F(Replacement, CopiesEveryByteWhereTheFileIsAMountPoint)
+{
+    Make("file", 0644);
+    std::string content;
+    while (content.size() < 200000)
+        content += std::to_string(content.size()) + ' ';
+    const Refused refused(Call::Rename, EBUSY);
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"file"), content));
+    EXPECT_EQ(m_folder.Read("file"), content);
+}
+
+TEST_F(Replacement, HasNothingBesideAFileThatItWillWriteInPlace)
+{
+    Make("file", 0644);
+    const Refused refused(Call::ChangeMode, EPERM);
+    FileReplacement file(PathOf("file"));
+    EXPECT_TRUE(file.Write("new"));
+    EXPECT_EQ(m_folder.Names(), Names{"file"});
+    EXPECT_EQ(m_folder.Read("file"), "old content");
+    EXPECT_TRUE(file.Commit());
+    EXPECT_EQ(m_folder.Read("file"), "new");
+}
+
+TEST_F(Replacement, IsNotCommittedAfterAWriteThatFailed)
+{
+    Make("file", 0644);
+    FileReplacement file(PathOf("file"));
+    {
+        const FileSizeLimit limit(100);
+        EXPECT_FALSE(file.Write(std::string(1000, 'x')));
+    }
+    EXPECT_FALSE(file.Write("y")) << "nor does a later one succeed";
+    EXPECT_FALSE(file.Commit());
+    EXPECT_EQ(file.Error(), EFBIG);
+    EXPECT_EQ(m_folder.Read("file"), "old content");
+}
+
 TEST_F(Replacement, FailsWhereTheNewNameIsNotWritten)
 {
     Make("file", 0644);
