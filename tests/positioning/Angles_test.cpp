@@ -141,6 +141,10 @@ TEST(Smoothing, ForgetsOnReset)
     smooth(10, 4, 1);
     EXPECT_EQ(smooth(50, 4, 1), 50.0);
     EXPECT_EQ(smooth(30, 4), 40.0);
+    for (const int other : {-1, 2, 256}) {
+        EXPECT_EQ(smooth(10, 4, other), 10.0) << "on any number but 0";
+        EXPECT_EQ(smooth(30, 4), 20.0) << "the counter, too";
+    }
 }
 
 TEST(Smoothing, PassesValuesThroughForZeroSamples)

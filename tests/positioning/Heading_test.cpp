@@ -426,6 +426,12 @@ TEST(VectorYaw, IsLessTheKeptProjectionAngle)
     sensor.ConverseYaw(1, 0, yaw, opposite);
     EXPECT_NEAR(yaw, 90, kRoundOff);
     EXPECT_NEAR(opposite, 270, kRoundOff);
+    for (const int other : {-1, 2, 256}) {
+        sensor.GetAngleofPoleProject(0, -10, 0, other);
+        sensor.ConverseYaw(1, 0, yaw, opposite);
+        EXPECT_NEAR(yaw, 270, kRoundOff) << "kept for any number but 0";
+        sensor.GetAngleofPoleProject(0, 10, 0, 1);
+    }
 }
 
 } // namespace
