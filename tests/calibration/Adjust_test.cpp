@@ -211,6 +211,24 @@ TEST(Adjust, ReportsThePassLimitAndStillSucceeds)
     EXPECT_EQ(boxes.shown, (std::vector<Box>{kPassLimit, kPassLimit})) << "one per magnetometer";
 }
 
+TEST(Adjust, RefinesInFourteenPassesAtMost)
+{
+    RecordedBoxes boxes;
+    CInclineSensor_MagneticAdjust adjust;
+    LoadTurnsThatReachThePassLimit(adjust);
+    ASSERT_EQ(adjust.Adjust(), 1);
+    Turn horizontal, vertical;
+    PoseSensorData sample;
+    for (int i = 0; adjust.Horizontal_Get(i, sample); ++i)
+        horizontal.push_back(sample);
+    for (int i = 0; adjust.Vertical_Get(i, sample); ++i)
+        vertical.push_back(sample);
+    const auto expected = literal::Calibrate(ReadingsOf(horizontal, Magnetometer::A),
+                                             ReadingsOf(vertical, Magnetometer::A));
+    ExpectNear(adjust.GetCorrectPar_A().c, expected.c, 1e-5, "c");
+    ExpectNear(adjust.GetCorrectPar_A().d, expected.d, 1e-5, "d");
+}
+
 TEST(Adjust, ReadsAllSamplesBeforeTheFirstBox)
 {
     RecordedBoxes boxes;
