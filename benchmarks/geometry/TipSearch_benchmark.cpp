@@ -65,7 +65,7 @@ void CalculatePlain(benchmark::State& state)
         positions.push_back({p[0], p[1], p[2]});
     for (auto _ : state)
         benchmark::DoNotOptimize(tiltpole::geometry::SearchTip(
-            positions, kHeight, 1e-9, {}, tiltpole::geometry::PlainSearchKernels()));
+            positions, kHeight, 1e-9, {}, tiltpole::geometry::SearchKernels::Of<2>()));
 }
 
 struct OwnAlgebra

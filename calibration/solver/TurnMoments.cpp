@@ -1,162 +1,28 @@
 // SPDX-License-Identifier: MIT
 #include "calibration/solver/TurnMoments.h"
 
+#include "calibration/solver/TurnSums.h"
+#include "vector/Dispatch.h"
+
 #include <algorithm>
 #include <array>
-#include <cstring>
 
 namespace tiltpole::calibration {
 namespace {
 
-// Four samples side by side, whatever the processor: the sums of each lane are the same on all.
-constexpr int kLanes = 4;
-typedef double Lanes __attribute__((vector_size(kLanes * sizeof(double))));
+constexpr int kGroup = 4; // readings that are summed side by side
 
-// Bodies that are compiled once per instruction set must become part of their caller.
-#define TILTPOLE_IN_CALLER inline __attribute__((always_inline))
-
-// A column less its origin, as the three coordinates of the sums are read.
-struct Column
+const TurnSums& Sums()
 {
-    const double* values;
-    double origin;
-};
-
-TILTPOLE_IN_CALLER void Read(Lanes& lanes, const Column& column, std::size_t i)
-{
-    std::memcpy(&lanes, column.values + i, sizeof lanes);
-    lanes -= column.origin;
-}
-
-TILTPOLE_IN_CALLER double Total(const Lanes& lanes)
-{
-    return (lanes[0] + lanes[1]) + (lanes[2] + lanes[3]);
-}
-
-// The sums of u and v alone, four samples side by side.
-struct PlaneSums
-{
-    Lanes u{}, v{}, uu{}, uv{}, vv{}, uuu{}, uuv{}, uvv{}, vvv{};
-    Lanes uuuu{}, uuuv{}, uuvv{}, uvvv{}, vvvv{};
-
-    TILTPOLE_IN_CALLER void Add(const Lanes& pu, const Lanes& pv)
-    {
-        const Lanes squareU = pu * pu, product = pu * pv, squareV = pv * pv;
-        u += pu;
-        v += pv;
-        uu += squareU;
-        uv += product;
-        vv += squareV;
-        uuu += squareU * pu;
-        uuv += squareU * pv;
-        uvv += squareV * pu;
-        vvv += squareV * pv;
-        uuuu += squareU * squareU;
-        uuuv += squareU * product;
-        uuvv += squareU * squareV;
-        uvvv += product * squareV;
-        vvvv += squareV * squareV;
-    }
-
-    TILTPOLE_IN_CALLER TurnMoments Totals(int count) const
-    {
-        TurnMoments m;
-        m.n = count;
-        m.u = Total(u);
-        m.v = Total(v);
-        m.uu = Total(uu);
-        m.uv = Total(uv);
-        m.vv = Total(vv);
-        m.uuu = Total(uuu);
-        m.uuv = Total(uuv);
-        m.uvv = Total(uvv);
-        m.vvv = Total(vvv);
-        m.uuuu = Total(uuuu);
-        m.uuuv = Total(uuuv);
-        m.uuvv = Total(uuvv);
-        m.uvvv = Total(uvvv);
-        m.vvvv = Total(vvvv);
-        return m;
-    }
-};
-
-// What the sums are taken over.
-struct Passage
-{
-    Column x, y, z;
-    std::size_t padded;
-    int count;
-};
-
-// Moments of (x, y, z) as (u, v, w).
-struct OfThree
-{
-    static TILTPOLE_IN_CALLER TurnMoments Sum(const Passage& p)
-    {
-        PlaneSums plane;
-        Lanes sumW{}, uw{}, vw{}, ww{};
-        for (std::size_t i = 0; i < p.padded; i += kLanes) {
-            Lanes pu, pv, pw;
-            Read(pu, p.x, i);
-            Read(pv, p.y, i);
-            Read(pw, p.z, i);
-            plane.Add(pu, pv);
-            sumW += pw;
-            uw += pu * pw;
-            vw += pv * pw;
-            ww += pw * pw;
-        }
-        TurnMoments m = plane.Totals(p.count);
-        m.w = Total(sumW);
-        m.uw = Total(uw);
-        m.vw = Total(vw);
-        m.ww = Total(ww);
-        return m;
-    }
-};
-
-// Moments of (x, c·x + d·y + e·z).
-struct OfCorrectedZ
-{
-    static TILTPOLE_IN_CALLER TurnMoments Sum(const Passage& p,
-                                              const Incline_MagneticCorrectParameter& P)
-    {
-        PlaneSums plane;
-        for (std::size_t i = 0; i < p.padded; i += kLanes) {
-            Lanes px, py, pz;
-            Read(px, p.x, i);
-            Read(py, p.y, i);
-            Read(pz, p.z, i);
-            plane.Add(px, P.c * px + P.d * py + P.e * pz);
-        }
-        return plane.Totals(p.count);
-    }
-};
-
-#if defined(__x86_64__)
-template <class Sums, class... Arguments>
-__attribute__((target("avx2"))) TurnMoments SumWithAvx2(const Arguments&... arguments)
-{
-    return Sums::Sum(arguments...);
-}
-#endif
-
-// The same sums with the widest of the vectors that the processor has for four doubles.
-template <class Sums, class... Arguments>
-TurnMoments SumOver(const Arguments&... arguments)
-{
-#if defined(__x86_64__)
-    static const bool hasAvx2 = __builtin_cpu_supports("avx2") != 0;
-    if (hasAvx2) return SumWithAvx2<Sums>(arguments...);
-#endif
-    return Sums::Sum(arguments...);
+    static const TurnSums& best = vector::KernelsFor<TurnSums, 4>(vector::LanesOfProcessor());
+    return best;
 }
 
 // The column is 0 behind its `count` readings.
 double FillUpWithMean(std::vector<double>& column, std::size_t count)
 {
     double first = 0, second = 0, third = 0, fourth = 0; // one sum alone would be waited for
-    for (std::size_t i = 0; i < column.size(); i += kLanes) {
+    for (std::size_t i = 0; i < column.size(); i += kGroup) {
         first += column[i];
         second += column[i + 1];
         third += column[i + 2];
@@ -193,8 +59,8 @@ NormalEquations NormalEquationsOf(const TurnMoments& m)
 
 TurnReadings::TurnReadings(int readingCount) : count(readingCount)
 {
-    const auto blocks = static_cast<std::size_t>((count + kLanes - 1) / kLanes);
-    const std::size_t padded = blocks * kLanes;
+    const auto blocks = static_cast<std::size_t>((count + kGroup - 1) / kGroup);
+    const std::size_t padded = blocks * kGroup;
     x.resize(padded);
     y.resize(padded);
     z.resize(padded);
@@ -211,19 +77,19 @@ void TurnReadings::Close()
 TurnMoments MomentsXYZ(const TurnReadings& r)
 {
     const Column x{r.x.data(), r.meanX}, y{r.y.data(), r.meanY}, z{r.z.data(), r.meanZ};
-    return SumOver<OfThree>(Passage{x, y, z, r.x.size(), r.count});
+    return Sums().ofThree({x, y, z, r.x.size(), r.count});
 }
 
 TurnMoments MomentsXZY(const TurnReadings& r)
 {
     const Column x{r.x.data(), r.meanX}, y{r.y.data(), r.meanY}, z{r.z.data(), r.meanZ};
-    return SumOver<OfThree>(Passage{x, z, y, r.x.size(), r.count});
+    return Sums().ofThree({x, z, y, r.x.size(), r.count});
 }
 
 TurnMoments MomentsOfCorrectedZ(const TurnReadings& r, const Incline_MagneticCorrectParameter& P)
 {
     const Column x{r.x.data(), r.meanX}, y{r.y.data(), r.meanY}, z{r.z.data(), r.meanZ};
-    return SumOver<OfCorrectedZ>(Passage{x, y, z, r.x.size(), r.count}, P);
+    return Sums().ofCorrectedZ({x, y, z, r.x.size(), r.count}, P);
 }
 
 TurnMoments Sheared(const TurnMoments& m, double a, double b)

@@ -16,7 +16,7 @@ class CoordinateArrays
 {
 public:
     explicit CoordinateArrays(std::size_t count)
-        : m_x(count + kLanes), m_y(count + kLanes), m_h(count + kLanes), m_held(count + kLanes)
+        : m_x(count + kGroup), m_y(count + kGroup), m_h(count + kGroup), m_held(count + kGroup)
     {}
 
     void Set(std::size_t k, const SpacePoint& p)

@@ -1,11 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// The loops in which the search of the tip spends its time, in a plain build and in one for
-// processors with 256-bit vectors. Both take the same steps in the same order, so their results
-// are equal to the last bit and no outcome depends on the processor.
+// The loops in which the search for the tip spends its time. Every vector width gives the same bits,
+// so no outcome depends on the processor.
 //
-// Coordinates and radii in metres. Arrays are read and written in groups of kLanes: each has room
-// for kLanes − 1 more elements than it has values.
+// Coordinates and radii [m]. Arrays are read and written in groups of kGroup elements: each has room
+// for kGroup − 1 elements more than it has values.
 #pragma once
 
 #include <cstddef>
@@ -13,7 +12,7 @@
 
 namespace tiltpole::geometry {
 
-inline constexpr std::size_t kLanes = 4;
+inline constexpr std::size_t kGroup = 4;
 
 // Positions, one array per coordinate.
 struct Coordinates
@@ -91,11 +90,13 @@ struct SearchKernels
     // Σ v² of the residuals v after a step, or what it has grown to once above `limit` [m²].
     double (*sumResiduals)(const Coordinates& p, std::size_t count, const double* tip,
                            const double* step, double radius, double limit);
+
+    // Over vectors of Width doubles: 2, and 4 where vector/Dispatch.h has it.
+    template <int Width>
+    static const SearchKernels& Of();
 };
 
-const SearchKernels& PlainSearchKernels();
-// Null where the processor, or the build, has no 256-bit vectors.
-const SearchKernels* WideSearchKernels();
+// Those for this processor.
 const SearchKernels& BestSearchKernels();
 
 } // namespace tiltpole::geometry

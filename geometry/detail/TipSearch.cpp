@@ -2,6 +2,7 @@
 #include "geometry/detail/TipSearch.h"
 
 #include "geometry/detail/PointCloud.h"
+#include "vector/Dispatch.h"
 
 #include <algorithm>
 #include <cmath>
@@ -84,8 +85,8 @@ private:
 Search::Search(const std::vector<SpacePoint>& positions, double antennaHeight, double flatness,
                const SearchKernels& kernels)
     : m_kernels(kernels), m_antennaHeight(antennaHeight), m_flatness(flatness), m_cloud(positions),
-      m_count(positions.size()), m_edges(m_count), m_halfSquare(m_count + kLanes),
-      m_usable(m_count + 1), m_rowStarts(m_count + kLanes), m_waiting(kBatch + m_count + kLanes)
+      m_count(positions.size()), m_edges(m_count), m_halfSquare(m_count + kGroup),
+      m_usable(m_count + 1), m_rowStarts(m_count + kGroup), m_waiting(kBatch + m_count + kGroup)
 {
     const double low = std::max(0.0, m_antennaHeight - kRadiusTolerance) * (1.0 - kRadiusSlack);
     const double high = (m_antennaHeight + kRadiusTolerance) * (1.0 + kRadiusSlack);
@@ -234,6 +235,13 @@ TipSearchResult Search::Run(const ProgressObserver& progress)
 }
 
 } // namespace
+
+const SearchKernels& BestSearchKernels()
+{
+    static const SearchKernels& best =
+        vector::KernelsFor<SearchKernels, 4>(vector::LanesOfProcessor());
+    return best;
+}
 
 TipSearchResult SearchTip(const std::vector<SpacePoint>& positions, double antennaHeight,
                           double flatness, const ProgressObserver& progress,

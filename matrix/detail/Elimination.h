@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Gauss-Jordan elimination with full pivoting on rows padded with zeros to whole vectors; part of
-// KernelBody.h.
+// LaneKernels.h.
 //
 // Rows and columns stay where they are stored; two permutations say which stored row and column
 // stand at a place of the matrix after the exchanges so far. While the rows below a pivot are
@@ -10,51 +10,31 @@
 #pragma once
 
 #include "matrix/detail/Kernels.h"
-#include "matrix/detail/Lanes.h"
+#include "vector/Lanes.h"
 
-#include <cfloat>
 #include <cstddef>
 
 namespace tiltpole::matrix {
-namespace {
+using vector::Index;
 
-constexpr Index RoundUpToLanes(Index n)
+// Order and padding of rows that are read in vectors of Width elements.
+template <int Width>
+struct Padding
 {
-    return (n + kLanes - 1) / kLanes * kLanes;
-}
+    static constexpr Index RoundUp(Index n) { return (n + Width - 1) / Width * Width; }
+    static constexpr Index LanesLeft(Index left) { return left < Width ? left : Width; }
+};
 
-inline Index LanesLeft(Index left)
-{
-    return left < kLanes ? left : kLanes;
-}
-
-inline void Exchange(Index& a, Index& b)
-{
-    const Index first = a;
-    a = b;
-    b = first;
-}
-
-inline bool Refuses(PivotFloor floor, double size)
-{
-    switch (floor) {
-    case PivotFloor::SmallestNormal:
-        return size < DBL_MIN;
-    case PivotFloor::VisibleBesideOne:
-        return size + 1.0 == 1.0;
-    default:
-        return false;
-    }
-}
-
-// Fixed: the order where the compiler shall know it and unroll, 0 where only n tells.
-template <Index Fixed>
+// Fixed: the order where the compiler shall know it and unroll, 0 where it is known at run time.
+template <int Width, Index Fixed>
 class Elimination
 {
+    using Lanes = vector::Lanes<Width>;
+
 public:
     static constexpr std::size_t ElementsFor(Index n)
     {
-        return static_cast<std::size_t>((n + 1) * RoundUpToLanes(n) + n * kLanes);
+        return static_cast<std::size_t>((n + 1) * Padding<Width>::RoundUp(n) + n * Width);
     }
     static constexpr std::size_t IndicesFor(Index n) { return static_cast<std::size_t>(6 * n); }
 
@@ -70,17 +50,18 @@ public:
     {
         for (Index i = 0; i < Order(); ++i)
             m_rowAt[i] = m_colAt[i] = i;
-        for (Index j = 0; j < Stride(); j += kLanes)
-            Store(m_open + j, Fill(1.0));
-        Lanes largest = Fill(0.0);
+        for (Index j = 0; j < Stride(); j += Width)
+            Lanes(1.0).Store(m_open + j);
+        Lanes largest = 0.0;
         for (Index i = 0; i < Order(); ++i) {
-            Lanes rowLargest = Fill(0.0);
-            for (Index j = 0; j < Order(); j += kLanes) {
-                const Lanes part = LoadPart(a + i * Order() + j, LanesLeft(Order() - j));
-                Store(Row(i) + j, part);
+            Lanes rowLargest = 0.0;
+            for (Index j = 0; j < Order(); j += Width) {
+                const Lanes part =
+                    Lanes::LoadPart(a + i * Order() + j, Padding<Width>::LanesLeft(Order() - j));
+                part.Store(Row(i) + j);
                 rowLargest = Larger(Magnitude(part), rowLargest);
             }
-            Store(m_rowLargest + i * kLanes, rowLargest);
+            rowLargest.Store(m_rowLargest + i * Width);
             largest = Larger(rowLargest, largest);
         }
         FindPivot(0, largest);
@@ -90,13 +71,13 @@ public:
     bool Run(PivotFloor floor)
     {
         for (Index k = 0; k < Order(); ++k) {
-            if (Refuses(floor, m_pivotSize)) return false;
+            if (RefusesPivot(floor, m_pivotSize)) return false;
             Exchange(m_rowAt[k], m_rowAt[m_rowSwap[k] = m_pivotRow]);
             Exchange(m_colAt[k], m_colAt[m_colSwap[k] = m_pivotCol]);
             const Pivot pivot = ScalePivotRow(m_rowAt[k], m_colAt[k]);
             for (Index i = 0; i < k; ++i)
                 EliminateFrom<false>(m_rowAt[i], pivot);
-            Lanes largest = Fill(0.0);
+            Lanes largest = 0.0;
             for (Index i = k + 1; i < Order(); ++i)
                 largest = Larger(EliminateFrom<true>(m_rowAt[i], pivot), largest);
             FindPivot(k + 1, largest);
@@ -126,15 +107,22 @@ public:
 private:
     struct Pivot
     {
-        OneLane lane; // of its column, in the vector from firstOfCol on
+        typename Lanes::Lane lane; // of its column, in the vector from firstOfCol on
         const double* row;
         Index col; // as stored
         Index firstOfCol;
         double reciprocal;
     };
 
+    static void Exchange(Index& a, Index& b)
+    {
+        const Index first = a;
+        a = b;
+        b = first;
+    }
+
     Index Order() const { return Fixed > 0 ? Fixed : m_order; }
-    Index Stride() const { return RoundUpToLanes(Order()); } // elements from row to row
+    Index Stride() const { return Padding<Width>::RoundUp(Order()); } // elements from row to row
     double* Row(Index stored) const { return m_rows + stored * Stride(); }
 
     void Write(double* a, const Index* rowFrom, const Index* colFrom) const
@@ -153,7 +141,7 @@ private:
         m_pivotRow = m_pivotCol = k;
         m_pivotSize = LargestOf(largest);
         if (m_pivotSize == 0.0) return;
-        while (!HoldsEqual(Load(m_rowLargest + m_rowAt[m_pivotRow] * kLanes), m_pivotSize))
+        while (!HoldsEqual(Lanes::Load(m_rowLargest + m_rowAt[m_pivotRow] * Width), m_pivotSize))
             ++m_pivotRow;
         const double* const row = Row(m_rowAt[m_pivotRow]);
         while (__builtin_fabs(row[m_colAt[m_pivotCol]]) != m_pivotSize)
@@ -163,12 +151,12 @@ private:
     Pivot ScalePivotRow(Index stored, Index col)
     {
         double* const row = Row(stored);
-        const Index firstOfCol = col / kLanes * kLanes;
-        const Pivot pivot{LaneAt(col - firstOfCol), row, col, firstOfCol, 1.0 / row[col]};
-        const Lanes factor = Fill(pivot.reciprocal);
-        for (Index j = 0; j < Stride(); j += kLanes) {
-            const Lanes scaled = Load(row + j) * factor;
-            Store(row + j, j == firstOfCol ? Put(scaled, pivot.lane, factor) : scaled);
+        const Index firstOfCol = col / Width * Width;
+        const Pivot pivot{Lanes::At(col - firstOfCol), row, col, firstOfCol, 1.0 / row[col]};
+        const Lanes factor = pivot.reciprocal;
+        for (Index j = 0; j < Stride(); j += Width) {
+            const Lanes scaled = Lanes::Load(row + j) * factor;
+            (j == firstOfCol ? Put(scaled, pivot.lane, factor) : scaled).Store(row + j);
         }
         m_open[col] = 0.0;
         return pivot;
@@ -180,23 +168,24 @@ private:
     {
         double* const row = Row(stored);
         const double inPivotColumn = row[pivot.col];
-        const Lanes factor = Fill(inPivotColumn);
-        const Lanes instead = Fill(-inPivotColumn * pivot.reciprocal);
-        Lanes largest = Fill(0.0);
-        for (Index j = 0; j < Stride(); j += kLanes) {
-            Lanes left = Load(row + j) - factor * Load(pivot.row + j);
+        const Lanes factor = inPivotColumn;
+        const Lanes instead = -inPivotColumn * pivot.reciprocal;
+        Lanes largest = 0.0;
+        for (Index j = 0; j < Stride(); j += Width) {
+            Lanes left = Lanes::Load(row + j) - factor * Lanes::Load(pivot.row + j);
             if (j == pivot.firstOfCol) left = Put(left, pivot.lane, instead);
-            Store(row + j, left);
-            if constexpr (Search) largest = Larger(Magnitude(left) * Load(m_open + j), largest);
+            left.Store(row + j);
+            if constexpr (Search)
+                largest = Larger(Magnitude(left) * Lanes::Load(m_open + j), largest);
         }
-        if constexpr (Search) Store(m_rowLargest + stored * kLanes, largest);
+        if constexpr (Search) largest.Store(m_rowLargest + stored * Width);
         return largest;
     }
 
     Index m_order;
     double* m_rows;       // n rows, as stored
     double* m_open;       // per stored column 1, or 0 once it has been a pivot's
-    double* m_rowLargest; // kLanes magnitudes per stored row
+    double* m_rowLargest; // Width magnitudes per stored row
     Index* m_rowAt;       // the stored row at a place
     Index* m_colAt;
     Index* m_rowSwap; // the place each step exchanged with its own
@@ -206,5 +195,4 @@ private:
     Index m_pivotCol = 0;
 };
 
-} // namespace
 } // namespace tiltpole::matrix

@@ -1,29 +1,19 @@
 // SPDX-License-Identifier: MIT
 #include "matrix/detail/Kernels.h"
 
-#include "matrix/detail/KernelBody.h"
+#include "vector/Dispatch.h"
 
 #include <cmath>
+#include <cstddef>
 #include <utility>
 
 namespace tiltpole::matrix {
 
-const KernelSet kBaselineKernels = kLaneKernels;
-
 namespace {
-
-const KernelSet& ChooseKernels()
-{
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx512f") != 0) return kAvx512Kernels;
-    if (__builtin_cpu_supports("avx2") != 0) return kAvx2Kernels;
-#endif
-    return kBaselineKernels;
-}
 
 const KernelSet& ProcessorKernels()
 {
-    static const KernelSet& chosen = ChooseKernels();
+    static const KernelSet& chosen = vector::KernelsFor<KernelSet, 8>(vector::LanesOfProcessor());
     return chosen;
 }
 
@@ -75,7 +65,7 @@ Outcome InvertSmall(double* a, PivotFloor floor)
                     p = i;
                     q = j;
                 }
-        if (Refuses(floor, size)) return Outcome::Refused;
+        if (RefusesPivot(floor, size)) return Outcome::Refused;
         rowSwap[k] = p;
         colSwap[k] = q;
         ExchangeRows<N>(a, k, p);
@@ -98,7 +88,7 @@ Outcome InvertSmall(double* a, PivotFloor floor)
     return Outcome::Done;
 }
 
-// The factorisation of KernelBody.h, unrolled.
+// The factorisation of LaneKernels.h, unrolled.
 template <int N>
 Outcome FactorSmall(const double* a, double* l, PivotFloor floor)
 {
@@ -124,12 +114,8 @@ Outcome FactorSmall(const double* a, double* l, PivotFloor floor)
 const KernelSet& CholeskyKernels(int n)
 {
     constexpr int kNarrowUpTo = 16;
-    if (n <= kNarrowUpTo) return kBaselineKernels;
-#if defined(__x86_64__)
-    static const bool hasAvx2 = __builtin_cpu_supports("avx2") != 0;
-    if (hasAvx2) return kAvx2Kernels;
-#endif
-    return kBaselineKernels;
+    static const KernelSet& wide = vector::KernelsFor<KernelSet, 4>(vector::LanesOfProcessor());
+    return n <= kNarrowUpTo ? KernelSet::Of<2>() : wide;
 }
 
 } // namespace
@@ -152,8 +138,8 @@ void Multiply(const double* a, const double* b, double* c, int rows, int inner, 
 
 void Transpose(const double* a, double* t, int rows, int cols)
 {
-    for (Index r = 0; r < rows; ++r)
-        for (Index c = 0; c < cols; ++c)
+    for (std::ptrdiff_t r = 0; r < rows; ++r)
+        for (std::ptrdiff_t c = 0; c < cols; ++c)
             t[c * rows + r] = a[r * cols + c];
 }
 

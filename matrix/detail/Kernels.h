@@ -7,6 +7,8 @@
 // vectors that the processor has are chosen once, at run time.
 #pragma once
 
+#include <cfloat>
+
 namespace tiltpole::matrix {
 
 /// Which pivots an elimination or factorisation refuses.
@@ -41,12 +43,30 @@ struct KernelSet
     void (*multiply)(const double* a, const double* b, double* c, int rows, int inner, int cols);
     Outcome (*invert)(double* a, int n, PivotFloor floor);
     Outcome (*factorCholesky)(const double* a, double* l, int n, PivotFloor floor);
+
+    /// Over vectors of Width doubles: 2, and 4 and 8 where vector/Dispatch.h has them.
+    template <int Width>
+    static const KernelSet& Of();
 };
 
-extern const KernelSet kBaselineKernels; // what every processor of the target has
-#if defined(__x86_64__)
-extern const KernelSet kAvx2Kernels;   // vectors of 4 doubles
-extern const KernelSet kAvx512Kernels; // vectors of 8 doubles
-#endif
+/// Whether `floor` refuses a pivot of this magnitude.
+[[gnu::always_inline]] inline bool RefusesPivot(PivotFloor floor, double size)
+{
+    switch (floor) {
+    case PivotFloor::SmallestNormal:
+        return size < DBL_MIN;
+    case PivotFloor::VisibleBesideOne:
+        return size + 1.0 == 1.0;
+    default:
+        return false;
+    }
+}
+
+/// Whether `floor` refuses x as the square of a diagonal element of a Cholesky factor.
+[[gnu::always_inline]] inline bool RefusesRoot(PivotFloor floor, double x)
+{
+    if (floor == PivotFloor::SmallestNormal) return x < DBL_MIN;
+    return !(x > 0.0) || (floor == PivotFloor::VisibleBesideOne && x + 1.0 == 1.0);
+}
 
 } // namespace tiltpole::matrix

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// Working memory of a kernel: inside the object for the usual sizes, from the heap beyond.
+// Working memory of a kernel: inside the object for the usual sizes, from the heap beyond. The width
+// keeps code compiled for different processors apart (vector/Lanes.h).
 #pragma once
 
 #include <cstddef>
 #include <cstdlib>
 
 namespace tiltpole::matrix {
-namespace {
 
-template <class T, std::size_t Inside>
+template <class T, std::size_t Inside, int Width = 2>
 class Scratch
 {
 public:
@@ -27,7 +27,7 @@ public:
         if (m_onHeap) std::free(m_pBlock);
     }
 
-    /// Null when the memory could not be had.
+    /// Null when memory ran out.
     T* Data() { return m_pBlock; }
 
 private:
@@ -38,5 +38,4 @@ private:
     bool m_onHeap = false;
 };
 
-} // namespace
 } // namespace tiltpole::matrix

@@ -4,9 +4,9 @@
 #include "matrix/detail/Kernels.h"
 
 #include "tests/matrix/MatrixTools.h"
+#include "vector/Dispatch.h"
 
-#include <ostream>
-#include <string>
+#include <vector>
 
 using namespace matrixtest;
 using tiltpole::matrix::KernelSet;
@@ -15,38 +15,22 @@ using tiltpole::matrix::PivotFloor;
 
 namespace {
 
-struct Width
+// The widths that this processor has.
+std::vector<int> Widths()
 {
-    const char* name;
-    const KernelSet* kernels;
-
-    friend std::ostream& operator<<(std::ostream& out, const Width& width)
-    {
-        return out << width.name;
-    }
-};
-
-std::vector<Width> WidthsOfThisProcessor()
-{
-    std::vector<Width> widths{
-        {"Baseline", &tiltpole::matrix::kBaselineKernels}
-    };
-#if defined(__x86_64__)
-    if (__builtin_cpu_supports("avx2")) widths.push_back({"Avx2", &tiltpole::matrix::kAvx2Kernels});
-    if (__builtin_cpu_supports("avx512f"))
-        widths.push_back({"Avx512", &tiltpole::matrix::kAvx512Kernels});
-#endif
+    std::vector<int> widths;
+    for (int width = 2; width <= tiltpole::vector::LanesOfProcessor(); width *= 2)
+        widths.push_back(width);
     return widths;
 }
 
-class Kernels : public testing::TestWithParam<Width>
+class Kernels : public testing::TestWithParam<int>
 {
 protected:
-    const KernelSet& Set() const { return *GetParam().kernels; }
+    const KernelSet& Set() const { return tiltpole::vector::KernelsFor<KernelSet, 8>(GetParam()); }
 };
 
-INSTANTIATE_TEST_SUITE_P(EveryWidth, Kernels, testing::ValuesIn(WidthsOfThisProcessor()),
-                         [](const auto& width) { return std::string(width.param.name); });
+INSTANTIATE_TEST_SUITE_P(EveryWidth, Kernels, testing::ValuesIn(Widths()));
 
 TEST_P(Kernels, MultiplyAsTheLiteralSums)
 {

@@ -5,6 +5,7 @@
 #include "geometry/detail/SearchKernels.h"
 #include "geometry/detail/SphereStep.h"
 #include "geometry/detail/TipSearch.h"
+#include "vector/Dispatch.h"
 
 #include <cmath>
 #include <gtest/gtest.h>
@@ -36,14 +37,14 @@ std::vector<SpacePoint> Cap(std::size_t count, double tilt, double noise, unsign
 struct Starts
 {
     explicit Starts(std::size_t count)
-        : x(count + kLanes), y(count + kLanes), h(count + kLanes), ones(count + kLanes, 1.0),
-          radius(count + kLanes), hopeless(count + kLanes)
+        : x(count + kGroup), y(count + kGroup), h(count + kGroup), ones(count + kGroup, 1.0),
+          radius(count + kGroup), hopeless(count + kGroup)
     {}
     Batch View(double limit, const SpacePoint& origin)
     {
         return {
             x.data(),      y.data(),        h.data(),          ones.data(),
-            radius.data(), hopeless.data(), x.size() - kLanes, {origin.x, origin.y, origin.h},
+            radius.data(), hopeless.data(), x.size() - kGroup, {origin.x, origin.y, origin.h},
             limit
         };
     }
@@ -82,7 +83,7 @@ TEST(SearchKernels, DropNoStartThatCouldWin)
         for (const double limit : {0.001, 0.01, 0.05, 0.2}) {
             Starts starts = RandomStarts(500, seed);
             const double redundancy = static_cast<double>(count) - 4.0;
-            PlainSearchKernels().judgeStarts(
+            SearchKernels::Of<2>().judgeStarts(
                 cloud.Moments(), starts.View(limit * limit * redundancy, positions.front()));
             for (std::size_t k = 0; k < 500; ++k) {
                 ++judged;
@@ -100,15 +101,15 @@ TEST(SearchKernels, DropNoStartThatCouldWin)
 
 TEST(SearchKernels, AreTheSameToTheLastBitOnWideRegisters)
 {
-    const SearchKernels* const wide = WideSearchKernels();
-    if (!wide) GTEST_SKIP() << "no 256-bit vectors here";
-    const SearchKernels& plain = PlainSearchKernels();
+    if (tiltpole::vector::LanesOfProcessor() < 4) GTEST_SKIP() << "no wide registers here";
+    const SearchKernels& wide = BestSearchKernels();
+    const SearchKernels& plain = SearchKernels::Of<2>();
     const PointCloud cloud(Cap(23, 0.7, 0.01, 3));
 
     Starts a = RandomStarts(101, 9);
     Starts b = a;
     plain.judgeStarts(cloud.Moments(), a.View(0.004, {0.1, 0.2, 0.3}));
-    wide->judgeStarts(cloud.Moments(), b.View(0.004, {0.1, 0.2, 0.3}));
+    wide.judgeStarts(cloud.Moments(), b.View(0.004, {0.1, 0.2, 0.3}));
     for (std::size_t k = 0; k < 101; ++k) {
         EXPECT_EQ(a.x[k], b.x[k]);
         EXPECT_EQ(a.radius[k], b.radius[k]);
@@ -117,22 +118,22 @@ TEST(SearchKernels, AreTheSameToTheLastBitOnWideRegisters)
         const double tip[] = {a.x[k], a.y[k], a.h[k]};
         const double step[] = {0.01, -0.02, 0.03};
         const DistanceSums one = plain.sumDistances(cloud.View(), 23, tip);
-        const DistanceSums two = wide->sumDistances(cloud.View(), 23, tip);
+        const DistanceSums two = wide.sumDistances(cloud.View(), 23, tip);
         for (int c = 0; c < 3; ++c)
             EXPECT_EQ(one.weighted[c], two.weighted[c]);
         EXPECT_EQ(plain.sumResiduals(cloud.View(), 23, tip, step, 2.0, 1e9),
-                  wide->sumResiduals(cloud.View(), 23, tip, step, 2.0, 1e9));
+                  wide.sumResiduals(cloud.View(), 23, tip, step, 2.0, 1e9));
     }
 }
 
 TEST(SearchKernels, ChooseTheSameFourPositionsOnWideRegisters)
 {
-    const SearchKernels* const wide = WideSearchKernels();
-    if (!wide) GTEST_SKIP() << "no 256-bit vectors here";
+    if (tiltpole::vector::LanesOfProcessor() < 4) GTEST_SKIP() << "no wide registers here";
+    const SearchKernels& wide = BestSearchKernels();
     for (unsigned seed = 1; seed <= 30; ++seed) {
         const auto points = Cap(4 + seed, 0.2 + 0.02 * seed, seed % 4 ? 0.01 : 0.0, seed);
-        const auto one = SearchTip(points, 2.0, 1e-9, {}, PlainSearchKernels());
-        const auto two = SearchTip(points, 2.0, 1e-9, {}, *wide);
+        const auto one = SearchTip(points, 2.0, 1e-9, {}, SearchKernels::Of<2>());
+        const auto two = SearchTip(points, 2.0, 1e-9, {}, wide);
         EXPECT_EQ(one.best, two.best) << seed;
     }
 }
@@ -143,7 +144,7 @@ TEST(SearchKernels, StopAddingResidualsOnceAboveTheLimit)
     const double tip[] = {0.0, 0.0, 0.0};
     const double step[] = {0.0, 0.0, 0.0};
     const auto sum = [&](double limit) {
-        return PlainSearchKernels().sumResiduals(cloud.View(), 64, tip, step, 9.0, limit);
+        return SearchKernels::Of<2>().sumResiduals(cloud.View(), 64, tip, step, 9.0, limit);
     };
     EXPECT_GT(sum(1.0), 1.0);
     EXPECT_LT(sum(1.0), sum(1e9));
@@ -161,7 +162,7 @@ TEST(SearchKernels, GiveTheCentresOfARow)
         {2, 0, -1}
     };
     CoordinateArrays edges(fourth.size());
-    std::vector<double> half(fourth.size() + kLanes);
+    std::vector<double> half(fourth.size() + kGroup);
     for (std::size_t k = 0; k < fourth.size(); ++k) {
         edges.Set(k, fourth[k]);
         half[k] = 0.5 * Dot(fourth[k], fourth[k]);
@@ -177,8 +178,8 @@ TEST(SearchKernels, GiveTheCentresOfARow)
     };
     std::vector<double> x(9), y(9), h(9), volume(9);
     std::vector<std::int64_t> usable(9);
-    PlainSearchKernels().scanRow(row, 0, fourth.size(),
-                                 {x.data(), y.data(), h.data(), volume.data(), usable.data()});
+    SearchKernels::Of<2>().scanRow(row, 0, fourth.size(),
+                                   {x.data(), y.data(), h.data(), volume.data(), usable.data()});
     // |e|² = 2·e·(1, 1, z) gives z; the squared radius is 2 + z²
     const double z[] = {1.0, 2.0, (11.0 - 4.0) / 6.0, NAN, -0.5};
     const std::int64_t expected[] = {-1, 0, -1, 0, -1};
