@@ -38,8 +38,8 @@ public:
     void ReconstructControl();
 
     /// Marks a heading in whole degrees and draws the mark at once; nothing happens for one that is
-    /// marked already. 10 and 370 are two marks at one place. The context it draws on stays lent
-    /// to the control (see CWnd::GetDC).
+    /// marked already. 10 and 370 are two marks at one place. The device
+    /// context is not released (see CWnd::GetDC).
     void SetFix(int degrees);
     /// Removes all marks; they vanish at the next paint.
     void ClearFix();

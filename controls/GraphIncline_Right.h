@@ -3,7 +3,11 @@
 // An angle of 180 to 360 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
 // green marks at fixed angles. 180 is at the top, 360 at the bottom.
 //
-// Values outside the range are ignored. Everything else is as with the compass dial.
+// Values outside the range are ignored. Everything else works as in the compass dial.
+//
+//   CGraphIncline_Right gauge;
+//   gauge.SubclassDlgItem(IDC_GAUGE, &dialog);
+//   gauge.SetValue(270.0 + sample.dRoll); // degrees
 #pragma once
 
 #include "controls/gauge/GaugeControl.h"
@@ -32,7 +36,8 @@ public:
     void ReconstructControl();
 
     /// Marks an angle in whole degrees and draws the mark at once; nothing happens for one outside
-    /// the range or marked already. The context it draws on stays lent to the control.
+    /// the range or marked already. The device context is not
+    /// released (see CWnd::GetDC).
     void SetFix(int degrees);
     /// Removes all marks; they vanish at the next paint.
     void ClearFix();

@@ -5,6 +5,10 @@
 //
 // The view zooms itself to the samples when more than ten have fallen outside it, and is kept
 // between runs in GraphMagnetic_XY.cfg beside the running module.
+//
+//   CGraphMagnetic_XY plot;
+//   plot.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(10, 10, 260, 260), &dialog, IDC_TURN);
+//   plot.AddTrackPoint(120, -340, 85); // raw counts: x, y, z
 #pragma once
 
 #include "controls/MagneticPlotPoint.h"

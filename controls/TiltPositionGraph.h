@@ -6,6 +6,11 @@
 //
 // Northing (x) points up, easting (y) right. The graph zooms itself to the observations. It draws
 // at once where it says so; the host calls ReDraw when its view paints.
+//
+//   CTiltPositionGraph graph;
+//   graph.SetView(&view); // a CView of the host
+//   graph.InvalidateCtrl();
+//   graph.AddPoint(observation); // a TiltPoint_Sensor, meters
 #pragma once
 
 #include "controls/drawing/Layers.h"

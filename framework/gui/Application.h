@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // The program's connection to the windowing system, and pictures of windows.
+//
+//   framework::Application application(argc, argv);
+//   MeasureDialog dialog; // a CWnd of the host
+//   dialog.ShowWindow(SW_SHOW);
+//   return application.Run();
 #pragma once
 
 #include "framework/core/Export.h"
