@@ -7,7 +7,8 @@
 // between runs in GraphMagnetic_XY.cfg beside the running module.
 //
 //   CGraphMagnetic_XY plot;
-//   plot.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(10, 10, 260, 260), &dialog, IDC_TURN);
+//   plot.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(10, 10, 260, 260),
+//               &dialog, IDC_TURN);
 //   plot.AddTrackPoint(120, -340, 85); // raw counts: x, y, z
 #pragma once
 
