@@ -11,8 +11,8 @@
 //              calibration's recording were gone afterwards
 #pragma once
 
-#include "simulation/trials/Conditions.h"
 #include "quality/CalibrationReport.h"
+#include "simulation/trials/Conditions.h"
 
 #include <cstdint>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "quality/CalibrationReport.h"
 
-#include "simulation/trials/Trial.h"
 #include "framework/core/MessageBox.h"
 #include "quality/SolverRun.h"
+#include "simulation/trials/Trial.h"
 #include "tests/quality/TurnMaker.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
