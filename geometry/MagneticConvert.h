@@ -7,6 +7,13 @@
 //
 //   x, y, dx, dy   plane coordinates and translations [m]
 //   k              scale, a factor; θ   rotation [radians], from +x towards +y
+//
+//     CMagneticConvert convert;
+//     convert.m_Points.Add({0.0, 0.0, 500.0, 800.0}); // source x, y and target x, y
+//     convert.m_Points.Add({100.0, 0.0, 600.0, 800.0});
+//     if (convert.CalFourParameter() == 1) convert.XYtoXY(x, y); // x + 500, y + 800
+//
+// Two pairs or more with different source points determine the transform.
 #pragma once
 
 #include "framework/core/core.h"
@@ -18,7 +25,7 @@ struct Magnetic_FourParameter
     double dRotate = 0.0; ///< θ [radians]
     double dDx = 0.0;     ///< translation [m]
     double dDy = 0.0;
-    double dX0 = 0.0; ///< rotation centre of the forward conversion [m]
+    double dX0 = 0.0; ///< rotation center of the forward conversion [m]
     double dY0 = 0.0;
 };
 
@@ -45,16 +52,16 @@ public:
     CArray<FourParameterPoint> m_Points;
 
     /// Least-squares fit to the pairs. Source points that all coincide (one pair does) give the
-    /// identity. The rotation centre is not touched.
-    /// @return 1, or 0 for no pairs: the parameters then stay
+    /// identity. The rotation center does not change.
+    /// @return 1, or 0 without pairs: the parameters then stay as they are
     int CalFourParameter();
 
-    /// Mind the order: it is not that of the record.
+    /// The order of the arguments is not that of the record.
     void SetFourParameter(double dDx, double dDy, double dRotate, double dScale, double dX0,
                           double dY0);
     Magnetic_FourParameter GetFourParameter() const { return m_parameters; }
 
-    /// Forward, in place [m]. A rotation centre other than (0, 0) adds
+    /// Forward, in place [m]. A rotation center other than (0, 0) adds
     /// k·((1 − cos θ)·x0 + sin θ·y0 + (1 − k)·x0) to x and
     /// k·((1 − cos θ)·y0 − sin θ·x0 + (1 − k)·y0) to y.
     void XYtoXY(double& x, double& y) const
@@ -73,8 +80,8 @@ public:
         y = newY;
     }
 
-    /// Backward, in place [m]: undoes a forward conversion with the rotation centre (0, 0), and
-    /// ignores the centre. A zero scale gives no finite result.
+    /// Backward, in place [m]: undoes a forward conversion with the rotation center (0, 0), and
+    /// ignores the center. A zero scale gives no finite result.
     void XYtoXY1(double& x, double& y) const
     {
         const double newX = m_back[0] + (x * m_ofX[0] + y * m_ofX[1]) * m_perScale;

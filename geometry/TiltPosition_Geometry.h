@@ -26,7 +26,7 @@
 class TILTPOLE_API CTiltPosition_Geometry
 {
 public:
-    /// Told the share of the search that is done, 0 to 1; false cancels the search.
+    /// Called with the share of the search that is done, 0 to 1; returning false cancels it.
     using ProgressObserver = std::function<bool(double fraction)>;
 
     void SetAntennaHeight(double height) { m_dAntennaHeight = height; }    ///< antenna to tip [m]
@@ -50,12 +50,12 @@ public:
     /// Removes all observations; antenna height and cut-off angle stay.
     void Clear();
 
-    /// Searches and grades the tip; does not ask IsOK. The outcome is `state.nStatus`, a
+    /// Searches and grades the tip; does not check IsOK. The outcome is `state.nStatus`, a
     /// TiltPointStatus; without a solution the tip is (0, 0, 0).
     /// @return 1; 0 when the progress observer cancelled: `tip` is then unchanged and `state` zero
     int Calculate(xyhCoord& tip, TiltPoint_State& state);
 
-    /// The centre of the sphere through four antenna positions, each a 3 × 1 matrix [m].
+    /// The center of the sphere through four antenna positions, each a 3 × 1 matrix [m].
     /// Coplanar positions give elements that are not finite or of any size.
     CTiltMatrix ProbableCoor(CTiltMatrix P1, CTiltMatrix P2, CTiltMatrix P3, CTiltMatrix P4);
 
@@ -63,7 +63,7 @@ public:
     ///
     /// Every combination of four positions gives a starting sphere; one with a radius within 0.05 m
     /// of the antenna height is refined by ReProcess, and the smallest point error wins, unless it
-    /// gains less than 0.5 mm on an earlier one of better geometry. While the best point error is
+    /// gains less than 0.5 mm over an earlier one of better geometry. While the best point error is
     /// below 1e-6 m every later start replaces it. The height of the winner's tip is raised by
     /// radius − antenna height.
     ///

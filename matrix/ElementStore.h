@@ -4,7 +4,7 @@
 //
 // One element beyond the last always belongs to the store, so an index that runs one past the end
 // stays inside it; it reads 0 after every Reset and Reserve. The matrix keeps the sizes, the store
-// only the block; every call that needs the number of elements is told it.
+// only the block; a call that needs the number of elements takes it as an argument.
 #pragma once
 
 #include <cstddef>
@@ -14,8 +14,8 @@
 
 namespace tiltpole::matrix {
 
-/// The most elements a matrix may have; more are refused like memory that cannot be had, so that
-/// every linear index fits a signed 32-bit integer.
+/// The most elements a matrix may have, so that every linear index fits a signed 32-bit integer.
+/// More are refused as if memory had run out.
 inline constexpr long long kMostElements = INT32_MAX;
 
 class ElementStore
@@ -28,11 +28,11 @@ public:
     ElementStore& operator=(const ElementStore&) = delete;
     ~ElementStore() { Release(); }
 
-    /// The first element. Valid also for an empty store, which lends its one spare element.
+    /// The first element; the spare element of an empty store.
     double* Data() const noexcept { return m_pBlock; }
 
     /// Makes room for `count` elements without giving them values.
-    /// @return false, with the store empty, when the memory cannot be had
+    /// @return false, with the store empty, short of memory
     bool Reserve(std::size_t count) noexcept
     {
         Release();
@@ -65,7 +65,7 @@ public:
         other.m_Inside[0] = 0.0;
     }
 
-    /// Gives the memory back; the store is empty and its spare element 0.
+    /// Frees the memory; the store is then empty and its spare element 0.
     void Release() noexcept
     {
         if (m_pBlock != m_Inside) {

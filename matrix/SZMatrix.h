@@ -2,14 +2,14 @@
 //
 // CSZMatrix, the checked dense matrix of doubles: storage, arithmetic, parts, text, decompositions.
 //
-//   elements   row-major: (r, c) stands at r * columns + c; indices count from 0
-//   failures   nothing throws and nothing is reported: a call answers false or 0, or returns a
+//   elements   row-major: (r, c) is at r * columns + c; indices count from 0
+//   failures   nothing throws and nothing is reported: a call returns false or 0, or returns a
 //              matrix that is zero-filled or 0 x 0, as each operation says
 //   health     whether the object itself was allocated. It is not copied: what an operation returns
-//              is healthy exactly when it has elements, so a failed operation is recognised by the
+//              is healthy exactly when it has elements, so a failed operation is recognized by the
 //              size of its result (0 x 0) or by its content
-//   rounding   sums run in the order told at the operation, every product rounded before it is
-//              added, on every processor alike
+//   rounding   sums run in the order documented for the operation, every product is rounded before
+//              it is added, and every processor gives the same bits
 //
 //   CSZMatrix A(2, 2, 4, 2.0, 1.0, 1.0, 3.0);
 //   CSZMatrix x = A.matInv() * b;
@@ -25,7 +25,7 @@ namespace tiltpole::matrix {
 struct PlaneRotation;
 }
 
-/// What a newly built matrix holds.
+/// Content of a new matrix.
 enum MatType : int {
     MatZeros = 0,    ///< all elements 0
     MatOnes = 1,     ///< all elements 1
@@ -101,9 +101,9 @@ public:
     }
 
     /// Gives the matrix the size rows x cols, zero-filled and healthy. A size below 1 returns false
-    /// and changes nothing; short of memory it returns false and leaves 0 x 0, not healthy. Elements
-    /// stay where they are, and references to them valid, when the matrix has that size already;
-    /// the same holds for every assignment.
+    /// and changes nothing; short of memory it returns false and leaves 0 x 0, not healthy. When
+    /// the matrix has that size already its elements stay in place and references to them stay
+    /// valid; the same is true of every assignment.
     bool Alloc(int rows, int cols);
 
     /// Sets every element to 0. @return 0 for an empty matrix, else 1
@@ -133,7 +133,7 @@ public:
     /// Every element divided by s; a zero matrix of this size when s is exactly 0.
     CSZMatrix operator/(double s) const;
 
-    // Assignments answer whether they succeeded.
+    // Assignments return whether they succeeded.
     // NOLINTBEGIN(misc-unconventional-assign-operator)
 
     /// Sets every element to s.
@@ -183,8 +183,8 @@ public:
 
     /// One line per row, ended by a line feed; each element in `width` characters with `precision`
     /// decimals, followed by one blank. `format` 'E' or 'e' writes 1.2345E+03, any other 1234.5000.
-    /// The same in every locale. A negative width aligns left, a negative precision means 6. Short of
-    /// memory the text is empty.
+    /// The same in every locale. A negative width aligns left, a negative precision means 6.
+    /// Short of memory the text is empty.
     CString toString(int width, int precision, char format) const;
 
     /// The transpose.
@@ -210,7 +210,7 @@ public:
 
     /// A = L * D * L^T, L unit lower triangular, D diagonal (Golub & Van Loan, 4.1). Only the lower
     /// triangle of this matrix is read. Where a divisor is not larger than the smallest normal
-    /// double the factors below it are 0 and the factorisation goes on. False, with L and D
+    /// double the factors below it are 0 and the factorization goes on. False, with L and D
     /// unchanged, when not square or empty.
     bool ldl(CSZMatrix& L, CSZMatrix& D) const;
 
@@ -220,13 +220,13 @@ public:
 
     /// A = L * D * L^T through square roots of the pivots, worked out in this matrix, which is
     /// overwritten. Only its lower triangle is read. False when not square or empty (nothing
-    /// changed) or when a pivot is below the smallest normal double: the columns before it stand
-    /// finished in L and D, the remainder in this matrix.
+    /// changed) or when a pivot is below the smallest normal double: L and D then have the columns
+    /// before it, this matrix the remainder.
     bool LDLdecompostion(CSZMatrix& L, CSZMatrix& D);
 
     /// Eigenvalues and vectors of a symmetric matrix by cyclic Jacobi rotations (Golub & Van Loan,
     /// 8.5): A * V = V * D, eigenvectors the columns of V, eigenvalues the diagonal of D in the
-    /// order in which they come to stand. V and D are two objects. Sweeps go on, without limit,
+    /// order in which the rotations leave them. V and D are two objects. Sweeps go on without limit
     /// while an element of D above the diagonal is larger in magnitude than `tol`, which must
     /// therefore lie above the rounding of the largest element.
     ///
@@ -235,7 +235,7 @@ public:
     /// @return true; false short of memory
     bool Jacobi(CSZMatrix& V, CSZMatrix& D, double tol) const;
 
-    /// A = Q * R by modified Gram-Schmidt orthogonalisation of the columns (Golub & Van Loan, 5.2):
+    /// A = Q * R by modified Gram-Schmidt orthogonalization of the columns (Golub & Van Loan, 5.2):
     /// Q of this size with orthonormal columns, R square upper triangular. False, with Q and R
     /// unchanged, for more columns than rows or an empty matrix; false, with the columns before it
     /// finished, when what is left of a column is shorter than `tol`.

@@ -7,8 +7,14 @@
 //              succeeded. A binary operator that fails sets it to 0 on its left operand and returns
 //              a copy of the right one, not a zero matrix; short of memory it returns 0 x 0
 //   cursors    the operations count with members of the object, reading ones too, so one object is
-//              never used by two operations at once; it may stand on both sides of an operator
-//   rounding   as CSZMatrix: sums in the order told, nothing fused
+//              never used by two operations at once; it may be both operands of an operator
+//   rounding   as CSZMatrix: sums in the documented order, no fused operations
+//
+//   CTiltMatrix A(2, 2);
+//   A.SetData(0, 0, 2.0);
+//   A.SetData(1, 1, 4.0);
+//   const CTiltMatrix inverse = ~A;
+//   if (A.IsValid() == 0) return; // singular
 #pragma once
 
 #include "framework/core/Export.h"
@@ -69,7 +75,7 @@ public:
     int Alloc(unsigned n) { return Alloc(n, 1); }
     int Alloc(unsigned r, unsigned c);
 
-    // Assignments answer whether they succeeded.
+    // Assignments return whether they succeeded.
     // NOLINTBEGIN(misc-unconventional-assign-operator)
 
     /// Sets every element to `value`.
@@ -83,7 +89,7 @@ public:
     // NOLINTEND(misc-unconventional-assign-operator)
 
     /// Sum and difference of equal sizes; product where the columns of this are the rows of B, each
-    /// element summed from 0.0 over rising k. Otherwise as told under "validity".
+    /// element summed from 0.0 over rising k. Otherwise see "validity" above.
     CTiltMatrix operator+(const CTiltMatrix& B) const;
     CTiltMatrix operator-(const CTiltMatrix& B) const;
     CTiltMatrix operator*(const CTiltMatrix& B) const;

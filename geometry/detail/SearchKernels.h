@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// The loops in which the search for the tip spends its time. Every vector width gives the same bits,
-// so no outcome depends on the processor.
+// The loops in which the search for the tip spends its time. Every vector width gives the same
+// bits, so no outcome depends on the processor.
 //
-// Coordinates and radii [m]. Arrays are read and written in groups of kGroup elements: each has room
-// for kGroup − 1 elements more than it has values.
+// Coordinates and radii [m]. Arrays are read and written in groups of kGroup elements: each has
+// room for kGroup − 1 elements more than it has values.
 #pragma once
 
 #include <cstddef>

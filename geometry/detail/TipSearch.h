@@ -28,7 +28,7 @@ struct TipSearchResult
     std::optional<Quadruple> best; // none: no start had a fitting radius
 };
 
-// Told the share done, 0 to 1; false cancels.
+// Called with the share done, 0 to 1; returning false cancels.
 using ProgressObserver = std::function<bool(double)>;
 
 // `positions` are finite, at least four, about an origin among them [m]. `flatness` is the volume

@@ -2,9 +2,9 @@
 //
 // The numerical kernels behind both matrix classes, on plain row-major arrays.
 //
-// Every element is computed by the written sequence of rounded operations, whatever the processor:
-// vectors run across elements, never along a sum, and no product is fused with a sum. The widest
-// vectors that the processor has are chosen once, at run time.
+// Every element is computed by the same sequence of rounded operations on every processor: vectors
+// run across elements, never along a sum, and no product is fused with a sum. The widest vectors
+// that the processor has are chosen once, at run time.
 #pragma once
 
 #include <cfloat>

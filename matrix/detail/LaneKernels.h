@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The kernels over vectors of Width doubles. Each width is instantiated in a source file of its own.
+// The kernels over vectors of Width doubles. Each width has a source file that instantiates it.
 #pragma once
 
 #include "matrix/detail/Elimination.h"

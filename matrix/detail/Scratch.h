@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Working memory of a kernel: inside the object for the usual sizes, from the heap beyond. The width
-// keeps code compiled for different processors apart (vector/Lanes.h).
+// Working memory of a kernel: inside the object for the usual sizes, from the heap beyond. The
+// width keeps code compiled for different processors apart (vector/Lanes.h).
 #pragma once
 
 #include <cstddef>
