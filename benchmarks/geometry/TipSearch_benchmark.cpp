@@ -11,9 +11,9 @@
 #include "geometry/detail/TipSearch.h"
 
 #include "quality/TipEstimate.h"
-#include "tests/geometry/LiteralSearch.h"
 #include "tests/geometry/PoleSets.h"
-#include "tests/matrix/LiteralMatrix.h"
+#include "tests/reference/LiteralMatrix.h"
+#include "tests/reference/LiteralSearch.h"
 
 #include <benchmark/benchmark.h>
 #include <cmath>

@@ -5,7 +5,7 @@
 #pragma once
 
 #include "matrix/SZMatrix.h"
-#include "tests/matrix/LiteralMatrix.h"
+#include "tests/reference/LiteralMatrix.h"
 
 #include <Eigen/Dense>
 #include <armadillo>

@@ -3,7 +3,7 @@
 // The matrices that are timed, the same in every run.
 #pragma once
 
-#include "tests/matrix/LiteralMatrix.h"
+#include "tests/reference/LiteralMatrix.h"
 
 #include <random>
 

@@ -148,17 +148,18 @@ void Search::JudgeWaiting()
     const SpacePoint origin = m_cloud.At(m_waiting.members[0][0]);
     const double toBeat = PointErrorToBeat();
     const double redundancy = static_cast<double>(m_count) - 4.0;
-    m_kernels.judgeStarts(m_cloud.Moments(), {
-                                                 m_waiting.x.data(),
-                                                 m_waiting.y.data(),
-                                                 m_waiting.h.data(),
-                                                 m_waiting.denominator.data(),
-                                                 m_waiting.radius.data(),
-                                                 m_waiting.hopeless.data(),
-                                                 m_waiting.size,
-                                                 {origin.x, origin.y, origin.h},
-                                                 toBeat * toBeat * redundancy
-    });
+    const Batch batch = {
+        .x = m_waiting.x.data(),
+        .y = m_waiting.y.data(),
+        .h = m_waiting.h.data(),
+        .denominator = m_waiting.denominator.data(),
+        .radius = m_waiting.radius.data(),
+        .hopeless = m_waiting.hopeless.data(),
+        .size = m_waiting.size,
+        .origin = {origin.x, origin.y, origin.h},
+        .limit = toBeat * toBeat * redundancy
+    };
+    m_kernels.judgeStarts(m_cloud.Moments(), batch);
     for (std::size_t slot = 0; slot < m_waiting.size; ++slot)
         if (m_waiting.hopeless[slot] == 0 || PointErrorToBeat() > toBeat) Weigh(slot);
     m_waiting.size = 0;

@@ -4,7 +4,7 @@
 #pragma once
 
 #include "geometry/TiltPosition_Geometry.h"
-#include "tests/geometry/LiteralSearch.h"
+#include "tests/reference/LiteralSearch.h"
 
 #include <cmath>
 #include <numbers>

@@ -6,7 +6,7 @@
 
 #include "matrix/SZMatrix.h"
 #include "matrix/TiltMatrix.h"
-#include "tests/matrix/LiteralMatrix.h"
+#include "tests/reference/LiteralMatrix.h"
 
 #include <gmock/gmock.h>
 
