@@ -26,7 +26,7 @@ constexpr double kStillTilt = 0.5;        // [degrees], pitch and roll each
 constexpr double kUndisturbed = 300.0;    // [counts], sum over the axes
 constexpr double kProjectBase = 180.0;    // [degrees]
 constexpr double kShortestLine2 = 1e-6;   // [m²]
-constexpr double kLargestUsualBias = 1e3; // [degrees]; beyond, headings lose digits
+constexpr double kLargestUsualBias = 1e3; // [degrees]; headings lose digits beyond it
 
 // The state of `filter`, shared by all objects.
 struct Smoothing
@@ -91,7 +91,7 @@ inline positioning::Observation CInclineSensor_Position::Observe(const PoseSenso
     };
 }
 
-// Observes the sample anew: handing over what Position holds would keep it out of registers.
+// Observes the sample again: passing on the observation of Position would keep it out of registers.
 positioning::Measured CInclineSensor_Position::MeasureByFormulas(const PoseSensorData& sample,
                                                                  double length,
                                                                  positioning::Trust trust,

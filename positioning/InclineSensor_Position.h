@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Where the tip of a tilted survey pole stands: from one pose sample, the antenna coordinate and the
+// Computes the tip of a tilted survey pole from one pose sample, the antenna coordinate and the
 // length of the pole.
 //
 //   CInclineSensor_Position sensor;
@@ -19,15 +19,15 @@
 // Units and axes:
 //
 //   angles        degrees in every public call
-//   x, y, h       northing, easting, height [m]; azimuths count from +x towards +y, clockwise
+//   x, y, h       northing, easting, height [m]; azimuths count clockwise from +x toward +y
 //   pitch, roll   positive pitch raises the forward axis, positive roll lowers the right side
-//   magnetometer  raw sensor counts; A and B are mounted with x and y opposed
+//   magnetometer  raw sensor counts; A and B are mounted with their x and y axes opposed
 //   sensor type   1: x forward, y left, z up the pole; any other value: x right, y forward, z up.
 //                 Type 2 also adds the tilt direction to the azimuth of the projection
 //
-// Domain: the two inclinations are those of a pole that leans less than 90 degrees; every other pose
-// gives a result, too, but a pole beyond the horizontal cannot be told from one that stands. Nothing
-// throws. Arguments that are not finite give results that are not.
+// Domain: poles that lean less than 90 degrees. Other poses give a result, too, but a pole beyond
+// the horizontal cannot be distinguished from an upright one. No operation throws. Arguments that
+// are not finite give results that are not finite.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -85,14 +85,15 @@ public:
     void SetMagneticBiasAngle_B(double angle) { m_dMagneticBiasAngle_B = angle; }
     double GetMagneticBiasAngle_B() const { return m_dMagneticBiasAngle_B; }
 
-    /// 1 while the pole is held still, as the last Position or CalculateYaw_A found it.
+    /// 1 if the pole was still at the last call of Position or CalculateYaw_A, otherwise 0.
     int IsStationary() const { return m_bStationary; }
-    /// 1 when the magnetometers disagree, as the last Position or CalculateYaw_B found it.
+    /// 1 if the magnetometers disagreed at the last call of Position or CalculateYaw_B, otherwise
+    /// 0.
     int IsMagneticInterference() const { return m_bMagneticInterference; }
 
     /// Replaces the antenna coordinate in `point` by the coordinate of the pole tip.
-    /// Fills the headings of `sample` and refreshes IsStationary and IsMagneticInterference. The
-    /// other fields of `sample`, the raw readings among them, are left alone, so that the same
+    /// Fills the headings of `sample` and updates IsStationary and IsMagneticInterference. The
+    /// other fields of `sample`, including the raw readings, are unchanged on return, so the same
     /// sample may be passed again.
     ///
     /// The tip is that of Position_Geometry_A, or straight below the antenna for a pole whose tilt
@@ -103,25 +104,25 @@ public:
     /// (Position.AgreesWithItsFormulasAsDocumented).
     ///
     /// @param sample      pose at the moment of measurement [degrees, counts]
-    /// @param poleLength  antenna to tip [m], used as given: a negative length leads upwards
+    /// @param poleLength  antenna to tip [m], used as given: a negative length leads upward
     /// @param point       in: antenna, out: tip [m]
     /// @return 1
     int Position(PoseSensorData& sample, double poleLength, xyhCoordinate& point);
 
-    /// The tip from the heading dYaw that `sample` carries: down the pole by its elevation t and
-    /// the azimuth az of its projection,
+    /// Computes the tip from the heading `sample.dYaw`, the elevation t of the pole and the azimuth
+    /// az of its projection,
     ///
     ///   x = x_antenna + L·cos t·cos az
     ///   y = y_antenna + L·cos t·sin az
     ///   h = h_antenna − L·sin t
     ///
-    /// and the projection angle is kept for ConverseYaw.
+    /// and stores the projection angle for ConverseYaw.
     ///
     /// @return 1
     int Position_Geometry_A(xyhCoordinate antenna, PoseSensorData sample, double poleLength,
                             xyhCoordinate& tip);
 
-    /// The same from dYaw_2 with pitch and roll negated. The projection angle is not kept.
+    /// The same from dYaw_2 with pitch and roll negated. Does not store the projection angle.
     int Position_Geometry_B(xyhCoordinate antenna, PoseSensorData sample, double poleLength,
                             xyhCoordinate& tip);
 
@@ -134,8 +135,8 @@ public:
     /// The pole is still while its sample differs from the first one of the still period by at most
     /// 1000 counts in the corrected readings (sum over the axes) and by at most 0.5 degrees each in
     /// roll and pitch. A sample that differs more starts the next period and does not itself count
-    /// as still. dYaw_Y is dYaw less the tilt direction; where a tilt angle is exactly 0 the tilt
-    /// direction is 90.
+    /// as still. dYaw_Y is dYaw minus the tilt direction, which is 90 where a tilt angle is exactly
+    /// 0.
     ///
     /// @return 1
     int CalculateYaw_A(PoseSensorData& sample);
@@ -144,13 +145,13 @@ public:
     /// CalculateYaw_A first: the test reads the corrected magnetometer A.
     ///
     /// Interference: the corrected reading differs by more than 300 counts (sum over the axes) from
-    /// the one expected after magnetometer A and the translation parameter.
+    /// the one expected from magnetometer A and the translation parameter.
     ///
     /// @return 1
     int CalculateYaw_B(PoseSensorData& sample);
 
-    /// Azimuth of (x, y) less the projection angle kept last, and its opposite [degrees], each
-    /// normalized by one step. 0 is subtracted before any angle is kept.
+    /// Azimuth of (x, y) minus the last stored projection angle, and the opposite direction
+    /// [degrees], each normalized by one step. Before the first measurement the stored angle is 0.
     ///
     /// @return 1
     int ConverseYaw(double x, double y, double& yaw, double& yawOpposite) const;
@@ -168,34 +169,35 @@ public:
     ///   k1 = acos(tan t·tan u), negative for v > 0;   k3 = acos(−tan u·tan v)
     ///   azimuth = heading + k1, for sensor type 2 heading + k3 + k1
     ///
-    /// Arguments of the arc cosines are limited to [-1, 1], so every finite pose has an azimuth. Near
-    /// the plumb line, and where an argument is near 1, the last digit of the input decides.
+    /// Arguments of the arc cosines are limited to [-1, 1], so every finite pose has an azimuth.
+    /// Near the plumb line, and where an argument is near 1, the result depends on the last digits
+    /// of the input.
     ///
-    /// @param store  other than 0: k1 is kept for ConverseYaw
+    /// @param store  nonzero: store k1 for ConverseYaw
     double GetAngleofPoleProject(double pitch, double roll, double heading, int store);
 
-    /// Smooths two values in place: up to the call n + 1 after a reset each becomes the mean of all
-    /// its values so far, from then on every new one has the weight 1/(n + 1). All objects of this
-    /// class share one state.
+    /// Smooths two values in place. For the first n + 1 calls after a reset the result is the mean
+    /// of all values so far; after that, each new value has the weight 1/(n + 1). All objects of
+    /// this class share one state.
     ///
-    /// @param values  two numbers; a longer array is not read further
-    /// @param reset   other than 0: forget earlier values
+    /// @param values  array of two numbers; further elements are ignored
+    /// @param reset   nonzero: discard the earlier values
     void filter(double* const values, int n, int reset);
 
     /// Writes the calibration (both corrections, the translation, both bias angles) as lines
-    /// "[key]value" with ten decimals and CR LF. The file is replaced in one step: after a failure
-    /// the old one is unchanged and no other file is left beside it.
+    /// "[key]value" with ten decimals and CR LF. The file is replaced in one step: after a
+    /// failure the old one is unchanged and no temporary file remains.
     ///
     /// @param path  UTF-8 on disk, in every locale
-    /// @return 0 where the file could not be written completely, or a value is not finite or too
-    ///         long for a line of 100 bytes
+    /// @return 0 if the file could not be written completely, or a value is not finite or too long
+    ///         for a line of 100 bytes; otherwise 1
     int ConfigSave(CString path);
 
-    /// Reads what ConfigSave wrote. A value whose key is missing, or is followed by nothing or by no
-    /// CR, is left unchanged; a text that is not a decimal number within range gives 0. The first
-    /// place in the file that reads "[key]" counts, wherever it stands.
+    /// Reads a file written by ConfigSave. A parameter stays unchanged if its key is missing, its
+    /// value is empty or no CR follows. Text that is not a decimal number within range is read as
+    /// 0. The first occurrence of "[key]" counts, anywhere in the file.
     ///
-    /// @return 0 where there is no such file or it cannot be read, with nothing changed; 1 otherwise,
+    /// @return 0 if the file does not exist or cannot be read (nothing changes); otherwise 1,
     ///         whatever the file contains
     int ConfigRead(CString path);
 
@@ -206,35 +208,36 @@ protected:
     double ASIN(double value) const;
     double ACOS(double value) const;
 
-    /// Adds one turn below 0, subtracts one above 360: one step, no loop (-400 becomes -40).
+    /// Adds 360 to an azimuth below 0 and subtracts 360 above 360, once: -400 becomes -40.
     void AdjustAzimuth(double& azimuth) const;
 
-    /// Replaces pitch and roll [degrees] by the tilt angles u and v [rad]: (p, r) for sensor type 1,
-    /// (−asin(cos p·sin r), p) otherwise.
+    /// Replaces pitch and roll [degrees] by the tilt angles u and v [rad]: (p, r) for sensor type
+    /// 1, (−asin(cos p·sin r), p) otherwise.
     void GetTiltAngle(double& first, double& second) const;
 
     /// The lower end of a line of this length [m] whose upper end is `point`; elevation and azimuth
-    /// [degrees] lead from the lower end to the upper one.
+    /// [degrees] point from the lower end to the upper one.
     xyhCoordinate GetInclinePoint(xyhCoordinate point, double length, double elevation,
                                   double azimuth) const;
 
-    /// Distance [m]; 0 up to a millimeter.
+    /// Distance [m]; 0 if it is at most 1 mm.
     double GetDistance(xyhCoordinate p, xyhCoordinate q) const;
 
-    /// The lower of the two points at the distances r1, r2, r3 from p1, p2, p3 [m], formed
+    /// The lower of the two points at the distances r1, r2, r3 from p1, p2, p3 [m], computed
     /// relative to p1.
     ///
-    /// @return 0, with `result` unchanged, where there is no such point, the two (nearly) coincide,
-    ///         or p1, p2 and p3 do not determine y and h (in a line, or all of equal height)
+    /// @return 0, with `result` unchanged, if there is no such point, if the two points (nearly)
+    ///         coincide, or if p1, p2 and p3 do not determine y and h (in a line, or all at one
+    ///         height); otherwise 1
     int GetSolvePoint(xyhCoordinate p1, xyhCoordinate p2, xyhCoordinate p3, double r1, double r2,
                       double r3, xyhCoordinate& result) const;
 
 private:
-    /// Corrects the reading of magnetometer A, or of B where useA is 0, in place.
+    /// Corrects the reading of magnetometer A, or of B if useA is 0, in place.
     void MagneticModify(const Incline_MagneticCorrectParameter& par, PoseSensorData& sample,
                         int useA) const;
-    /// Heading of magnetometer A, or of B where useA is 0, from its corrected reading: ADI for
-    /// sensor type 1, SCA for the others [degrees], normalized by one step.
+    /// Heading of magnetometer A, or of B if useA is 0, from its corrected reading [degrees],
+    /// normalized by one step. ADI is for sensor type 1, SCA for all others.
     double CalculateYaw_ADI(const PoseSensorData& sample, int useA) const;
     double CalculateYaw_SCA(const PoseSensorData& sample, int useA) const;
     double HeadingByAxes(const PoseSensorData& sample, tiltpole::survey::Magnetometer which,
@@ -258,9 +261,9 @@ private:
     double m_dLastMag_z = 0.0;
     double m_dLastPitch = 0.0; // pose at the start of the still period [degrees]
     double m_dLastRoll = 0.0;
-    double m_dProjectBase = 0.0;  // 180 once a projection angle is kept; read by nobody
-    double m_dProjectAngle = 0.0; // the projection angle kept last [degrees], or instead of it
-    double m_dProjectPitch = 0.0; // the pose it follows from: computed when ConverseYaw needs it
+    double m_dProjectBase = 0.0;  // 180 once a projection angle is stored; never read
+    double m_dProjectAngle = 0.0; // stored last [degrees], unless m_bProjectByPose is 1
+    double m_dProjectPitch = 0.0; // the pose from which ConverseYaw computes it
     double m_dProjectRoll = 0.0;
     int m_nProjectSensorType = 1;
     int m_bProjectByPose = 0;

@@ -56,7 +56,7 @@ int CInclineSensor_Position::ConfigRead(CString path)
     try {
         positioning::KeyedTextFile file;
         if (!file.OpenForReading(path)) return 0;
-        // Allocates before it assigns: a call that fails has changed nothing.
+        // Allocates before it assigns, so a call that fails changes nothing.
         file.ReadDoubles(ParameterLines(m_MagneticCorrectPar_A, m_MagneticCorrectPar_B,
                                         m_MagneticTranslationPar, m_dMagneticBiasAngle_A,
                                         m_dMagneticBiasAngle_B));

@@ -1,15 +1,24 @@
 // SPDX-License-Identifier: MIT
 //
-// The calibration of the two magnetometers: what makes their readings comparable.
+// Calibration of the two magnetometers.
+//
+//   Incline_MagneticCorrectParameter correction; // leaves readings unchanged
+//   correction.x0 = 120.0;
+//   correction.b = 1.04;
+//   sensor.SetMagneticCorrectPar_A(correction); // a CInclineSensor_Position
+//
+// Offsets are in sensor counts, scales and mixing factors have no unit; any value is accepted.
+// The axes are those of the magnetometer itself.
 #pragma once
 
-/// Correction of one three-axis magnetometer, from raw readings (mx, my, mz) [counts]:
+/// Correction of one three-axis magnetometer. A raw reading (mx, my, mz) [counts] becomes
 ///
 ///   x =   mx                   − x0
 ///   y = a·mx + b·my            − y0
 ///   z = c·mx + d·my + e·mz     − z0
 ///
-/// The x axis is the reference: shifted, never scaled or turned. A new record changes nothing.
+/// The x axis is the reference: it is shifted, but neither scaled nor rotated. The default values
+/// leave a reading unchanged.
 struct Incline_MagneticCorrectParameter
 {
     double x0 = 0.0; // offsets [counts]
@@ -22,8 +31,8 @@ struct Incline_MagneticCorrectParameter
     double e = 1.0; // scale of z
 };
 
-/// Offset between the corrected readings of the two magnetometers [counts]: where A reads
-/// (x, y, z), B is expected to read (−(x + dX), −(y + dY), z + dZ).
+/// Offset between the corrected readings of the two magnetometers [counts]: when A reads (x, y, z),
+/// B is expected to read (−(x + dX), −(y + dY), z + dZ).
 struct Incline_MagneticTranslationParameter
 {
     double dX = 0.0;

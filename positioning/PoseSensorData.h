@@ -1,10 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
-// What the pose sensor reports, and a point of the survey coordinate system.
+// One sample of the pose sensor, and a point in the survey coordinate system.
 //
-//   angles        degrees
-//   magnetometer  raw sensor counts; A and B are mounted with x and y opposed
-//   gyro, acc     as the sensor reports them: carried and written out, never computed with
+//   PoseSensorData sample;
+//   sample.dPitch = 3.0;
+//   sample.dRoll = -8.0;
+//   sample.dMag_x = 150.0; // ... to dMag_z_2
+//   CString row = sample.ToText();
+//
+//   angles        degrees; positive pitch raises the forward axis, positive roll lowers the right
+//                 side
+//   magnetometer  raw sensor counts; A and B are mounted with their x and y axes opposed
+//   gyro, acc     as the sensor reports them: written to the text form, not used in any computation
 #pragma once
 
 #include "framework/core/Export.h"
@@ -13,15 +20,15 @@
 #include <cstdint>
 #include <cstring>
 
-/// One sample of the pose sensor. A plain value: copied whole, all zero when made.
+/// One sample of the pose sensor. A plain value type; every field starts at zero.
 struct TILTPOLE_API PoseSensorData
 {
-    int nHour = 0; // time of day, no date
+    int nHour = 0; // time of day, without a date
     int nMinute = 0;
     int nSecond = 0;
     double dPitch = 0.0; // inclination about the first tilt axis [degrees]
     double dRoll = 0.0;  // inclination about the second tilt axis [degrees]
-    double dRot = 0.0;   // rotation angle [degrees], carried only
+    double dRot = 0.0;   // rotation angle [degrees]; not used in any computation
     double dGyro_x = 0.0;
     double dGyro_y = 0.0;
     double dGyro_z = 0.0;
@@ -36,19 +43,20 @@ struct TILTPOLE_API PoseSensorData
     double dMag_z_2 = 0.0;
     double dYaw = 0.0;     // out: heading of magnetometer A [degrees], 0 to 360
     double dYaw_2 = 0.0;   // out: heading of magnetometer B [degrees], 0 to 360
-    double dYaw_Y = 0.0;   // out: dYaw less the tilt-direction angle [degrees], 0 to 360
-    double dDeltaXY = 0.0; // carried; the last field of the text form
-    double dAzimuth = 0.0; // of the sample about a fitted centre; set by the sample filters
-    double dSpare = 0.0;   // its storage holds the turning-direction flag
+    double dYaw_Y = 0.0;   // out: dYaw minus the tilt-direction angle [degrees], 0 to 360
+    double dDeltaXY = 0.0; // not used in any computation; last field of the text form
+    double dAzimuth = 0.0; // azimuth about the fitted center; set by the sample filters
+    double dSpare = 0.0;   // holds the turning direction, see GetTurnFlag
 
-    /// Time as hh:mm:ss, then dPitch to dDeltaXY with ten decimals each, joined by commas; no line
-    /// end.
+    /// The time as hh:mm:ss, then dPitch to dDeltaXY with ten decimals each, separated by commas.
+    /// There is no line end.
     CString ToText() const;
 
-    /// Names of an index column and of the columns of ToText, with CR LF.
+    /// The header line: an index column, then the columns of ToText. Ends with CR LF.
     static CString TextHeader();
 
-    /// The flag of the sample filters, 1 or 0, kept in the first 32 bits of dSpare.
+    /// The turning direction (1 or 0) found by the sample filters, stored in the first 32 bits of
+    /// dSpare.
     int GetTurnFlag() const
     {
         std::int32_t flag = 0;

@@ -4,9 +4,9 @@
 //
 //   heading = atan2(−rightward, forward) − bias      forward, rightward: the leveled field
 //
-// Degrees. Levelled (survey/SensorAxes.h) takes the lean of the pole out of the reading; magnetometer
-// B is mounted the other way round, so its pose is reversed. Derivation: docs/formulas.md,
-// "Levelling".
+// Degrees. Levelled (survey/SensorAxes.h) removes the lean of the pole from the reading.
+// Magnetometer B is mounted the other way around, so its pose is reversed. Derivation:
+// docs/formulas.md, "Levelling".
 #pragma once
 
 #include "survey/Angle.h"
@@ -24,8 +24,8 @@ using survey::Reading;
 using survey::Rotation;
 using survey::SensorAxes;
 
-// How magnetometer B is turned about the pole: not at all. The angle keeps its place in the formulas
-// for a sensor whose second magnetometer is mounted at another one.
+// Mounting angle of magnetometer B about the pole. It is 0 for this sensor; the formulas include it
+// for a sensor whose second magnetometer is mounted at another angle.
 inline constexpr double kMountingAngleB = 0.0;      // [rad]
 inline constexpr Rotation kMountingTurnB{1.0, 0.0}; // by that angle
 
@@ -50,14 +50,14 @@ inline double AzimuthOf(const LevelledField& field)
     return survey::Rad2Deg(std::atan2(-field.rightward, field.forward));
 }
 
-/// The same within 6e-14 degrees, two units of the last digit of 180, but faster. NaN for a
+/// A faster form that agrees within 6e-14 degrees, two units in the last place of 180. NaN for a
 /// vanishing field.
 inline double QuickAzimuthOf(const LevelledField& field)
 {
     return survey::Rad2Deg(survey::ArcTangent(-field.rightward, field.forward));
 }
 
-/// The azimuth less the bias of its magnetometer [degrees], normalized by one step.
+/// The azimuth minus the bias of its magnetometer [degrees], normalized by one step.
 inline double LessBias(double azimuth, Magnetometer which, double bias)
 {
     return survey::AdjustedAzimuth(which == Magnetometer::A

@@ -47,8 +47,8 @@ bool ReadAll(CFile& file, std::string& content)
     return true;
 }
 
-// Text from `first` up to the next CR, empty where there is none. Called with rising positions, it
-// passes over the text once.
+// Text from `first` up to the next CR, empty if there is none. Called with increasing positions, it
+// scans the text once.
 class Values
 {
 public:

@@ -3,15 +3,15 @@
 // A text file of values under bracketed keys, one "[key]value" per line, each ended by CR LF.
 //
 // Bytes are UTF-8 and keys are compared byte by byte. Looking a key up is a plain text search: the
-// first place in the whole file that reads "[key]" counts, in whatever line, and the value ends at
-// the next CR. A value without a CR after it is empty. A byte of value 0 is an ordinary character.
+// first occurrence of "[key]" counts, anywhere in the file, and the value ends at the next CR. A
+// value without a CR after it is empty. A zero byte is an ordinary character.
 //
 //   KeyedTextFile file;
 //   double offset = 0.0;
 //   if (file.OpenForReading(L"/etc/pole/limits.txt")) file.ReadDouble("Offset", offset);
 //
 // Every operation that takes a path, a key or a text allocates and may throw std::bad_alloc; the
-// file on disk is then as it was.
+// file on disk is then unchanged.
 #pragma once
 
 #include "framework/core/String.h"
@@ -32,37 +32,37 @@ class KeyedTextFile
 {
 public:
     /// Reads the whole content of the file into memory.
-    /// @return 0 where there is no such file, it cannot be read, is larger than 256 MiB or, as a
-    ///         device or pipe, delivers more than 1 MiB
+    /// @return 0 if the file does not exist, cannot be read or is larger than 256 MiB, or if a
+    ///         device or pipe delivers more than 1 MiB
     int OpenForReading(const CString& path);
 
-    /// Begins a new content, which replaces the file at Close.
-    /// @return 0 where `path` cannot be a file
+    /// Starts new content, which replaces the file at Close.
+    /// @return 0 if `path` cannot be a file
     int OpenForWriting(const CString& path);
 
-    /// Replaces the file by the lines written, if it was opened for writing, and forgets them.
-    /// @return 0, with the old file unchanged, where a line was refused or the content did not reach
+    /// Replaces the file with the lines written, if it was opened for writing, and discards them.
+    /// @return 0, with the old file unchanged, if a line was refused or the content did not reach
     ///         the device
     int Close();
 
-    /// Append a line. A line of more than 100 bytes, or a number that is not finite, is refused, and
-    /// Close then leaves the old file. @return 0 where refused
+    /// Append a line. A line of more than 100 bytes or a number that is not finite is refused, and
+    /// Close then leaves the old file unchanged. @return 0 if refused
     int WriteString(std::string_view key, const CString& value);
     int WriteInteger(std::string_view key, int value);
     int WriteDouble(std::string_view key, double value); // ten decimals, no exponent
 
-    /// The value of a key. Before a number white space is skipped, text after it is ignored; text
-    /// that is not a decimal number, or one out of range, is read as 0.
-    /// @return 0, with `value` unchanged, where the key is missing or its value is empty
+    /// The value of a key. White space before a number is skipped and text after it ignored; text
+    /// that is not a decimal number within range is read as 0.
+    /// @return 0, with `value` unchanged, if the key is missing or its value is empty
     int ReadString(std::string_view key, CString& value) const;
     int ReadInteger(std::string_view key, int& value) const;
     int ReadDouble(std::string_view key, double& value) const;
 
-    /// ReadDouble for all of `values` in one pass over the content. The keys are different and have
-    /// no brackets in them.
+    /// ReadDouble for all of `values` in one pass over the content. The keys must differ from
+    /// each other and contain no brackets.
     void ReadDoubles(std::span<const KeyedDouble> values) const;
 
-    /// The content that was read, or written so far, for use without a file.
+    /// The content read, or written so far, for use without a file.
     void SetContent(std::string content) { m_content = std::move(content); }
     const std::string& GetContent() const { return m_content; }
 

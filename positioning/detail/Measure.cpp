@@ -9,8 +9,8 @@ constexpr double kPlumb = 1e-6; // [rad], each tilt angle
 
 } // namespace
 
-// The elevation and the azimuth pass through degrees, as the operations of the class return them:
-// leaving that out would change the last digits of nearly plumb poles.
+// The elevation and the azimuth are converted to degrees and back, because the operations of the
+// class return degrees: skipping this would change the last digits of nearly plumb poles.
 Measured MeasureByFormulas(int sensorType, const Observation& sample)
 {
     const SensorAxes axes = survey::AxesOf(sensorType);
@@ -27,7 +27,7 @@ Measured MeasureByFormulas(int sensorType, const Observation& sample)
     const auto [u, v] = TiltAnglesOf(pitch, roll, axes);
     m.leans = !(std::fabs(u) < kPlumb && std::fabs(v) < kPlumb);
     if (!m.leans) {
-        m.step = {-0.0, -0.0, -sample.length}; // adding -0.0 keeps even the sign of a zero
+        m.step = {-0.0, -0.0, -sample.length}; // adding -0.0 preserves the sign of a zero
         return m;
     }
     const double k1 = ProjectionAngleOf(pitch, roll, axes);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What one sample gives: both headings and the step from the antenna to the tip, by two ways.
+// The results of one sample, computed in two ways: both headings and the step from antenna to tip.
 //
 //   heading            HA = azimuth of A's leveled field − bias A, HB likewise     Heading.h
 //   tilt direction     HA − k3                                                     Tilt.h
@@ -8,10 +8,10 @@
 //   az                 HA + k1, for the turned projection HA + k3 + k1             Tilt.h
 //   plumb pole         |u| and |v| below 1e-6 rad: (0, 0, −L)
 //
-// MeasureByFormulas evaluates these formulas one by one. MeasureAtOnce gets by with two sine-cosine
-// pairs, two arc tangents and one arc cosine: the rest follows from roots and angle addition. Where
-// it cannot promise the digits of the formulas it says so. Derivations and measured differences:
-// docs/formulas.md, "Tip".
+// MeasureByFormulas evaluates these formulas one by one. MeasureAtOnce needs only two sine-cosine
+// pairs, two arc tangents and one arc cosine; roots and the addition theorems give the rest. Its
+// result states how much of it is trusted to agree with the formulas. Derivations and measured
+// differences: docs/formulas.md, "Tip".
 #pragma once
 
 #include "positioning/detail/Heading.h"
@@ -28,7 +28,7 @@ namespace tiltpole::positioning {
 
 using survey::Point3;
 
-/// What is subtracted from the headings.
+/// The biases that are subtracted from the headings.
 struct Bias
 {
     double a, b;  // [degrees]
@@ -44,35 +44,35 @@ struct Observation
     double length; // of the pole [m]
 };
 
-/// How much of a result has the digits of the formulas.
+/// How much of a result agrees with the step-by-step formulas.
 enum class Trust { Nothing, Step, Everything };
 
 struct Measured
 {
     double headingA;        // [degrees]
     double headingB;        // [degrees]
-    double headingLessTilt; // headingA less the tilt direction [degrees]
+    double headingLessTilt; // headingA minus the tilt direction [degrees]
     Point3 step;            // from the antenna to the tip [m]
     bool leans;             // false for a plumb pole, which has no projection
     Trust trust;
 };
 
-/// Down a pole of this elevation and azimuth [rad], `length` long.
+/// The step down a pole of this elevation and azimuth [rad] and of this length.
 inline Point3 StepOf(double length, double elevation, double azimuth)
 {
     const double level = length * std::cos(elevation);
     return {level * std::cos(azimuth), level * std::sin(azimuth), -(length * std::sin(elevation))};
 }
 
-/// Heading as a host gets it. HeadingOf normalizes by one step and this by another: two in all
-/// (Heading.IsNormalizedByTwoStepsAtMost).
+/// The heading that the host receives. HeadingOf normalizes by one step and this by another: two in
+/// all (Heading.IsNormalizedByTwoStepsAtMost).
 inline double NormalizedHeading(const Pose& pose, const Reading& m, Magnetometer which,
                                 SensorAxes axes, double bias)
 {
     return survey::AdjustedAzimuth(HeadingOf(pose, m, which, axes, bias));
 }
 
-/// By the formulas one by one; trusted altogether.
+/// Evaluates the formulas one by one; the whole result is trusted.
 Measured MeasureByFormulas(int sensorType, const Observation& sample);
 
 /// Whether a field of this strength can be squared without loss.
@@ -83,11 +83,12 @@ inline bool IsUsualStrength(double strength)
     return strength > kLeast && strength < kMost;
 }
 
-/// All at once. `pose` is that of the sample.
+/// Computes everything in one pass. `pose` is that of the sample.
 ///
-/// Nothing is trusted, nor formed, where WayDown is not trusted, the field of A is too weak or too
-/// strong, or its bias too large. The step alone is trusted where a heading lies within 1e-9 degrees
-/// of 0 or 360: there the last digit decides between the two ends, and one step may not be enough.
+/// Returns early, with nothing trusted, if WayDown is not trusted, the field of A is too weak or
+/// too strong, or its bias is too large. Only the step is trusted if a heading lies within 1e-9
+/// degrees of 0 or 360: there the last digit decides between the two ends, and one step may not be
+/// enough.
 template <int SensorType>
 inline Measured MeasureAtOnce(const Pose& pose, const Observation& sample)
 {
@@ -108,7 +109,7 @@ inline Measured MeasureAtOnce(const Pose& pose, const Observation& sample)
 
     const Point3 step{scale * azimuth.cos, scale * azimuth.sin, -(sample.length * way.down)};
 
-    // The arc functions come after all arithmetic: none waits for the result of another.
+    // The arc functions come last, so that none of them waits for the result of another.
     const double azimuthA = QuickAzimuthOf(fieldA);
     const double azimuthB = QuickAzimuthOf(fieldB);
     const double tiltDirection = survey::Rad2Deg(std::acos(way.cosK3));

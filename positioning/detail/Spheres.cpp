@@ -8,10 +8,10 @@ namespace tiltpole::positioning {
 
 namespace {
 
-constexpr double kLeastDiscriminant = 1e-9; // below: spheres that touch count as apart
+constexpr double kLeastDiscriminant = 1e-9; // spheres that only touch count as apart
 constexpr double kSameHeight = 1e-6;        // [m]; nearly equal heights favor the second root
 
-// The plane that the circle of two spheres lies in, relative to the center of the first:
+// The plane of the circle in which two spheres intersect, relative to the center of the first:
 // normal.x·x + normal.y·y + normal.z·z = offset.
 struct SharedPlane
 {

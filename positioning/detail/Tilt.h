@@ -5,13 +5,13 @@
 //
 //   axes             tilt angles                    lean g
 //   ForwardLeftUp    u = p                  v = r   sin² g = sin² p + sin² r
-//   RightForwardUp   u = −asin(cos p·sin r) v = p   cos g = cos p·cos r, from the nearer end
+//   RightForwardUp   u = −asin(cos p·sin r) v = p   cos g = |cos p·cos r|
 //
 //   elevation        t = π/2 − g
 //   projection       k1 = acos(tan t·tan u), negative for v > 0, counted from the heading
 //   tilt direction   k3 = acos(−tan u·tan v)
 //
-// Arc sines and arc cosines are taken of limited arguments, so every finite pose has an angle.
+// Arguments of arc sines and arc cosines are limited to [-1, 1], so every finite pose has an angle.
 // Derivations: docs/formulas.md, "Tilt" and "Projection azimuth".
 #pragma once
 
@@ -73,8 +73,9 @@ inline double ProjectionAzimuthOf(double heading, double k1, double pitch, doubl
 ///
 ///   q = (cos²u·sin²v + cos²v·sin²u − (sin²v + sin²u)) / (2·cos u·cos v·sin u·sin v)
 ///
-/// which equals −tan u·tan v but for rounding of about 1e-16·(sin²u + sin²v)/(sin u·sin v). Where u
-/// or v is 0 the quotient is 0/0; its limit q = 0 is used, so a plumb pole has a tilt direction, too.
+/// which equals −tan u·tan v except for rounding of about 1e-16·(sin²u + sin²v)/(sin u·sin v). If u
+/// or v is 0 the quotient is 0/0; its limit q = 0 is used, so a plumb pole has a tilt direction,
+/// too.
 inline double TiltDirectionCosine(double u, double v)
 {
     const double sinU = std::sin(u);

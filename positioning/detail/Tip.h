@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// From the antenna down the pole to its tip, from the sines and cosines of pitch and roll that are
+// The direction from the antenna to the tip, from the sines and cosines of pitch and roll that are
 // known already.
 //
 //   ahead = sin t·tan u        aside² = cos² t − ahead²        down = sin t
 //
 // t is the elevation of the pole; ahead = cos t·cos k1 and aside = cos t·sin k1 count from the
 // heading, for the turned projection from the heading plus k3. aside is negative for v > 0. Neither
-// k1 nor t is needed for itself. Angles: Tilt.h. Derivation: docs/formulas.md, "Tip".
+// k1 nor t has to be computed. Angles: Tilt.h. Derivation: docs/formulas.md, "Tip".
 #pragma once
 
 #include "survey/Angle.h"
@@ -17,12 +17,13 @@
 
 namespace tiltpole::positioning {
 
-/// The way from the antenna to the tip per meter of pole.
+/// The vector from the antenna to the tip per meter of pole.
 ///
 /// `trusted` is false where the formulas of Tilt.h, evaluated one by one, amplify the last digit of
 /// their arguments: an arc cosine near its ends, a pole near the plumb line or near the horizontal,
-/// one tilt angle that hardly counts beside the other. A pole that leans along one axis (v = 0) is
-/// among them, as aside vanishes. Elsewhere both agree within 5e-10 degrees, k3 within 1.3e-11.
+/// one tilt angle that is tiny compared with the other. A pole that leans along one axis (v = 0) is
+/// among them, because aside vanishes. Elsewhere both agree within 5e-10 degrees, k3 within
+/// 1.3e-11.
 struct WayDown
 {
     survey::Rotation level; // (ahead, aside), turned by k3 for the turned projection
@@ -45,7 +46,7 @@ inline TiltSines TiltSinesOf(const survey::Pose& pose, survey::SensorAxes axes)
     return {sinU, survey::OtherLeg(sinU), pose.sinPitch, pose.cosPitch};
 }
 
-/// @param v  a number with the sign of the tilt angle v
+/// @param v  any number with the sign of the tilt angle v
 inline WayDown WayDownOf(const survey::Pose& pose, double v, int sensorType)
 {
     constexpr double kLeastMargin = 1e-4; // a relative rounding of 1e-16 grows to 1e-12 here

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The accuracy that InclineSensor_Position.h states: Position beside the operations it stands for,
-// called one by one, for usual poses, poses where a last digit decides, and hostile values.
+// The accuracy documented in InclineSensor_Position.h: Position compared with separate calls of the
+// operations it combines, for usual poses, poses where the last digit matters, and hostile values.
 #include "tests/positioning/Reach.h"
 
 #include <cmath>
@@ -12,7 +12,7 @@
 
 namespace {
 
-// The figures of the header.
+// The figures documented in the header.
 constexpr double kTip = 1e-11;             // [m], pole of 2 m
 constexpr double kHeading = 1.2e-13;       // [degrees], dYaw and dYaw_2
 constexpr double kTiltDirection = 1.3e-11; // [degrees], dYaw_Y
@@ -68,7 +68,7 @@ public:
         return sensor;
     }
 
-    // Every field is filled: what Position does not write must come back.
+    // Every field is filled, to show that Position leaves alone what it does not document.
     PoseSensorData Sample()
     {
         PoseSensorData s;
@@ -131,7 +131,7 @@ private:
     std::mt19937 m_random;
 };
 
-// Takes the heading of magnetometer A, or dYaw_Y, away: what is left is near 0 or 360.
+// Subtracts the heading of magnetometer A, or dYaw_Y, so that the result is near 0 or 360.
 void TurnToAnEnd(CInclineSensor_Position& sensor, PoseSensorData sample, bool tiltDirection)
 {
     CInclineSensor_Position probe = sensor;
@@ -140,7 +140,7 @@ void TurnToAnEnd(CInclineSensor_Position& sensor, PoseSensorData sample, bool ti
     sensor.SetMagneticBiasAngle_A(tiltDirection ? sample.dYaw_Y : sample.dYaw);
 }
 
-// The operations one by one.
+// Calls the operations one by one.
 void MeasureStepByStep(CInclineSensor_Position& sensor, PoseSensorData& sample,
                        xyhCoordinate& point)
 {

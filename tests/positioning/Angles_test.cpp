@@ -10,7 +10,7 @@ namespace {
 
 constexpr double kTiny = 1e-15;
 
-// The protected operations are those of tests/survey/Angle_test.cpp.
+// tests/survey/Angle_test.cpp covers the functions behind the protected operations.
 TEST(Angles, AreThoseOfTheSurveyVocabulary)
 {
     const Reach sensor;
@@ -91,7 +91,7 @@ RC_GTEST_PROP(Elevation, LiesBetweenTheHorizontalAndThePlumbLine, ())
     }
 }
 
-// The smoothing state is the library's, so every test begins with a reset.
+// All objects share the smoothing state, so every test begins with a reset.
 struct Smoother
 {
     CInclineSensor_Position sensor;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Property tests draw the same cases in every run, unless RC_PARAMS says otherwise.
+// Property tests use the same cases in every run unless RC_PARAMS is set.
 #include <cstdlib>
 
 namespace {

@@ -12,7 +12,7 @@ namespace {
 constexpr double kRoundOff = 1e-12; // [degrees], two roundings of a heading
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
-// A level pole reads its heading straight off the horizontal field.
+// On a level pole the heading follows directly from the horizontal field.
 void CheckLevelHeading(int type, Field field, double expectedA, double expectedB)
 {
     Reach sensor(type);
@@ -50,7 +50,7 @@ Field Turned(Field m, int axis, double angle) // right-handed about axis 0, 1 [r
     return {c * m.x + s * m.z, m.y, -s * m.x + c * m.z};
 }
 
-// What the tilted sensor reads is built by rotations; the lean must come out again.
+// The reading of the tilted sensor is built by rotations; the heading must not depend on the lean.
 TEST(Heading, DoesNotChangeWithTheLean)
 {
     std::mt19937 random(5);
@@ -71,7 +71,7 @@ TEST(Heading, DoesNotChangeWithTheLean)
         Reach(1).CalculateYaw_A(sample);
         EXPECT_NEAR(std::remainder(sample.dYaw - heading, 360), 0, kRoundOff);
 
-        // Second convention: Rx(p)·Ry(r) levels the reading as it is.
+        // Second convention: Rx(p)·Ry(r) levels the unchanged reading.
         const Field other{-200 * std::sin(h), 200 * std::cos(h), 430};
         const Field seen = Turned(Turned(other, 0, -p), 1, -r);
         sample = Sample(pitch, roll, seen);
@@ -151,7 +151,7 @@ struct WrapCase
     const char* why;
 };
 
-// Both the formula and its caller normalise, each by one step.
+// Both the formula and its caller normalize, each by one step.
 TEST(Heading, IsNormalizedByTwoStepsAtMost)
 {
     constexpr WrapCase cases[] = {
@@ -177,8 +177,8 @@ TEST(Heading, IsNormalizedByTwoStepsAtMost)
     }
 }
 
-// A bias that takes the whole heading away: what is left is 0, or 360 less next to nothing, as the
-// last digit of the written formulas says.
+// A bias equal to the heading: the result is 0 or just below 360, depending on the last digit of
+// the step-by-step formulas.
 TEST(Heading, TurnsWhereItsFormulasTurn)
 {
     for (const int type : kSensorTypes)
@@ -239,8 +239,8 @@ TEST(TiltDirection, IsNinetyWhereATiltAngleIsZero)
         }
 }
 
-// The heading of a reading along x alone is the tilt direction itself: what is left is 0 or 360 as
-// the last digit of the written formulas says.
+// The heading of a reading along x alone equals the tilt direction: the difference is 0 or 360,
+// depending on the last digit of the step-by-step formulas.
 TEST(TiltDirection, TurnsWhereItsFormulasTurn)
 {
     for (const int type : kSensorTypes)

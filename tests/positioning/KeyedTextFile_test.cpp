@@ -214,7 +214,7 @@ TEST(KeyedTextFile, RefusesWhatIsNotFinite)
     }
 }
 
-// One pass for many keys finds what one look-up per key finds, in texts made of the very parts
+// One pass for many keys finds the same values as one look-up per key, in texts made of fragments
 // that could confuse it.
 RC_GTEST_PROP(KeyedTextFile, ReadsManyKeysAsItReadsEach, ())
 {

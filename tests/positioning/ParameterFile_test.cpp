@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The calibration in its file: the exact bytes, what is read from damaged files, what a failure
-// leaves behind.
+// The parameter file: its exact bytes, the values read from damaged files, and the state after a
+// failure.
 #include "positioning/InclineSensor_Position.h"
 #include "tests/positioning/TemporaryFolder.h"
 #include "tests/reference/FailingAllocations.h"
@@ -84,7 +84,7 @@ Values Rising()
     return values;
 }
 
-// What a new object holds after reading `content`.
+// The values of a new object after it has read `content`.
 Values ReadFrom(const std::string& content)
 {
     const TemporaryFolder folder;
@@ -327,7 +327,7 @@ TEST(ParameterFile, FindsItsKeysInAnyOrderAndAnyLine)
 TEST(ParameterFile, FindsAKeyInsideTheValueOfAnother)
 {
     Values expected = kDefaults;
-    expected[0] = 0.0; // "[MagneticA.b]2" is no number
+    expected[0] = 0.0; // "[MagneticA.b]2" is not a number
     expected[1] = 2.0;
     EXPECT_EQ(ReadFrom("[MagneticA.a][MagneticA.b]2\r\n"), expected);
 }
@@ -392,7 +392,7 @@ TEST(ParameterFile, SurvivesAnyContent)
         << "white space alone is a text that is no number";
 }
 
-// Every way a save can fail leaves the file that was there, and nothing beside it.
+// However a save fails, the old file is unchanged and no other file remains.
 void CheckFailedSave(CInclineSensor_Position sensor, const char* why)
 {
     const TemporaryFolder folder;
@@ -446,7 +446,7 @@ TEST(ParameterFile, IsKeptWhenTheDiskFills)
     const CString path = folder.Path(kFile);
     const pid_t child = InChild([&] {
         std::signal(SIGXFSZ, SIG_IGN);
-        const rlimit limit{300, 300}; // bytes that a file may have
+        const rlimit limit{300, 300}; // largest file size [bytes]
         if (::setrlimit(RLIMIT_FSIZE, &limit) != 0) return 2;
         return sensor.ConfigSave(path);
     });

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The measurement as a host makes it: pose and antenna in, headings and tip out.
+// The measurement as a host calls it: from pose and antenna to headings and tip.
 #include "tests/positioning/Reach.h"
 #include "tests/reference/LiteralPosition.h"
 
@@ -14,7 +14,7 @@
 namespace {
 
 constexpr double kRoundOff = 1e-12;   // [m], of coordinates near 0
-constexpr Field kNorth{200, 0, -430}; // level pole, nose to the north [counts]
+constexpr Field kNorth{200, 0, -430}; // level pole heading north [counts]
 
 double PlaneDistance(const xyhCoordinate& a, const xyhCoordinate& b)
 {
@@ -143,9 +143,9 @@ TEST(Position, KeepsTheProjectionAngleUnlessThePoleIsPlumb)
     EXPECT_EQ(yaw, kept);
 }
 
-// Position keeps a pose, GetAngleofPoleProject an angle: the one kept last counts. Half of the
-// poles are nearly plumb, where the last digit of the elevation turns the projection. A vector
-// along the projection leaves 0, or 360 less next to nothing, as the last digit of the angle says.
+// Position stores a pose and GetAngleofPoleProject an angle; the one stored last counts. Half of
+// the poles are nearly plumb, where the last digit of the elevation turns the projection. A vector
+// along the projection gives 0 or just below 360, depending on the last digit of the angle.
 TEST(Position, KeepsTheProjectionAngleOfItsFormulas)
 {
     std::mt19937 random(21);
@@ -196,7 +196,7 @@ TEST(Position, KeepsTheProjectionAngleOfTheSensorTypeItMeasuredWith)
     EXPECT_EQ(kept, yaw);
 }
 
-// What an object has learned from samples goes along when it is copied or assigned.
+// The state that an object has taken from samples is copied and assigned with it.
 void ExpectSameMemory(const CInclineSensor_Position& copy, const CInclineSensor_Position& original)
 {
     EXPECT_EQ(copy.IsStationary(), original.IsStationary());
@@ -294,7 +294,7 @@ TEST(Position, RefreshesBothFlags)
     EXPECT_EQ(sensor.IsMagneticInterference(), 0);
 }
 
-// Numbers that are none, in every field of the sample and the point, for every sensor type.
+// NaN, infinities and extreme values in every field of the sample, for every sensor type.
 TEST(Position, SurvivesWhatIsNotFinite)
 {
     constexpr double kInfinity = std::numeric_limits<double>::infinity();
@@ -315,7 +315,7 @@ TEST(Position, SurvivesWhatIsNotFinite)
             }
 }
 
-// A field that vanishes, overflows when squared, or a bias so large that headings lose digits.
+// A field that vanishes or overflows when squared, or a bias so large that headings lose digits.
 TEST(Position, FollowsItsFormulasInExtremeFields)
 {
     constexpr Field fields[] = {
@@ -348,8 +348,8 @@ TEST(Position, FollowsItsFormulasInExtremeFields)
             }
 }
 
-// Where the last digit of an arc cosine's argument decides: leans along one axis, hardly leaning,
-// nearly lying. Both ways must see the same digit.
+// Poses where the last digit of an arc cosine's argument matters: along one axis, nearly plumb,
+// nearly horizontal. Both computations must use the same digit.
 TEST(Position, FollowsItsFormulasAlongTheAxes)
 {
     constexpr double angles[] = {0,  1e-5, -1e-5, 3e-4, 0.002, -0.01, 7,    -7.3,

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The protected operations of the class under test, and samples the tests share.
+// Access to the protected operations of the class under test, and samples that the tests share.
 #pragma once
 
 #include "positioning/InclineSensor_Position.h"
@@ -42,7 +42,7 @@ inline PoseSensorData Sample(double pitch, double roll, Field a, Field b)
     return s;
 }
 
-/// Magnetometer B reads what an undisturbed A lets expect.
+/// Magnetometer B reads what the undisturbed magnetometer A predicts.
 inline PoseSensorData Sample(double pitch, double roll, Field a)
 {
     return Sample(pitch, roll, a, {-a.x, -a.y, a.z});

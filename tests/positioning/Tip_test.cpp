@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The steps below Position: the projection, the two geometries, lines, distances, three spheres.
+// The operations behind Position: projection, both geometries, lines, distances, three spheres.
 #include "tests/positioning/Reach.h"
 #include "tests/reference/LiteralPosition.h"
 
@@ -42,8 +42,8 @@ TEST(Projection, FollowsTheLean)
             << c.why;
 }
 
-// Leg and hypotenuse of the right-angled triangle coincide, so the arc cosine is at its end: the
-// last digit of its argument shows as 1e-6 degrees.
+// Leg and hypotenuse of the right triangle coincide, so the argument of the arc cosine is 1, where
+// its last digit becomes 1e-6 degrees.
 TEST(Projection, IsForwardOrBackwardForPurePitch)
 {
     EXPECT_NEAR(std::remainder(Reach(1).GetAngleofPoleProject(10, 0, 100, 0) - 100, 360), 0, 3e-6);
@@ -140,7 +140,7 @@ double DistanceOf(const xyhCoordinate& a, const xyhCoordinate& b)
     return std::hypot(a.x - b.x, a.y - b.y, a.h - b.h);
 }
 
-// The image of p beyond the plane through three points.
+// The mirror image of p in the plane through three points.
 xyhCoordinate Mirrored(const xyhCoordinate& p, const xyhCoordinate (&plane)[3])
 {
     const double u[] = {plane[1].x - plane[0].x, plane[1].y - plane[0].y, plane[1].h - plane[0].h};
@@ -154,7 +154,8 @@ xyhCoordinate Mirrored(const xyhCoordinate& p, const xyhCoordinate (&plane)[3])
             p.h - 2 * off * n[2] / length};
 }
 
-// Random centres and a point seen from them; the answer is the point or its image, the lower one.
+// Random centers and their distances to a point; the result is that point or its mirror image,
+// whichever is lower.
 void CheckSpheres(const xyhCoordinate& origin, double tolerance)
 {
     std::mt19937 random(11);
@@ -193,7 +194,7 @@ TEST(SolvePoint, IsAsExactAtSurveySizeCoordinates)
 
 TEST(SolvePoint, FavoursTheSecondOfTwoEqualHeights)
 {
-    // Centres in the plane x = 0: the two points differ in x only, and the first has the larger x.
+    // Centers in the plane x = 0: the two points differ in x only, and the first has the larger x.
     xyhCoordinate p;
     EXPECT_EQ(Reach{}.GetSolvePoint({0, 0, 0}, {0, 2, 0}, {0, 0, 2}, std::sqrt(3.0), std::sqrt(3.0),
                                     std::sqrt(3.0), p),
