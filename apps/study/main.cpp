@@ -4,6 +4,7 @@
 #include "apps/cli/CommandLine.h"
 #include "apps/cli/ExitCode.h"
 #include "apps/study/CalibrationStudy.h"
+#include "apps/study/TipStudy.h"
 #include "apps/tables/Errors.h"
 #include "framework/core/MessageBox.h"
 #include <CLI/CLI.hpp>
@@ -27,10 +28,20 @@ int Run(int argc, char** argv)
                      "Poles and recordings unlike those that the thresholds were found on");
     std::string only;
     program.add_option("--only", only, "Only conditions with this text in their name");
+    bool tips = false;
+    program.add_flag("--tips", tips,
+                     "Instead: how often the regions of stored tips hold the true tip");
+    std::string recording;
+    program.add_option("--recording", recording,
+                       "Errors of a fixed antenna for --tips, lines \"E N h time\"");
     try {
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return cli::Explain(program, error);
+    }
+    if (tips) {
+        fmt::print("{}", study::TipStudy(runs, seed, recording));
+        return cli::kDone;
     }
     // Failures are counted, not shown.
     framework::SetMessageBoxHandler([](const wchar_t*, const wchar_t*, unsigned) { return IDOK; });

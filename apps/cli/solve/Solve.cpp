@@ -41,7 +41,10 @@ There are two results. The search tries every combination of four positions, tak
 step from each and grades the best: grade 1 is accepted, a negative grade states a
 problem. The least-squares tip uses all positions at once with the antenna height as
 radius; it comes with a 95 % ellipse in plan, a 95 % height interval, its largest residual
-and a warning for narrow cones. The last sentence recommends which one to store.
+and a warning for narrow cones. Ellipse and interval rest on the stated errors: residuals
+can widen them, never narrow them. Errors that all positions share, and a wrong antenna
+height, leave no residuals and count as stated. The last sentence recommends which tip to
+store.
 
 Examples:
   tiltpole solve points.csv --height 2.0
@@ -49,6 +52,11 @@ Examples:
   tiltpole solve points.csv --height 2.0 --json | jq .estimate.tip
 
 Exit codes: 0 a tip can be stored, 1 it cannot, 2 wrong use or unreadable input.)";
+
+CLI::Validator LengthOrZero()
+{
+    return CLI::Range(0.0, 100.0).description("");
+}
 
 std::size_t Coordinate(const tables::CsvReader& csv, const char* name, const char* otherName)
 {
@@ -120,17 +128,33 @@ void AddSolveCommand(CLI::App& program, int& exitCode)
         ->type_name("ANGLE")
         ->check(FiniteNumber());
     command
-        ->add_option(
-            "--plan-error", setup.errors.plan,
-            "Standard deviation of antenna N and E each [m]; default 0.008. Only its ratio "
-            "to --height-error matters")
+        ->add_option("--plan-error", setup.errors.plan,
+                     "Standard deviation of antenna N and E each, from position to position [m]; "
+                     "default 0.008")
         ->type_name("LENGTH")
         ->check(PositiveNumber());
     command
         ->add_option("--height-error", setup.errors.height,
-                     "Standard deviation of the antenna's height [m]; default 0.015")
+                     "Standard deviation of the antenna's height, likewise [m]; default 0.015")
         ->type_name("LENGTH")
         ->check(PositiveNumber());
+    command
+        ->add_option("--shared-plan-error", setup.errors.sharedPlan,
+                     "Standard deviation of what all antenna N, and all E, have in common [m]; "
+                     "default 0.003")
+        ->type_name("LENGTH")
+        ->check(LengthOrZero());
+    command
+        ->add_option("--shared-height-error", setup.errors.sharedHeight,
+                     "Standard deviation of what all antenna heights have in common [m]; default "
+                     "0.0105")
+        ->type_name("LENGTH")
+        ->check(LengthOrZero());
+    command
+        ->add_option("--antenna-height-error", setup.errors.antennaHeight,
+                     "Standard deviation of the --height given [m]; default 0.002")
+        ->type_name("LENGTH")
+        ->check(LengthOrZero());
     command
         ->add_option("--plot", options->plot, "Plot of antennas, tips and residuals, .png or .svg")
         ->type_name("FILE")

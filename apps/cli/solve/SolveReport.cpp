@@ -82,13 +82,35 @@ std::string SearchLines(const SolvedTip& solved)
     return text;
 }
 
-// Positions close together do not determine the radius, nor do very few.
+// What the positions themselves say about the antenna height; four say nothing.
 std::string FreeRadius(const quality::TipEstimate& e)
 {
-    constexpr double kOpen = 0.5; // [m]
-    if (!HasTests(e) || !(e.radiusExcessLimit < kOpen)) return "not determined by these positions";
-    return fmt::format("{:+.1f} mm from the antenna height, chance allows {:.1f}",
+    if (!HasTests(e) || !std::isfinite(e.radiusExcessLimit))
+        return "these positions do not check the antenna height";
+    return fmt::format("{:+.0f} mm; antenna height checked only to {:.0f} mm",
                        Millimeters(e.radiusExcess), Millimeters(e.radiusExcessLimit));
+}
+
+std::string Ellipse(const quality::TipEstimate& e)
+{
+    if (!std::isfinite(e.ellipseMajor)) return "open: these positions leave the tip undetermined";
+    return fmt::format("semi-axes {:.1f} x {:.1f} mm, the major one at {:.0f} degrees from N",
+                       Millimeters(e.ellipseMajor), Millimeters(e.ellipseMinor), e.ellipseAzimuth);
+}
+
+std::string HeightInterval(const quality::TipEstimate& e)
+{
+    if (!std::isfinite(e.heightHalfInterval)) return "open";
+    return fmt::format("+/- {:.1f} mm", Millimeters(e.heightHalfInterval));
+}
+
+std::string StatedErrors(const quality::AntennaErrors& errors)
+{
+    return fmt::format("plan {:.4g} mm, height {:.4g} mm each; {:.4g} and {:.4g} mm shared by all; "
+                       "antenna height {:.4g} mm",
+                       Millimeters(errors.plan), Millimeters(errors.height),
+                       Millimeters(errors.sharedPlan), Millimeters(errors.sharedHeight),
+                       Millimeters(errors.antennaHeight));
 }
 
 std::string EstimateLines(const SolvedTip& solved)
@@ -97,12 +119,9 @@ std::string EstimateLines(const SolvedTip& solved)
     std::string text = "\nLeast squares with the antenna height as radius\n";
     if (!solved.HasEstimate()) return text + Line("  tip", "none");
     text += Line("  tip", Point(e.tip));
-    text += Line("  95 % ellipse in plan",
-                 fmt::format("{:.1f} x {:.1f} mm, long axis at {:.0f} degrees from N",
-                             Millimeters(e.ellipseMajor), Millimeters(e.ellipseMinor),
-                             e.ellipseAzimuth));
-    text += Line("  95 % of the height",
-                 fmt::format("+/- {:.1f} mm", Millimeters(e.heightHalfInterval)));
+    text += Line("  errors as stated", StatedErrors(solved.setup.errors));
+    text += Line("  95 % ellipse in plan", Ellipse(e));
+    text += Line("  95 % of the height", HeightInterval(e));
     text +=
         Line("  residuals", fmt::format("{:.1f} mm rms, largest {:+.1f} mm at {}",
                                         Millimeters(e.residualRms), Millimeters(e.largestResidual),
@@ -117,7 +136,7 @@ std::string EstimateLines(const SolvedTip& solved)
     text += Line("  spread of directions", fmt::format("{:.1f} degrees{}", e.directionSpread,
                                                        e.narrowCone ? ": a narrow cone" : ""));
     if (e.ambiguous) text += Line("  second tip, fits equally", Point(e.otherTip));
-    if (e.narrowCone) {
+    if (e.narrowCone && e.verdict != TipVerdict::Store) {
         text +=
             "  Warning: the positions lie in a narrow cone. A sphere can fit them to a tenth of a\n"
             "  millimeter and still miss the tip by centimeters; lean the pole further, in all "
@@ -191,14 +210,22 @@ nlohmann::ordered_json EstimateJson(const SolvedTip& solved)
         {"verdict", VerdictName(e.verdict)}
     };
     if (!solved.HasEstimate()) return json;
+    const quality::AntennaErrors& errors = solved.setup.errors;
+    json["stated_errors"] = {
+        {"plan",           errors.plan         },
+        {"height",         errors.height       },
+        {"shared_plan",    errors.sharedPlan   },
+        {"shared_height",  errors.sharedHeight },
+        {"antenna_height", errors.antennaHeight}
+    };
     json["tip"] = PointJson(e.tip);
     json["covariance"] = e.covariance;
     json["ellipse95"] = {
-        {"major",   e.ellipseMajor  },
-        {"minor",   e.ellipseMinor  },
-        {"azimuth", e.ellipseAzimuth}
+        {"major",   Figure(e.ellipseMajor)},
+        {"minor",   Figure(e.ellipseMinor)},
+        {"azimuth", e.ellipseAzimuth      }
     };
-    json["height95"] = e.heightHalfInterval;
+    json["height95"] = Figure(e.heightHalfInterval);
     json["residual_rms"] = e.residualRms;
     json["largest_residual"] = {
         {"point", solved.RowOf(e.largestResidualIndex).name},
@@ -258,8 +285,9 @@ std::string Recommendation(const SolvedTip& solved)
     switch (e.verdict) {
     case TipVerdict::Store: {
         const double apart = std::hypot(e.tip.x - solved.searched.x, e.tip.y - solved.searched.y);
-        std::string text = "Store the least-squares tip: it uses all positions at once, and its "
-                           "ellipse and height interval have a confidence of 95 %.";
+        std::string text =
+            "Store the least-squares tip: it uses all positions at once, and its ellipse and "
+            "height interval hold at 95 % for errors as stated.";
         if (solved.HasSearched()) {
             text +=
                 fmt::format(" The searched tip is {:.1f} mm away in plan; it comes from one step "

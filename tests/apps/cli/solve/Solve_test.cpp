@@ -126,13 +126,48 @@ TEST_F(Solve, ClaimsNothingThatFourPositionsDoNotDetermine)
     const std::string text = Run(points).output;
     EXPECT_THAT(text, Not(HasSubstr("nan")));
     EXPECT_THAT(text, HasSubstr("point error           unknown"));
-    EXPECT_THAT(text, HasSubstr("radius, if estimated  not determined by these positions"));
+    EXPECT_THAT(text,
+                HasSubstr("radius, if estimated  these positions do not check the antenna height"));
     EXPECT_THAT(text, Not(HasSubstr("the limit for chance")));
     const nlohmann::json json = Json(points);
     EXPECT_TRUE(json["search"]["point_error"].is_null());
     EXPECT_TRUE(json["estimate"]["suspect"]["ratio"].is_null());
     EXPECT_TRUE(json["estimate"]["radius_excess"].is_null());
     EXPECT_TRUE(json["estimate"]["radius_excess_limit"].is_null());
+}
+
+// Four positions about the tip 4500000, 500000, 100 whose residuals are small by luck: the fit is
+// 131 mm off.
+TEST_F(Solve, StoresNothingBecauseResidualsAreSmallByLuck)
+{
+    const std::string points = "N,E,h\n"
+                               "4499999.414594,500000.413253,101.871471\n"
+                               "4500000.768827,500000.284234,101.835204\n"
+                               "4499999.934221,500000.285321,101.992230\n"
+                               "4499999.776435,500000.655205,101.863801\n";
+    const LineOutcome outcome = Run(points);
+    EXPECT_EQ(outcome.exitCode, 1) << outcome.output;
+    const nlohmann::json estimate = Json(points)["estimate"];
+    EXPECT_LT(estimate["residual_rms"], 0.001);
+    EXPECT_EQ(estimate["verdict"], "too_uncertain");
+}
+
+TEST_F(Solve, StatesTheErrorsThatItsRegionsRestOn)
+{
+    const std::string text = Run(Sphere()).output;
+    EXPECT_THAT(text, HasSubstr("plan 8 mm, height 15 mm each; 3 and 10.5 mm shared by all; "
+                                "antenna height 2 mm"));
+    EXPECT_THAT(text, HasSubstr("semi-axes"));
+    EXPECT_THAT(text, HasSubstr("antenna height checked only to"));
+    const auto height = [this](const std::string& options) {
+        return Json(Sphere(), "--height 2.0 " + options)["estimate"]["height95"].get<double>();
+    };
+    const double alone =
+        height("--shared-plan-error 0 --shared-height-error 0 --antenna-height-error 0");
+    const double all = height("--shared-height-error 0.02 --antenna-height-error 0");
+    EXPECT_NEAR(all, std::hypot(alone, 1.96 * 0.02), 1e-4);
+    EXPECT_GT(height("--antenna-height-error 0.1"), 1.9 * 0.1);
+    EXPECT_EQ(Run(Sphere(), "--height 2.0 --shared-plan-error -1").exitCode, 2);
 }
 
 // A swing in a plane 0.8 m from the tip: a second tip lies 1.6 m away.
