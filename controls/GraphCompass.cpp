@@ -28,7 +28,7 @@ void DrawRing(CDC& dc, CPoint center, int radius, COLORREF color)
     dc.Ellipse(center.x - radius, center.y - radius, center.x + radius, center.y + radius);
 }
 
-// Along three corners of the needle.
+// Draws an edge along three corners of the needle.
 void DrawEdge(CDC& dc, int width, COLORREF color, const POINT& tip, const POINT& side,
               const POINT& tail)
 {
@@ -99,7 +99,7 @@ void CGraphCompass::DrawBackground(CDC* dc, CRect& rect)
     DrawTicks(*dc);
 }
 
-// Each ring is a filled disc over the one before.
+// Each ring is a filled disc drawn over the previous one.
 void CGraphCompass::DrawRings(CDC& dc) const
 {
     CBrush face(tiltpole::controls::kFaceColor);
@@ -146,7 +146,7 @@ void CGraphCompass::DrawPointer(CDC* dc, double degrees)
         const Selected usePen(*dc, pen);
         dc->Polygon(needle.corners, 4);
     }
-    // The light changes sides at 90 degrees and nowhere else.
+    // The light changes sides at 90 degrees only.
     const bool lightFromRight = degrees > 90.0;
     DrawEdge(*dc, 2, m_face.needleShadowColor, tip, lightFromRight ? left : right, tail);
     DrawEdge(*dc, 1, m_face.needleLightColor, tip, lightFromRight ? right : left, tail);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // A heading on a round compass dial: rings, 36 ticks with twelve numbers, a red needle, and green
-// marks at fixed headings. 0 stands at the top; headings count clockwise, in degrees.
+// marks at fixed headings. 0 is at the top; headings increase clockwise, in degrees.
 //
 // Put it on a dialog by SubclassDlgItem over a static control, then feed it with SetValue:
 //
@@ -24,8 +24,8 @@ public:
     CGraphCompass();
     ~CGraphCompass() override;
 
-    /// Stores the heading [degrees], any value as given, and redraws at once when the dial has been
-    /// painted before.
+    /// Stores the heading [degrees] unchanged, whatever its range, and redraws at once if the dial
+    /// has been painted before.
     void SetValue(double degrees);
     double GetValue() const;
 
@@ -33,13 +33,13 @@ public:
     void SetMeterBackColor(COLORREF color);
     COLORREF GetMeterBackColor() const;
 
-    /// Lets the next paint draw the background again, in the size the control has then. A new size
-    /// is not noticed otherwise.
+    /// Makes the next paint redraw the background in the current size of the control. Call it after
+    /// every change of size.
     void ReconstructControl();
 
-    /// Marks a heading in whole degrees and draws the mark at once; nothing happens for one that is
-    /// marked already. 10 and 370 are two marks at one place. The device
-    /// context is not released (see CWnd::GetDC).
+    /// Marks a heading in whole degrees and draws the mark at once. A heading marked already is
+    /// ignored; 10 and 370 count as two marks at the same place. The device context is not
+    /// released (see CWnd::GetDC).
     void SetFix(int degrees);
     /// Removes all marks; they vanish at the next paint.
     void ClearFix();

@@ -3,7 +3,7 @@
 // An angle of 180 to 360 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
 // green marks at fixed angles. 180 is at the top, 360 at the bottom.
 //
-// Values outside the range are ignored. Everything else works as in the compass dial.
+// Values outside the range are ignored. Otherwise the gauge works like CGraphCompass.
 //
 //   CGraphIncline_Right gauge;
 //   gauge.SubclassDlgItem(IDC_GAUGE, &dialog);
@@ -23,8 +23,8 @@ public:
     CGraphIncline_Right();
     ~CGraphIncline_Right() override;
 
-    /// Stores the angle [degrees, 180 to 360, both ends in] and redraws at once when the gauge has
-    /// been painted before. Another angle changes nothing.
+    /// Stores the angle [degrees, 180 to 360 inclusive] and redraws at once if the gauge has been
+    /// painted before. Any other angle is ignored.
     void SetValue(double degrees);
     double GetValue() const;
 
@@ -32,12 +32,12 @@ public:
     void SetMeterBackColor(COLORREF color);
     COLORREF GetMeterBackColor() const;
 
-    /// Lets the next paint draw the background again, in the size the control has then.
+    /// Makes the next paint redraw the background in the current size of the control.
     void ReconstructControl();
 
-    /// Marks an angle in whole degrees and draws the mark at once; nothing happens for one outside
-    /// the range or marked already. The device context is not
-    /// released (see CWnd::GetDC).
+    /// Marks an angle in whole degrees and draws the mark at once. An angle that is out of range or
+    /// marked already is ignored. The device context is not released
+    /// (see CWnd::GetDC).
     void SetFix(int degrees);
     /// Removes all marks; they vanish at the next paint.
     void ClearFix();

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
-// The magnetometer samples of the vertical turn while it is recorded: the third component over the
-// first, every sample a cross, every computed center a red one.
+// Plots the magnetometer samples of the vertical turn while it is recorded, the third component
+// against the first. Every sample is a cross, every computed center a red cross.
 //
-// The view zooms itself to the samples when more than ten have fallen outside it, and is kept
-// between runs in GraphMagnetic_XZ.cfg beside the running module.
+// The view zooms to fit when more than ten samples have fallen outside it, and is saved between
+// runs in GraphMagnetic_XZ.cfg beside the running module.
 //
 //   CGraphMagnetic_XZ plot;
 //   plot.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(10, 10, 260, 260),
@@ -23,46 +23,46 @@ class TILTPOLE_API CGraphMagnetic_XZ : public CWnd
     DECLARE_DYNAMIC(CGraphMagnetic_XZ)
 
 public:
-    /// Begins with the stored view where there is one.
+    /// Starts with the saved view if there is one.
     CGraphMagnetic_XZ();
     ~CGraphMagnetic_XZ() override;
 
-    /// Makes the window with a client and a static edge. Class and window name and the context are
-    /// not used.
-    /// @return TRUE in every case, even when the window could not be made
+    /// Creates the window with a client and a static edge. Class name, window name and context are
+    /// ignored.
+    /// @return always TRUE, even if the window could not be created
     BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT& rect, CWnd* parent,
                 UINT id, CCreateContext* context = nullptr) override;
 
-    /// Adds a sample [counts] and draws it; the eleventh outside the view zooms.
+    /// Adds a sample [counts] and draws it; the eleventh one outside the view triggers ZoomAll.
     void AddTrackPoint(int a, int b, int c);
-    /// Adds a center [counts] and draws it; centers never zoom.
+    /// Adds a center [counts] and draws it; centers never change the view.
     void AddCenterPoint(int a, int b, int c);
-    /// Removes all samples and centers; the view stays.
+    /// Removes all samples and centers and keeps the view.
     void Clear();
-    /// Fits the view to the samples and stores it; nothing below two samples or without area.
+    /// Fits the view to the samples and saves it. Needs two samples and a nonempty client area.
     void ZoomAll();
 
-    /// Distance of two pixels, cut toward zero.
+    /// Distance between two pixels, truncated toward zero.
     int GetDistance(CPoint p, CPoint q);
 
-    /// @{ Draws every sample or center as a cross; nothing without a context.
+    /// @{ Draws every sample or center as a cross. Nothing is drawn without a context.
     void DrawTrackPoints(CDC* dc);
     void DrawCenterPoints(CDC* dc);
     /// @}
 
 protected:
-    /// Draws both layers again for the client area as it is now; a new size counts from then on.
+    /// Redraws both layers for the current client area; a new size takes effect here.
     void InvalidateCtrl();
     afx_msg void OnPaint();
 
-    /// FALSE when the view file could not be written; the old one is then whole.
+    /// FALSE if the view file could not be written; the old file is then intact.
     BOOL ConfigSave();
-    /// Takes over what the view file holds; FALSE when it could not be opened.
+    /// Loads the view from its file; FALSE if the file could not be opened.
     BOOL ConfigRead();
 
-    /// Counts to pixels, y upwards; (0, 0) for a scale below 1e-6.
+    /// Counts to pixels, y pointing up; (0, 0) for a scale below 1e-6.
     void WorldToClient(long wx, long wy, long& cx, long& cy);
-    /// Pixels to counts. The column is taken from what `wx` holds when called, not from `cx`.
+    /// Pixels to counts. The column is read from `wx` on entry; `cx` is ignored.
     void ClientToWorld(long cx, long cy, long& wx, long& wy);
 
     DECLARE_MESSAGE_MAP()

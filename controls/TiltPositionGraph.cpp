@@ -25,7 +25,7 @@ constexpr COLORREF kRed = RGB(255, 0, 0);
 constexpr int kMarkPen = 2;            // pixels
 constexpr int kCurrentRadius = 8;      // pixels
 constexpr int kAxisInset = 10;         // pixels
-constexpr int kSmallestClient = 10;    // pixels, a side
+constexpr int kSmallestClient = 10;    // pixels per side
 constexpr int kLargestRadius = 65536;  // pixels; more chords than a picture can show
 constexpr double kCenterRadius = 0.15; // meters
 constexpr double kSingleScale = 0.01;  // meters per pixel
@@ -227,7 +227,7 @@ void CTiltPositionGraph::DrawLinkLine(CDC* dc)
     DrawLine(*dc, two, three, kGreen);
 }
 
-// Where center 2 is not set its stored position counts all the same.
+// The stored position of center 2 is used even if that center is not set.
 void CTiltPositionGraph::DrawLinkDistance(CDC* dc, TiltPoint_Sensor point)
 {
     const auto& [one, two, three] = m_centers;

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// The antenna positions of the multi-position solution, drawn on a view of the host's: every
+// The antenna positions of the multi-position solution, drawn on a view of the host: every
 // observation a white cross, up to three marked centers as circles of 0.15 m joined by lines, and
 // the current observation as a red circle with a cross.
 //
-// Northing (x) points up, easting (y) right. The graph zooms itself to the observations. It draws
-// at once where it says so; the host calls ReDraw when its view paints.
+// Northing (x) points up, easting (y) right. The graph zooms to fit the observations. Members that
+// draw immediately say so; the host calls ReDraw when its view paints.
 //
 //   CTiltPositionGraph graph;
 //   graph.SetView(&view); // a CView of the host
@@ -30,32 +30,32 @@ public:
     CTiltPositionGraph(const CTiltPositionGraph&) = delete;
     CTiltPositionGraph& operator=(const CTiltPositionGraph&) = delete;
 
-    /// The view to draw on, not owned; nothing is drawn yet.
+    /// Sets the view to draw on, which is not owned; nothing is drawn yet.
     void SetView(CView* view);
 
-    /// Adds an observation. Inside the picture it is shown at once, and the view zooms at the 2nd,
-    /// 4th, 6th, 8th, 10th, 15th ... 30th, 40th, 50th, 60th, 120th ...; outside it zooms and shows
-    /// at the next ReDraw.
+    /// Adds an observation. One inside the picture is shown at once, and the view zooms at the 2nd,
+    /// 4th, 6th, 8th, 10th, 15th ... 30th, 40th, 50th, 60th, 120th ...; one outside zooms the view
+    /// and is shown at the next ReDraw.
     void AddPoint(TiltPoint_Sensor point);
-    /// Marks center 1, 2 or 3 and draws its circle at once where it is set and confirmed. Nothing
-    /// is kept for another number, or without a view.
+    /// Marks center 1, 2 or 3 and draws its circle at once if it is set and confirmed. Ignored for
+    /// any other index, or without a view.
     void SetCenterPoint(int index, TiltPoint_Sensor point);
-    /// Removes observations and centers; the current observation and the view stay.
+    /// Removes observations and centers; keeps the current observation and the view.
     void Clear();
 
-    /// Fits the view to the observations and draws the layers again, without showing them. Several
-    /// observations leave the view as it is while the picture has no area.
+    /// Fits the view to the observations and redraws the layers without showing them. With several
+    /// observations the view is kept while the client area is empty.
     void ZoomAll();
-    /// Draws both layers again; nothing without a view.
+    /// Redraws both layers. Does nothing without a view.
     void InvalidateCtrl();
-    /// @{ Shows the layers; nothing below 10 x 10 pixels.
+    /// @{ Shows the layers. Does nothing below 10 x 10 pixels.
     void DrawAll();
     void ReDraw();
     /// @}
 
-    /// @{ Drawing steps; nothing without a context.
+    /// @{ Drawing steps. Nothing is drawn without a context.
     void DrawPoints(CDC* dc);
-    /// The circles of all centers that are set, green where confirmed, else red.
+    /// The circles of all centers that are set: green if confirmed, otherwise red.
     void DrawCircles(CDC* dc);
     /// The lines between confirmed centers.
     void DrawLinkLine(CDC* dc);
@@ -63,12 +63,12 @@ public:
     void DrawLinkDistance(CDC* dc, TiltPoint_Sensor point);
     /// The circle of a center that is set and confirmed.
     void DrawCircle(CDC* dc, TiltPoint_Sensor point);
-    /// A circle of trunc(2·radius·π) chords by the context's pen; a radius above 65536 counts as
+    /// A circle of trunc(2·radius·π) chords, drawn with the context's pen. The radius is limited to
     /// 65536.
     void DrawCircle(CDC* dc, POINT center, int radius);
     /// @}
 
-    /// Makes `point` the current observation and draws it; without a context, on the view.
+    /// Makes `point` the current observation and draws it, on the view if there is no context.
     void DrawCurrentPt(CDC* dc, TiltPoint_Sensor point);
 
 protected:

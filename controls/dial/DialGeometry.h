@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Where the parts of the compass dial lie. Pixels; headings in degrees, 0 at the top, clockwise.
+// Positions of the parts of the compass dial. Pixels; headings in degrees, 0 at the top, clockwise.
 #pragma once
 
 #include "framework/core/Rect.h"
 
 namespace tiltpole::controls {
 
-/// The radii of the three rings for a dial of that diameter.
+/// The radii of the three rings for a given diameter.
 struct DialRings
 {
     int outer = 0;
@@ -17,22 +17,22 @@ struct DialRings
     static DialRings Of(int diameter);
 };
 
-/// The point at `radius` from the center, `angle` radians on from the downward direction.
+/// The point at `radius` from the center and `angle` [rad] from the downward direction.
 CPoint OnDial(CPoint center, double radius, double angle);
 
-/// The angle of OnDial for a heading.
+/// The angle to pass to OnDial for a heading.
 double DialAngle(int heading);
 
-/// The needle's kite: base, tip, base, tail, counted around.
+/// The needle, a kite: base, tip, base, tail, in order around it.
 struct NeedleShape
 {
     POINT corners[4];
 
-    /// `unit` is a sixtieth of the diameter in whole pixels.
+    /// `unit` is a sixtieth of the diameter, in whole pixels.
     static NeedleShape Of(CPoint center, int diameter, int unit, double heading);
 };
 
-/// From the middle to the inner ring at a fixed heading.
+/// A mark from the middle to the inner ring at a fixed heading.
 struct FixLine
 {
     CPoint outer;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Copies of whole pictures between contexts in memory.
+// Copying whole pictures between memory contexts.
 #pragma once
 
 #include "framework/core/Rect.h"
@@ -9,8 +9,8 @@
 
 namespace tiltpole::controls {
 
-/// Puts `picture`, which `source` has selected, into the upper left corner of a fresh picture of
-/// `size`. What it does not cover, after the window has grown or before there is one, is black.
+/// Copies `picture`, which is selected into `source`, to the upper left corner of a new picture of
+/// `size`. Any area it does not cover (the window has grown, or has no picture yet) is black.
 inline void CopyOntoFresh(CDC& memory, CSize size, CDC& source, const CBitmap& picture)
 {
     const CSize covered = picture.GetSize();

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Pictures in memory, one over the other, that the plots are shown from.
+// The stacked pictures in memory from which the plots are shown.
 #pragma once
 
 #include "framework/core/Rect.h"
@@ -11,17 +11,17 @@
 
 namespace tiltpole::controls {
 
-/// One picture of the client area's size at its first use; a later size is not noticed.
+/// One picture, in the size the client area has at first use; later changes of size are ignored.
 struct Layer
 {
-    /// Makes the picture where there is none and fills `client` with `color`.
+    /// Creates the picture if there is none and fills `client` with `color`.
     void Refill(CDC& like, const CRect& client, COLORREF color);
 
     CDC dc;
     CBitmap bitmap;
 };
 
-/// A grid that everything stands on, and points that come and go.
+/// A grid as the background, and the points drawn over it.
 struct Layers
 {
     /// Copies the grid, combines the points with it by OR, and copies the result to the target in
@@ -33,7 +33,7 @@ struct Layers
     Layer points;
 };
 
-/// Two arrows of 50 pixels from a corner, each with a letter behind its tip.
+/// Two arrows of 50 pixels from a corner, each with a letter beyond its tip.
 struct AxisGlyph
 {
     CPoint corner;
@@ -45,7 +45,7 @@ struct AxisGlyph
     void Draw(CDC& dc) const;
 };
 
-/// A cross of six pixels across; the end pixels of thin lines stay unset.
+/// A cross six pixels wide; the end pixels of thin lines are not set.
 void DrawCross(CDC& dc, CPoint at);
 
 } // namespace tiltpole::controls

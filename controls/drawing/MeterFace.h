@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What the compass dial and the incline gauges share: a background drawn once into a picture in
-// memory, a value, fixed marks, and the composition of the three without flicker.
+// Common parts of the compass dial and the incline gauges: a background drawn once into a picture
+// in memory, a value, fixed marks, and flicker-free composition of the three.
 #pragma once
 
 #include "framework/core/Array.h"
@@ -18,21 +18,21 @@ struct MeterFace
     /// True once the background has been drawn and the client area has a width.
     bool CanCompose() const { return background.GetSafeHdc() && client.Width() > 0; }
 
-    /// Refreshes the client rectangle; true when the background must be drawn, into a fresh
-    /// picture of that size.
+    /// Updates the client rectangle. Returns true if the background must be drawn, and has then
+    /// created a new picture of that size.
     bool PrepareBackground(CDC& target, const CRect& clientNow);
 
-    /// Gives the background up, so that the next paint draws it again.
+    /// Discards the background, so that the next paint redraws it.
     void DropBackground();
 
     /// Copies the background into memory, calls `drawOver` with that context, and copies the result
     /// to the target in one step.
     void Compose(CDC& target, const std::function<void(CDC&)>& drawOver);
 
-    /// Fills `rect` with the background color and takes center, diameter and needle unit from it.
+    /// Fills `rect` with the background color and derives center, diameter and needle unit from it.
     void FillAndMeasure(CDC& dc, const CRect& rect);
 
-    /// False when the mark is listed already.
+    /// Returns false if the mark is listed already.
     bool AddFix(int degrees);
 
     CRect client;
@@ -41,7 +41,7 @@ struct MeterFace
     CBitmap* previousBitmap = nullptr;
     CPoint center;
     int diameter = 0; // pixels
-    /// Part of the state that a control has always had; never read.
+    /// Reserved member of the exported controls; never read.
     COLORREF reservedColor = RGB(0, 255, 0);
     COLORREF backColor = RGB(102, 255, 255);
     COLORREF needleColor = RGB(255, 0, 0);
@@ -49,10 +49,10 @@ struct MeterFace
     COLORREF needleLightColor = RGB(233, 87, 50);
     double value = 0.0;     // degrees
     int needleUnit = 0;     // diameter / 60
-    CArray<int, int> fixes; // whole degrees, none twice
+    CArray<int, int> fixes; // whole degrees, no duplicates
 };
 
-/// PreSubclassWindow adds this bit to the window style. The framework gives it no meaning.
+/// PreSubclassWindow adds this bit to the window style. It has no meaning to the framework.
 constexpr DWORD kMeterStyle = 0x4000;
 
 constexpr COLORREF kFaceColor = RGB(204, 255, 102);
@@ -68,7 +68,7 @@ constexpr int kLabelHalf = 17; // half the side of a label's box
 /// The bold face of tick labels, 18 pixels high.
 void MakeLabelFont(CFont& font);
 
-/// A number centered in the box around `at`, from the box's top.
+/// Draws a number in the box around `at`, horizontally centered and aligned to the box's top.
 void DrawLabel(CDC& dc, CPoint at, int number);
 
 } // namespace tiltpole::controls

@@ -5,7 +5,7 @@
 
 namespace tiltpole::controls {
 
-/// One line with the pen that `dc` has selected.
+/// Draws one line with the pen selected into `dc`.
 inline void DrawSegment(CDC& dc, CPoint from, CPoint to)
 {
     dc.MoveTo(from);

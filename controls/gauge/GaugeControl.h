@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The window side of an incline gauge, once for both: what the operations of the exported classes
-// do, given the control and its scale.
+// The shared implementation of both incline gauges: the operations of the exported classes, given
+// the control's window and its scale.
 #pragma once
 
 #include "controls/gauge/InclineGauge.h"

@@ -36,7 +36,7 @@ int GaugeScale::RowOf(double angle, const CRect& scaleFrame) const
     return RowAt(*this, scaleFrame.Height() * (angle - low) / 180.0, scaleFrame);
 }
 
-// In whole numbers as far as the division.
+// Integer arithmetic up to the division.
 int GaugeScale::RowOf(int angle, const CRect& scaleFrame) const
 {
     const int product = scaleFrame.Height() * (angle - static_cast<int>(low));
@@ -68,7 +68,7 @@ void InclineGauge::DrawFrames(CDC& dc) const
     DrawFrame(dc, frames.scale, kOuterColor);
 }
 
-// The labels are the angle from the nearer end, the same for both gauges.
+// Labels give the angle from the nearer end, the same for both gauges.
 void InclineGauge::DrawTicks(CDC& dc) const
 {
     CPen pen(PS_SOLID, kRingPen, kTickColor);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The vertical scale that both incline gauges are: three frames, ticks, labels, a pointer line and
-// fixed marks. The gauges differ in the angles they take and in the edge these count from.
+// The vertical scale of both incline gauges: three frames, ticks, labels, a pointer line and fixed
+// marks. The gauges differ in the range of angles and in the edge from which it is measured.
 #pragma once
 
 #include "controls/drawing/MeterFace.h"
@@ -10,18 +10,18 @@
 
 namespace tiltpole::controls {
 
-/// All that sets one gauge apart from the other.
+/// Everything in which the two gauges differ.
 struct GaugeScale
 {
     enum class End { Bottom, Top };
 
-    double low; // accepted angles [degrees], both ends in
+    double low; // accepted angles [degrees], inclusive
     double high;
     End lowEnd; // where `low` lies on the screen
 
     constexpr bool Holds(double angle) const { return low <= angle && angle <= high; }
 
-    /// The row of an angle [pixels]: the scale frame's height is the whole range.
+    /// The row of an angle [pixels]; the height of the scale frame spans the whole range.
     int RowOf(double angle, const CRect& scaleFrame) const;
     int RowOf(int angle, const CRect& scaleFrame) const;
 };
@@ -29,7 +29,7 @@ struct GaugeScale
 inline constexpr GaugeScale kLeftScale{0.0, 180.0, GaugeScale::End::Bottom};
 inline constexpr GaugeScale kRightScale{180.0, 360.0, GaugeScale::End::Top};
 
-/// The frames one inside the other; each is narrower, none lower.
+/// The nested frames; each is narrower than the one before, and all have the same height.
 struct GaugeFrames
 {
     CRect outer;
@@ -39,7 +39,7 @@ struct GaugeFrames
     static GaugeFrames Of(const CRect& rect);
 };
 
-/// State and drawing of one gauge. The window stays with the control.
+/// State and drawing of one gauge. The control owns the window.
 struct InclineGauge
 {
     void DrawBackground(CDC& dc, const CRect& rect);

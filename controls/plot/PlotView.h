@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Which part of the plane of readings a scatter plot shows, and the line of text that keeps it.
+// The part of the plane that a scatter plot shows, and the line of text in which it is saved.
 #pragma once
 
 #include "framework/core/Rect.h"
@@ -12,7 +12,7 @@
 
 namespace tiltpole::controls {
 
-/// The smallest scale that still maps; below it every point falls on pixel (0, 0).
+/// The smallest usable scale; below it every point maps to pixel (0, 0).
 constexpr double kSmallestScale = 1e-6;
 
 struct PlotView
@@ -21,18 +21,18 @@ struct PlotView
     std::int32_t originY = 0; // counts at the bottom edge
     double scale = 1.0;       // counts per pixel
 
-    /// Counts to pixels; y grows upwards.
+    /// Counts to pixels; y points up.
     void ToClient(const CRect& client, long wx, long wy, long& cx, long& cy) const;
-    /// Pixels to counts. `wx` holds the pixel column when called.
+    /// Pixels to counts. On entry `wx` holds the pixel column.
     void ToWorld(const CRect& client, long cy, long& wx, long& wy) const;
 
     /// "KEY:x, y, scale,\r\n"
     std::string ToLine(const char* key) const;
-    /// Takes over the fields behind `key`; what is missing stays as it was.
+    /// Reads the fields after `key`; missing fields keep their values.
     void TakeFrom(std::wstring_view text, const wchar_t* key);
 };
 
-/// Least and greatest reading in both directions.
+/// Minimum and maximum of the readings in both directions.
 struct PlotExtent
 {
     std::int32_t minH;
@@ -42,7 +42,7 @@ struct PlotExtent
 
     void Include(std::int32_t h, std::int32_t v);
 
-    /// The view that shows all of it in the middle, with half of its size as margin.
+    /// The view that shows the extent centered, half again as large for a margin.
     PlotView FitInto(const CRect& client) const;
 };
 

@@ -26,7 +26,7 @@ constexpr double kLargestScale = 1e3; // counts per pixel
 constexpr UINT kViewFileLimit = 999;  // bytes
 constexpr DWORD kModulePathLimit = 260;
 
-// The folder of the running module: its name up to the last separator, whole where there is none.
+// The folder of the running module: its path up to the last separator, or all of it without one.
 CString ModuleFolder()
 {
     wchar_t name[kModulePathLimit] = {};
@@ -59,7 +59,7 @@ ScatterPlot::ScatterPlot(CWnd& window, const PlotPlane& plane)
 
 void ScatterPlot::CreateWindow(DWORD style, const RECT& rect, const CWnd* parent, UINT id)
 {
-    // Registered once; later controls find the name taken by the first.
+    // Registered by the first control; for later ones the call fails harmlessly.
     WNDCLASS windowClass;
     windowClass.style = CS_HREDRAW | CS_VREDRAW;
     windowClass.lpszClassName = m_plane.windowClass;
@@ -81,7 +81,7 @@ CPoint ScatterPlot::PixelOf(const MagneticPlotPoint& point) const
     return {static_cast<int>(x), static_cast<int>(y)};
 }
 
-// False for a point outside the client rectangle.
+// Returns false for a point outside the client rectangle.
 bool ScatterPlot::DrawOnPoints(const MagneticPlotPoint& point, COLORREF color)
 {
     const CPoint at = PixelOf(point);
@@ -119,7 +119,7 @@ void ScatterPlot::Clear()
     m_window.Invalidate();
 }
 
-// A plot without area, as before it is created, has no view to fit.
+// There is no view to fit while the client area is empty, as before creation.
 void ScatterPlot::ZoomAll()
 {
     if (m_track.GetSize() < 2 || m_client.IsRectEmpty()) return;
@@ -172,7 +172,7 @@ void ScatterPlot::RebuildLayers()
     DrawCenterPoints(&m_layers.points.dc);
 }
 
-// The crosses drawn after the last copy are never seen.
+// The crosses drawn after the last copy are never visible.
 void ScatterPlot::Paint()
 {
     CPaintDC dc(&m_window);

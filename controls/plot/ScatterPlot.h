@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A scatter plot of calibration samples, once for both planes: what the operations of the exported
-// classes do, given the window and what sets the plane apart.
+// The shared implementation of the scatter plots of calibration samples: the operations of the
+// exported classes, given the window and the plane that is plotted.
 #pragma once
 
 #include "controls/MagneticPlotPoint.h"
@@ -15,13 +15,13 @@
 
 namespace tiltpole::controls {
 
-/// All that sets one plot apart from the other.
+/// Everything in which the two plots differ.
 struct PlotPlane
 {
     std::int32_t MagneticPlotPoint::*vertical; // the first component is always the horizontal one
     wchar_t verticalLetter;
     COLORREF trackColor;
-    PlotView view; // before a stored one is read
+    PlotView view; // until a saved one is read
     const char* key;
     const wchar_t* wideKey;
     const wchar_t* fileName;
@@ -68,7 +68,7 @@ private:
     CArray<MagneticPlotPoint> m_centers;
 };
 
-/// The Euclidean distance of two pixels, cut toward zero.
+/// The Euclidean distance between two pixels, truncated toward zero.
 int PixelDistance(CPoint p, CPoint q);
 
 } // namespace tiltpole::controls

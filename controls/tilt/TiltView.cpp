@@ -9,7 +9,7 @@
 namespace tiltpole::controls {
 namespace {
 
-constexpr double kSmallestScale = 0.000001; // meters per pixel; below it nothing maps
+constexpr double kSmallestScale = 0.000001; // meters per pixel; below it nothing is mapped
 constexpr double kFinestZoom = 0.01;
 constexpr double kMargin = 1.2;
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Which part of the ground the tilt position graph shows. x is northing and points up, y is easting
-// and points right; meters.
+// The part of the ground that the tilt position graph shows. x is northing and points up, y is
+// easting and points right; meters.
 #pragma once
 
 #include "framework/core/Rect.h"
@@ -19,7 +19,7 @@ struct TiltView
     void ToWorld(const CRect& client, long row, long column, double& x, double& y) const;
 };
 
-/// Least and greatest coordinate of the observations.
+/// Minimum and maximum coordinates of the observations.
 struct TiltExtent
 {
     double minX;
@@ -29,12 +29,12 @@ struct TiltExtent
 
     void Include(double x, double y);
 
-    /// The view that shows all of it in the middle, at 0.01 m per pixel or coarser.
+    /// The view that shows the extent centered, at 0.01 m per pixel or coarser.
     TiltView FitInto(const CRect& client) const;
 };
 
-/// Whether the view zooms when observation number `count` has been added inside it: the more there
-/// are, the rarer.
+/// Whether the view zooms after observation number `count` has been added inside it. Zooms become
+/// less frequent as the number grows.
 bool ZoomsAt(int count);
 
 } // namespace tiltpole::controls

@@ -22,9 +22,9 @@ enum class Display {
     None,      ///< in memory only
 };
 
-/// Owns the connection to the windowing system for its lifetime. Make one before the first window,
-/// in the thread that uses windows; every window still there goes with it. While it lives, message
-/// boxes are modal windows. A host that already has a connection of the same toolkit keeps it.
+/// Owns the connection to the windowing system for its lifetime. Create one before the first
+/// window, in the thread that uses windows; its destructor destroys all remaining windows. While it
+/// exists, message boxes are modal windows. A host's own connection of the same toolkit is reused.
 class TILTPOLE_API Application
 {
 public:
@@ -33,11 +33,11 @@ public:
     Application(const Application&) = delete;
     Application& operator=(const Application&) = delete;
 
-    /// Dispatches until the last top-level window closes. Returns 0, or what Quit was given.
+    /// Dispatches until the last top-level window closes. Returns 0, or the argument of Quit.
     int Run();
-    /// Lets Run return.
+    /// Makes Run return `result`.
     void Quit(int result = 0);
-    /// Dispatches what has arrived, without waiting.
+    /// Dispatches all pending events without waiting.
     void DispatchPending();
 
 private:
@@ -45,8 +45,8 @@ private:
     std::unique_ptr<Connection> m_connection;
 };
 
-/// Writes what the window's client area shows now, children included, as a PNG file; nothing is
-/// painted for it. False without a window or when the file cannot be written.
+/// Saves the current contents of the window's client area, including its children, as a PNG file
+/// without triggering a paint. Returns false without a window or if the file cannot be written.
 TILTPOLE_API bool SaveWindowImage(CWnd& window, const CString& pngPath);
 
 } // namespace framework

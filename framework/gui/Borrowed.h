@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// GetDC and ReleaseDC as a scope.
+// Calls GetDC, and ReleaseDC at the end of the scope.
 //
 //   const Borrowed dc(window);
 //   if (dc) dc->SetPixel(3, 4, RGB(255, 0, 0));
@@ -14,7 +14,7 @@ class Borrowed
 {
 public:
     explicit Borrowed(CWnd& window) : Borrowed(&window) {}
-    /// Null, without a context, for a null window.
+    /// Holds no context for a null window.
     explicit Borrowed(CWnd* window) : m_window(window), m_dc(window ? window->GetDC() : nullptr) {}
     ~Borrowed()
     {

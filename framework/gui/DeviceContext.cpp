@@ -73,7 +73,7 @@ GdiReference* SlotOf(DcRecord& dc, GdiKind kind)
     return nullptr;
 }
 
-// A bitmap goes into one context in memory at a time and brings its picture along.
+// A bitmap can be selected into one memory context at a time and supplies its picture.
 bool TakeBitmap(DcRecord& dc, GdiRecord& bitmap)
 {
     if (dc.owner || (bitmap.selectedInto && bitmap.selectedInto != &dc)) return false;
@@ -285,7 +285,7 @@ BOOL CDC::Rectangle(int left, int top, int right, int bottom)
                           std::max(top, bottom)};
     if (box.left == box.right || box.top == box.bottom) return TRUE;
     const bool outlined = !m_hDC->pen->isNull;
-    // Without an outline the last row and column stay as they were.
+    // Without an outline the last row and column are not filled.
     const int edge = outlined ? 0 : 1;
     if (!m_hDC->brush->isNull)
         raster::FillBox(m_hDC->Target(), {box.left, box.top, box.right - edge, box.bottom - edge},
@@ -352,7 +352,7 @@ BOOL CDC::BitBlt(int x, int y, int width, int height, CDC* source, int sourceX, 
 {
     if (!m_hDC || !source || !source->m_hDC) return FALSE;
     if (operation != SRCCOPY && operation != SRCPAINT) return FALSE;
-    // Whole pictures are read: a source's own clip says only where drawing goes.
+    // The whole source picture is readable: its clip restricts drawing only.
     raster::Canvas from = source->m_hDC->Target();
     if (source->m_hDC->image) from = source->m_hDC->image->View();
     raster::Copy(m_hDC->Target(), {x, y, x + width, y + height}, from, {sourceX, sourceY},

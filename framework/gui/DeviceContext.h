@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // Device contexts: CDC draws on a bitmap or a window, CClientDC on a window at any time, CPaintDC
-// in answer to the paint message.
+// while handling the paint message.
 //
 // Coordinates are device pixels from the upper left corner of the bitmap or client area; right and
-// bottom edges are exclusive. Shapes set whole pixels and are never blended. What lies outside the
-// picture is not drawn. A drawing call answers FALSE only without a picture to draw on.
+// bottom edges are exclusive. Shapes set whole pixels and are never blended. Everything is clipped
+// to the picture. Unless noted, a drawing call returns FALSE only without a picture to draw on.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -27,20 +27,20 @@ public:
     HDC GetSafeHdc() const { return m_hDC; }
     operator HDC() const { return m_hDC; }
 
-    /// The host's own object of a handle where there is one, else one that the framework lends for
-    /// as long as the handle lives. Null for a null handle.
+    /// The host's own object for the handle if there is one, otherwise a temporary object that the
+    /// framework owns and that lives as long as the handle. Null for a null handle.
     static CDC* FromHandle(HDC handle);
     BOOL Attach(HDC handle);
     HDC Detach();
 
-    /// Makes this a context in memory that draws on the bitmap selected into it, and on nothing
-    /// before. FALSE when there is a handle already.
+    /// Creates a memory context. It draws on the bitmap selected into it; until one is selected,
+    /// drawing has no effect. FALSE when there is a handle already.
     BOOL CreateCompatibleDC(CDC* like);
-    /// Gives up the handle and everything selected. FALSE when there is none.
+    /// Deletes the handle and deselects everything. FALSE without a handle.
     BOOL DeleteDC();
 
-    /// @{ Selects an object and returns the one selected before; null, with nothing changed, for a
-    /// null object or handle, or a bitmap that another context holds.
+    /// @{ Selects an object and returns the previous one. Returns null and changes nothing for a
+    /// null object or handle, or for a bitmap that is selected into another context.
     CPen* SelectObject(CPen* pen);
     CBrush* SelectObject(CBrush* brush);
     CFont* SelectObject(CFont* font);
@@ -66,11 +66,11 @@ public:
     CPoint GetCurrentPosition() const;
     CPoint MoveTo(int x, int y); ///< returns the previous position
     CPoint MoveTo(POINT point) { return MoveTo(point.x, point.y); }
-    /// With a pen one pixel wide the end pixel stays unset.
+    /// With a pen one pixel wide the end pixel is not drawn.
     BOOL LineTo(int x, int y);
     BOOL LineTo(POINT point) { return LineTo(point.x, point.y); }
     BOOL Polyline(const POINT* points, int count);
-    /// Inside with the brush, then the closed outline with the pen. FALSE below two points.
+    /// Fills with the brush, then outlines with the pen. FALSE for fewer than two points.
     BOOL Polygon(const POINT* points, int count);
     BOOL Rectangle(int left, int top, int right, int bottom);
     BOOL Rectangle(LPCRECT rect);
@@ -79,10 +79,10 @@ public:
     void FillRect(LPCRECT rect, CBrush* brush);
     void FillSolidRect(LPCRECT rect, COLORREF color);
     COLORREF SetPixel(int x, int y, COLORREF color);
-    /// CLR_INVALID outside the picture.
+    /// Returns CLR_INVALID outside the picture.
     COLORREF GetPixel(int x, int y) const;
 
-    /// SRCCOPY or SRCPAINT; FALSE for another operation. The contexts may be the same one.
+    /// SRCCOPY or SRCPAINT; FALSE for any other operation. Both contexts may be the same.
     BOOL BitBlt(int x, int y, int width, int height, CDC* source, int sourceX, int sourceY,
                 DWORD operation);
 
@@ -91,8 +91,8 @@ public:
     int DrawText(const CString& text, LPRECT rect, UINT format);
     /// @}
 
-    /// @{ Text from its upper left corner. ETO_OPAQUE fills `rect` with the background color,
-    /// ETO_CLIPPED keeps the text inside it; without `rect` neither does anything.
+    /// @{ Draws text with its upper left corner at (x, y). ETO_OPAQUE fills `rect` with the
+    /// background color, ETO_CLIPPED clips the text to it; both are ignored without `rect`.
     BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count,
                     const int* spacing);
     BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString& text,
@@ -111,7 +111,7 @@ private:
     void DrawLine(LPCTSTR text, int count, POINT at);
 };
 
-/// A context of a window's client area for the life of the object.
+/// A context for a window's client area during the lifetime of the object.
 class TILTPOLE_API CClientDC : public CDC
 {
     DECLARE_DYNAMIC(CClientDC)
@@ -124,8 +124,8 @@ protected:
     HWND m_hWnd = nullptr;
 };
 
-/// The context of a paint message: erases what is to be erased, draws inside what is invalid, and
-/// shows the result when it goes.
+/// The context for handling a paint message: erases the background where needed, clips drawing to
+/// the invalid area, and shows the result when it is destroyed.
 class TILTPOLE_API CPaintDC : public CDC
 {
     DECLARE_DYNAMIC(CPaintDC)

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Text on a device context, by the toolkit's fonts.
+// Text on a device context, drawn with the toolkit's fonts.
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/detail/DcRecord.h"
 #include "framework/gui/detail/Image.h"
@@ -27,8 +27,8 @@ framework::TextExtent Measure(const framework::DcRecord& dc, std::wstring_view t
     return toolkit ? toolkit->Measure(dc.font->font, text) : framework::TextExtent{};
 }
 
-// One line from its upper left corner, kept inside `clip`; the cell is filled where the background
-// mode asks for it.
+// Draws one line with its upper left corner at `at`, clipped to `clip`. In opaque mode the cell is
+// filled first.
 void DrawTextLine(const framework::DcRecord& dc, std::wstring_view text, raster::Point at,
                   const raster::Box& clip)
 {
@@ -66,7 +66,7 @@ int LeftOf(const RECT& rect, int width, UINT format)
     return rect.left;
 }
 
-// Vertical placement counts for single lines only.
+// Vertical alignment applies to single lines only.
 int TopOf(const RECT& rect, int height, UINT format)
 {
     if (!(format & DT_SINGLELINE)) return rect.top;

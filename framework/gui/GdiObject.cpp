@@ -92,7 +92,7 @@ void GdiReference::Release(GdiRecord* record)
     if (record && --record->references == 0) delete record;
 }
 
-// Stock objects are made once and never deleted, whoever asks for it.
+// Stock objects are created once and never deleted, even if a caller tries to.
 GdiRecord* StockRecord(int index)
 {
     static GdiRecord* const stock[] = {

@@ -2,8 +2,8 @@
 //
 // Pens, brushes, fonts and bitmaps: what a device context draws with and on.
 //
-// An object owns its handle and deletes it when it goes. Deleting one that is still selected is
-// harmless: the context keeps what it has selected until it selects something else.
+// An object owns its handle and deletes it in its destructor. Deleting a selected object is
+// harmless: the context keeps using it until something else is selected.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -24,20 +24,20 @@ public:
     HGDIOBJ GetSafeHandle() const { return m_hObject; }
     operator HGDIOBJ() const { return m_hObject; }
 
-    /// The object of a handle: the host's own where there is one, else one that the framework lends
-    /// for as long as the handle lives. Null for a null handle.
+    /// The host's own object for the handle if there is one, otherwise a temporary object that the
+    /// framework owns and that lives as long as the handle. Null for a null handle.
     static CGdiObject* FromHandle(HGDIOBJ handle);
 
-    /// Takes over a handle; FALSE, with nothing changed, when this object has one or the handle is
-    /// null.
+    /// Takes ownership of a handle. Returns FALSE and changes nothing when this object already has
+    /// one or the handle is null.
     BOOL Attach(HGDIOBJ handle);
-    /// Gives the handle away; the caller deletes it.
+    /// Releases ownership of the handle; the caller deletes it.
     HGDIOBJ Detach();
 
-    /// FALSE when there is no handle.
+    /// Returns FALSE without a handle.
     BOOL DeleteObject();
 
-    /// Makes this the stock object of that index (WHITE_BRUSH ... SYSTEM_FONT).
+    /// Attaches the stock object with that index (WHITE_BRUSH ... SYSTEM_FONT).
     BOOL CreateStockObject(int index);
 
     HGDIOBJ m_hObject = nullptr;
@@ -54,7 +54,7 @@ public:
     CPen() = default;
     CPen(int style, int width, COLORREF color) { CreatePen(style, width, color); }
 
-    /// PS_SOLID or PS_NULL; width in pixels, 0 draws as 1. FALSE for another style.
+    /// PS_SOLID or PS_NULL; width in pixels, 0 means 1. FALSE for any other style.
     BOOL CreatePen(int style, int width, COLORREF color);
     static CPen* FromHandle(HPEN handle);
 };
@@ -78,7 +78,7 @@ class TILTPOLE_API CFont : public CGdiObject
 public:
     CFont() = default;
 
-    /// A face that the system does not have falls back to its usual one.
+    /// A face that is not installed is replaced by the default face.
     BOOL CreateFontIndirect(const LOGFONT* font);
     BOOL CreateFont(int height, int width, int escapement, int orientation, int weight, BYTE italic,
                     BYTE underline, BYTE strikeOut, BYTE charSet, BYTE outPrecision,
@@ -93,8 +93,8 @@ class TILTPOLE_API CBitmap : public CGdiObject
 public:
     CBitmap() = default;
 
-    /// A picture of 32 bits a pixel; what it shows at first is not defined. A width or height of 0
-    /// gives one pixel, a negative one fails.
+    /// Creates a picture with 32 bits per pixel and undefined content. A width or height of 0 gives
+    /// a bitmap of one pixel; a negative one fails.
     BOOL CreateCompatibleBitmap(CDC* dc, int width, int height);
     /// Width and height in pixels.
     CSize GetSize() const;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Message maps: which member of a class answers which window message.
+// Message maps: which member function of a class handles which window message.
 //
 //   class CDial : public CStatic
 //   {
@@ -19,13 +19,13 @@
 
 class CWnd;
 
-/// Calls the member that answers a message and returns what the message returns.
+/// Calls the member function that handles a message and returns the message's result.
 using AFX_PMSG = LRESULT (*)(CWnd& window, WPARAM wParam, LPARAM lParam);
 
 struct AFX_MSGMAP_ENTRY
 {
     UINT nMessage;
-    AFX_PMSG pfn; ///< null behind the last entry
+    AFX_PMSG pfn; ///< null marks the end of the table
 };
 
 struct AFX_MSGMAP
@@ -86,7 +86,7 @@ protected:                                                                      
     TILTPOLE_MESSAGE(WM_MOUSEMOVE,                                                                 \
                      (self.OnMouseMove(static_cast<UINT>(wParam), framework::PointOf(lParam)), 0))
 
-/// `member` is LRESULT member(WPARAM, LPARAM).
+/// `member` is declared as LRESULT member(WPARAM, LPARAM).
 #define ON_MESSAGE(message, member) TILTPOLE_MESSAGE(message, self.member(wParam, lParam))
 
 #define END_MESSAGE_MAP()                                                                          \
@@ -101,7 +101,7 @@ protected:                                                                      
 
 namespace framework {
 
-/// The pointer that travels in a message parameter.
+/// The pointer passed in a message parameter.
 template <class Pointer, class Parameter>
 constexpr Pointer PointerIn(Parameter parameter)
 {

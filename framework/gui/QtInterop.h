@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// For hosts built on Qt: the widget of a window, to stand in a layout of theirs.
+// For hosts built on Qt: the widget of a window, for use in the host's layouts.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -10,8 +10,8 @@ class QWidget;
 
 namespace framework {
 
-/// The widget that shows `window`; null before it is created. The window owns it: a host that puts
-/// it into a layout destroys the window first. Its size in the layout becomes the window's size.
+/// The widget that shows `window`; null before the window is created. The window owns the widget:
+/// destroy the window before the layout. The window takes the size the layout gives the widget.
 TILTPOLE_API QWidget* NativeWidget(CWnd& window);
 
 } // namespace framework

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// CStatic: a label, and the window that drawn controls are made of.
+// CStatic: a label, and the base class of controls that draw themselves.
 #pragma once
 
 #include "framework/gui/Wnd.h"
@@ -12,7 +12,7 @@ class TILTPOLE_API CStatic : public CWnd
 public:
     CStatic() = default;
 
-    /// A child of class STATIC; FALSE where CWnd::Create answers FALSE.
+    /// Creates a child window of class STATIC; FALSE where CWnd::Create fails.
     virtual BOOL Create(LPCTSTR text, DWORD style, const RECT& rect, CWnd* parent,
                         UINT id = 0xFFFF);
 

@@ -52,7 +52,7 @@ inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
 inline constexpr int PS_SOLID = 0;
 inline constexpr int PS_NULL = 5;
 
-// Objects every context can select without making them
+// Predefined objects that any context can select
 inline constexpr int WHITE_BRUSH = 0;
 inline constexpr int GRAY_BRUSH = 2;
 inline constexpr int BLACK_BRUSH = 4;
@@ -159,7 +159,7 @@ inline constexpr UINT WM_LBUTTONUP = 0x0202;
 inline constexpr UINT WM_USER = 0x0400;
 inline constexpr WPARAM SIZE_RESTORED = 0;
 
-/// The font a host asks for; a height is that of the character cell in pixels, a negative one that
+/// A requested font. A positive height is that of the character cell in pixels, a negative one that
 /// of the characters themselves.
 struct LOGFONTW
 {
@@ -180,7 +180,7 @@ struct LOGFONTW
 };
 using LOGFONT = LOGFONTW;
 
-/// What a window is made with.
+/// The parameters a window is created with.
 struct CREATESTRUCTW
 {
     LPVOID lpCreateParams = nullptr;
@@ -204,6 +204,6 @@ struct PAINTSTRUCT
     RECT rcPaint{};
 };
 
-/// A color of the system's scheme; SYS_COLOR_INDEX_FLAG in the index is passed over. An unknown
-/// index gives black.
+/// A color of the system's scheme. SYS_COLOR_INDEX_FLAG in the index is ignored; an unknown index
+/// gives black.
 TILTPOLE_API COLORREF GetSysColor(int index);

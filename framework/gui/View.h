@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// CView: a window whose picture its host draws in OnDraw.
+// CView: a window whose contents the host draws in OnDraw.
 #pragma once
 
 #include "framework/gui/Wnd.h"

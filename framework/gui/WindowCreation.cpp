@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// How windows come into being and go.
+// Creation and destruction of windows.
 #include "framework/gui/Wnd.h"
 #include "framework/gui/detail/Image.h"
 #include "framework/gui/detail/WindowRegistry.h"
@@ -46,7 +46,7 @@ const WindowClass* AddGray(const wchar_t* name)
     return added;
 }
 
-// The class of that name, the framework's own ones made when first asked for.
+// Finds a class by name; the framework's own classes are registered on first use.
 const WindowClass* ClassOf(LPCTSTR name)
 {
     const std::wstring wanted = name ? name : kPlainClass;
@@ -63,7 +63,7 @@ struct Request
     UINT_PTR id;
 };
 
-// The window itself, without its first messages; null where it cannot be made.
+// Creates the window without sending its first messages; null on failure.
 WindowRecord* Make(const Request& request, CWnd* owner)
 {
     const CREATESTRUCT& values = request.values;

@@ -8,7 +8,7 @@
 namespace framework {
 namespace {
 
-// Puts the window's picture and those of its shown children into `target` at (x, y), inside `clip`.
+// Copies the pictures of the window and its visible children to `target` at (x, y), clipped.
 void Compose(const WindowRecord& window, const raster::Canvas& target, int x, int y,
              const raster::Box& clip)
 {

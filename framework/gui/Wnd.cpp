@@ -68,7 +68,7 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD 
 BOOL CWnd::DestroyWindow()
 {
     if (!m_hWnd) return FALSE;
-    // A lent object does not own its window, but it may still ask for its end.
+    // A temporary object does not own its window but may still destroy it.
     if (!Windows().Holds(m_hWnd)) return FALSE;
     if (m_hWnd->temporary.get() == this && !m_hWnd->attached.empty()) return FALSE;
     framework::Destroy(m_hWnd);

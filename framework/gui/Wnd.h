@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// CWnd: a window on the screen, and the messages it answers.
+// CWnd: a window on the screen, and the messages it handles.
 //
-// A CWnd makes its window with Create or CreateEx, or takes over one that is there (SubclassWindow,
-// SubclassDlgItem). The window goes with DestroyWindow, with its parent, or with the CWnd. What is
-// drawn on it stays until the next paint. Sizes are device pixels; the rectangle of a window
-// includes its edges, its client rectangle begins at (0, 0) inside them.
+// A CWnd creates its window with Create or CreateEx, or takes over an existing one (SubclassWindow,
+// SubclassDlgItem). DestroyWindow destroys the window, and so does destroying its parent or the
+// CWnd. Drawing persists until the next paint. Sizes are device pixels; a window's rectangle
+// includes its edges, its client rectangle starts at (0, 0) inside them.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -17,7 +17,7 @@
 
 struct CCreateContext;
 
-/// What a window class is made of; see AfxRegisterWndClass for the short way.
+/// The properties of a window class; AfxRegisterWndClass is the convenient alternative.
 struct WNDCLASSW
 {
     UINT style = 0;
@@ -26,17 +26,17 @@ struct WNDCLASSW
 };
 using WNDCLASS = WNDCLASSW;
 
-/// FALSE for a class without a name or with one that is taken.
+/// FALSE if the class has no name or the name is already registered.
 TILTPOLE_API BOOL AfxRegisterClass(const WNDCLASS* windowClass);
 
-/// Registers a class of that style and background (null: windows are not erased) and returns its
-/// name, which lives as long as the program. The same arguments give the same class. Cursor and
-/// icon are not used.
+/// Registers a class with that style and background (null: windows are not erased) and returns its
+/// name, which stays valid until the program ends. The same arguments give the same class. Cursor
+/// and icon are ignored.
 TILTPOLE_API LPCTSTR AfxRegisterWndClass(UINT style, void* cursor = nullptr,
                                          HBRUSH background = nullptr, void* icon = nullptr);
 
-/// A window that no CWnd has made, for SubclassWindow and SubclassDlgItem: null where CreateEx
-/// would answer FALSE.
+/// Creates a window without a CWnd, for SubclassWindow and SubclassDlgItem. Returns null where
+/// CreateEx would return FALSE.
 TILTPOLE_API HWND CreateWindowExW(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style,
                                   int x, int y, int width, int height, HWND parent, UINT_PTR id);
 
@@ -51,37 +51,37 @@ public:
     HWND GetSafeHwnd() const { return m_hWnd; }
     operator HWND() const { return m_hWnd; }
 
-    /// The CWnd of a window: the host's own where there is one, else one that the framework lends
-    /// for as long as the window lives. Null for a null handle.
+    /// The host's own CWnd for the window if there is one, otherwise a temporary CWnd that the
+    /// framework owns and that lives as long as the window. Null for a null handle.
     static CWnd* FromHandle(HWND window);
-    /// As FromHandle, but null where only a lent one would be found.
+    /// Like FromHandle, but null instead of a temporary CWnd.
     static CWnd* FromHandlePermanent(HWND window);
     BOOL Attach(HWND window);
     HWND Detach();
 
-    /// A child window. FALSE without a parent, or where CreateEx answers FALSE.
+    /// Creates a child window. FALSE without a parent, or where CreateEx returns FALSE.
     virtual BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT& rect,
                         CWnd* parent, UINT id, CCreateContext* context = nullptr);
 
-    /// @{ Makes the window. FALSE when this CWnd has one, the class is not registered, a child has
-    /// no parent, OnCreate answers -1, or there is no connection to a windowing system.
+    /// @{ Creates the window. FALSE when this CWnd has one, the class is not registered, a child
+    /// has no parent, OnCreate returns -1, or there is no connection to a windowing system.
     BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style, int x, int y,
                   int width, int height, HWND parent, UINT_PTR id, LPVOID parameter = nullptr);
     BOOL CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD style,
                   const RECT& rect, CWnd* parent, UINT id, LPVOID parameter = nullptr);
     /// @}
 
-    /// FALSE without a window. Its children go first.
+    /// Destroys the window after its children. FALSE without a window.
     virtual BOOL DestroyWindow();
 
-    /// Takes over a window: from now on this CWnd answers its messages. FALSE when this CWnd has a
-    /// window or `window` is none.
+    /// Takes over a window: from now on this CWnd handles its messages. FALSE when this CWnd has a
+    /// window already or `window` does not exist.
     BOOL SubclassWindow(HWND window);
     /// The same for the child of `parent` with that id.
     BOOL SubclassDlgItem(UINT id, CWnd* parent);
-    /// Gives the window back; null without one.
+    /// Detaches from the window and returns its handle; null without one.
     HWND UnsubclassWindow();
-    /// Called before the first message of a window that is made or taken over.
+    /// Called before the first message of a window that is created or taken over.
     virtual void PreSubclassWindow();
 
     DWORD GetStyle() const;
@@ -100,9 +100,9 @@ public:
     void GetWindowRect(LPRECT rect) const; ///< screen coordinates
     void MoveWindow(int x, int y, int width, int height, BOOL repaint = TRUE);
     void MoveWindow(LPCRECT rect, BOOL repaint = TRUE);
-    /// Moves and sizes as the flags allow; the order of windows stays as it is.
+    /// Moves and resizes as the flags allow; the stacking order does not change.
     BOOL SetWindowPos(const CWnd* after, int x, int y, int width, int height, UINT flags);
-    BOOL ShowWindow(int command); ///< whether it was shown before
+    BOOL ShowWindow(int command); ///< returns whether it was shown before
     BOOL IsWindowVisible() const;
 
     void SetWindowText(LPCTSTR text);
@@ -112,25 +112,25 @@ public:
     void SetFont(CFont* font, BOOL redraw = TRUE);
     CFont* GetFont() const;
 
-    /// A context of the client area, to be given back with ReleaseDC. A window lends sixteen at a
-    /// time: the next one asked for takes the oldest back, and all go with the window.
+    /// A context for the client area, to be returned with ReleaseDC. A window has at most sixteen
+    /// outstanding: a further call releases the oldest. Destroying the window releases them all.
     CDC* GetDC();
-    int ReleaseDC(CDC* dc); ///< 0 for a context that is not this window's
+    int ReleaseDC(CDC* dc); ///< 0 if the context is not this window's
 
     void Invalidate(BOOL erase = TRUE);
     void InvalidateRect(LPCRECT rect, BOOL erase = TRUE);
     void ValidateRect(LPCRECT rect);
     BOOL GetUpdateRect(LPRECT rect, BOOL erase = FALSE);
-    /// Paints what is invalid before it returns; a window that is not shown waits until it is.
+    /// Repaints the invalid area at once; a hidden window is painted when it is shown.
     void UpdateWindow();
     CDC* BeginPaint(PAINTSTRUCT* paint);
     void EndPaint(PAINTSTRUCT* paint);
 
     LRESULT SendMessage(UINT message, WPARAM wParam = 0, LPARAM lParam = 0);
-    /// Asks for OnTimer at intervals; `id` is not 0, one that is there begins anew. `callback` is
-    /// not used. Returns `id`, or 0 without a window.
+    /// Starts calling OnTimer periodically; an existing timer with that id restarts. `id` must not
+    /// be 0; `callback` is ignored. Returns `id`, or 0 without a window.
     UINT_PTR SetTimer(UINT_PTR id, UINT milliseconds, void* callback);
-    /// FALSE where there is no such timer.
+    /// Returns FALSE if there is no such timer.
     BOOL KillTimer(UINT_PTR id);
 
     HWND m_hWnd = nullptr;
@@ -141,9 +141,9 @@ protected:
 
     virtual LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam);
     virtual LRESULT DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam);
-    /// Called when the window is gone; the handle is null by then.
+    /// Called after the window has been destroyed; the handle is already null.
     virtual void PostNcDestroy();
-    /// The framework's own answer to the message being answered.
+    /// The default handling of the message that is being processed.
     LRESULT Default();
 
     afx_msg int OnCreate(LPCREATESTRUCT created);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Everything of the window framework that draws or shows something.
+// Includes every header of the windowed part of the framework.
 #pragma once
 
 #include "framework/core/core.h"         // IWYU pragma: export

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A host's dialog for the tests of controls, and questions to the pixels a control shows.
+// A host's dialog for testing controls, and helpers to inspect the pixels a control shows.
 #pragma once
 
 #include "framework/gui/gui.h"
@@ -29,7 +29,7 @@ public:
     }
 };
 
-/// What a window shows now, taken without painting.
+/// The current contents of a window, captured without painting.
 class Shown
 {
 public:
@@ -63,7 +63,7 @@ private:
     std::vector<COLORREF> m_pixels;
 };
 
-/// Leaves white where the next bitmap of that size is likely to be made.
+/// Leaves white pixels in the memory that the next bitmap of that size is likely to reuse.
 inline void SoilBitmaps(int width, int height)
 {
     CDC memory;
@@ -75,7 +75,7 @@ inline void SoilBitmaps(int width, int height)
     memory.FillSolidRect(&all, kWhite);
 }
 
-/// A control on a dialog, painted.
+/// A painted control on a dialog.
 template <class Control>
 struct Placed
 {

@@ -33,7 +33,7 @@ TEST(Pixel, AddsHalfAndCutsTowardsZero)
         EXPECT_EQ(ToPixel(c.given), c.expected) << c.why;
 }
 
-// 235: 117.5, 117.5 - 4.7 = 112.8, 117.5 - 14.6875 = 102.8125, halves upwards.
+// 235: 117.5, 117.5 - 4.7 = 112.8, 117.5 - 14.6875 = 102.8125, halves rounded up.
 TEST(DialRings, LieAtFixedSharesOfTheDiameter)
 {
     const DialRings rings = DialRings::Of(235);

@@ -116,8 +116,8 @@ TEST(Compass, ChangesTheShadowSideAtNinetyDegrees)
     EXPECT_GT(shadowRows(-270.0, 122, 130), 50) << "no wrapping: -270 is not above 90";
 }
 
-// Ticks of 7.8 pixels every thirty degrees, half as long between; their outer ends on the ring of
-// radius 103.
+// Ticks of 7.8 pixels every thirty degrees, half as long in between; their outer ends lie on the
+// ring of radius 103.
 TEST(Compass, HasLongTicksAtThirtyDegrees)
 {
     const Dial dial;

@@ -10,7 +10,7 @@
 namespace tiltpole::controls::test {
 namespace {
 
-// 100 x 180: the scale frame is columns 20 to 80, H = 180, a pixel a degree.
+// 100 x 180: the scale frame is columns 20 to 80, H = 180, one pixel per degree.
 constexpr int kWidth = 100;
 constexpr int kHeight = 180;
 
@@ -91,7 +91,7 @@ TYPED_TEST(Gauge, MarksAFixInTheLeftBand)
     EXPECT_EQ(shown.At(12, y + 1), kGreen);
     EXPECT_NE(shown.At(12, y + 2), kGreen);
     EXPECT_NE(shown.At(30, y), kGreen);
-    // From column 5 to 20, a round end of one pixel more at either side.
+    // From column 5 to 20, plus a round end of one pixel on either side.
     EXPECT_EQ(shown.At(19, y + 1), kGreen);
     EXPECT_EQ(shown.At(21, y), kGreen);
     EXPECT_NE(shown.At(22, y), kGreen);
@@ -121,7 +121,7 @@ TYPED_TEST(Gauge, DropsItsFixesWithTheNextPaint)
     EXPECT_EQ(Shown(this->control).Count(kGreen), 0);
 }
 
-// H/18 = 10 rows a tick, measured from the bottom; every third one is long and carries a number.
+// H/18 = 10 rows per tick, measured from the bottom; every third tick is long and has a number.
 TYPED_TEST(Gauge, HasSeventeenTicksOnBothEdges)
 {
     const Shown shown(this->control);
@@ -140,7 +140,7 @@ TYPED_TEST(Gauge, HasSeventeenTicksOnBothEdges)
     EXPECT_EQ(shown.At(31, 150), kFace);
 }
 
-// Half a row a tick: each row has two. The left gauge's pointer lies over the last one.
+// Half a row per tick: two ticks share a row. The left gauge's pointer covers the last row.
 TYPED_TEST(Gauge, KeepsItsSeventeenTicksWhereTheyCoincide)
 {
     Placed<typename TypeParam::Control> low(kWidth, 9);
@@ -201,7 +201,7 @@ TYPED_TEST(Gauge, PaintsAnewForAnotherBackColor)
     EXPECT_TRUE(this->control.GetUpdateRect(&pending));
 }
 
-// The host's own picture, larger than the control: 360 rows, two a degree.
+// The host's own picture, larger than the control: 360 rows, two per degree.
 TYPED_TEST(Gauge, DrawsItsPartsOnAContextOfTheHost)
 {
     this->control.SetFix(static_cast<int>(TypeParam::kLow) + 30);

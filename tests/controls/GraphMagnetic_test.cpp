@@ -45,7 +45,7 @@ struct XZ
     static MagneticPlotPoint Point(int h, int v) { return {h, 77777, v}; }
 };
 
-// The module stands in an empty folder of the test's own.
+// The module path points to an empty folder of the test.
 class ModuleFolder : public ScratchFolder
 {
 public:
@@ -53,8 +53,8 @@ public:
     ~ModuleFolder() { framework::SetModulePath(CString()); }
 };
 
-// A plot of 194 x 144 pixels inside its edges whose view begins at (-100, -200) with one count a
-// pixel: (h, v) stands at column h + 100, row 144 - (v + 200).
+// A plot of 194 x 144 pixels inside its edges whose view starts at (-100, -200) with one count per
+// pixel: (h, v) is at column h + 100, row 144 - (v + 200).
 template <class Plane>
 struct Plot : testing::Test
 {
@@ -91,7 +91,7 @@ struct Plot : testing::Test
 using Planes = testing::Types<XY, XZ>;
 TYPED_TEST_SUITE(Plot, Planes);
 
-// 114 rows inside the edges: the bottom, and every cross with it, stands 30 rows higher.
+// 114 rows inside the edges: the bottom, and every cross with it, is 30 rows higher.
 TYPED_TEST(Plot, DrawsItsCrossesWhereTheNewSizeHasThem)
 {
     this->Add(0, -100);
@@ -145,7 +145,7 @@ TYPED_TEST(Plot, ZoomsWithTheEleventhSampleOutside)
     EXPECT_EQ(this->folder.Read(TypeParam::kFile), TypeParam::kOther) << "inside does not count";
     this->Add(1010, 0);
     EXPECT_NE(this->folder.Read(TypeParam::kFile), TypeParam::kOther);
-    // Extent 1010 x 100: 1010/194·1.5 counts a pixel; the middle is (505, -50).
+    // Extent 1010 x 100: 1010/194·1.5 counts per pixel; the center is (505, -50).
     long x = 0;
     long y = 0;
     this->control->WorldToClient(505, -50, x, y);
@@ -201,14 +201,14 @@ TYPED_TEST(Plot, NeverZoomsByItselfAtScaleZero)
     this->control->WorldToClient(123, 456, x, y);
     EXPECT_EQ(x, 0);
     EXPECT_EQ(y, 0);
-    // Each further sample lies at (0, 0), inside; it counts, but only one outside would zoom.
+    // Each further sample maps to (0, 0), inside; it counts, but only one outside would zoom.
     for (int i = 0; i < 20; ++i)
         this->Add(i, i);
     this->control->WorldToClient(123, 456, x, y);
     EXPECT_EQ(x, 0);
 }
 
-// Above 1000 counts a pixel samples inside count as well: the first one outside is the eleventh.
+// Above 1000 counts per pixel samples inside count too: the first one outside is the eleventh.
 TYPED_TEST(Plot, CountsEverySampleWhileTheScaleIsOutOfRange)
 {
     const auto begin = [this](const char* view) {
@@ -249,7 +249,7 @@ TYPED_TEST(Plot, EmptiesItselfAndKeepsItsView)
     EXPECT_EQ(this->Now().At(100, 44), TypeParam::kTrack);
 }
 
-// The client area is measured with the layers, so that new crosses fit to those that are there.
+// The client area is measured with the layers, so that new crosses match the existing ones.
 TYPED_TEST(Plot, TakesANewSizeWithItsLayersAndNotWithAPaint)
 {
     this->control->MoveWindow(0, 0, 300, 250);
@@ -264,7 +264,7 @@ TYPED_TEST(Plot, TakesANewSizeWithItsLayersAndNotWithAPaint)
     EXPECT_EQ(y, 144);
 }
 
-// A hundredth of a count a pixel: the limits of an int lie far beyond those of a pixel.
+// A hundredth of a count per pixel: the limits of an int lie far beyond any pixel.
 TYPED_TEST(Plot, ShowsNothingOfWhatNoPixelCanReach)
 {
     for (const int limit : {INT_MIN, INT_MAX}) {
@@ -282,7 +282,7 @@ TYPED_TEST(Plot, KeepsItsViewBetweenRuns)
     this->Add(0, 0);
     this->Add(388, 288);
     this->control->ZoomAll();
-    // 388/194 = 2, 288/144 = 2, times 1.5; origin (194 - 291, 144 - 216), half added and cut.
+    // 388/194 = 2, 288/144 = 2, times 1.5; origin (194 - 291, 144 - 216), plus one half, truncated.
     const std::string expected =
         std::string(TypeParam::kOther).substr(0, 17) + "-96, -71, 3.000000,\r\n";
     EXPECT_EQ(this->folder.Read(TypeParam::kFile), expected);

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Controls come and go: nothing of them stays, and none of them minds not being seen.
+// Controls are created and destroyed without leaking, and work while hidden.
 #include "controls/GraphCompass.h"
 #include "controls/GraphIncline_Left.h"
 #include "controls/GraphIncline_Right.h"
@@ -29,7 +29,7 @@ void ShowMeter(Dialog& dialog)
     meter.SetFix(180);
 }
 
-// The one that a host's dialog brings along and the control takes over.
+// A static control of the host's dialog that the control takes over.
 void ShowSubclassed(Dialog& dialog)
 {
     const HWND item =

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Which colors a control shows: all of its own, and no others.
+// Each control shows all of its own colors and no others.
 #include "controls/GraphCompass.h"
 #include "controls/GraphIncline_Left.h"
 #include "controls/GraphIncline_Right.h"
@@ -82,7 +82,7 @@ TEST(Palette, OfThePlots)
     CheckPlot<CGraphMagnetic_XZ>(kGreen);
 }
 
-// The outermost pixels in which a color is shown: right and bottom exclusive.
+// The bounding box of all pixels of a color: right and bottom exclusive.
 CRect ExtentOf(const Shown& shown, CSize size, COLORREF color)
 {
     CRect extent(size.cx, size.cy, 0, 0);
@@ -98,8 +98,8 @@ CRect ExtentOf(const Shown& shown, CSize size, COLORREF color)
     return extent;
 }
 
-// Client 300 x 300: the corner at (20, 280), arms of 50 pixels, heads 3 pixels to either side; the
-// end pixels of the last line to each tip, and of the arm, are set by the lines from there.
+// Client 300 x 300: corner at (20, 280), arms of 50 pixels, heads 3 pixels to either side. The end
+// pixels of the arm and of the last line to each tip are set by the lines that start there.
 TEST(AxisGlyph, StandsTwentyPixelsFromTheCorner)
 {
     Dialog dialog;
@@ -116,8 +116,8 @@ TEST(AxisGlyph, StandsTwentyPixelsFromTheCorner)
     EXPECT_LE(letters.bottom, 286) << "and hangs from row 272";
 }
 
-// Around the center (120, 120) of a dial of 240 pixels nothing but the hub is black: columns and
-// rows 118 to 122.
+// Only the hub around the center (120, 120) of a dial of 240 pixels is black: columns and rows 118
+// to 122.
 TEST(Hub, IsFivePixelsWide)
 {
     Placed<CGraphCompass> dial(240, 240);
@@ -125,7 +125,7 @@ TEST(Hub, IsFivePixelsWide)
 }
 
 // The inner ring's radius is 103: label boxes are centered 68 pixels from the center, so the number
-// at 180 hangs from row 120 + 68 - 17 and the one at 0 from row 120 - 68 - 17.
+// at 180 starts at row 120 + 68 - 17 and the one at 0 at row 120 - 68 - 17.
 TEST(Labels, HangFromTheTopOfTheirBoxes)
 {
     Placed<CGraphCompass> dial(240, 240);
@@ -134,8 +134,8 @@ TEST(Labels, HangFromTheTopOfTheirBoxes)
     EXPECT_NEAR(all.bottom, 171 + 15, 2);
 }
 
-// Needle, at north on a dial of 240 pixels: h = 3 * 18, so the base is 54 / 8 = 6.75 pixels to
-// either side; the tip at 235 / 3 above, the tail at 235 / 6 below the center.
+// The needle at north on a dial of 240 pixels: h = 3 * 18, so the base reaches 54 / 8 = 6.75 pixels
+// to either side; the tip is 235 / 3 above and the tail 235 / 6 below the center.
 TEST(NeedleOnTheDial, ReachesFromTipToTail)
 {
     Placed<CGraphCompass> dial(240, 240);

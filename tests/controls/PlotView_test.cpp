@@ -85,7 +85,7 @@ TEST(PlotView, TakesTheFieldsThatAreThere)
     }
 }
 
-// 400 counts over 200 pixels beat 100 over 100: scale 2 · 1.5; center (200, 50) less half the area.
+// 400 counts over 200 pixels exceed 100 over 100: scale 2 · 1.5; center (200, 50) - half the area.
 TEST(PlotExtent, FitsWithAMarginAroundTheMiddle)
 {
     PlotExtent extent{0, 0, 0, 0};

@@ -62,7 +62,7 @@ struct TiltGraph : testing::Test
         graph.InvalidateCtrl();
     }
 
-    // The view at one metre over a hundred pixels, (1000, 500) in the lower left corner.
+    // Sets the view to one meter per hundred pixels, (1000, 500) in the lower left corner.
     void BeginAt(double scale)
     {
         Begin();
@@ -128,7 +128,7 @@ TEST_F(TiltGraph, ZoomsToAnObservationOutsideWithoutShowingIt)
     EXPECT_EQ(Now().At(100, 50), kWhite) << "a single one stands in the middle";
 }
 
-// The points lie on a diagonal that the view of the second one shows whole.
+// The points lie on a diagonal that fits into the view after the second one.
 TEST_F(TiltGraph, ZoomsWithTheSecondObservationInside)
 {
     BeginAt(0.05);
@@ -166,7 +166,7 @@ TEST_F(TiltGraph, StoresOnlyThreeCenters)
     EXPECT_EQ(graph.m_centers[2].dY, 2.0);
 }
 
-// 0.15 m at a centimetre a pixel: a radius of 15 around (100, 50).
+// 0.15 m at one centimeter per pixel: a radius of 15 around (100, 50).
 TEST_F(TiltGraph, DrawsAConfirmedCenterInGreenAtOnce)
 {
     BeginAt(0.01);
@@ -180,7 +180,7 @@ TEST_F(TiltGraph, DrawsAConfirmedCenterInGreenAtOnce)
     EXPECT_EQ(Now().At(45, 50), kRed) << "but red among the circles";
 }
 
-// 0.15 m at 5 mm a pixel are 30 pixels; the line covers a pixel to the left of its points as well.
+// 0.15 m at 5 mm per pixel is 30 pixels; the line also covers one pixel to the left of its points.
 TEST_F(TiltGraph, GivesCentersACircleOfFifteenCentimeters)
 {
     BeginAt(0.005);
@@ -348,7 +348,7 @@ TEST_F(TiltGraph, ZoomsAtTheDocumentedCounts)
     BeginAt(0.01);
     std::vector<int> zoomed;
     for (int count = 1; count <= 121; ++count) {
-        graph.m_world = {1000.0, 500.0, 0.02}; // back to a view that holds every observation
+        graph.m_world = {1000.0, 500.0, 0.02}; // back to a view that shows every observation
         graph.AddPoint(At(1000.2 + count % 7 * 0.1, 501.0 + count % 5 * 0.1));
         if (graph.m_world.scale != 0.02) zoomed.push_back(count);
     }

@@ -14,7 +14,7 @@ class CWnd;
 
 namespace framework {
 
-// The window that a context was obtained from, as far as the context needs it.
+// The window a context was obtained from, as seen by the context.
 class DcOwner
 {
 public:
@@ -33,7 +33,7 @@ struct DcRecord
     ~DcRecord();
 
     raster::Canvas Target() const; // empty without a picture
-    void Touched() const;          // tells the owner that its picture has changed
+    void Touched() const;          // notifies the owner that its picture changed
 
     std::shared_ptr<Image> image; // the bitmap's or the window's
     raster::Box clip;             // the part of it that may be drawn on

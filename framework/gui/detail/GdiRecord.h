@@ -29,7 +29,7 @@ struct GdiRecord
     GdiKind kind;
     int references = 1;
     CGdiObject* attached = nullptr;        // the object the host made
-    std::unique_ptr<CGdiObject> temporary; // made by FromHandle where the host has none
+    std::unique_ptr<CGdiObject> temporary; // made by FromHandle if the host has none
     DcRecord* selectedInto = nullptr;      // bitmaps: one context at a time
 
     bool isNull = false; // draws nothing
@@ -68,8 +68,8 @@ private:
 
 GdiRecord* StockRecord(int index);
 
-// The bitmap that every new memory context has selected: it has no pixels, and all contexts share
-// it.
+// The bitmap selected into every new memory context. It has no pixels and is shared by all
+// contexts.
 GdiRecord* EmptyBitmap();
 
 } // namespace framework

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A picture in memory, and the rasterizer's form of a host's colors and rectangles.
+// A picture in memory, and conversions of colors and rectangles for the rasterizer.
 #pragma once
 
 #include "framework/gui/Types.h"

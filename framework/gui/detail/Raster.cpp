@@ -54,7 +54,7 @@ void FillArea(const Canvas& canvas, Wide left, Wide top, Wide right, Wide bottom
         FillSpan(canvas, y, left, right, color);
 }
 
-// A run of steps along the major axis, first to last, both in.
+// A run of steps along the major axis; first and last are inclusive.
 struct Steps
 {
     Huge first;
@@ -67,9 +67,9 @@ struct Steps
     }
 };
 
-// One pixel line as Bresenham steps it. `major` pixels are set, one per step; by step i the minor
-// axis has moved ceil((2·minor·i − major + bias) / (2·major)) pixels, which is what the error term
-// of the usual loop adds up to and lets the walk begin where the line enters the picture.
+// A line one pixel wide, stepped by Bresenham's algorithm. It sets `major` pixels, one per step. At
+// step i the minor axis has moved ceil((2·minor·i − major + bias) / (2·major)) pixels, the closed
+// form of the usual error term, so that the walk can start where the line enters the picture.
 struct Walk
 {
     Wide major; // steps along the longer axis
@@ -91,8 +91,8 @@ struct Walk
         bias = BiasOf(dx, dy);
     }
 
-    // Octants count as the drawing system counts them: 1 to 4 below the x axis of the screen, 5 to
-    // 8 above; 3, 5, 6 and 8 carry the bias.
+    // Octants are numbered 1 to 4 below the x axis of the screen and 5 to 8 above it. Octants 3, 5,
+    // 6 and 8 carry the bias.
     static int BiasOf(Wide dx, Wide dy)
     {
         if (dy > 0) return dx <= 0 && -dx <= dy ? 1 : 0;
@@ -105,7 +105,7 @@ struct Walk
         return CeilDivide(2 * Huge{minor} * step - major + bias, 2 * Huge{major});
     }
 
-    // The steps at which the minor axis stands at `low` to `high` pixels from its start.
+    // The steps at which the minor axis is `low` to `high` pixels from its start.
     Steps StepsWithin(Huge low, Huge high) const
     {
         const Huge half = Huge{major} - bias;
@@ -165,21 +165,21 @@ void DrawThinLine(const Canvas& canvas, Point from, Point to, Color color)
     }
 }
 
-// A corner of a shape that may lie outside the range of an int by a few pixels.
+// A corner of a shape; it may lie a few pixels outside the range of an int.
 struct WidePoint
 {
     Wide x;
     Wide y;
 };
 
-// Where the edge from `a` down to `b` crosses row y: the first column not left of it.
+// Where the edge from `a` down to `b` crosses row y: the first column on or right of it.
 Wide Crossing(const WidePoint& a, const WidePoint& b, Wide y)
 {
     const Huge across = Huge{b.x - a.x} * (y - a.y);
     return a.x + static_cast<Wide>(CeilDivide(across, b.y - a.y));
 }
 
-// By insertion, for a few.
+// Insertion sort, for a few elements.
 void SortFew(Wide* first, const Wide* last)
 {
     for (Wide* next = first; next != last; ++next)
@@ -217,7 +217,7 @@ void FillWidePolygon(const Canvas& canvas, std::span<const WidePoint> points, Co
     }
 }
 
-// Half away from zero, as the drawing system rounds the corners of a wide line.
+// Rounds half away from zero; used for the corners of wide lines.
 Wide RoundHalf(double v)
 {
     return static_cast<Wide>(v > 0 ? v + 0.5 : v - 0.5);

@@ -4,10 +4,10 @@
 // of whole pixels, nothing blended.
 //
 //   coordinates   device pixels, right and bottom edges exclusive, any int
-//   colors       0x00RRGGBB, written as given
+//   colors        0x00RRGGBB, stored unchanged
 //
-// Nothing outside the clip box is written or walked over, however far away a shape begins; a line
-// that enters the box keeps the phase it has outside.
+// Nothing outside the clip box is written or iterated over, however far away a shape starts. A
+// clipped line sets the same pixels inside the box as the unclipped one.
 #pragma once
 
 #include <cstdint>
@@ -26,7 +26,7 @@ struct Point
     bool operator==(const Point&) const = default;
 };
 
-/// Left and top belong to the box, right and bottom do not.
+/// Left and top are inclusive, right and bottom exclusive.
 struct Box
 {
     int left = 0;
@@ -35,8 +35,8 @@ struct Box
     int bottom = 0;
 };
 
-/// A picture that somebody else owns, and the part of it that may be drawn on. Pixel (x, y) is
-/// `pixels[y * stride + x]`; `clip` lies in the clip box.
+/// A picture that is not owned, and the part of it that may be drawn on. Pixel (x, y) is
+/// `pixels[y * stride + x]`; `clip` must lie inside the picture.
 struct Canvas
 {
     Color* pixels = nullptr;
@@ -44,10 +44,10 @@ struct Canvas
     Box clip;
 };
 
-/// The part that two boxes share; an empty one lies at the origin.
+/// The intersection of two boxes; an empty one lies at the origin.
 Box Intersect(const Box& a, const Box& b);
 
-/// A solid pen. Width 0 and 1 draw one pixel, wider ones as many as they say (2 and 3 exactly).
+/// A solid pen. Widths 0 and 1 draw one pixel; of the wider ones 2 and 3 are exact.
 struct Stroke
 {
     int width = 1;
@@ -57,7 +57,7 @@ struct Stroke
 /// Fills the part of `box` that lies in the clip box.
 void FillBox(const Canvas& canvas, const Box& box, Color color);
 
-/// Draws from `from` to `to`. With a one-pixel stroke the last pixel stays unset; a wider stroke
+/// Draws from `from` to `to`. With a one-pixel stroke the last pixel is not set; a wider stroke
 /// covers both ends.
 void DrawLine(const Canvas& canvas, Point from, Point to, const Stroke& stroke);
 
@@ -67,8 +67,8 @@ void DrawClosedChain(const Canvas& canvas, std::span<const Point> points, const 
 /// Fills the inside of a polygon by the even-odd rule.
 void FillPolygon(const Canvas& canvas, std::span<const Point> points, Color color);
 
-/// The outline of the ellipse inscribed in `box`, once around without gaps; corners may come
-/// swapped, an empty box has none.
+/// The outline of the ellipse inscribed in `box`, once around without gaps. The corners may be
+/// swapped; an empty box has no outline.
 std::vector<Point> EllipseOutline(const Box& box);
 
 /// Fills the inside of the ellipse in `box`, outline pixels included.
@@ -80,14 +80,14 @@ void DrawEllipse(const Canvas& canvas, const Box& box, const Stroke& stroke);
 /// Draws the frame of `box`: lines through its first and last row and column.
 void DrawFrame(const Canvas& canvas, const Box& box, const Stroke& stroke);
 
-/// What a copy does with the pixels that are there.
+/// How a copy combines with the existing pixels.
 enum class CopyMode {
     Replace, ///< target = source
     Combine, ///< target = target | source
 };
 
-/// Copies the pixels of `source` that begin at `origin` into `box` of the target, as far as both
-/// clip boxes hold them. The pictures may be the same one.
+/// Copies the pixels of `source` starting at `origin` into `box` of the target, clipped to both
+/// clip boxes. Source and target may be the same picture.
 void Copy(const Canvas& target, const Box& box, const Canvas& source, Point origin, CopyMode mode);
 
 } // namespace framework::raster

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// All that is asked of a windowing toolkit: text, native windows, timers, a message box, PNG files.
+// All that a windowing toolkit must provide: text, native windows, timers, message box, PNG files.
 // A port to another toolkit implements these two classes and CurrentToolkit().
 #pragma once
 
@@ -17,7 +17,7 @@ namespace framework {
 /// The font that text is drawn in.
 struct FontRequest
 {
-    int height = 0; // of the character cell; negative: of the characters; 0: the usual size
+    int height = 0; // of the character cell; negative: of the characters; 0: the default size
     int weight = 400;
     bool italic = false;
     std::wstring face;
@@ -25,7 +25,7 @@ struct FontRequest
     bool operator==(const FontRequest&) const = default;
 };
 
-/// Width by the characters' advances, height of the cell, both in pixels.
+/// Width as the sum of the characters' advances and height of the cell, in pixels.
 struct TextExtent
 {
     int width = 0;
@@ -39,14 +39,14 @@ struct FramePiece
     raster::Color color = 0;
 };
 
-/// What a native window tells the window it shows. Sizes include the frame.
+/// Events that a native window reports to the window it shows. Sizes include the frame.
 class WindowEvents
 {
 public:
     enum class Mouse { Down, Up, Move };
 
     virtual ~WindowEvents() = default;
-    virtual void OnNativePaint() = 0; ///< about to show ClientPicture(): the moment to paint
+    virtual void OnNativePaint() = 0; ///< ClientPicture() is about to be shown: time to paint
     virtual void OnNativeResize(int width, int height) = 0;
     virtual void OnNativeClose() = 0;
     virtual void OnNativeTimer(std::uintptr_t id) = 0;
@@ -56,7 +56,7 @@ public:
     virtual int FrameWidth() const = 0;
 };
 
-/// A window on the screen that shows the picture of its WindowEvents. Device pixels everywhere.
+/// A window on the screen that shows the picture of its WindowEvents. All units: device pixels.
 class NativeWindow
 {
 public:
@@ -66,8 +66,8 @@ public:
     virtual void SetTitle(const std::wstring& title) = 0;
     virtual void RequestPaint() = 0; ///< from the event loop: OnNativePaint, then ClientPicture()
     virtual void StartTimer(std::uintptr_t id, unsigned milliseconds) = 0;
-    virtual bool StopTimer(std::uintptr_t id) = 0; ///< false where there is none
-    virtual void* Handle() = 0;                    ///< the toolkit's own object
+    virtual bool StopTimer(std::uintptr_t id) = 0; ///< false if there is none
+    virtual void* Handle() = 0;                    ///< the toolkit's object
 };
 
 class Toolkit
@@ -78,7 +78,7 @@ public:
                                                      NativeWindow* parent) = 0;
     virtual TextExtent Measure(const FontRequest& font, std::wstring_view text) = 0;
 
-    /// Draws one line of text from the upper left corner of its cell, inside the canvas's clip.
+    /// Draws one line of text with the upper left corner of its cell at `at`, clipped.
     virtual void DrawText(const raster::Canvas& canvas, const FontRequest& font,
                           raster::Color color, raster::Point at, std::wstring_view text) = 0;
 

@@ -11,7 +11,7 @@ namespace framework {
 namespace {
 
 constexpr std::size_t kLentContexts = 16;
-constexpr int kMaximumSide = 32767; // pixels; the packed sizes of messages hold no more
+constexpr int kMaximumSide = 32767; // pixels; the limit of the packed sizes in messages
 
 raster::Box Union(const raster::Box& a, const raster::Box& b)
 {
@@ -103,8 +103,8 @@ bool WindowRecord::IsShown() const
     return true;
 }
 
-// What stays inside the new size keeps its pixels; the rest is invalid, or everything where the
-// class asks for it.
+// The area common to both sizes keeps its pixels. The rest becomes invalid, or the whole client
+// area if the class style says so.
 void WindowRecord::Resize(int newWidth, int newHeight)
 {
     const std::shared_ptr<Image> before = image;

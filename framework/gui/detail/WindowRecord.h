@@ -25,7 +25,7 @@ struct WindowClass
     raster::Color background = 0;
 };
 
-// One window. Its picture covers the client area and keeps what was drawn until the next paint.
+// One window. Its picture covers the client area and keeps its content until the next paint.
 struct WindowRecord : WindowEvents, DcOwner
 {
     WindowRecord() = default;
@@ -56,13 +56,13 @@ struct WindowRecord : WindowEvents, DcOwner
 
     DcRecord* LendContext();
 
-    // DcOwner: called by the contexts it lends.
+    // DcOwner: called by the contexts obtained from this window.
     void OnPictureChanged() override;
     bool TakeBack(const DcRecord* context) override;
     CWnd* Window() override;
 
     const WindowClass* windowClass = nullptr;
-    std::vector<CWnd*> attached; // the last one answers messages
+    std::vector<CWnd*> attached; // the last one handles messages
     std::unique_ptr<CWnd> temporary;
     WindowRecord* parent = nullptr;
     std::vector<WindowRecord*> children;

@@ -22,7 +22,7 @@
 namespace framework {
 namespace {
 
-constexpr int kUsualCellHeight = 16; // pixels, where a font names none
+constexpr int kUsualCellHeight = 16; // pixels, for fonts without a height
 constexpr int kUsualWeight = 400;
 
 QString ToQString(std::wstring_view text)
@@ -30,7 +30,7 @@ QString ToQString(std::wstring_view text)
     return QString::fromWCharArray(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-// The largest font whose cell is at most `height` pixels high, or whose characters are `-height`.
+// The largest font with cells at most `height` pixels high, or with characters of `-height` pixels.
 QFont MakeFont(const FontRequest& request)
 {
     QFont font(QStringLiteral("DejaVu Sans"));
@@ -136,7 +136,7 @@ bool NamesAScreen()
                        [](const char* name) { return qEnvironmentVariableIsSet(name); });
 }
 
-// A connection of our own, unless the host has one.
+// Opens a connection; null if the host has one.
 std::unique_ptr<QApplication> Connect(int& argc, char** argv, Display display)
 {
     if (QCoreApplication::instance()) return nullptr;

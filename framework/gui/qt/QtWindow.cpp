@@ -36,8 +36,8 @@ QPointF QtWindow::ClientCorner() const
     return m_corner + QPointF(m_events.FrameWidth(), m_events.FrameWidth());
 }
 
-// Widgets stand on whole units of the screen, windows on device pixels: the widget is the smallest
-// one around the window, and the window's corner lies somewhere in its first unit.
+// Widgets are placed in whole logical units, windows in device pixels: the widget is the smallest
+// one that encloses the window, whose corner lies within the widget's first unit.
 void QtWindow::Place(int x, int y, int newWidth, int newHeight)
 {
     const double ratio = devicePixelRatioF();
@@ -48,7 +48,7 @@ void QtWindow::Place(int x, int y, int newWidth, int newHeight)
     m_corner = at - QPointF(left, top) * ratio;
     m_placed = {static_cast<int>(std::ceil((m_corner.x() + newWidth) / ratio)),
                 static_cast<int>(std::ceil((m_corner.y() + newHeight) / ratio))};
-    // Where the widget is larger than the window, what is behind it shows.
+    // A widget larger than its window lets what is behind it show through.
     setAttribute(Qt::WA_OpaquePaintEvent, isWindow() || ratio == 1);
     setGeometry(left, top, m_placed.width(), m_placed.height());
 }
@@ -113,14 +113,14 @@ void QtWindow::paintEvent(QPaintEvent*)
 
 void QtWindow::resizeEvent(QResizeEvent*)
 {
-    // What Place asked for may arrive much later, when the widget is first shown.
+    // The size set by Place may arrive much later, when the widget is first shown.
     if (size() == m_placed) return;
     m_placed = {};
     m_corner = {};
     m_events.OnNativeResize(ToDevice(width()), ToDevice(height()));
 }
 
-// The window decides; when it goes, this widget goes with it, after the event.
+// The window decides whether to close. Deferred, because closing deletes this widget.
 void QtWindow::closeEvent(QCloseEvent* event)
 {
     event->ignore();

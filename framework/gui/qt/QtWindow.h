@@ -42,9 +42,9 @@ private:
     QPointF ClientCorner() const; // inside the widget, device pixels
 
     WindowEvents& m_events;
-    std::map<std::uintptr_t, int> m_timers; // ours to the toolkit's
+    std::map<std::uintptr_t, int> m_timers; // our id to the toolkit's
     int m_closing = 0;                      // the toolkit's timer between a close event and its end
-    QSize m_placed;                         // the size we asked for, until somebody else changes it
+    QSize m_placed;                         // the size we set, until it is changed from outside
     QPointF m_corner;                       // of the window inside the widget, device pixels
 };
 

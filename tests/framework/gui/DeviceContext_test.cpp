@@ -5,7 +5,7 @@
 
 namespace {
 
-// A picture in memory, white at first.
+// A picture in memory, initially white.
 struct Memory
 {
     CDC dc;
@@ -150,7 +150,7 @@ TEST(Blit, CombinesLayersWithOr)
     EXPECT_FALSE(below.dc.BitBlt(0, 0, 4, 4, nullptr, 0, 0, SRCCOPY));
 }
 
-// The box of all pixels that are not white.
+// The bounding box of all pixels that are not white.
 CRect InkBox(CDC& dc, int width, int height)
 {
     CRect box(width, height, 0, 0);

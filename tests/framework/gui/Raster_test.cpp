@@ -143,7 +143,7 @@ TEST(ThinLine, SetsThePixelsOfTheWalkInEveryDirection)
             CheckThinLine({20, 15}, {20 + dx, 15 + dy});
 }
 
-// A tie between two rows goes one way when the line runs right and down, the other way back.
+// A tie between two rows breaks one way for a line right and down, the other way for its reverse.
 TEST(ThinLine, BreaksTiesByItsOctant)
 {
     Picture down(3, 2);
@@ -211,7 +211,7 @@ TEST(Polygon, FillsFromTheFirstColumnInsideToBeforeTheNextCrossing)
     }
 }
 
-// Inside by the even-odd rule at each pixel, with a ray to the left and exact fractions.
+// The even-odd rule for one pixel, with a ray to the left and exact fractions.
 bool IsInside(const std::vector<Point>& corners, int x, int y)
 {
     bool inside = false;
@@ -350,7 +350,7 @@ TEST(Ellipse, TakesSwappedCornersAndDrawsNothingInAnEmptyBox)
 }
 
 // Every outline pixel lies within three quarters of a pixel of the true ellipse (the algorithm is
-// exact to half a pixel along the shorter step), and its neighbours on the chain touch it.
+// exact to half a pixel along the shorter step), and its neighbors on the chain touch it.
 TEST(Ellipse, FollowsTheTrueCurveWithoutGaps)
 {
     for (int size = 8; size <= 240; size += 29) {

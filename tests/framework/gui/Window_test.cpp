@@ -9,7 +9,7 @@
 
 namespace {
 
-// A window that paints its client area in one color and counts what it is asked.
+// A window that paints its client area in one color and counts its calls.
 class Painted : public CWnd
 {
 public:
@@ -267,7 +267,7 @@ TEST(Style, ChangesOnlyWhatIsAsked)
     EXPECT_EQ(window.GetStyle() & 0x4000u, 0u);
 }
 
-// A context that nobody gives back costs nothing in the long run.
+// Contexts that are never released do not accumulate.
 TEST(LentContext, IsTakenBackWhenSixteenMoreAreLent)
 {
     Painted window;
@@ -330,7 +330,7 @@ TEST(Erasing, DoesNothingWithoutAContext)
     EXPECT_EQ(window.SendMessage(WM_ERASEBKGND, reinterpret_cast<WPARAM>(dc.GetSafeHdc()), 0), 1);
 }
 
-// Counts the ticks of its timers and stops each with the second one.
+// Records the ticks of its timers and stops each timer at its second tick.
 class Ticking : public CWnd
 {
 public:
@@ -342,7 +342,7 @@ public:
         CreateEx(0, AfxRegisterWndClass(0), L"test", WS_OVERLAPPED, 0, 0, 20, 20, nullptr, 0);
     }
 
-    /// Dispatches until there are that many ticks, or no more come.
+    /// Dispatches until there are `count` ticks, or ten seconds have passed.
     void WaitFor(EventLoop& events, std::size_t count) const
     {
         using namespace std::chrono;

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Tests of windows run in memory: one connection without a screen for the whole program.
+// Window tests run in memory: one connection without a screen for the whole program.
 #include "framework/gui/Application.h"
 
 #include <gtest/gtest.h>
