@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Adjust uses moments where they are accurate; for any data its results must be those of the fits.
+// Adjust uses moments where they are accurate; its results must equal those of the fits for any
+// data.
 #include "calibration/solver/MomentSolver.h"
 #include "tests/calibration/AdjustTools.h"
 
@@ -207,7 +208,7 @@ TEST(AdjustByMoments, ShortArcsAgreeToNineDigits)
     }
 }
 
-// Leans next to the bound that ends the passes: a tenth of a millionth to either side.
+// Leans just below and above the bound that ends the passes, 1e-7 to either side.
 TEST(AdjustByMoments, BoundOfThePassesIsTheSame)
 {
     turns::Shape shape{.samples = 360, .revolutions = 1, .noise = 0.2, .seed = 9};

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Shared by the tests of the calibration: its protected operations, recorded message boxes, and a
+// Tools of the calibration tests: access to protected operations, recorded message boxes, and a
 // folder for the dumps of a test.
 #pragma once
 
@@ -57,7 +57,7 @@ public:
     RecordedBoxes& operator=(const RecordedBoxes&) = delete;
 
     std::vector<Box> shown;
-    std::function<void()> whileShown; // what the host does from inside a box
+    std::function<void()> whileShown; // run by the host while a box is shown
 
 private:
     framework::MessageBoxHandler m_Before;

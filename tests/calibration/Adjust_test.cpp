@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The calibration from turns to parameters: results, messages in order, state after a failure.
+// The calibration from turns to parameters: results, order of messages, state after a failure.
 #include "tests/calibration/AdjustTools.h"
 #include "tests/reference/LiteralAdjust.h"
 
@@ -54,7 +54,7 @@ void ExpectCorrection(const Incline_MagneticCorrectParameter& P,
     ExpectNear(P.e, expected.e, tolerance, "e");
 }
 
-// Readings of a sensor whose correction is known: the true field turned, then distorted.
+// Readings of a sensor whose correction is known: the true field, rotated and then distorted.
 struct KnownSensor
 {
     literal::Correction truth{60, -40, 25, 0.05, -0.03, 0.04, 1.1, 0.95};
@@ -63,7 +63,7 @@ struct KnownSensor
     double wobble = 0;       // of the axis [counts]
     double arc = 2 * std::numbers::pi;
 
-    // What the sensor reads in the field (x, y, z).
+    // The reading in the field (x, y, z).
     PoseSensorData Read(double x, double y, double z) const
     {
         const auto& P = truth;
@@ -149,7 +149,8 @@ TEST(Adjust, TranslationIsTheMeanDifferenceOfTheCorrectedReadings)
     ExpectNear(adjust.GetCoorTrans().dZ, sum[2] / 400, 1e-7, "dZ");
 }
 
-// Both turns are exactly about the axes and of one scale: the correction restores the circles.
+// Both turns are exactly about the axes and have the same scale: the correction restores the
+// circles.
 TEST(Adjust, CorrectedTurnsAreCirclesAboutTheOrigin)
 {
     const KnownSensor sensor{.wobble = 0.5};
@@ -191,7 +192,7 @@ TEST(Adjust, StopsAfterOnePassWhereThePlaneIsLevel)
     ExpectCorrection(adjust.GetCorrectPar_A(), expected, 1e-7);
 }
 
-// On a short arc x and y move together, and taking the lean out of each in turn hardly helps.
+// On a short arc x and y move together, and removing the lean from each in turn hardly helps.
 void LoadTurnsThatReachThePassLimit(CInclineSensor_MagneticAdjust& adjust)
 {
     KnownSensor sensor{.wobble = 0.5};
@@ -386,7 +387,7 @@ TEST(Adjust, SamplesStayAndIndicesAreChecked)
     adjust.Horizontal_Add(nullptr);
     adjust.Vertical_Add(&second);
     adjust.Vertical_Add(nullptr);
-    first.dPitch = 9; // the set holds a copy
+    first.dPitch = 9; // the set has its own copy
     const OwnDataFolder folder;
     RecordedBoxes boxes;
     adjust.Adjust();

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Sort_ByAzimuth gives the order of an exchange sort, also for equal azimuths, null and NaN.
+// Sort_ByAzimuth gives the order of an exchange sort, also for equal azimuths, null entries and
+// NaN.
 #include "tests/calibration/FilterTwin.h"
 
 #include <rapidcheck/gtest.h>
@@ -31,7 +32,7 @@ struct Sorted
         literal::Filter::Sort(plain);
     }
 
-    // Places in the given order, -1 for null.
+    // Original positions in sorted order, -1 for null.
     std::vector<int> Order() const
     {
         std::vector<int> order;
@@ -60,7 +61,7 @@ TEST(AzimuthSort, OrdersByAscendingAzimuth)
     EXPECT_EQ(Sorted({30, 10, 20}).Order(), (std::vector{1, 2, 0}));
 }
 
-// By hand: 2a 2b 1 -> the 1 changes places with 2a, which then stands behind 2b.
+// By hand: 2a 2b 1 -> the 1 changes places with 2a, which then follows 2b.
 TEST(AzimuthSort, RotatesEqualAzimuthsAsTheExchangesDo)
 {
     EXPECT_EQ(Sorted({2, 2, 1}).Order(), (std::vector{2, 1, 0}));
@@ -96,7 +97,7 @@ TEST(AzimuthSort, TakesEmptyAndSingleArrays)
     CInclineSensor_Filter_XZ().Sort_ByAzimuth(nullptr);
 }
 
-// Few different values make many equal ones.
+// Few distinct values, so that many azimuths are equal.
 RC_GTEST_PROP(AzimuthSort, EqualsTheExchangeSort, ())
 {
     const auto codes = *rc::gen::container<std::vector<int>>(rc::gen::inRange(-2, 12));

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The correction in closed form from given conics and a line.
+// The closed-form correction from given conics and a line.
 #include "tests/calibration/AdjustTools.h"
 
 #include <gtest/gtest.h>

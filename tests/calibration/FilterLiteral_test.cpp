@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The sample filters against a literal implementation of their rules: equal in every bit.
+// The sample filters compared with a literal implementation of their rules, bit for bit.
 #include "tests/calibration/FilterTwin.h"
 
 #include <rapidcheck/gtest.h>
@@ -146,8 +146,8 @@ TYPED_TEST(FilterLiteral, AnyOrderOfCallsLeavesTheSameState)
     }
 }
 
-// Two passes over half a turn: the samples of the second pass move to other sectors, those of the
-// first, which a long record keeps per sector, stay.
+// Two passes over half a turn: the samples of the second pass move to other sectors; those of the
+// first pass, which a long record keeps per sector, stay.
 TYPED_TEST(FilterLiteral, LongRecordsSeeAzimuthsThatAnOperationMoved)
 {
     Twin<TypeParam> twin;
@@ -193,8 +193,8 @@ TYPED_TEST(FilterLiteral, ReadingsThatAreNotFiniteFollowTheSameRules)
     }
 }
 
-// Readings on a coarse grid: many samples stand still, share an azimuth, turn back or lie on an
-// axis; code 9 is NaN.
+// Readings on a coarse grid: many samples repeat, share an azimuth, turn back or lie on an axis.
+// Code 9 is NaN.
 template <class Filter>
 void CheckGrid(const std::vector<std::tuple<int, int, int, int>>& codes)
 {

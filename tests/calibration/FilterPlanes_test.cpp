@@ -132,7 +132,7 @@ TEST(FilterXZ, AfterClearNewSamplesGetAzimuthsAboutTheOldCenter)
     EXPECT_DOUBLE_EQ(first->dAzimuth, 225) << "the tenth sample moves the center to (15, 15)";
 }
 
-// A drift of y in the middle of the turn: none of the four extreme samples has it.
+// A drift of y in the middle of the turn, which none of the four extreme samples shows.
 TEST(FilterXZ, SamplesThatDriftOutOfThePlaneAreLost)
 {
     for (const double drift : {199.0, 200.0}) {

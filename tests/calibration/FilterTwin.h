@@ -19,7 +19,7 @@ inline constexpr turns::TurnAxis kTurnAxis = turns::TurnAxis::Horizontal;
 template <>
 inline constexpr turns::TurnAxis kTurnAxis<CInclineSensor_Filter_XZ> = turns::TurnAxis::Vertical;
 
-// The protected operations of a filter.
+// Access to the protected operations of a filter.
 template <class Filter>
 struct Reach : Filter
 {
@@ -31,7 +31,7 @@ struct Reach : Filter
     using Filter::Filter_ByTime;
 };
 
-// Equal numbers, or both not a number.
+// Equal numbers, or both NaN.
 inline bool Same(double a, double b)
 {
     return a == b || (std::isnan(a) && std::isnan(b));
@@ -100,7 +100,7 @@ public:
                << fast.GetRecordRate() << " % instead of " << literal.GetRecordRate() << " %";
     }
 
-    // Takes the array over.
+    // Takes ownership of the array.
     ::testing::AssertionResult IsSame(turns::Samples* result, const literal::List& expected)
     {
         const std::unique_ptr<turns::Samples> owner(result);

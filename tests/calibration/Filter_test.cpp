@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The rules of the sample filters one by one, on figures computed by hand.
+// The rules of the sample filters one by one, on values computed by hand.
 #include "tests/calibration/FilterTwin.h"
 
 #include <cmath>
@@ -30,7 +30,7 @@ template <class Filter>
 class SampleFilter : public ::testing::Test
 {
 protected:
-    // A sample that the filter takes over, in its own plane.
+    // A sample in the plane of the filter, which takes ownership of it.
     PoseSensorData* Give(const PoseSensorData& sample)
     {
         auto* given = new PoseSensorData(For<Filter>(sample));
@@ -38,7 +38,7 @@ protected:
         return given;
     }
 
-    // A sample outside the record, which lives as long as the test.
+    // A sample that is not in the record and lives as long as the test.
     PoseSensorData* Keep(const PoseSensorData& sample)
     {
         kept.push_back(std::make_unique<PoseSensorData>(For<Filter>(sample)));
@@ -54,7 +54,7 @@ protected:
         return sample;
     }
 
-    // Places in `array` of what a stage returned.
+    // Indices in `array` of the samples that a stage returned.
     std::vector<int> Places(turns::Samples* result)
     {
         const std::unique_ptr<turns::Samples> owner(result);
@@ -318,7 +318,7 @@ TYPED_TEST(SampleFilter, TimeStageThinsSamplesOfAStandingPole)
     at(30, 52);
     at(31, 54);
     at(32, 55);
-    at(33, 0); // the time ran back: no wrap
+    at(33, 0); // the time went back: it does not wrap
     EXPECT_EQ(this->Places(this->filter.Filter_ByTime(&this->array)), (std::vector{0, 2, 4}));
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// The Kalman filter against its formulas written on plain arrays, and on a published series.
+// The Kalman filter compared with its formulas on plain arrays, and applied to a published series.
 #include "calibration/KFilter.h"
 #include "tests/calibration/AdjustTools.h"
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The fits of the calibration: conics, lines, centers and least squares, on figures computed by hand.
+// The fits of the calibration: conics, lines, centers and least squares, on values computed by
+// hand.
 #include "tests/calibration/AdjustTools.h"
 #include "tests/reference/LiteralAdjust.h"
 
@@ -30,7 +31,7 @@ struct KnownEllipse
         return {ColumnOf(u), ColumnOf(v)};
     }
 
-    // Of the quadratic form with the axes' inverse squares as eigenvalues, scaled to trace 1.
+    // The quadratic form whose eigenvalues are the inverse squares of the axes, scaled to trace 1.
     std::pair<double, double> Shape() const
     {
         const double turn = direction * std::numbers::pi / 180;
@@ -89,8 +90,8 @@ TEST(EllipseFit, RefusesWrongShapesAndFewerThanFivePoints)
     EXPECT_EQ(p.getRowSize(), 1) << "nothing is written";
 }
 
-// The points of v² − u² = 1: p0 = −(1 − p0) has no solution, so a hyperbola 2u² − v² = −1 is
-// taken, whose coefficients sum to 1 as they stand.
+// The hyperbola v² − u² = 1 cannot be used: p0 = −(1 − p0) has no solution. The coefficients of
+// 2u² − v² = −1 sum to 1 without scaling.
 TEST(EllipseFit, RejectsAHyperbolaAndStillFillsIt)
 {
     std::vector<double> u, v;

@@ -7,7 +7,7 @@
 
 namespace {
 
-// The smoother of one reading: gain and variance of a constant value with noise 16 and 16.
+// The smoother of one reading: gain and variance for a constant value, both noise variances 16.
 std::vector<double> Smoothed(const std::vector<double>& readings)
 {
     std::vector<double> smoothed{readings.at(0)};

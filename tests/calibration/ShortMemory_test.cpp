@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Whichever allocation fails: no exception comes out, nothing leaks, and a call that reports success
-// has the result that it has with enough memory.
+// Whichever allocation fails: no exception escapes, nothing leaks, and a call that reports success
+// has the same result as with enough memory.
 #include "calibration/KFilter.h"
 #include "tests/calibration/AdjustTools.h"
 #include "tests/calibration/FilterTwin.h"
@@ -19,7 +19,7 @@ using reference::AllocationRound;
 using reference::ForEveryFailingAllocation;
 using turns::TurnAxis;
 
-// Answers message boxes without allocating.
+// Handles message boxes without allocating.
 class SilentBoxes
 {
 public:
@@ -69,7 +69,7 @@ protected:
             delete array[i];
     }
 
-    // `stage` returns null or what it returns with enough memory.
+    // `stage` returns null, or the same result as with enough memory.
     template <class Stage>
     void CheckStage(Stage stage)
     {
@@ -143,7 +143,7 @@ class AdjustShortOfMemory : public WithFailingAllocations
 protected:
     using Turn = std::vector<PoseSensorData>;
 
-    // Adjust returns 0, or 1 with the results that it has with enough memory.
+    // Adjust returns 0, or 1 with the same results as with enough memory.
     static void CheckAdjust(const Turn& horizontal, const Turn& vertical)
     {
         const OwnDataFolder folder;
@@ -172,7 +172,7 @@ TEST_F(AdjustShortOfMemory, ReportsAFailure)
                 turns::Make({.samples = 60}, TurnAxis::Vertical));
 }
 
-// The readings lie so far off that the sums over the turn are not used.
+// The readings are so far from the origin that the sums over the turn are not used.
 TEST_F(AdjustShortOfMemory, ReportsAFailureOfTheFitsToo)
 {
     const turns::Shape far{.samples = 60, .offset = 9000};
