@@ -19,7 +19,7 @@ struct Sorted
     turns::Samples fast;
     literal::List plain;
 
-    // One sample per azimuth; a negative one stands for a null entry.
+    // One sample per azimuth; a negative one makes a null entry.
     explicit Sorted(const std::vector<double>& azimuths)
         : samples(azimuths.size()), mirror(azimuths.size())
     {

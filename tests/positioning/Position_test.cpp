@@ -427,7 +427,7 @@ void Raise(double& worst, double difference)
     if (!(difference <= worst)) worst = difference;
 }
 
-// Largest differences from the formulas written out, over random samples.
+// Largest differences from the literal formulas over random samples.
 Worst CompareWithFormulas(int type, double steepest, int samples, unsigned seed)
 {
     std::mt19937 random(seed);
