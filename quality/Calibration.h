@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// What goes into the judgement of a calibration, and what a calibration is made of.
+// A calibration, and the samples it was computed from.
 //
 //   angles    degrees
 //   readings  raw sensor counts; A and B are mounted with x and y opposed
+//
+//     CalibrationTurns turns;
+//     turns.horizontal.push_back(sample); // for every sample of either turn
+//     const CalibrationRun run = RunSolver(turns);
 #pragma once
 
 #include "positioning/MagneticParameters.h"
@@ -34,10 +38,10 @@ struct CalibrationTurns
 struct CalibrationRun
 {
     CalibrationTurns recorded; // before screening
-    CalibrationTurns used;     // after it: what the solver was given
-    Calibration calibration;   // what it found, with the bias angles that will be used with it
-    int solverAnswer = 1;      // of CInclineSensor_MagneticAdjust::Adjust
-    int sensorType = 1;        // as CInclineSensor_Position::SetSensorType takes it
+    CalibrationTurns used;     // after it: the input of the solver
+    Calibration calibration;   // the result, with the bias angles that the host will use with it
+    int solverAnswer = 1;      // result of CInclineSensor_MagneticAdjust::Adjust
+    int sensorType = 1;        // as for CInclineSensor_Position::SetSensorType
 };
 
 } // namespace quality

@@ -11,17 +11,18 @@
 
 namespace quality {
 
-/// Screens each turn by its filter (CInclineSensor_Filter_XY, CInclineSensor_Filter_XZ) and hands
-/// what is left to CInclineSensor_MagneticAdjust, which tells its failures by message boxes and
-/// leaves a dump of the samples. The bias angles stay 0.
+/// Screens each turn with its filter (CInclineSensor_Filter_XY, CInclineSensor_Filter_XZ) and passes
+/// the remaining samples to CInclineSensor_MagneticAdjust, which shows a message box and appends the
+/// samples to a dump file when it fails. The bias angles stay 0.
 ///
-/// @param recorded    raw samples of both turns, in order of time
-/// @param sensorType  goes into the run
-/// @param select      thins each screened turn to about so many samples; 0 keeps them all
+/// @param recorded    raw samples of both turns, in order of time [counts, degrees]
+/// @param sensorType  stored in the run
+/// @param select      thins each screened turn to about this many samples; 0 keeps them all
 TILTPOLE_API CalibrationRun RunSolver(CalibrationTurns recorded, int sensorType = 1,
                                       int select = 0);
 
-/// The solver alone, on turns that are screened already: `used` becomes the run's both turns.
+/// Runs the solver alone, on turns that are screened already: the run has `used` as its recorded and
+/// its used turns.
 TILTPOLE_API CalibrationRun RunSolverUnscreened(CalibrationTurns used, int sensorType = 1);
 
 } // namespace quality

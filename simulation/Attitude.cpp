@@ -2,6 +2,10 @@
 #include "simulation/Attitude.h"
 
 #include "simulation/PortableMath.h"
+#include "survey/SensorAxes.h"
+#include "survey/TurnAngle.h"
+
+namespace survey = tiltpole::survey;
 
 namespace simulation {
 
@@ -11,17 +15,17 @@ Matrix AttitudeOf(const PoseAngles& angles)
     const auto [sp, cp] = SineCosineOf(angles.pitch);
     const auto [sr, cr] = SineCosineOf(angles.roll);
     return {
-        {Vector{ch * cp, ch * sp * sr - sh * cr, ch * sp * cr + sh * sr},
-         Vector{sh * cp, sh * sp * sr + ch * cr, sh * sp * cr - ch * sr},
-         Vector{-sp, cp * sr, cp * cr}}
+        {Point3{ch * cp, ch * sp * sr - sh * cr, ch * sp * cr + sh * sr},
+         Point3{sh * cp, sh * sp * sr + ch * cr, sh * sp * cr - ch * sr},
+         Point3{-sp, cp * sr, cp * cr}}
     };
 }
 
 PoseAngles AnglesOf(const Matrix& attitude)
 {
-    const Vector& down = attitude.rows[2]; // in body axes
+    const Point3& down = attitude.rows[2]; // in body axes
     const double level = std::sqrt(down.y * down.y + down.z * down.z);
-    return {WrapHeading(ArcTangent(attitude.rows[1].x, attitude.rows[0].x)),
+    return {survey::InTurn(ArcTangent(attitude.rows[1].x, attitude.rows[0].x)),
             ArcTangent(-down.x, level), ArcTangent(down.y, down.z)};
 }
 
@@ -37,47 +41,42 @@ PoseAngles AnglesOfLean(double heading, double lean, double leanAzimuth)
 }
 
 // Rodrigues: v cos + (k x v) sin + k (k.v)(1 - cos)
-Matrix RotationAbout(const Vector& k, double degrees)
+Matrix RotationAbout(const Point3& k, double degrees)
 {
     const auto [s, c] = SineCosineOf(degrees);
     const double t = 1.0 - c;
     return {
-        {Vector{c + k.x * k.x * t, k.x * k.y * t - k.z * s, k.x * k.z * t + k.y * s},
-         Vector{k.y * k.x * t + k.z * s, c + k.y * k.y * t, k.y * k.z * t - k.x * s},
-         Vector{k.z * k.x * t - k.y * s, k.z * k.y * t + k.x * s, c + k.z * k.z * t}}
+        {Point3{c + k.x * k.x * t, k.x * k.y * t - k.z * s, k.x * k.z * t + k.y * s},
+         Point3{k.y * k.x * t + k.z * s, c + k.y * k.y * t, k.y * k.z * t - k.x * s},
+         Point3{k.z * k.x * t - k.y * s, k.z * k.y * t + k.x * s, c + k.z * k.z * t}}
     };
 }
 
-Vector ToSensorAxes(int sensorType, const Vector& body)
+Point3 ToSensorAxes(int sensorType, const Point3& body)
 {
-    if (sensorType == 1) return {body.x, -body.y, -body.z};
+    if (survey::AxesOf(sensorType) == survey::SensorAxes::ForwardLeftUp)
+        return {body.x, -body.y, -body.z};
     return {body.y, body.x, -body.z};
 }
 
-Vector ToSensorAxesB(int sensorType, const Vector& body)
+Point3 ToSensorAxesB(int sensorType, const Point3& body)
 {
-    const Vector a = ToSensorAxes(sensorType, body);
+    const Point3 a = ToSensorAxes(sensorType, body);
     return {-a.x, -a.y, a.z};
 }
 
 // The rotation between the attitudes, axis times angle: its skew part is the axis times the sine,
 // its trace gives the cosine.
-Vector RateBetween(const Matrix& from, const Matrix& to, double seconds)
+Point3 RateBetween(const Matrix& from, const Matrix& to, double seconds)
 {
     const Matrix step = from.Transposed() * to;
-    const Vector skew{0.5 * (step.rows[2].y - step.rows[1].z),
+    const Point3 skew{0.5 * (step.rows[2].y - step.rows[1].z),
                       0.5 * (step.rows[0].z - step.rows[2].x),
                       0.5 * (step.rows[1].x - step.rows[0].y)};
     const double sine = Length(skew);
     if (sine == 0.0) return {};
     const double cosine = 0.5 * (step.rows[0].x + step.rows[1].y + step.rows[2].z - 1.0);
     return (ArcTangent(sine, cosine) / sine / seconds) * skew;
-}
-
-double WrapHeading(double degrees)
-{
-    const double wrapped = degrees - 360.0 * std::floor(degrees / 360.0);
-    return wrapped < 360.0 ? wrapped : 0.0;
 }
 
 } // namespace simulation

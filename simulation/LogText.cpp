@@ -36,7 +36,7 @@ public:
     }
 
     void Whole(long long value) { fmt::format_to(std::back_inserter(m_text), ",{}", value); }
-    void Points(const Point& p) { Numbers(kMetreDecimals, p.x, p.y, p.h); }
+    void Points(const Point3& p) { Numbers(kMetreDecimals, p.x, p.y, p.z); }
 
     void Sensor(std::size_t index, const PoseSensorData& s)
     {

@@ -2,6 +2,7 @@
 #include "simulation/Points.h"
 
 #include "simulation/PortableMath.h"
+#include "survey/TurnAngle.h"
 #include <algorithm>
 
 namespace simulation {
@@ -11,8 +12,8 @@ namespace {
 constexpr int kMostPoints = 1'000'000;
 constexpr int kTriesPerPoint = 2000;
 
-// A direction evenly spread over the sphere: its height is even in [-1, 1].
-Point RandomDirection(Generator& random)
+// A direction uniform over the sphere: its height is uniform in [-1, 1].
+Point3 RandomDirection(Generator& random)
 {
     const double h = random.Uniform(-1.0, 1.0);
     const auto [s, c] = SineCosineOf(random.Uniform(0.0, 360.0));
@@ -30,7 +31,7 @@ public:
           m_outliers(seed, Stream::Outliers)
     {}
 
-    // Even over the zone of the sphere: the cosine of the lean is even between its bounds.
+    // Uniform over the zone of the sphere: the cosine of the lean is uniform between its bounds.
     AntennaPosition Next(bool outlier)
     {
         const double cosine = m_place.Uniform(m_most, m_least);
@@ -41,8 +42,8 @@ public:
 
         AntennaPosition position;
         position.lean = ArcTangent(sine, cosine);
-        position.azimuth = WrapHeading(azimuth);
-        position.truth = m_plan.tip + Point{length * sine * c, length * sine * s, length * cosine};
+        position.azimuth = tiltpole::survey::InTurn(azimuth);
+        position.truth = m_plan.tip + Point3{length * sine * c, length * sine * s, length * cosine};
         position.antenna = position.truth + Noise();
         position.outlier = outlier;
         if (outlier) position.antenna = position.antenna + Blunder();
@@ -51,18 +52,18 @@ public:
     }
 
 private:
-    Point Noise()
+    Point3 Noise()
     {
         const double x = m_plan.planNoise * m_noise.Normal();
         const double y = m_plan.planNoise * m_noise.Normal();
         return {x, y, m_plan.heightNoise * m_noise.Normal()};
     }
 
-    Point Blunder()
+    Point3 Blunder()
     {
-        const Point direction = RandomDirection(m_outliers);
+        const Point3 direction = RandomDirection(m_outliers);
         const double size = m_plan.outlierSize;
-        return {size * direction.x, size * direction.y, size * direction.h};
+        return {size * direction.x, size * direction.y, size * direction.z};
     }
 
     const PointsPlan& m_plan;
@@ -78,7 +79,7 @@ bool StandsApart(const AntennaPosition& next, const std::vector<AntennaPosition>
                  double spacing)
 {
     return std::ranges::none_of(held, [&next, spacing](const AntennaPosition& other) {
-        const Point d = next.antenna - other.antenna;
+        const Point3 d = next.antenna - other.antenna;
         return d.x * d.x + d.y * d.y < spacing * spacing;
     });
 }

@@ -15,12 +15,12 @@ namespace simulation {
 struct PointsPlan
 {
     int points = 20;
-    Point tip{4500000.0, 500000.0, 100.0}; // [m]
-    double poleLength = 2.0;               // antenna to tip [m]
-    double leastLean = 5.0;                // [degrees]
-    double mostLean = 35.0;                // [degrees], below 90
-    double azimuth = 0.0;                  // middle of the range of leaning azimuths [degrees]
-    double width = 360.0;                  // of that range [degrees]
+    Point3 tip{4500000.0, 500000.0, 100.0}; // [m]
+    double poleLength = 2.0;                // antenna to tip [m]
+    double leastLean = 5.0;                 // [degrees]
+    double mostLean = 35.0;                 // [degrees], below 90
+    double azimuth = 0.0;                   // middle of the range of leaning azimuths [degrees]
+    double width = 360.0;                   // of that range [degrees]
     double spacing = 0.0;       // least distance between two noisy positions in the plane [m]
     double planNoise = 0.008;   // standard deviation of each plane coordinate [m]
     double heightNoise = 0.015; // [m]
@@ -31,8 +31,8 @@ struct PointsPlan
 
 struct AntennaPosition
 {
-    Point antenna;        // with noise [m]
-    Point truth;          // without [m]
+    Point3 antenna;       // with noise [m]
+    Point3 truth;         // without [m]
     double incline = 0.0; // reported lean of the pole [degrees]
     double lean = 0.0;    // true lean [degrees]
     double azimuth = 0.0; // the upper end leans towards it [degrees]

@@ -2,34 +2,30 @@
 #include "simulation/Pole.h"
 
 #include "simulation/PortableMath.h"
+#include "survey/Angle.h"
+#include "survey/SensorAxes.h"
 #include <algorithm>
 
 namespace simulation {
 
 namespace {
 
-constexpr double kPlumb = 1e-6 * 57.2957795130823208768; // [degrees]: below it there is no step
+using tiltpole::survey::AxesOf;
+using tiltpole::survey::kDegreesPerRadian;
+using tiltpole::survey::kTurnedProjectionType;
+using tiltpole::survey::Rotation;
+using tiltpole::survey::SensorAxes;
 
-// The direction whose cosine is given, to the left or to the right of an azimuth.
-struct Direction
-{
-    double cosine;
-    double sine;
-};
+constexpr double kPlumb = 1e-6 * kDegreesPerRadian; // [degrees]: below it the pole counts as plumb
 
-Direction Beside(double cosine, bool left)
+// The angle in [0, 180] degrees whose cosine is given.
+Rotation ArcCosineOf(double cosine)
 {
-    const double cut = std::clamp(cosine, -1.0, 1.0);
-    const double sine = std::sqrt(1.0 - cut * cut);
-    return {cut, left ? -sine : sine};
+    const double limited = std::clamp(cosine, -1.0, 1.0);
+    return {limited, std::sqrt(1.0 - limited * limited)};
 }
 
-Direction Sum(const Direction& a, const Direction& b)
-{
-    return {a.cosine * b.cosine - a.sine * b.sine, a.sine * b.cosine + a.cosine * b.sine};
-}
-
-// Slopes of the two tilt axes: sines and cosines of the angles that the positioning works with.
+// Slopes of the two tilt axes: sines and cosines of the angles that CInclineSensor_Position uses.
 struct Slopes
 {
     SineCosine first;
@@ -42,7 +38,7 @@ Slopes SlopesOf(int sensorType, const PoseAngles& angles)
 {
     const SineCosine pitch = SineCosineOf(angles.pitch);
     const SineCosine roll = SineCosineOf(angles.roll);
-    if (sensorType == 1) {
+    if (AxesOf(sensorType) == SensorAxes::ForwardLeftUp) {
         const double square = std::min(pitch.sine * pitch.sine + roll.sine * roll.sine, 1.0);
         return {pitch, roll, std::sqrt(square), std::sqrt(1.0 - square)};
     }
@@ -59,28 +55,29 @@ Slopes SlopesOf(int sensorType, const PoseAngles& angles)
 
 } // namespace
 
-Point RigidStep(const PoseAngles& angles)
+Point3 RigidStep(const PoseAngles& angles)
 {
     const Matrix attitude = AttitudeOf(angles);
-    const Vector down = attitude.Column(2);
+    const Point3 down = attitude.Column(2);
     return {down.x, down.y, -down.z};
 }
 
-Point SolvedStep(int sensorType, const PoseAngles& angles)
+Point3 SolvedStep(int sensorType, const PoseAngles& angles)
 {
     const Slopes s = SlopesOf(sensorType, angles);
-    const bool plumb = std::fabs(s.first.sine) * 57.2957795130823208768 < kPlumb
-                       && std::fabs(s.second.sine) * 57.2957795130823208768 < kPlumb;
+    const bool plumb = std::fabs(s.first.sine) * kDegreesPerRadian < kPlumb
+                       && std::fabs(s.second.sine) * kDegreesPerRadian < kPlumb;
     if (plumb) return {0.0, 0.0, -1.0};
 
     const SineCosine heading = SineCosineOf(angles.heading);
     const double steep = s.cosineOfLean / s.sineOfLean; // tangent of the elevation
     const double first = s.first.sine / s.first.cosine;
     const double second = s.second.sine / s.second.cosine;
-    Direction azimuth =
-        Sum({heading.cosine, heading.sine}, Beside(steep * first, s.second.sine > 0.0));
-    if (sensorType == 2) azimuth = Sum(azimuth, Beside(-first * second, false));
-    return {s.sineOfLean * azimuth.cosine, s.sineOfLean * azimuth.sine, -s.cosineOfLean};
+    const Rotation beside = ArcCosineOf(steep * first);
+    Rotation azimuth =
+        Rotation{heading.cosine, heading.sine} + (s.second.sine > 0.0 ? -beside : beside);
+    if (sensorType == kTurnedProjectionType) azimuth = azimuth + ArcCosineOf(-first * second);
+    return {s.sineOfLean * azimuth.cos, s.sineOfLean * azimuth.sin, -s.cosineOfLean};
 }
 
 // The coefficient (2T - t)/(2T + t) is exp(-t/T) to (t/T)^3/12 and needs no exponential.
@@ -92,20 +89,20 @@ AntennaErrors::AntennaErrors(const AntennaNoise& noise, double interval, std::ui
     m_renew = std::sqrt(1.0 - m_keep * m_keep);
     m_slow = {m_random.Normal(), 0.0, 0.0};
     m_slow.y = m_random.Normal();
-    m_slow.h = m_random.Normal();
+    m_slow.z = m_random.Normal();
 }
 
-Point AntennaErrors::Next()
+Point3 AntennaErrors::Next()
 {
     const auto step = [this](double& slow, double slowDeviation, double whiteDeviation) {
         const double error = slowDeviation * slow + whiteDeviation * m_random.Normal();
         slow = m_keep * slow + m_renew * m_random.Normal();
         return error;
     };
-    Point error;
+    Point3 error;
     error.x = step(m_slow.x, m_noise.slowPlan, m_noise.whitePlan);
     error.y = step(m_slow.y, m_noise.slowPlan, m_noise.whitePlan);
-    error.h = step(m_slow.h, m_noise.slowHeight, m_noise.whiteHeight);
+    error.z = step(m_slow.z, m_noise.slowHeight, m_noise.whiteHeight);
     return error;
 }
 

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "simulation/PortableMath.h"
 
+#include "survey/Angle.h"
+
 #include <array>
 #include <bit>
 #include <cmath>
@@ -10,8 +12,13 @@ namespace simulation {
 
 namespace {
 
-constexpr double kRadian = 0.0174532925199432957692; // pi / 180
-constexpr double kDegree = 57.2957795130823208768;   // 180 / pi
+using tiltpole::survey::kDegreesPerRadian;
+
+constexpr double kRadiansPerDegree = tiltpole::survey::kPi / 180.0;
+
+// A simulated log depends on the last bit of both.
+static_assert(kRadiansPerDegree == 0.0174532925199432957692);
+static_assert(kDegreesPerRadian == 57.2957795130823208768);
 
 // sin x = x - x^3/3! + x^5/5! - ..., |x| <= pi/4: the first term left out is below 1e-19.
 double SineSeries(double x)
@@ -54,7 +61,7 @@ double ArcTangentSeries(double t)
     sum = sum * q - 1.0 / 7.0;
     sum = sum * q + 1.0 / 5.0;
     sum = sum * q - 1.0 / 3.0;
-    return (t + t * (sum * q)) * kDegree;
+    return (t + t * (sum * q)) * kDegreesPerRadian;
 }
 
 // atan(i / 8) [degrees]
@@ -84,7 +91,7 @@ double ArcTangentBelowOne(double low, double high)
 SineCosine SineCosineOf(double degrees)
 {
     const double quarters = std::floor(degrees / 90.0 + 0.5);
-    const double x = (degrees - quarters * 90.0) * kRadian; // the difference is exact
+    const double x = (degrees - quarters * 90.0) * kRadiansPerDegree; // the difference is exact
     const double s = SineSeries(x);
     const double c = CosineSeries(x);
     switch (static_cast<std::int64_t>(quarters) & 3) {

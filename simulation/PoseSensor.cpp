@@ -2,7 +2,10 @@
 #include "simulation/PoseSensor.h"
 
 #include "simulation/PortableMath.h"
+#include "survey/Reading.h"
 #include <algorithm>
+
+namespace survey = tiltpole::survey;
 
 namespace simulation {
 
@@ -12,7 +15,7 @@ constexpr double kGravity = 9.80665; // [m/s^2] per g
 constexpr double kSecondsADay = 86400.0;
 constexpr double kMagnetRise = 0.5; // [s] from nothing to full strength
 
-Vector FromPolar(double strength, double azimuth, double below)
+Point3 FromPolar(double strength, double azimuth, double below)
 {
     const auto [sa, ca] = SineCosineOf(azimuth);
     const auto [sb, cb] = SineCosineOf(below);
@@ -29,9 +32,9 @@ double PresenceOf(const Magnet& magnet, double seconds)
 }
 
 // At magnetometer A, in body axes.
-Vector FieldOf(const Magnet& magnet, double presence, const Matrix& toBody)
+Point3 FieldOf(const Magnet& magnet, double presence, const Matrix& toBody)
 {
-    const Vector full = FromPolar(magnet.strength * presence, magnet.azimuth, -magnet.elevation);
+    const Point3 full = FromPolar(magnet.strength * presence, magnet.azimuth, -magnet.elevation);
     return magnet.onPole ? full : toBody * full;
 }
 
@@ -40,7 +43,7 @@ double RoundedTo(double step, double value)
     return step > 0.0 ? std::floor(value / step + 0.5) * step : value;
 }
 
-Vector NormalVector(Generator& random)
+Point3 NormalVector(Generator& random)
 {
     const double x = random.Normal();
     const double y = random.Normal();
@@ -70,7 +73,7 @@ PoseAngles ReportedAngles(RollReport report, const PoseAngles& angles)
     return {angles.heading, angles.pitch, ArcTangent(below, level)};
 }
 
-Vector LevelField(const EarthField& field)
+Point3 LevelField(const EarthField& field)
 {
     return FromPolar(field.strength, field.declination, field.dip);
 }
@@ -78,8 +81,8 @@ Vector LevelField(const EarthField& field)
 std::optional<Matrix> InverseOf(const Matrix& m)
 {
     const auto& [r0, r1, r2] = m.rows;
-    const auto cross = [](const Vector& p, const Vector& q) {
-        return Vector{p.y * q.z - p.z * q.y, p.z * q.x - p.x * q.z, p.x * q.y - p.y * q.x};
+    const auto cross = [](const Point3& p, const Point3& q) {
+        return Point3{p.y * q.z - p.z * q.y, p.z * q.x - p.x * q.z, p.x * q.y - p.y * q.x};
     };
     const double determinant = Dot(r0, cross(r1, r2));
     if (determinant == 0.0) return std::nullopt;
@@ -92,7 +95,7 @@ std::optional<Matrix> InverseOf(const Matrix& m)
 }
 
 // M = D11 D^-1 has 1 in its first place; the offset is M times the hard iron.
-std::optional<Incline_MagneticCorrectParameter> CorrectionOf(const Magnetometer& magnetometer)
+std::optional<Incline_MagneticCorrectParameter> CorrectionOf(const MagnetometerModel& magnetometer)
 {
     const auto& [r0, r1, r2] = magnetometer.softIron.rows;
     if (r0.y != 0.0 || r0.z != 0.0 || r1.z != 0.0) return std::nullopt;
@@ -104,7 +107,7 @@ std::optional<Incline_MagneticCorrectParameter> CorrectionOf(const Magnetometer&
     p.e = r0.x / r2.z;
     p.d = -r2.y / r2.z * p.b;
     p.c = -(r2.x + r2.y * p.a) / r2.z;
-    const Vector& h = magnetometer.hardIron;
+    const Point3& h = magnetometer.hardIron;
     p.x0 = h.x;
     p.y0 = p.a * h.x + p.b * h.y;
     p.z0 = p.c * h.x + p.d * h.y + p.e * h.z;
@@ -141,31 +144,27 @@ PoseSensorData SensorReadings::Read(const Motion& before, const Motion& now, con
 void SensorReadings::ReadMagnetometers(const Matrix& toBody, double seconds, PoseSensorData& sample,
                                        PoseTruth& truth)
 {
-    Vector atA = toBody * m_field;
-    Vector atB = atA;
+    Point3 atA = toBody * m_field;
+    Point3 atB = atA;
     truth.disturbed = false;
     for (const Magnet& magnet : m_magnets) {
         const double presence = PresenceOf(magnet, seconds);
         if (presence == 0.0) continue;
-        const Vector disturbance = FieldOf(magnet, presence, toBody);
+        const Point3 disturbance = FieldOf(magnet, presence, toBody);
         atA = atA + disturbance;
         atB = atB + magnet.shareAtB * disturbance;
         truth.disturbed = true;
     }
-    const Vector a = Distorted(m_sensor.a, ToSensorAxes(m_sensor.type, atA), m_noiseA);
-    const Vector b = Distorted(m_sensor.b, ToSensorAxesB(m_sensor.type, atB), m_noiseB);
-    sample.dMag_x = a.x;
-    sample.dMag_y = a.y;
-    sample.dMag_z = a.z;
-    sample.dMag_x_2 = b.x;
-    sample.dMag_y_2 = b.y;
-    sample.dMag_z_2 = b.z;
+    const Point3 a = Distorted(m_sensor.a, ToSensorAxes(m_sensor.type, atA), m_noiseA);
+    const Point3 b = Distorted(m_sensor.b, ToSensorAxesB(m_sensor.type, atB), m_noiseB);
+    SetReading(sample, survey::Magnetometer::A, {a.x, a.y, a.z});
+    SetReading(sample, survey::Magnetometer::B, {b.x, b.y, b.z});
 }
 
-Vector SensorReadings::Distorted(const Magnetometer& magnetometer, const Vector& field,
+Point3 SensorReadings::Distorted(const MagnetometerModel& magnetometer, const Point3& field,
                                  Generator& noise) const
 {
-    Vector raw = magnetometer.softIron * field + magnetometer.hardIron;
+    Point3 raw = magnetometer.softIron * field + magnetometer.hardIron;
     if (magnetometer.noise > 0.0) raw = raw + magnetometer.noise * NormalVector(noise);
     const double step = m_sensor.magneticStep;
     return {RoundedTo(step, raw.x), RoundedTo(step, raw.y), RoundedTo(step, raw.z)};
@@ -185,12 +184,12 @@ void SensorReadings::ReadTilt(const PoseAngles& angles, PoseSensorData& sample)
 void SensorReadings::ReadInertial(const Motion& before, const Motion& now, const Motion& after,
                                   double interval, PoseSensorData& sample)
 {
-    const Vector bodyRate = RateBetween(before.attitude, after.attitude, 2.0 * interval);
-    Vector rate = ToSensorAxes(m_sensor.type, bodyRate) + m_sensor.gyroBias;
-    const Vector bend = before.position + after.position - 2.0 * now.position;
-    const Vector gravity{0.0, 0.0, 1.0};
-    const Vector force = 1.0 / (interval * interval * kGravity) * bend - gravity;
-    Vector acceleration = ToSensorAxes(m_sensor.type, now.attitude.Transposed() * force);
+    const Point3 bodyRate = RateBetween(before.attitude, after.attitude, 2.0 * interval);
+    Point3 rate = ToSensorAxes(m_sensor.type, bodyRate) + m_sensor.gyroBias;
+    const Point3 bend = before.position + after.position - 2.0 * now.position;
+    const Point3 gravity{0.0, 0.0, 1.0};
+    const Point3 force = 1.0 / (interval * interval * kGravity) * bend - gravity;
+    Point3 acceleration = ToSensorAxes(m_sensor.type, now.attitude.Transposed() * force);
     if (m_sensor.gyroNoise > 0.0) rate = rate + m_sensor.gyroNoise * NormalVector(m_noiseInertial);
     if (m_sensor.accelerationNoise > 0.0)
         acceleration = acceleration + m_sensor.accelerationNoise * NormalVector(m_noiseInertial);

@@ -29,10 +29,10 @@ struct EarthField
     double declination = 0.0; // [degrees] of magnetic north, east of the plane's x axis
 };
 
-struct Magnetometer
+struct MagnetometerModel
 {
     Matrix softIron{};  // distortion of the field; identity: none
-    Vector hardIron{};  // reading where there is no field [counts]
+    Point3 hardIron{};  // reading where there is no field [counts]
     double noise = 0.0; // standard deviation per axis [counts]
 };
 
@@ -45,15 +45,15 @@ enum class RollReport : std::uint8_t {
 struct PoseSensor
 {
     int type = 1; // sensor type of the heading computation
-    Magnetometer a{};
-    Magnetometer b{};
+    MagnetometerModel a{};
+    MagnetometerModel b{};
     double magneticStep = 0.0; // readings are multiples of it [counts]; 0: not rounded
     RollReport rollReport = RollReport::Levelling;
     double pitchOffset = 0.0;       // added to the reported pitch [degrees]
     double rollOffset = 0.0;        // added to the reported roll [degrees]
     double tiltNoise = 0.0;         // standard deviation of pitch and roll [degrees]
     double gyroNoise = 0.0;         // standard deviation per axis [degrees/s]
-    Vector gyroBias{};              // [degrees/s]
+    Point3 gyroBias{};              // [degrees/s]
     double accelerationNoise = 0.0; // standard deviation per axis [g]
 };
 
@@ -81,20 +81,20 @@ struct PoseTruth
 struct Motion
 {
     Matrix attitude;
-    Vector position; // of the sensor, level frame [m]
+    Point3 position; // of the sensor, level frame [m]
 };
 
 /// What the sensor reports of these angles, offsets and noise aside.
 PoseAngles ReportedAngles(RollReport report, const PoseAngles& angles);
 
 /// The earth's field in the level frame [counts].
-Vector LevelField(const EarthField& field);
+Point3 LevelField(const EarthField& field);
 
 /// The correction parameters with which the heading comes out true: corrected readings are the true
 /// field times the soft iron's first element.
 /// @return nothing when the soft iron is not lower triangular or has a zero on its diagonal: eight
 ///         values cannot undo it
-std::optional<Incline_MagneticCorrectParameter> CorrectionOf(const Magnetometer& magnetometer);
+std::optional<Incline_MagneticCorrectParameter> CorrectionOf(const MagnetometerModel& magnetometer);
 
 /// The bias angle of magnetometer A under which headings count from the plane's x axis [degrees].
 /// B's own x axis points backwards: its heading is 180 degrees from that of A.
@@ -125,11 +125,12 @@ private:
     void ReadTilt(const PoseAngles& angles, PoseSensorData& sample);
     void ReadInertial(const Motion& before, const Motion& now, const Motion& after, double interval,
                       PoseSensorData& sample);
-    Vector Distorted(const Magnetometer& magnetometer, const Vector& field, Generator& noise) const;
+    Point3 Distorted(const MagnetometerModel& magnetometer, const Point3& field,
+                     Generator& noise) const;
 
     PoseSensor m_sensor;
     std::vector<Magnet> m_magnets;
-    Vector m_field;
+    Point3 m_field;
     Generator m_noiseA;
     Generator m_noiseB;
     Generator m_noiseTilt;

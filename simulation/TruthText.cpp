@@ -9,27 +9,27 @@ namespace {
 
 using Json = nlohmann::ordered_json;
 
-Json JsonOf(const Vector& v)
+Json VectorJson(const Point3& v)
 {
     return Json::array({v.x, v.y, v.z});
 }
 
-Json JsonOf(const Point& p)
+Json PlaceJson(const Point3& p)
 {
     return {
         {"x", p.x},
         {"y", p.y},
-        {"h", p.h}
+        {"h", p.z}
     };
 }
 
 Json JsonOf(const Matrix& m)
 {
-    return Json::array({JsonOf(m.rows[0]), JsonOf(m.rows[1]), JsonOf(m.rows[2])});
+    return Json::array({VectorJson(m.rows[0]), VectorJson(m.rows[1]), VectorJson(m.rows[2])});
 }
 
 // Null where eight values cannot undo the soft iron.
-Json CorrectionJson(const Magnetometer& magnetometer)
+Json CorrectionJson(const MagnetometerModel& magnetometer)
 {
     const auto p = CorrectionOf(magnetometer);
     if (!p) return nullptr;
@@ -45,12 +45,12 @@ Json CorrectionJson(const Magnetometer& magnetometer)
     };
 }
 
-Json JsonOf(const Magnetometer& magnetometer)
+Json JsonOf(const MagnetometerModel& magnetometer)
 {
     const auto inverse = InverseOf(magnetometer.softIron);
     return {
         {"soft_iron",         JsonOf(magnetometer.softIron)             },
-        {"hard_iron",         JsonOf(magnetometer.hardIron)             },
+        {"hard_iron",         VectorJson(magnetometer.hardIron)         },
         {"noise",             magnetometer.noise                        },
         {"correction",        CorrectionJson(magnetometer)              },
         {"soft_iron_inverse", inverse ? JsonOf(*inverse) : Json(nullptr)}
@@ -70,7 +70,7 @@ Json JsonOf(const PoseSensor& sensor)
         {"roll_offset",          sensor.rollOffset                      },
         {"tilt_noise",           sensor.tiltNoise                       },
         {"gyro_noise",           sensor.gyroNoise                       },
-        {"gyro_bias",            JsonOf(sensor.gyroBias)                },
+        {"gyro_bias",            VectorJson(sensor.gyroBias)            },
         {"acceleration_noise_g", sensor.accelerationNoise               }
     };
 }
@@ -78,10 +78,10 @@ Json JsonOf(const PoseSensor& sensor)
 Json JsonOf(const EarthField& field)
 {
     return {
-        {"strength",        field.strength           },
-        {"dip",             field.dip                },
-        {"declination",     field.declination        },
-        {"north_east_down", JsonOf(LevelField(field))}
+        {"strength",        field.strength               },
+        {"dip",             field.dip                    },
+        {"declination",     field.declination            },
+        {"north_east_down", VectorJson(LevelField(field))}
     };
 }
 
@@ -163,7 +163,7 @@ Json JsonOf(const AntennaNoise& noise)
     };
 }
 
-// Northing is x, easting is y; said in the file, since a reader may not have the manual at hand.
+// A reader of the file may not have the manual at hand, so the file itself explains x and y.
 Json Opening(const char* kind, std::uint64_t seed)
 {
     return {
@@ -214,8 +214,8 @@ std::string TruthOfWalk(const Scene& scene, const WalkPlan& plan, const Walk& wa
     truth["start_second_of_day"] = plan.startOfDay;
     truth["samples_written"] = walk.samples.size();
     Json tips = Json::array();
-    for (const Point& tip : walk.tips)
-        tips.push_back(JsonOf(tip));
+    for (const Point3& tip : walk.tips)
+        tips.push_back(PlaceJson(tip));
     truth["tips"] = tips;
     return Finished(truth);
 }
@@ -224,7 +224,7 @@ std::string TruthOfPoints(std::uint64_t seed, const PointsPlan& plan,
                           const std::vector<AntennaPosition>& positions)
 {
     Json truth = Opening("points", seed);
-    truth["tip"] = JsonOf(plan.tip);
+    truth["tip"] = PlaceJson(plan.tip);
     truth["pole_length"] = plan.poleLength;
     truth["least_lean"] = plan.leastLean;
     truth["most_lean"] = plan.mostLean;

@@ -2,7 +2,11 @@
 #include "simulation/Turn.h"
 
 #include "simulation/PortableMath.h"
+#include "survey/Angle.h"
+#include "survey/SensorAxes.h"
 #include <algorithm>
+
+namespace survey = tiltpole::survey;
 
 namespace simulation {
 
@@ -84,19 +88,20 @@ std::vector<Knot> KnotsOf(const TurnPlan& plan)
 // The axes of a turn in the body frame.
 struct TurnFrame
 {
-    Vector axis;   // of the spin, right-handed
-    Vector first;  // across the axis
-    Vector second; // across both
+    Point3 axis;   // of the spin, right-handed
+    Point3 first;  // across the axis
+    Point3 second; // across both
 };
 
 TurnFrame FrameOf(TurnAxis axis, int sensorType)
 {
-    constexpr Vector kForward{1.0, 0.0, 0.0};
-    constexpr Vector kRight{0.0, 1.0, 0.0};
-    constexpr Vector kDown{0.0, 0.0, 1.0};
+    constexpr Point3 kForward{1.0, 0.0, 0.0};
+    constexpr Point3 kRight{0.0, 1.0, 0.0};
+    constexpr Point3 kDown{0.0, 0.0, 1.0};
     if (axis == TurnAxis::Horizontal) return {kDown, kForward, kRight};
-    return sensorType == 1 ? TurnFrame{kRight, kForward, kDown}
-                           : TurnFrame{kForward, kRight, kDown};
+    return survey::AxesOf(sensorType) == survey::SensorAxes::ForwardLeftUp
+               ? TurnFrame{kRight, kForward, kDown}
+               : TurnFrame{kForward, kRight, kDown};
 }
 
 class TurnMotion
@@ -160,7 +165,7 @@ private:
         return from.degrees + (to.degrees - from.degrees) * ((seconds - from.seconds) / span);
     }
 
-    static constexpr double kTurn = 6.28318530717958647693; // 2 pi
+    static constexpr double kTurn = 2.0 * survey::kPi;
 
     const TurnPlan& m_plan;
     double m_sense;

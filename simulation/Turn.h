@@ -13,14 +13,13 @@
 #pragma once
 
 #include "simulation/Timeline.h"
+#include "survey/TurnAxis.h"
+
 #include <string>
 
 namespace simulation {
 
-enum class TurnAxis : std::uint8_t {
-    Horizontal, // about the sensor's z axis, the pole upright
-    Vertical,   // about the sensor's y axis, the pole going over head
-};
+using tiltpole::survey::TurnAxis;
 
 /// The operator holds still for a while.
 struct Stop

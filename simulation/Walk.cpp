@@ -2,6 +2,7 @@
 #include "simulation/Walk.h"
 
 #include "simulation/PortableMath.h"
+#include "survey/TurnAngle.h"
 #include <algorithm>
 
 namespace simulation {
@@ -15,21 +16,21 @@ constexpr double kMostSamples = 1e7;
 // How the pole stands on one point.
 struct Stand
 {
-    Point tip; // from the first tip [m]
+    Point3 tip; // from the first tip [m]
     PoseAngles angles;
 };
 
-// The heading takes the short way round: the next one lies within 180 degrees of the last.
+// The pole turns the short way: the next heading lies within 180 degrees of the last.
 double NearestHeading(double heading, double last)
 {
-    return last + WrapHeading(heading - last + 180.0) - 180.0;
+    return last + tiltpole::survey::InTurn(heading - last + 180.0) - 180.0;
 }
 
 std::vector<Stand> StandsOf(const WalkPlan& plan, std::uint64_t seed)
 {
     Generator random(seed, Stream::Placement);
     std::vector<Stand> stands;
-    Point tip;
+    Point3 tip;
     double course = random.Uniform(0.0, 360.0);
     double heading = course;
     for (int i = 0; i < plan.points; ++i) {
@@ -56,7 +57,7 @@ public:
     {
         Motion motion;
         PoseAngles angles;
-        Point tip; // from the first tip [m]
+        Point3 tip; // from the first tip [m]
         int point;
     };
 
@@ -81,7 +82,7 @@ public:
         stand.angles.roll += m_plan.tremor * m_roll.At(seconds);
 
         const Matrix attitude = AttitudeOf(stand.angles);
-        const Vector ground{stand.tip.x, stand.tip.y, -stand.tip.h};
+        const Point3 ground{stand.tip.x, stand.tip.y, -stand.tip.z};
         return {
             {attitude, ground - m_plan.sensorHeight * attitude.Column(2)},
             stand.angles,
@@ -96,7 +97,7 @@ private:
         const double s = Smoothly(share);
         return {
             {Between(from.tip.x,          to.tip.x,          s), Between(from.tip.y, to.tip.y,        s),
-             Between(from.tip.h,       to.tip.h,       s) + kLift * 4.0 * s * (1.0 - s)},
+             Between(from.tip.z,       to.tip.z,       s) + kLift * 4.0 * s * (1.0 - s)},
             {Between(from.angles.heading, to.angles.heading, s),
              Between(from.angles.pitch,                                              to.angles.pitch, s),
              Between(from.angles.roll, to.angles.roll, s)                              }
@@ -116,9 +117,8 @@ double DurationOf(const WalkPlan& plan)
     return plan.points * plan.dwell + (plan.points - 1) * plan.travel;
 }
 
-// What the pole's step to the tip is made of: the angles as the sensor would report them, noise
-// aside.
-Point StepOf(const PoseSensor& sensor, const WalkPlan& plan, const PoseAngles& angles)
+// From antenna to tip of a pole 1 m long, by the angles that the sensor would report without noise.
+Point3 StepOf(const PoseSensor& sensor, const WalkPlan& plan, const PoseAngles& angles)
 {
     if (plan.geometry == PoleGeometry::Rigid) return RigidStep(angles);
     return SolvedStep(sensor.type, ReportedAngles(sensor.rollReport, angles));
@@ -166,12 +166,12 @@ Walk SimulateWalk(const PoseSensor& sensor, const EarthField& field, const WalkP
         const PoseSensorData sample =
             readings.Read(before.motion, now.motion, after.motion, interval,
                           plan.startOfDay + seconds, seconds, truth.pose);
-        const Point step = StepOf(sensor, plan, now.angles);
+        const Point3 step = StepOf(sensor, plan, now.angles);
         const double length = plan.poleLength;
         truth.point = now.point;
         truth.tip = plan.start + now.tip;
-        truth.antenna = truth.tip - Point{length * step.x, length * step.y, length * step.h};
-        const Point antenna = truth.antenna + errors.Next();
+        truth.antenna = truth.tip - length * step;
+        const Point3 antenna = truth.antenna + errors.Next();
         if (!losses.Loses(seconds)) {
             walk.samples.push_back(sample);
             walk.antenna.push_back(antenna);

@@ -2,6 +2,7 @@
 #include "quality/CalibrationReport.h"
 
 #include "quality/calibration/EightValues.h"
+#include "quality/calibration/JointModel.h"
 #include "quality/calibration/TurnReport.h"
 
 #include <Eigen/Eigenvalues>
@@ -19,12 +20,13 @@ using inside::FullCorrection;
 using inside::FullOf;
 using inside::Magnetometer;
 using inside::Turn;
+using inside::TurnAxis;
 
-// What stands for a plausible sensor: gains of its axes within a factor of five.
+// Gains of a plausible sensor's axes differ by less than a factor of five.
 constexpr double kLeastScale = 0.2;
 constexpr double kMostScale = 5.0;
 
-// Causes are named from these sizes on; the one that exceeds its size most is named.
+// A cause is notable from these sizes on; the report names the one that exceeds its size most.
 constexpr double kNotableAxis = 1.5;       // degrees
 constexpr double kNotableWobble = 1.5;     // degrees
 constexpr double kNotableDisturbed = 0.03; // share of readings
@@ -189,12 +191,13 @@ void DescribeSide(const Side& side, const CalibrationRun& run, const inside::Joi
         figures.heading = HeadingErrorOf(side, fit, run.sensorType);
     }
     (isA ? report.horizontal.circleA : report.horizontal.circleB) =
-        inside::CircleResidual(side.horizontal, false, side.correction);
+        inside::CircleResidual(side.horizontal, TurnAxis::Horizontal, side.correction);
     (isA ? report.vertical.circleA : report.vertical.circleB) =
-        inside::CircleResidual(side.vertical, true, side.correction);
+        inside::CircleResidual(side.vertical, TurnAxis::Vertical, side.correction);
     if (!isA) return;
-    inside::DescribeAxis(side.horizontal, false, best, joint, report.horizontal);
-    inside::DescribeAxis(side.vertical, true, best, joint, report.vertical);
+    const inside::Tilt tilt = joint ? inside::Tilt::Usable : inside::Tilt::Unusable;
+    inside::DescribeAxis(side.horizontal, TurnAxis::Horizontal, best, tilt, report.horizontal);
+    inside::DescribeAxis(side.vertical, TurnAxis::Vertical, best, tilt, report.vertical);
 }
 
 struct Cause
@@ -230,7 +233,7 @@ Finding CauseOf(const CalibrationReport& report, const HeadingError& worse, doub
     return largest.excess >= 1.0 ? largest.finding : Finding::HeadingsRoughlyAgree;
 }
 
-// What the joint fit is refused for and what is then said of the calibration.
+// The finding for an outcome of the joint fit that is the operator's doing.
 std::optional<Finding> ObstacleOf(JointFitOutcome outcome)
 {
     switch (outcome) {
@@ -300,10 +303,10 @@ double HeadingError::With(double certainty) const
 CalibrationReport AssessCalibration(const CalibrationRun& run)
 {
     CalibrationReport report;
-    report.horizontal =
-        inside::FiguresOf({run.recorded.horizontal, run.used.horizontal, false, run.sensorType});
-    report.vertical =
-        inside::FiguresOf({run.recorded.vertical, run.used.vertical, true, run.sensorType});
+    report.horizontal = inside::FiguresOf(
+        {run.recorded.horizontal, run.used.horizontal, TurnAxis::Horizontal, run.sensorType});
+    report.vertical = inside::FiguresOf(
+        {run.recorded.vertical, run.used.vertical, TurnAxis::Vertical, run.sensorType});
     const inside::JointModel model = inside::FitBoth(run.recorded, run.sensorType);
     report.jointFit = model.outcome;
     if (!IsFinite(run.calibration)) {

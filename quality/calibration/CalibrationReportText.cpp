@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "quality/CalibrationReport.h"
+
+#include "quality/JointFit.h"
 #include "quality/calibration/Text.h"
 
 #include <array>
@@ -30,17 +32,17 @@ constexpr std::array kFindings = {
      "Record both turns again, slowly and about the sensor's own axes, or calibrate "
      "with the joint fit."},
     FindingText{Finding::JointFitUncertain, "joint-fit-uncertain",
-     "The headings agree with those of the joint fit, which is itself not known well enough "
-     "to call them good.",
+     "The headings agree with those of the joint fit, which is itself too uncertain to call "
+     "them good.",
      "Record both turns again, slowly and with more samples, the vertical turn with the "
      "sensor's y axis to the north or south."},
     FindingText{Finding::SolverFailed, "solver-failed",
      "The solver found no calibration.",
      "Record both turns again, all the way round and away from iron."},
     FindingText{Finding::NotFinite, "not-finite",
-     "The calibration, or a sample, holds a value that is no number.",
+     "A value of the calibration or of a sample is not a finite number.",
      "Record the vertical turn again: the sensor's y axis must stay level and at rest "
-     "while the pole goes over head."},
+     "while the pole goes overhead."},
     FindingText{Finding::TooFewSamples, "too-few-samples",
      "A turn has fewer than ten samples.",
      "Record both turns again, slowly and all the way round."},
@@ -67,12 +69,12 @@ constexpr std::array kFindings = {
     FindingText{Finding::VerticalAxis, "vertical-axis",
      "The vertical turn was not about the sensor's y axis.",
      "Record the vertical turn again: the sensor's y axis must stay level and at rest "
-     "while the pole goes over head."},
+     "while the pole goes overhead."},
     FindingText{Finding::Wobble, "wobble",
      "The axis of a turn moved while turning.",
      "Record both turns again, steadily, with the pole supported."},
     FindingText{Finding::Disturbed, "disturbed",
-     "Something magnetic was near for a part of a turn.",
+     "A magnet or iron was near during a part of a turn.",
      "Record both turns again, away from vehicles, iron and telephones."},
     FindingText{Finding::SectorsMissing, "sectors-missing",
      "Parts of a turn have no usable samples.",
@@ -163,15 +165,6 @@ void AddMagnetometer(std::string& text, std::string_view title, const Magnetomet
 }
 
 } // namespace
-
-std::string MissingSector::Name() const
-{
-    const auto three = [](int degrees) {
-        const std::string digits = std::to_string(degrees);
-        return std::string(3 - digits.size(), '0') + digits;
-    };
-    return three(from) + "-" + three(to);
-}
 
 std::string_view Name(Verdict verdict)
 {

@@ -10,7 +10,6 @@
 #pragma once
 
 #include "positioning/MagneticParameters.h"
-#include "quality/calibration/FieldModel.h"
 #include "quality/calibration/LevelFrame.h"
 #include "quality/calibration/SphereFit.h"
 

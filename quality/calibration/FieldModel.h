@@ -3,13 +3,22 @@
 // What the fits share: one observation of a turn and the full correction of one magnetometer.
 #pragma once
 
+#include "survey/Reading.h"
+
 #include <Eigen/Core>
 
 #include <vector>
 
 namespace tiltpole::quality {
 
-/// One sample of a turn as one magnetometer saw it, in that magnetometer's axes.
+/// A reading or point as the vector of its x, y and z.
+template <class Triple>
+Eigen::Vector3d VectorOf(const Triple& t)
+{
+    return {t.x, t.y, t.z};
+}
+
+/// One sample of a turn as one magnetometer sees it, in that magnetometer's axes.
 struct Observation
 {
     Eigen::Vector3d reading; // raw [counts]
@@ -18,7 +27,7 @@ struct Observation
 
 using Turn = std::vector<Observation>;
 
-/// corrected = matrix·reading − offset, each of the nine weights free.
+/// corrected = matrix·reading − offset, with nine independent weights.
 struct FullCorrection
 {
     Eigen::Matrix3d matrix = Eigen::Matrix3d::Identity();

@@ -20,7 +20,7 @@ std::string_view Describe(JointFitOutcome outcome)
     case JointFitOutcome::TooFewSamples:
         return "a turn has fewer than ten samples";
     case JointFitOutcome::NotFinite:
-        return "a sample holds a value that is not a number";
+        return "a value of a sample is not a finite number";
     case JointFitOutcome::HorizontalIncomplete:
         return "the horizontal turn covers less than 270 degrees";
     case JointFitOutcome::VerticalIncomplete:

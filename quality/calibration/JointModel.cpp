@@ -8,6 +8,8 @@
 namespace tiltpole::quality {
 namespace {
 
+using ::quality::kLeastCovered;
+
 constexpr std::size_t kFewest = 10;          // samples of a turn
 constexpr std::size_t kMostReadings = 2000;  // of a turn
 constexpr double kLeastUpright = 0.7;        // cosine of the mean tilt of the horizontal turn
@@ -40,29 +42,28 @@ bool TiltFollows(const Turn& horizontal, const Turn& vertical)
     if (upright < kLeastUpright * static_cast<double>(horizontal.size())) return false;
 
     const std::vector<Eigen::Vector3d> ups = UpsOf(vertical);
-    const Plane plane = PlaneThrough(ups, true);
+    const Plane plane = PlaneThroughOrigin(ups);
     if (std::fabs(plane.normal.y()) < kLeastAlongY) return false;
-    return CoveredBy(GapsOf(AnglesAbout(plane.normal, ups))) >= ::quality::kLeastCovered;
+    return CoveredBy(GapsOf(AnglesAbout(plane.normal, ups))) >= kLeastCovered;
 }
 
-::quality::JointFitOutcome Fitness(const Turn& horizontal, const Turn& vertical)
+JointFitOutcome Fitness(const Turn& horizontal, const Turn& vertical)
 {
     if (horizontal.size() < kFewest || vertical.size() < kFewest) {
-        return ::quality::JointFitOutcome::TooFewSamples;
+        return JointFitOutcome::TooFewSamples;
     }
-    if (!AllFinite(horizontal) || !AllFinite(vertical))
-        return ::quality::JointFitOutcome::NotFinite;
-    if (CoveredBy(GapsOfTurn(horizontal, false)) < ::quality::kLeastCovered) {
-        return ::quality::JointFitOutcome::HorizontalIncomplete;
+    if (!AllFinite(horizontal) || !AllFinite(vertical)) return JointFitOutcome::NotFinite;
+    if (CoveredBy(GapsOfTurn(horizontal, TurnAxis::Horizontal)) < kLeastCovered) {
+        return JointFitOutcome::HorizontalIncomplete;
     }
-    if (CoveredBy(GapsOfTurn(vertical, true)) < ::quality::kLeastCovered) {
-        return ::quality::JointFitOutcome::VerticalIncomplete;
+    if (CoveredBy(GapsOfTurn(vertical, TurnAxis::Vertical)) < kLeastCovered) {
+        return JointFitOutcome::VerticalIncomplete;
     }
-    if (!TiltFollows(horizontal, vertical)) return ::quality::JointFitOutcome::TiltUnusable;
-    return ::quality::JointFitOutcome::Fitted;
+    if (!TiltFollows(horizontal, vertical)) return JointFitOutcome::TiltUnusable;
+    return JointFitOutcome::Fitted;
 }
 
-// Every n-th reading of a long recording, which tells as much as all of them.
+// Every n-th reading of a long recording: neighbors share their errors, so the others add little.
 Turn Thinned(Turn turn)
 {
     const std::size_t step = turn.size() / kMostReadings + 1;
@@ -73,30 +74,30 @@ Turn Thinned(Turn turn)
     return thinned;
 }
 
-::quality::JointFitOutcome FitOne(const ::quality::CalibrationTurns& turns, int sensorType,
-                                  Magnetometer which, SphereFit& result)
+JointFitOutcome FitOne(const CalibrationTurns& turns, int sensorType, Magnetometer which,
+                       SphereFit& result)
 {
     const Turn horizontal = Thinned(TurnOf(turns.horizontal, sensorType, which));
     const Turn vertical = Thinned(TurnOf(turns.vertical, sensorType, which));
-    const ::quality::JointFitOutcome fitness = Fitness(horizontal, vertical);
-    if (fitness != ::quality::JointFitOutcome::Fitted) return fitness;
+    const JointFitOutcome fitness = Fitness(horizontal, vertical);
+    if (fitness != JointFitOutcome::Fitted) return fitness;
 
     const std::optional<SphereFit> fit = FitSphere(horizontal, vertical);
-    if (!fit) return ::quality::JointFitOutcome::NoSolution;
-    if (fit->elevationSpread > kMostElevationSpread)
-        return ::quality::JointFitOutcome::TiltUnusable;
+    if (!fit) return JointFitOutcome::NoSolution;
+    if (fit->elevationSpread > kMostElevationSpread) return JointFitOutcome::TiltUnusable;
     result = *fit;
-    return ::quality::JointFitOutcome::Fitted;
+    return JointFitOutcome::Fitted;
 }
 
-// B is expected at (−(x + dX), −(y + dY), z + dZ) of A: means over the horizontal turn.
+// Mean over the horizontal turn of what takes A's corrected reading (x, y, z) to B's
+// (−(x + dX), −(y + dY), z + dZ).
 Incline_MagneticTranslationParameter TranslationOf(const std::vector<PoseSensorData>& horizontal,
                                                    const FullCorrection& a, const FullCorrection& b)
 {
     Eigen::Vector3d sum = Eigen::Vector3d::Zero();
     for (const PoseSensorData& s : horizontal) {
-        const Eigen::Vector3d readA = a({s.dMag_x, s.dMag_y, s.dMag_z});
-        const Eigen::Vector3d readB = b({s.dMag_x_2, s.dMag_y_2, s.dMag_z_2});
+        const Eigen::Vector3d readA = a(VectorOf(ReadingOf(s, Magnetometer::A)));
+        const Eigen::Vector3d readB = b(VectorOf(ReadingOf(s, Magnetometer::B)));
         sum +=
             Eigen::Vector3d(-readB.x() - readA.x(), -readB.y() - readA.y(), readB.z() - readA.z());
     }
@@ -106,55 +107,49 @@ Incline_MagneticTranslationParameter TranslationOf(const std::vector<PoseSensorD
 
 } // namespace
 
-Observation ObservationOf(const PoseSensorData& s, int sensorType, Magnetometer which)
-{
-    const Eigen::Vector3d reading = which == Magnetometer::A
-                                        ? Eigen::Vector3d(s.dMag_x, s.dMag_y, s.dMag_z)
-                                        : Eigen::Vector3d(s.dMag_x_2, s.dMag_y_2, s.dMag_z_2);
-    return {reading, FrameOf(s.dPitch, s.dRoll, sensorType, which).up};
-}
-
 Turn TurnOf(const std::vector<PoseSensorData>& samples, int sensorType, Magnetometer which)
 {
     Turn turn;
     turn.reserve(samples.size());
-    for (const PoseSensorData& s : samples)
-        turn.push_back(ObservationOf(s, sensorType, which));
+    for (const PoseSensorData& s : samples) {
+        turn.push_back(
+            {VectorOf(ReadingOf(s, which)), FrameOf(s.dPitch, s.dRoll, sensorType, which).up});
+    }
     return turn;
 }
 
-std::vector<Eigen::Vector2d> InPlane(const Turn& turn, bool vertical)
+std::vector<Eigen::Vector2d> InPlane(const Turn& turn, TurnAxis axis)
 {
     std::vector<Eigen::Vector2d> points;
     points.reserve(turn.size());
     for (const Observation& o : turn) {
-        points.emplace_back(o.reading.x(), vertical ? o.reading.z() : o.reading.y());
+        points.emplace_back(o.reading.x(),
+                            axis == TurnAxis::Vertical ? o.reading.z() : o.reading.y());
     }
     return points;
 }
 
-std::vector<Gap> GapsOfTurn(const Turn& turn, bool vertical)
+std::vector<Gap> GapsOfTurn(const Turn& turn, TurnAxis axis)
 {
-    const std::vector<Eigen::Vector2d> points = InPlane(turn, vertical);
+    const std::vector<Eigen::Vector2d> points = InPlane(turn, axis);
     return GapsOf(AzimuthsAbout(CircleThrough(points), points));
 }
 
-JointModel FitBoth(const ::quality::CalibrationTurns& turns, int sensorType)
+JointModel FitBoth(const CalibrationTurns& turns, int sensorType)
 {
     JointModel model;
     model.outcome = FitOne(turns, sensorType, Magnetometer::A, model.a);
-    if (model.outcome == ::quality::JointFitOutcome::Fitted) {
+    if (model.outcome == JointFitOutcome::Fitted) {
         model.outcome = FitOne(turns, sensorType, Magnetometer::B, model.b);
     }
     return model;
 }
 
-::quality::JointFit InEightValues(const JointModel& model, const ::quality::CalibrationTurns& turns,
-                                  int sensorType)
+JointFit InEightValues(const JointModel& model, const CalibrationTurns& turns, int sensorType)
 {
-    ::quality::JointFit fit;
+    JointFit fit;
     fit.outcome = model.outcome;
-    if (model.outcome != ::quality::JointFitOutcome::Fitted) return fit;
+    if (model.outcome != JointFitOutcome::Fitted) return fit;
 
     const auto reduce = [sensorType](const SphereFit& full, Magnetometer which,
                                      Incline_MagneticCorrectParameter& values, double& bias,
@@ -170,7 +165,7 @@ JointModel FitBoth(const ::quality::CalibrationTurns& turns, int sensorType)
     ::quality::Calibration& c = fit.calibration;
     if (!reduce(model.a, Magnetometer::A, c.correctionA, c.biasAngleA, fit.lossA)
         || !reduce(model.b, Magnetometer::B, c.correctionB, c.biasAngleB, fit.lossB)) {
-        fit.outcome = ::quality::JointFitOutcome::NoSolution;
+        fit.outcome = JointFitOutcome::NoSolution;
         return fit;
     }
     c.translation = TranslationOf(turns.horizontal, FullOf(c.correctionA), FullOf(c.correctionB));

@@ -1,37 +1,41 @@
 // SPDX-License-Identifier: MIT
 //
-// The joint fit of both magnetometers, before it is brought into eight values.
+// The joint fit of both magnetometers, before it is reduced to eight values.
 #pragma once
 
-#include "quality/JointFit.h"
+#include "quality/JointFitResult.h"
 #include "quality/calibration/LevelFrame.h"
 #include "quality/calibration/SphereFit.h"
 #include "quality/calibration/TurnGeometry.h"
+#include "survey/TurnAxis.h"
 
 namespace tiltpole::quality {
 
-/// One sample as one magnetometer saw it.
-Observation ObservationOf(const PoseSensorData& sample, int sensorType, Magnetometer which);
+using ::quality::CalibrationTurns;
+using ::quality::JointFit;
+using ::quality::JointFitOutcome;
+using survey::TurnAxis;
 
+/// The samples of a turn as one magnetometer sees them.
 Turn TurnOf(const std::vector<PoseSensorData>& samples, int sensorType, Magnetometer which);
 
-/// Readings of a turn in the plane it was made in: x and y, or x and z for the vertical turn.
-std::vector<Eigen::Vector2d> InPlane(const Turn& turn, bool vertical);
+/// Readings of a turn in the plane perpendicular to its axis: x and y, or x and z for the vertical
+/// turn.
+std::vector<Eigen::Vector2d> InPlane(const Turn& turn, TurnAxis axis);
 
-/// Gaps of a turn, from the readings about the centre of their circle.
-std::vector<Gap> GapsOfTurn(const Turn& turn, bool vertical);
+/// Gaps of a turn, by the azimuths of its readings about the center of their circle.
+std::vector<Gap> GapsOfTurn(const Turn& turn, TurnAxis axis);
 
 struct JointModel
 {
-    ::quality::JointFitOutcome outcome = ::quality::JointFitOutcome::NoSolution;
+    JointFitOutcome outcome = JointFitOutcome::NoSolution;
     SphereFit a; // meaningful when outcome is Fitted
     SphereFit b;
 };
 
-JointModel FitBoth(const ::quality::CalibrationTurns& turns, int sensorType);
+JointModel FitBoth(const CalibrationTurns& turns, int sensorType);
 
-/// The eight values of both, their bias angles and the translation.
-::quality::JointFit InEightValues(const JointModel& model, const ::quality::CalibrationTurns& turns,
-                                  int sensorType);
+/// The eight values of both magnetometers, their bias angles and the translation.
+JointFit InEightValues(const JointModel& model, const CalibrationTurns& turns, int sensorType);
 
 } // namespace tiltpole::quality

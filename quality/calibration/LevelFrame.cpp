@@ -6,14 +6,6 @@
 #include <cmath>
 
 namespace tiltpole::quality {
-namespace {
-
-Eigen::Vector3d VectorOf(const survey::Point3& p)
-{
-    return {p.x, p.y, p.z};
-}
-
-} // namespace
 
 double LevelFrame::Heading(const Eigen::Vector3d& corrected) const
 {
@@ -44,15 +36,20 @@ LevelFrame FrameOf(double pitch, double roll, int sensorType, Magnetometer which
     return {VectorOf(frame.forward), VectorOf(frame.rightward), VectorOf(frame.up)};
 }
 
+PitchAndRoll TiltOf(const Eigen::Vector3d& up, int sensorType)
+{
+    const bool forwardIsX = survey::AxesOf(sensorType) == survey::SensorAxes::ForwardLeftUp;
+    return {std::asin(forwardIsX ? up.x() : up.y()) * kDegreesPerRadian,
+            std::atan2(forwardIsX ? up.y() : -up.x(), up.z()) * kDegreesPerRadian};
+}
+
 LevelFrame FrameOfLean(double tilt, double direction, int sensorType, Magnetometer which)
 {
     const double lean = std::sin(tilt / kDegreesPerRadian);
     const double upX = lean * std::cos(direction / kDegreesPerRadian);
     const double upY = lean * std::sin(direction / kDegreesPerRadian);
     const double upZ = std::cos(tilt / kDegreesPerRadian);
-    const bool forwardIsX = survey::AxesOf(sensorType) == survey::SensorAxes::ForwardLeftUp;
-    const double pitch = std::asin(forwardIsX ? upX : upY) * kDegreesPerRadian;
-    const double roll = std::atan2(forwardIsX ? upY : -upX, upZ) * kDegreesPerRadian;
+    const auto [pitch, roll] = TiltOf({upX, upY, upZ}, sensorType);
     return FrameOf(pitch, roll, sensorType, which);
 }
 

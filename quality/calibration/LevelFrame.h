@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// The level directions as a magnetometer sees them: where its corrected reading meets the heading.
+// The level directions as a magnetometer sees them, and the headings that follow from them.
 //
 //   heading = atan2(−rightward·m, forward·m)      m the corrected reading
 //
-// forward and rightward are the level directions that the heading computation refers to, up is
-// against gravity; all three are unit vectors in the axes of the magnetometer's corrected reading,
-// mutually at right angles. They depend on pitch, roll and the sensor type alone.
+// forward and rightward are the level directions that headings refer to, up is against gravity: three
+// perpendicular unit vectors in the axes of the magnetometer's corrected reading. They depend on
+// pitch, roll and sensor type alone. survey/SensorAxes.h has the axes and signs.
 #pragma once
 
+#include "quality/calibration/FieldModel.h"
 #include "survey/Angle.h"
-#include "survey/Reading.h"
-
-#include <Eigen/Core>
 
 namespace tiltpole::quality {
 
@@ -29,7 +27,7 @@ struct LevelFrame
     /// Heading of a corrected reading [degrees] in [−180, 180].
     double Heading(const Eigen::Vector3d& corrected) const;
 
-    /// How that heading follows the corrected reading [radians per unit of it].
+    /// Derivative of that heading by the corrected reading [radians per unit of it].
     Eigen::Vector3d HeadingSlope(const Eigen::Vector3d& corrected) const;
 
     /// The unit field that reads as this heading.
@@ -39,9 +37,18 @@ struct LevelFrame
 };
 
 /// The frame of a pose.
-/// @param pitch, roll  as the sensor reports them, for A and for B alike [degrees]
-/// @param sensorType   1: x forward, y left, z up; any other: x right, y forward, z up
+/// @param pitch, roll  as the sensor reports them, the same for A and B [degrees]
 LevelFrame FrameOf(double pitch, double roll, int sensorType, Magnetometer which);
+
+/// Pitch and roll of a pose. [degrees]
+struct PitchAndRoll
+{
+    double pitch = 0.0;
+    double roll = 0.0;
+};
+
+/// The pitch and roll at which `up`, a unit vector along the axes of magnetometer A, is vertical.
+PitchAndRoll TiltOf(const Eigen::Vector3d& up, int sensorType);
 
 /// The frame of a pole that leans.
 /// @param tilt       from plumb [degrees], below 90

@@ -9,7 +9,6 @@
 #include <utility>
 
 namespace quality {
-
 namespace {
 
 template <class TurnFilter>
@@ -17,8 +16,11 @@ std::vector<PoseSensorData> Screened(const std::vector<PoseSensorData>& samples,
 {
     using Samples = typename TurnFilter::Samples;
     TurnFilter filter;
-    for (const PoseSensorData& s : samples)
-        filter.Add(std::make_unique<PoseSensorData>(s).release()); // owned by the filter from here
+    for (const PoseSensorData& s : samples) {
+        auto copy = std::make_unique<PoseSensorData>(s);
+        filter.Add(copy.get()); // throws only before it has taken the sample
+        (void)copy.release();   // now the filter's
+    }
     std::unique_ptr<Samples> kept(filter.Filter());
     if (select > 0) kept.reset(filter.Select(kept.get(), select));
 

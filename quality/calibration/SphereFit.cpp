@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "quality/calibration/SphereFit.h"
 
+#include "quality/calibration/SphereCovariance.h"
 #include "quality/calibration/SphereSystem.h"
 #include "quality/statistics/Statistics.h"
 
@@ -14,13 +15,9 @@
 namespace tiltpole::quality {
 namespace {
 
-constexpr int kMostSteps = 80;           // Levenberg-Marquardt, weights renewed at each
-constexpr double kSmallStep = 1e-7;      // of unknowns near one: 1e-5 degrees of heading
-constexpr double kDisturbed = 5.0;       // spreads beyond which a reading counts as disturbed
-constexpr int kBlocks = 24;              // of a turn: 15 degrees, within which readings err alike
-constexpr double kPriorScatter = 0.25;   // of the variance that the prior allows: irons and mounts
-                                         // turn a magnetometer half as much, by a degree or so
-constexpr double kLeastCurvature = 0.25; // share of the weights; 0.7 where errors are normal
+constexpr int kMostSteps = 80;      // Levenberg-Marquardt, weights renewed at each
+constexpr double kSmallStep = 1e-7; // of unknowns near one: 1e-5 degrees of heading
+constexpr double kDisturbed = 5.0;  // spreads beyond which a reading counts as disturbed
 
 double CostOf(const Residuals& residuals, const Weighting& weighting, const Unknowns& p)
 {
@@ -34,7 +31,7 @@ double CostOf(const Residuals& residuals, const Weighting& weighting, const Unkn
     return cost * weighting.scale + PriorCost(p);
 }
 
-// Share of the readings that are further off than noise takes them.
+// Share of the readings that are further off than noise explains.
 double DisturbedShare(const Residuals& residuals, const Spread& spread)
 {
     const auto isFar = [&spread](const Residual& r) {
@@ -58,8 +55,8 @@ struct Solution
     int steps = 0;
 };
 
-// Levenberg-Marquardt; the weights follow the solution, so that a wide first spread of a coarse
-// start takes every reading in and a narrow last one leaves the spoilt ones out.
+// Levenberg-Marquardt. The weights follow the solution: from a coarse start the spread is wide and
+// every reading counts; near the end it is narrow and disturbed readings are left out.
 Solution Minimised(const Scaled& data, Unknowns p)
 {
     double damping = 1e-3;
@@ -88,13 +85,15 @@ Solution Minimised(const Scaled& data, Unknowns p)
     return {p, spread, DisturbedShare(residuals, spread), step};
 }
 
-// Two starts: an undistorted magnetometer, centred by the extremes of the turns, and one whose
-// offset is the mean of the readings instead.
-Unknowns StartOf(const Scaled& data, int which)
+// Where the iteration starts: an undistorted magnetometer whose offset is the middle of the extreme
+// readings, or their mean.
+enum class Start { Middle, Mean };
+
+Unknowns StartOf(const Scaled& data, Start start)
 {
     Unknowns p = Unknowns::Zero();
     p[0] = p[4] = p[8] = 1.0;
-    if (which == 1) {
+    if (start == Start::Mean) {
         Eigen::Vector3d means[2];
         for (std::size_t turn = 0; turn < 2; ++turn) {
             means[turn].setZero();
@@ -121,64 +120,6 @@ bool IsNearOwnAxes(const Unknowns& p)
     Eigen::Matrix3d m;
     m << p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8];
     return p.allFinite() && m.determinant() > 0.0 && m.diagonal().minCoeff() > 0.0;
-}
-
-// Sum over blocks of readings of the squared gradient that each block adds: what errors that
-// neighbours share do to the solution. Scaled up as the unknowns fit a part of them.
-Normal ScatterOfBlocks(const Scaled& data, const Unknowns& p, const Residuals& residuals,
-                       const Weighting& weighting)
-{
-    Normal scatter = Normal::Zero();
-    double blocks = 0.0;
-    for (std::size_t turn = 0; turn < 2; ++turn) {
-        const Turn& readings = data.turns[turn];
-        const std::size_t count = std::min<std::size_t>(kBlocks, readings.size());
-        std::size_t i = 0;
-        for (std::size_t block = 1; block <= count; ++block) {
-            Unknowns sum = Unknowns::Zero();
-            for (; i < block * readings.size() / count; ++i) {
-                const ResidualSlopes slopes = SlopesOf(readings[i], turn, p);
-                const Residual& residual = residuals.turns[turn][i];
-                sum += weighting.turns[turn][i]
-                       * (residual.sphere * slopes.sphere + residual.elevation * slopes.elevation);
-            }
-            scatter += weighting.scale * weighting.scale * sum * sum.transpose();
-        }
-        blocks += static_cast<double>(count);
-    }
-    return scatter * (blocks / (blocks - kUnknowns));
-}
-
-// A share falls as its reading is moved away, which makes the cost flatter than its weights: by
-// this factor, the mean of d(share·residual)/d(residual) over that of the shares.
-double CurvatureOf(const Weighting& weighting)
-{
-    double slopes = 0.0;
-    double shares = 0.0;
-    for (const std::vector<double>& turn : weighting.turns) {
-        for (const double share : turn) {
-            slopes += share * (2.0 * std::sqrt(share) - 1.0);
-            shares += share;
-        }
-    }
-    return std::max(slopes / shares, kLeastCurvature);
-}
-
-// Covariance of the unknowns, by the spread that the blocks of readings show among themselves.
-Normal CovarianceOf(const Scaled& data, const Unknowns& p)
-{
-    const Residuals residuals = ResidualsOf(data, p);
-    const Weighting weighting = WeightingOf(residuals);
-    System prior;
-    AddPrior(p, prior);
-    System all = SystemOf(data, p, residuals, weighting);
-    all.normal = CurvatureOf(weighting) * all.normal + prior.normal;
-
-    const Normal known = prior.normal.selfadjointView<Eigen::Lower>();
-    const Normal scatter = ScatterOfBlocks(data, p, residuals, weighting) + kPriorScatter * known;
-    const Normal normal = all.normal.selfadjointView<Eigen::Lower>();
-    const Normal inverse = normal.ldlt().solve(Normal::Identity());
-    return inverse * scatter * inverse;
 }
 
 // matrix = weights / scale,  offset = offsets + matrix·centre
@@ -215,7 +156,7 @@ std::optional<SphereFit> FitSphere(const Turn& horizontal, const Turn& vertical)
     const std::optional<Scaled> data = ScaledTurns(horizontal, vertical);
     if (!data) return {};
     std::optional<Solution> best;
-    for (const int start : {0, 1}) {
+    for (const Start start : {Start::Middle, Start::Mean}) {
         const Solution found = Minimised(*data, StartOf(*data, start));
         if (!IsNearOwnAxes(found.p)) continue;
         const auto misfit = [](const Solution& s) { return s.spread.sphere + s.spread.elevation; };

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "quality/calibration/TurnGeometry.h"
 
-#include "quality/calibration/LevelFrame.h"
+#include "survey/Angle.h"
+#include "survey/TurnAngle.h"
 
 #include <Eigen/Cholesky>
 #include <Eigen/Eigenvalues>
@@ -13,11 +14,8 @@
 namespace tiltpole::quality {
 namespace {
 
-double InTurn(double degrees)
-{
-    const double wrapped = std::fmod(degrees, 360.0);
-    return wrapped < 0.0 ? wrapped + 360.0 : wrapped;
-}
+using survey::InTurn;
+using survey::kDegreesPerRadian;
 
 // The circle u² + v² = 2·cu·u + 2·cv·v + k that fits in the algebraic sense.
 Circle AlgebraicCircle(const std::vector<Eigen::Vector2d>& points, const Eigen::Vector2d& mean)
@@ -49,6 +47,21 @@ Circle Improved(const Circle& c, const std::vector<Eigen::Vector2d>& points)
     }
     const Eigen::Vector3d step = normal.ldlt().solve(gradient);
     return {c.u - step.x(), c.v - step.y(), c.radius - step.z()};
+}
+
+// The plane through a point whose normal is the direction in which the vectors scatter least.
+Plane PlaneAt(const Eigen::Vector3d& point, const std::vector<Eigen::Vector3d>& vectors)
+{
+    Eigen::Matrix3d scatter = Eigen::Matrix3d::Zero();
+    for (const Eigen::Vector3d& v : vectors)
+        scatter += (v - point) * (v - point).transpose();
+    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> axes(
+        scatter / static_cast<double>(vectors.size()));
+    Plane plane;
+    plane.normal = axes.eigenvectors().col(0);
+    plane.distance = plane.normal.dot(point);
+    plane.spread = std::sqrt(std::max(axes.eigenvalues()[0], 0.0));
+    return plane;
 }
 
 } // namespace
@@ -108,25 +121,19 @@ std::vector<double> AzimuthsAbout(const Circle& circle, const std::vector<Eigen:
     return azimuths;
 }
 
-Plane PlaneThrough(const std::vector<Eigen::Vector3d>& vectors, bool throughOrigin)
+Plane PlaneThrough(const std::vector<Eigen::Vector3d>& vectors)
 {
-    Plane plane;
-    if (vectors.empty()) return plane;
-    const double n = static_cast<double>(vectors.size());
+    if (vectors.empty()) return {};
     Eigen::Vector3d mean = Eigen::Vector3d::Zero();
-    if (!throughOrigin) {
-        for (const Eigen::Vector3d& v : vectors)
-            mean += v;
-        mean /= n;
-    }
-    Eigen::Matrix3d scatter = Eigen::Matrix3d::Zero();
     for (const Eigen::Vector3d& v : vectors)
-        scatter += (v - mean) * (v - mean).transpose();
-    const Eigen::SelfAdjointEigenSolver<Eigen::Matrix3d> axes(scatter / n);
-    plane.normal = axes.eigenvectors().col(0);
-    plane.distance = plane.normal.dot(mean);
-    plane.spread = std::sqrt(std::max(axes.eigenvalues()[0], 0.0));
-    return plane;
+        mean += v;
+    return PlaneAt(mean / static_cast<double>(vectors.size()), vectors);
+}
+
+Plane PlaneThroughOrigin(const std::vector<Eigen::Vector3d>& vectors)
+{
+    if (vectors.empty()) return {};
+    return PlaneAt(Eigen::Vector3d::Zero(), vectors);
 }
 
 std::vector<double> AnglesAbout(const Eigen::Vector3d& axis,

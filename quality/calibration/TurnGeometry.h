@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// How far round a turn goes, and about which axis.
+// How far a turn goes round, and about which axis. Angles are in degrees.
 #pragma once
 
 #include "quality/calibration/FieldModel.h"
@@ -9,22 +9,24 @@
 
 namespace tiltpole::quality {
 
-/// A gap in a turn between two of its angles. [degrees] in [0, 360), `to` may be below `from`.
+/// A gap between two neighboring angles of a turn [degrees], both in [0, 360). `to` is below `from`
+/// where the gap extends across 0.
 struct Gap
 {
     double from = 0.0;
     double to = 0.0;
 
-    double Width() const;
+    double Width() const; // in (0, 360]
 };
 
 /// Gaps wider than this count as missing: three sectors of the sample filters. [degrees]
 inline constexpr double kWidestGap = 15.0;
 
-/// The gaps wider than kWidestGap, in ascending order of `from`. No angle at all: one whole turn.
+/// The gaps wider than kWidestGap, in ascending order of `from`. Without any angle the whole turn is
+/// one gap.
 std::vector<Gap> GapsOf(std::vector<double> angles);
 
-/// 360 degrees less the gaps.
+/// 360 degrees minus the gaps.
 double CoveredBy(const std::vector<Gap>& gaps);
 
 /// A circle in the plane of two coordinates.
@@ -35,14 +37,14 @@ struct Circle
     double radius = 0.0;
 };
 
-/// The circle with the least squared distances from the points; partial turns included.
+/// The circle with the least sum of squared distances from the points; they may cover a part of it.
 Circle CircleThrough(const std::vector<Eigen::Vector2d>& points);
 
-/// Azimuths of points about a centre, as the sample filters count them: from the second coordinate
-/// towards the first. [degrees] in [0, 360)
+/// Azimuths of points about the center of a circle, counted like those of the sample filters: from
+/// the second coordinate towards the first. [degrees] in [0, 360)
 std::vector<double> AzimuthsAbout(const Circle& circle, const std::vector<Eigen::Vector2d>& points);
 
-/// The plane in which the ends of the vectors lie best.
+/// A plane fitted to the ends of vectors by least squares.
 struct Plane
 {
     Eigen::Vector3d normal = Eigen::Vector3d::UnitZ();
@@ -50,10 +52,12 @@ struct Plane
     double spread = 0.0;   // standard deviation of the ends from the plane
 };
 
-/// @param throughOrigin  the plane is to contain the origin
-Plane PlaneThrough(const std::vector<Eigen::Vector3d>& vectors, bool throughOrigin);
+Plane PlaneThrough(const std::vector<Eigen::Vector3d>& vectors);
 
-/// Angles of vectors about an axis, from an arbitrary zero. [degrees] in [0, 360)
+/// Of the planes that contain the origin, the one nearest to the ends of the vectors.
+Plane PlaneThroughOrigin(const std::vector<Eigen::Vector3d>& vectors);
+
+/// Angles of vectors about an axis, from an arbitrary zero direction. [degrees] in [0, 360)
 std::vector<double> AnglesAbout(const Eigen::Vector3d& axis,
                                 const std::vector<Eigen::Vector3d>& vectors);
 

@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
 #include "quality/calibration/TurnReport.h"
 
+#include "quality/calibration/JointModel.h"
+
 #include <algorithm>
 #include <cmath>
 
 namespace tiltpole::quality {
 namespace {
 
-constexpr int kSector = 5;         // degrees, as the sample filters count
-constexpr double kBackwards = 5.0; // behind the furthest sample [degrees]; less is noise
+using ::quality::MissingSector;
+
+constexpr int kSector = 5;         // degrees, the sectors of the sample filters
+constexpr double kBackwards = 5.0; // [degrees] behind the furthest sample; less is noise
 
 // The whole sectors that lie inside a gap.
-::quality::MissingSector SectorOf(const Gap& gap)
+MissingSector SectorOf(const Gap& gap)
 {
     if (gap.Width() >= 360.0) return {0, 360};
     const int from = static_cast<int>(std::ceil(gap.from / kSector)) * kSector;
@@ -37,19 +41,19 @@ double TurningBackShare(const std::vector<double>& azimuths)
 
 } // namespace
 
-::quality::TurnFigures FiguresOf(const TurnSamples& samples)
+TurnFigures FiguresOf(const TurnSamples& samples)
 {
-    ::quality::TurnFigures figures;
+    TurnFigures figures;
     figures.recorded = static_cast<int>(samples.recorded.size());
     figures.used = static_cast<int>(samples.used.size());
     const Turn used = TurnOf(samples.used, samples.sensorType, Magnetometer::A);
-    const std::vector<Gap> gaps = GapsOfTurn(used, samples.vertical);
+    const std::vector<Gap> gaps = GapsOfTurn(used, samples.axis);
     figures.covered = CoveredBy(gaps);
     for (const Gap& gap : gaps)
         figures.missing.push_back(SectorOf(gap));
 
     const Turn recorded = TurnOf(samples.recorded, samples.sensorType, Magnetometer::A);
-    const std::vector<Eigen::Vector2d> points = InPlane(recorded, samples.vertical);
+    const std::vector<Eigen::Vector2d> points = InPlane(recorded, samples.axis);
     const Circle circle = CircleThrough(points);
     figures.circle = {circle.u, circle.v, circle.radius};
     const std::vector<double> azimuths = AzimuthsAbout(circle, points);
@@ -57,13 +61,13 @@ double TurningBackShare(const std::vector<double>& azimuths)
     return figures;
 }
 
-double CircleResidual(const Turn& turn, bool vertical, const FullCorrection& correction)
+double CircleResidual(const Turn& turn, TurnAxis axis, const FullCorrection& correction)
 {
     if (turn.size() < 3) return 0.0;
     Turn corrected = turn;
     for (Observation& o : corrected)
         o.reading = correction(o.reading);
-    const std::vector<Eigen::Vector2d> points = InPlane(corrected, vertical);
+    const std::vector<Eigen::Vector2d> points = InPlane(corrected, axis);
     const Circle circle = CircleThrough(points);
     double squares = 0.0;
     for (const Eigen::Vector2d& p : points) {
@@ -73,8 +77,8 @@ double CircleResidual(const Turn& turn, bool vertical, const FullCorrection& cor
     return std::sqrt(squares / static_cast<double>(points.size())) / circle.radius;
 }
 
-void DescribeAxis(const Turn& turn, bool vertical, const FullCorrection& correction,
-                  bool tiltUsable, ::quality::TurnFigures& figures)
+void DescribeAxis(const Turn& turn, TurnAxis axis, const FullCorrection& correction, Tilt tilt,
+                  TurnFigures& figures)
 {
     if (turn.size() < 3) return;
     std::vector<Eigen::Vector3d> fields;
@@ -86,8 +90,9 @@ void DescribeAxis(const Turn& turn, bool vertical, const FullCorrection& correct
         strength += fields.back().norm();
     }
     strength /= static_cast<double>(turn.size());
-    Plane plane = PlaneThrough(fields, false);
-    const Eigen::Vector3d own = vertical ? Eigen::Vector3d::UnitY() : Eigen::Vector3d::UnitZ();
+    Plane plane = PlaneThrough(fields);
+    const Eigen::Vector3d own =
+        axis == TurnAxis::Vertical ? Eigen::Vector3d::UnitY() : Eigen::Vector3d::UnitZ();
     if (plane.normal.dot(own) < 0.0) plane.normal = -plane.normal;
     figures.axisError = std::acos(std::min(plane.normal.dot(own), 1.0)) * kDegreesPerRadian;
 
@@ -96,13 +101,13 @@ void DescribeAxis(const Turn& turn, bool vertical, const FullCorrection& correct
     const double across = std::sqrt(1.0 - along * along);
     figures.wobble = plane.spread / strength / across * kDegreesPerRadian;
 
-    if (!tiltUsable) return;
+    if (tilt == Tilt::Unusable) return;
     for (const Observation& o : turn) {
         rise += plane.normal.dot(o.up);
     }
     const double mean = rise / static_cast<double>(turn.size());
     const double angle =
-        vertical ? std::asin(std::clamp(mean, -1.0, 1.0)) : std::acos(std::clamp(mean, -1.0, 1.0));
+        axis == TurnAxis::Vertical ? survey::ArcSine(mean) : survey::ArcCosine(mean);
     figures.levelError = std::fabs(angle) * kDegreesPerRadian;
 }
 

@@ -3,31 +3,38 @@
 // The figures of one turn for the calibration report.
 #pragma once
 
-#include "quality/CalibrationReport.h"
-#include "quality/calibration/EightValues.h"
-#include "quality/calibration/JointModel.h"
+#include "quality/TurnFigures.h"
+#include "quality/calibration/FieldModel.h"
+#include "survey/TurnAxis.h"
 
 namespace tiltpole::quality {
+
+using ::quality::TurnFigures;
+using survey::TurnAxis;
 
 /// Samples of one turn, before and after screening, and which turn it is.
 struct TurnSamples
 {
     const std::vector<PoseSensorData>& recorded;
     const std::vector<PoseSensorData>& used;
-    bool vertical;
+    TurnAxis axis;
     int sensorType;
 };
 
-/// Counts, covered and missing sectors, turning back: what the samples alone tell.
-::quality::TurnFigures FiguresOf(const TurnSamples& samples);
+/// Counts, covered and missing sectors, turning back: everything that needs no correction.
+TurnFigures FiguresOf(const TurnSamples& samples);
 
 /// Standard deviation of the corrected readings from their circle in the plane of the turn, as a
-/// share of the radius; 0 for fewer than three readings.
-double CircleResidual(const Turn& turn, bool vertical, const FullCorrection& correction);
+/// share of its radius; 0 for fewer than three readings.
+double CircleResidual(const Turn& turn, TurnAxis axis, const FullCorrection& correction);
 
-/// Axis, wobble and, with usable tilt, level error of a turn, seen by one magnetometer.
-/// @param correction  of that magnetometer, the best that is known
-void DescribeAxis(const Turn& turn, bool vertical, const FullCorrection& correction,
-                  bool tiltUsable, ::quality::TurnFigures& figures);
+/// Whether pitch and roll of a recording can be believed.
+enum class Tilt { Usable, Unusable };
+
+/// Sets axis error and wobble of a turn and, with usable tilt, its level error.
+/// @param turn        as one magnetometer sees it
+/// @param correction  the best known one of that magnetometer
+void DescribeAxis(const Turn& turn, TurnAxis axis, const FullCorrection& correction, Tilt tilt,
+                  TurnFigures& figures);
 
 } // namespace tiltpole::quality

@@ -9,39 +9,39 @@ namespace {
 
 using simulation::Generator;
 using simulation::Magnet;
-using simulation::Magnetometer;
+using simulation::MagnetometerModel;
 using simulation::Matrix;
+using simulation::Point3;
 using simulation::TurnPlan;
-using simulation::Vector;
 
 // Half of the sensors: unequal gains and skewed axes, a lower triangle. The other half: soft iron,
 // which is symmetric, and a magnetometer mounted a little askew.
-void DistortSoft(Magnetometer& magnetometer, double size, bool triangular, Generator& random)
+void DistortSoft(MagnetometerModel& magnetometer, double size, bool triangular, Generator& random)
 {
     const auto some = [&](double share) { return size * share * random.Normal(); };
     Matrix& m = magnetometer.softIron;
     if (triangular) {
         m.rows = {
-            Vector{1.0,       0.0,             0.0            },
-            Vector{some(1.4), 1.0 + some(1.0), 0.0            },
-            Vector{some(1.4), some(1.4),       1.0 + some(1.0)}
+            Point3{1.0,       0.0,             0.0            },
+            Point3{some(1.4), 1.0 + some(1.0), 0.0            },
+            Point3{some(1.4), some(1.4),       1.0 + some(1.0)}
         };
         return;
     }
     const double xy = some(1.0);
     const double xz = some(1.0);
     const double yz = some(1.0);
-    const Vector axis = {random.Normal(), random.Normal(), random.Normal()};
+    const Point3 axis = {random.Normal(), random.Normal(), random.Normal()};
     const Matrix askew =
         simulation::RotationAbout((1.0 / Length(axis)) * axis, 1.0 * random.Normal());
     const Matrix iron = {
-        {Vector{1.0 + some(1.0), xy, xz}, Vector{xy, 1.0 + some(1.0), yz},
-         Vector{xz, yz, 1.0 + some(1.0)}}
+        {Point3{1.0 + some(1.0), xy, xz}, Point3{xy, 1.0 + some(1.0), yz},
+         Point3{xz, yz, 1.0 + some(1.0)}}
     };
     m = iron * askew;
 }
 
-void DistortHard(Magnetometer& magnetometer, double size, Generator& random)
+void DistortHard(MagnetometerModel& magnetometer, double size, Generator& random)
 {
     magnetometer.hardIron = {size * random.Normal(), size * random.Normal(),
                              size * random.Normal()};
@@ -50,7 +50,7 @@ void DistortHard(Magnetometer& magnetometer, double size, Generator& random)
 void Distort(Setting& s, double soft, double hard, Generator& random)
 {
     const bool triangular = random.Uniform() < 0.5;
-    for (Magnetometer* m : {&s.sensor.a, &s.sensor.b}) {
+    for (MagnetometerModel* m : {&s.sensor.a, &s.sensor.b}) {
         DistortSoft(*m, soft, triangular, random);
         DistortHard(*m, hard, random);
     }

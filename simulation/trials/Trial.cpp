@@ -19,17 +19,17 @@ using tiltpole::quality::kDegreesPerRadian;
 using tiltpole::quality::LevelFrame;
 using tiltpole::quality::Magnetometer;
 using tiltpole::quality::Pose;
+using tiltpole::quality::VectorOf;
 
-FullCorrection TruthOf(const simulation::Magnetometer& m, double strength)
+FullCorrection TruthOf(const simulation::MagnetometerModel& m, double strength)
 {
     FullCorrection gain;
     for (int i = 0; i < 3; ++i) {
-        const simulation::Vector& row = m.softIron.rows[static_cast<std::size_t>(i)];
-        gain.matrix.row(i) << row.x, row.y, row.z;
+        gain.matrix.row(i) = VectorOf(m.softIron.rows[static_cast<std::size_t>(i)]).transpose();
     }
     FullCorrection truth;
     truth.matrix = gain.matrix.inverse() / strength;
-    truth.offset = truth.matrix * Eigen::Vector3d(m.hardIron.x, m.hardIron.y, m.hardIron.z);
+    truth.offset = truth.matrix * VectorOf(m.hardIron);
     return truth;
 }
 
@@ -37,11 +37,8 @@ FullCorrection TruthOf(const simulation::Magnetometer& m, double strength)
 LevelFrame ReportedFrame(const simulation::PoseSensor& sensor, Magnetometer which, const Pose& pose)
 {
     const double sign = which == Magnetometer::A ? 1.0 : -1.0;
-    const Eigen::Vector3d& up = pose.frame.up;
-    const bool first = sensor.type == 1;
-    simulation::PoseAngles angles;
-    angles.pitch = sign * std::asin(first ? up.x() : up.y()) * kDegreesPerRadian;
-    angles.roll = sign * std::atan2(first ? up.y() : -up.x(), up.z()) * kDegreesPerRadian;
+    const auto tilt = tiltpole::quality::TiltOf(pose.frame.up, sensor.type);
+    const simulation::PoseAngles angles = {0.0, sign * tilt.pitch, sign * tilt.roll};
     const simulation::PoseAngles reported = simulation::ReportedAngles(sensor.rollReport, angles);
     return tiltpole::quality::FrameOf(reported.pitch + sensor.pitchOffset,
                                       reported.roll + sensor.rollOffset, sensor.type, which);

@@ -8,14 +8,14 @@ namespace study {
 namespace {
 
 using simulation::Generator;
-using simulation::Magnetometer;
+using simulation::MagnetometerModel;
 using simulation::TurnPlan;
 
 // The same pole in another unit, or beside a sensor of another gain.
 void Rescale(Setting& s, double factor)
 {
     s.field.strength *= factor;
-    for (Magnetometer* m : {&s.sensor.a, &s.sensor.b}) {
+    for (MagnetometerModel* m : {&s.sensor.a, &s.sensor.b}) {
         m->hardIron = factor * m->hardIron;
         m->noise *= factor;
     }
@@ -37,11 +37,11 @@ void Steady(Setting& s)
 // Eight values undo it: unequal gains and skewed axes, x as it is.
 void LowerTriangle(Setting& s, Generator& random)
 {
-    for (Magnetometer* m : {&s.sensor.a, &s.sensor.b}) {
+    for (MagnetometerModel* m : {&s.sensor.a, &s.sensor.b}) {
         m->softIron.rows = {
-            simulation::Vector{1.0, 0.0,                          0.0                         },
-            simulation::Vector{0.0, 1.0 + 0.03 * random.Normal(), 0.0                         },
-            simulation::Vector{0.0, 0.0,                          1.0 + 0.03 * random.Normal()}
+            simulation::Point3{1.0, 0.0,                          0.0                         },
+            simulation::Point3{0.0, 1.0 + 0.03 * random.Normal(), 0.0                         },
+            simulation::Point3{0.0, 0.0,                          1.0 + 0.03 * random.Normal()}
         };
     }
 }
@@ -129,7 +129,7 @@ void OtherTypeFewSamples(Setting& s, Generator& random)
 
 void StrongIron(Setting& s, Generator& random)
 {
-    for (Magnetometer* m : {&s.sensor.a, &s.sensor.b}) {
+    for (MagnetometerModel* m : {&s.sensor.a, &s.sensor.b}) {
         const auto some = [&] {
             return random.Uniform(0.05, 0.1) * (random.Uniform() < 0.5 ? -1 : 1);
         };
@@ -137,9 +137,9 @@ void StrongIron(Setting& s, Generator& random)
         const double xz = some() / 2;
         const double yz = some() / 2;
         m->softIron.rows = {
-            simulation::Vector{1.0 + some(), xy,           xz          },
-            simulation::Vector{xy,           1.0 + some(), yz          },
-            simulation::Vector{xz,           yz,           1.0 + some()}
+            simulation::Point3{1.0 + some(), xy,           xz          },
+            simulation::Point3{xy,           1.0 + some(), yz          },
+            simulation::Point3{xz,           yz,           1.0 + some()}
         };
         m->hardIron = {random.Uniform(-500.0, 500.0), random.Uniform(-500.0, 500.0),
                        random.Uniform(-500.0, 500.0)};

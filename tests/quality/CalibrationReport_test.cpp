@@ -349,7 +349,7 @@ TEST_F(CalibrationReport, CallsExactTurnsGoodWhateverTheUnitAndDirection)
         for (const double heading : {0.0, 50.0, 90.0, 265.0}) {
             study::Setting s = CleanSetting();
             s.field.strength *= scale;
-            for (simulation::Magnetometer* m : {&s.sensor.a, &s.sensor.b}) {
+            for (simulation::MagnetometerModel* m : {&s.sensor.a, &s.sensor.b}) {
                 m->softIron = {};
                 m->hardIron = scale * m->hardIron;
                 m->noise = 0.02 * scale;

@@ -85,7 +85,7 @@ TEST(Plane, IsFoundWithItsDistance)
     std::vector<Eigen::Vector3d> points;
     for (const Eigen::Vector2d& p : Arc(0.0, 350.0, 10.0))
         points.emplace_back(p.x(), p.y(), 12.0);
-    const Plane plane = PlaneThrough(points, false);
+    const Plane plane = PlaneThrough(points);
     EXPECT_NEAR(std::fabs(plane.normal.z()), 1.0, 1e-12);
     EXPECT_NEAR(std::fabs(plane.distance), 12.0, 1e-9);
     EXPECT_NEAR(plane.spread, 0.0, 1e-6);

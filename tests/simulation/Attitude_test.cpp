@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "simulation/Attitude.h"
 
+#include "survey/Angle.h"
 #include <cmath>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -8,10 +9,11 @@
 namespace {
 
 using namespace simulation;
+using tiltpole::survey::Deg2Rad;
 
 constexpr double kRoundOff = 1e-12;
 
-void ExpectNear(const Vector& found, const Vector& expected, double tolerance = kRoundOff)
+void ExpectNear(const Point3& found, const Point3& expected, double tolerance = kRoundOff)
 {
     EXPECT_NEAR(found.x, expected.x, tolerance);
     EXPECT_NEAR(found.y, expected.y, tolerance);
@@ -26,19 +28,19 @@ double Angle(int least, int most)
 
 TEST(Attitude, HeadingTurnsForwardFromNorthToEast)
 {
-    ExpectNear(AttitudeOf({90.0, 0.0, 0.0}) * Vector{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0});
+    ExpectNear(AttitudeOf({90.0, 0.0, 0.0}) * Point3{1.0, 0.0, 0.0}, {0.0, 1.0, 0.0});
 }
 
 TEST(Attitude, PositivePitchLiftsTheNose)
 {
-    const double rise = std::sin(30.0 * M_PI / 180.0);
-    EXPECT_NEAR((AttitudeOf({0.0, 30.0, 0.0}) * Vector{1.0, 0.0, 0.0}).z, -rise, kRoundOff);
+    const double rise = std::sin(Deg2Rad(30.0));
+    EXPECT_NEAR((AttitudeOf({0.0, 30.0, 0.0}) * Point3{1.0, 0.0, 0.0}).z, -rise, kRoundOff);
 }
 
 TEST(Attitude, PositiveRollLowersTheRightSide)
 {
-    const double fall = std::sin(30.0 * M_PI / 180.0);
-    EXPECT_NEAR((AttitudeOf({0.0, 0.0, 30.0}) * Vector{0.0, 1.0, 0.0}).z, fall, kRoundOff);
+    const double fall = std::sin(Deg2Rad(30.0));
+    EXPECT_NEAR((AttitudeOf({0.0, 0.0, 30.0}) * Point3{0.0, 1.0, 0.0}).z, fall, kRoundOff);
 }
 
 // The product of the three rotations, multiplied out by the matrix class, against the closed form.
@@ -69,8 +71,8 @@ RC_GTEST_PROP(Attitude, LeanPutsTheUpperEndWhereItSays, ())
     const double lean = Angle(1, 80);
     const double azimuth = Angle(0, 360);
     const PoseAngles angles = AnglesOfLean(heading, lean, azimuth);
-    const Vector up = -1.0 * AttitudeOf(angles).Column(2);
-    const double radians = M_PI / 180.0;
+    const Point3 up = -1.0 * AttitudeOf(angles).Column(2);
+    const double radians = tiltpole::survey::kPi / 180.0;
     RC_ASSERT(angles.heading == heading);
     RC_ASSERT(std::fabs(up.x - std::sin(lean * radians) * std::cos(azimuth * radians)) < kRoundOff);
     RC_ASSERT(std::fabs(up.y - std::sin(lean * radians) * std::sin(azimuth * radians)) < kRoundOff);
@@ -79,7 +81,7 @@ RC_GTEST_PROP(Attitude, LeanPutsTheUpperEndWhereItSays, ())
 
 TEST(Attitude, SensorAxesFollowTheType)
 {
-    const Vector body{1.0, 2.0, 3.0}; // forward, right, down
+    const Point3 body{1.0, 2.0, 3.0}; // forward, right, down
     ExpectNear(ToSensorAxes(1, body), {1.0, -2.0, -3.0});
     ExpectNear(ToSensorAxesB(1, body), {-1.0, 2.0, -3.0});
     for (const int type : {0, 2, 7}) {
@@ -90,31 +92,12 @@ TEST(Attitude, SensorAxesFollowTheType)
 
 TEST(Attitude, RateIsTheTurnDividedByTheTime)
 {
-    const Vector axis{0.6, 0.0, 0.8};
+    const Point3 axis{0.6, 0.0, 0.8};
     const Matrix from = AttitudeOf({40.0, 10.0, -20.0});
     for (const double degrees : {0.001, 5.0, 100.0, -60.0})
         ExpectNear(RateBetween(from, from * RotationAbout(axis, degrees), 0.5),
                    (degrees / 0.5) * axis, 1e-9);
     ExpectNear(RateBetween(from, from, 0.5), {0.0, 0.0, 0.0}, 1e-9);
-}
-
-TEST(Attitude, HeadingsWrapIntoOneTurn)
-{
-    struct Case
-    {
-        double given, expected;
-    };
-    constexpr Case cases[] = {
-        {0,      0  },
-        {359,    359},
-        {360,    0  },
-        {-30,    330},
-        {-400,   320},
-        {730,    10 },
-        {-1e-18, 0  },
-    };
-    for (const Case& c : cases)
-        EXPECT_EQ(WrapHeading(c.given), c.expected) << c.given;
 }
 
 } // namespace

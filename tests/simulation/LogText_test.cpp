@@ -29,7 +29,7 @@ PoseSensor BusySensor()
 {
     PoseSensor sensor;
     sensor.a.softIron.rows = {
-        Vector{1.02,  0.01, -0.02},
+        Point3{1.02,  0.01, -0.02},
         {0.05,  0.97, 0.03 },
         {-0.04, 0.02, 1.06 }
     };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "simulation/Points.h"
 
+#include "survey/Angle.h"
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -8,6 +9,8 @@
 namespace {
 
 using namespace simulation;
+using tiltpole::survey::Deg2Rad;
+using tiltpole::survey::Rad2Deg;
 
 constexpr double kSurveyRoundOff = 3e-9; // metres, of northings of 4 500 000 m
 
@@ -19,11 +22,10 @@ TEST(Points, LieOnTheSphereAboutTheTip)
     const Positions positions = SimulatePoints(plan, 1);
     ASSERT_EQ(positions.size(), 200U);
     for (const AntennaPosition& p : positions) {
-        const Point d = p.antenna - plan.tip;
-        EXPECT_NEAR(std::hypot(d.x, d.y, d.h), 1.8, kSurveyRoundOff);
-        EXPECT_NEAR(std::acos(d.h / 1.8) * 180.0 / M_PI, p.lean, 1e-6);
-        EXPECT_NEAR(std::remainder(std::atan2(d.y, d.x) * 180.0 / M_PI - p.azimuth, 360.0), 0.0,
-                    1e-6);
+        const Point3 d = p.antenna - plan.tip;
+        EXPECT_NEAR(std::hypot(d.x, d.y, d.z), 1.8, kSurveyRoundOff);
+        EXPECT_NEAR(Rad2Deg(std::acos(d.z / 1.8)), p.lean, 1e-6);
+        EXPECT_NEAR(std::remainder(Rad2Deg(std::atan2(d.y, d.x)) - p.azimuth, 360.0), 0.0, 1e-6);
     }
 }
 
@@ -46,7 +48,7 @@ TEST(Points, FillTheZoneEvenly)
 {
     const PointsPlan plan{.points = 10'000, .leastLean = 0.0, .mostLean = 60.0};
     const auto flat = std::ranges::count_if(SimulatePoints(plan, 3), [](const AntennaPosition& p) {
-        return std::cos(p.lean * M_PI / 180.0) > 0.75;
+        return std::cos(Deg2Rad(p.lean)) > 0.75;
     });
     EXPECT_NEAR(static_cast<double>(flat), 5000.0, 4.0 * 50.0);
 }
@@ -59,9 +61,9 @@ TEST(Points, NoiseHasItsStandardDeviation)
     double height = 0.0;
     double incline = 0.0;
     for (const AntennaPosition& p : SimulatePoints(plan, 4)) {
-        const Point error = p.antenna - p.truth;
+        const Point3 error = p.antenna - p.truth;
         plane += error.x * error.x + error.y * error.y;
-        height += error.h * error.h;
+        height += error.z * error.z;
         incline += (p.incline - p.lean) * (p.incline - p.lean);
     }
     EXPECT_NEAR(std::sqrt(plane / 20'000) / 0.008, 1.0, 4.0 / std::sqrt(40'000.0));
@@ -75,7 +77,7 @@ TEST(Points, KeepTheirSpacingInThePlane)
     ASSERT_EQ(positions.size(), 20U);
     for (std::size_t i = 0; i < positions.size(); ++i)
         for (std::size_t j = 0; j < i; ++j) {
-            const Point d = positions[i].antenna - positions[j].antenna;
+            const Point3 d = positions[i].antenna - positions[j].antenna;
             EXPECT_GE(std::hypot(d.x, d.y), 0.3);
         }
 }
@@ -98,8 +100,8 @@ TEST(Points, OutliersAreOffByTheirSize)
     const Positions positions = SimulatePoints(plan, 7);
     EXPECT_EQ(std::ranges::count(positions, true, &AntennaPosition::outlier), 3);
     for (const AntennaPosition& p : positions) {
-        const Point error = p.antenna - p.truth;
-        EXPECT_NEAR(std::hypot(error.x, error.y, error.h), p.outlier ? 0.1 : 0.0, kSurveyRoundOff);
+        const Point3 error = p.antenna - p.truth;
+        EXPECT_NEAR(std::hypot(error.x, error.y, error.z), p.outlier ? 0.1 : 0.0, kSurveyRoundOff);
     }
 }
 

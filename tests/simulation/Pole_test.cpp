@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "simulation/Pole.h"
 
+#include "survey/Angle.h"
 #include <cmath>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -9,10 +10,11 @@
 namespace {
 
 using namespace simulation;
+using tiltpole::survey::Deg2Rad;
 
-double Distance(const Point& p, const Point& q)
+double Distance(const Point3& p, const Point3& q)
 {
-    return std::hypot(p.x - q.x, p.y - q.y, p.h - q.h);
+    return std::hypot(p.x - q.x, p.y - q.y, p.z - q.z);
 }
 
 double Angle(int least, int most)
@@ -30,16 +32,16 @@ TEST(Pole, PlumbPoleHasItsTipBelow)
 // Rolled 10 degrees to the right the lower end goes left: west, when heading north.
 TEST(Pole, RollToTheRightSwingsTheTipLeft)
 {
-    const double radians = 10.0 * M_PI / 180.0;
-    const Point expected{0.0, -std::sin(radians), -std::cos(radians)};
+    const double radians = Deg2Rad(10.0);
+    const Point3 expected{0.0, -std::sin(radians), -std::cos(radians)};
     EXPECT_LT(Distance(RigidStep({0.0, 0.0, 10.0}), expected), 1e-14);
     EXPECT_LT(Distance(SolvedStep(1, {0.0, 0.0, 10.0}), expected), 1e-14);
 }
 
 TEST(Pole, NoseUpSwingsTheTipForward)
 {
-    const double radians = 10.0 * M_PI / 180.0;
-    const Point expected{0.0, std::sin(radians), -std::cos(radians)};
+    const double radians = Deg2Rad(10.0);
+    const Point3 expected{0.0, std::sin(radians), -std::cos(radians)};
     EXPECT_LT(Distance(RigidStep({90.0, 10.0, 0.0}), expected), 1e-14);
     EXPECT_LT(Distance(SolvedStep(1, {90.0, 10.0, 0.0}), expected), 1e-14);
 }
@@ -65,30 +67,30 @@ RC_GTEST_PROP(Pole, SolvedStepOfTypeOneIsTheRigidOneInOnePlane, ())
 RC_GTEST_PROP(Pole, SolvedStepOfTypeOneTakesSlopes, ())
 {
     const PoseAngles angles{Angle(0, 360), Angle(-40, 40), Angle(-40, 40)};
-    const double radians = M_PI / 180.0;
+    const double radians = tiltpole::survey::kPi / 180.0;
     const double slope =
         std::asin(std::cos(angles.pitch * radians) * std::sin(angles.roll * radians)) / radians;
-    const Point step = SolvedStep(1, {angles.heading, angles.pitch, slope});
+    const Point3 step = SolvedStep(1, {angles.heading, angles.pitch, slope});
     RC_ASSERT(Distance(step, RigidStep(angles)) < kRootOfRoundOff);
 }
 
 // Of the other types the heading is that of the right axis, a quarter turn on when rolled alone.
 TEST(Pole, SolvedStepOfOtherTypesCountsFromTheRightAxis)
 {
-    const Point step = SolvedStep(0, {90.0, 0.0, 10.0});
+    const Point3 step = SolvedStep(0, {90.0, 0.0, 10.0});
     EXPECT_LT(Distance(step, RigidStep({0.0, 0.0, 10.0})), 1e-14);
 }
 
-std::vector<Point> ErrorsOf(const AntennaNoise& noise, double interval, int count)
+std::vector<Point3> ErrorsOf(const AntennaNoise& noise, double interval, int count)
 {
     AntennaErrors errors(noise, interval, 11);
-    std::vector<Point> all;
+    std::vector<Point3> all;
     for (int i = 0; i < count; ++i)
         all.push_back(errors.Next());
     return all;
 }
 
-double MeanProduct(const std::vector<Point>& errors, double Point::*axis, std::size_t lag)
+double MeanProduct(const std::vector<Point3>& errors, double Point3::*axis, std::size_t lag)
 {
     double sum = 0.0;
     for (std::size_t i = lag; i < errors.size(); ++i)
@@ -98,7 +100,7 @@ double MeanProduct(const std::vector<Point>& errors, double Point::*axis, std::s
 
 TEST(AntennaErrors, AreNothingWithoutNoise)
 {
-    for (const Point& e : ErrorsOf({0.0, 0.0, 0.0, 0.0, 30.0}, 0.1, 10))
+    for (const Point3& e : ErrorsOf({0.0, 0.0, 0.0, 0.0, 30.0}, 0.1, 10))
         EXPECT_EQ(Distance(e, {}), 0.0);
 }
 
@@ -107,9 +109,9 @@ TEST(AntennaErrors, WhiteShareHasItsDeviationAndNoMemory)
 {
     const auto errors = ErrorsOf({0.002, 0.005, 0.0, 0.0, 30.0}, 0.1, 200'000);
     const double allowed = 4.0 * std::sqrt(2.0 / 200'000);
-    EXPECT_NEAR(MeanProduct(errors, &Point::x, 0) / 4e-6, 1.0, allowed);
-    EXPECT_NEAR(MeanProduct(errors, &Point::h, 0) / 25e-6, 1.0, allowed);
-    EXPECT_NEAR(MeanProduct(errors, &Point::y, 1) / 4e-6, 0.0, allowed);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::x, 0) / 4e-6, 1.0, allowed);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::z, 0) / 25e-6, 1.0, allowed);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::y, 1) / 4e-6, 0.0, allowed);
 }
 
 // With a correlation time of 2 s at 10 Hz, 20 000 s hold some 10 000 independent numbers.
@@ -117,10 +119,10 @@ TEST(AntennaErrors, SlowShareForgetsWithItsCorrelationTime)
 {
     const auto errors = ErrorsOf({0.0, 0.0, 0.003, 0.010, 2.0}, 0.1, 200'000);
     const double allowed = 4.0 * std::sqrt(2.0 / 10'000);
-    EXPECT_NEAR(MeanProduct(errors, &Point::x, 0) / 9e-6, 1.0, allowed);
-    EXPECT_NEAR(MeanProduct(errors, &Point::h, 0) / 1e-4, 1.0, allowed);
-    EXPECT_NEAR(MeanProduct(errors, &Point::h, 20) / 1e-4, std::exp(-1.0), allowed);
-    EXPECT_NEAR(MeanProduct(errors, &Point::y, 10) / 9e-6, std::exp(-0.5), allowed);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::x, 0) / 9e-6, 1.0, allowed);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::z, 0) / 1e-4, 1.0, allowed);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::z, 20) / 1e-4, std::exp(-1.0), allowed);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::y, 10) / 9e-6, std::exp(-0.5), allowed);
 }
 
 } // namespace

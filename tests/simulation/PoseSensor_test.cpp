@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "simulation/PoseSensor.h"
 
+#include "survey/Angle.h"
+#include "survey/Correction.h"
 #include <cmath>
 #include <gtest/gtest.h>
 #include <rapidcheck/gtest.h>
@@ -8,6 +10,8 @@
 namespace {
 
 using namespace simulation;
+using tiltpole::survey::Deg2Rad;
+using tiltpole::survey::Rad2Deg;
 
 constexpr double kRoundOff = 1e-9; // counts, of fields of some hundred counts
 constexpr double kInterval = 0.05;
@@ -23,14 +27,14 @@ PoseSensorData ReadAtRest(const PoseSensor& sensor, const PoseAngles& angles,
         .Read(motion, motion, motion, kInterval, secondOfDay, seconds, truth);
 }
 
-void ExpectA(const PoseSensorData& s, const Vector& expected, double tolerance = kRoundOff)
+void ExpectA(const PoseSensorData& s, const Point3& expected, double tolerance = kRoundOff)
 {
     EXPECT_NEAR(s.dMag_x, expected.x, tolerance);
     EXPECT_NEAR(s.dMag_y, expected.y, tolerance);
     EXPECT_NEAR(s.dMag_z, expected.z, tolerance);
 }
 
-void ExpectB(const PoseSensorData& s, const Vector& expected, double tolerance = kRoundOff)
+void ExpectB(const PoseSensorData& s, const Point3& expected, double tolerance = kRoundOff)
 {
     EXPECT_NEAR(s.dMag_x_2, expected.x, tolerance);
     EXPECT_NEAR(s.dMag_y_2, expected.y, tolerance);
@@ -38,7 +42,7 @@ void ExpectB(const PoseSensorData& s, const Vector& expected, double tolerance =
 }
 
 // A field of 500 counts at a dip whose sine is 0.8: 300 counts north, 400 down.
-const EarthField kField{500.0, std::atan2(4.0, 3.0) * 180.0 / M_PI, 0.0};
+const EarthField kField{500.0, Rad2Deg(std::atan2(4.0, 3.0)), 0.0};
 
 TEST(PoseSensor, LevelPoleHeadingNorthReadsForwardAndUp)
 {
@@ -77,7 +81,7 @@ TEST(PoseSensor, SoftAndHardIronDistortEachMagnetometerAlone)
 {
     PoseSensor sensor;
     sensor.a.softIron.rows = {
-        Vector{1.1, 0.2, 0.3},
+        Point3{1.1, 0.2, 0.3},
         {0.4, 0.9, 0.5},
         {0.6, 0.7, 1.2}
     };
@@ -89,34 +93,30 @@ TEST(PoseSensor, SoftAndHardIronDistortEachMagnetometerAlone)
     ExpectB(sample, {-305.0, 6.0, -407.0});
 }
 
-Vector Corrected(const Incline_MagneticCorrectParameter& p, const Vector& raw)
-{
-    return {raw.x - p.x0, p.a * raw.x + p.b * raw.y - p.y0,
-            p.c * raw.x + p.d * raw.y + p.e * raw.z - p.z0};
-}
-
 // Undone, a distorted field is the field again, scaled by the first element.
 RC_GTEST_PROP(PoseSensor, CorrectionUndoesLowerTriangularSoftIron, ())
 {
     const auto share = [] { return *rc::gen::inRange(-300, 301) / 1000.0; };
-    Magnetometer m;
+    MagnetometerModel m;
     m.softIron.rows = {
-        Vector{1.0 + share(), 0.0,           0.0          },
+        Point3{1.0 + share(), 0.0,           0.0          },
         {share(),       1.0 + share(), 0.0          },
         {share(),       share(),       1.0 + share()}
     };
     m.hardIron = {1000 * share(), 1000 * share(), 1000 * share()};
-    const Vector field{1000 * share(), 1000 * share(), 1000 * share()};
+    const Point3 field{1000 * share(), 1000 * share(), 1000 * share()};
 
     const auto correction = CorrectionOf(m);
     RC_ASSERT(correction.has_value());
-    const Vector back = Corrected(*correction, m.softIron * field + m.hardIron);
+    const Point3 raw = m.softIron * field + m.hardIron;
+    const auto [x, y, z] = tiltpole::survey::Corrected(*correction, {raw.x, raw.y, raw.z});
+    const Point3 back{x, y, z};
     RC_ASSERT(Length(back - m.softIron.rows[0].x * field) < kRoundOff);
 }
 
 TEST(PoseSensor, NoEightValuesUndoAnyOtherSoftIron)
 {
-    Magnetometer m;
+    MagnetometerModel m;
     m.softIron.rows[0].y = 0.01;
     EXPECT_FALSE(CorrectionOf(m));
     m.softIron.rows[0] = {1.0, 0.0, 0.0};
@@ -128,7 +128,7 @@ TEST(PoseSensor, NoEightValuesUndoAnyOtherSoftIron)
 TEST(PoseSensor, InverseTimesTheMatrixIsTheIdentity)
 {
     const Matrix m{
-        {Vector{2.0, 1.0, 0.5}, {-0.3, 1.5, 0.2}, {0.1, -0.4, 0.8}}
+        {Point3{2.0, 1.0, 0.5}, {-0.3, 1.5, 0.2}, {0.1, -0.4, 0.8}}
     };
     const auto inverse = InverseOf(m);
     ASSERT_TRUE(inverse);
@@ -137,7 +137,7 @@ TEST(PoseSensor, InverseTimesTheMatrixIsTheIdentity)
     for (std::size_t i = 0; i < 3; ++i)
         EXPECT_LT(Length(product.rows[i] - identity.rows[i]), 1e-15);
     EXPECT_FALSE(InverseOf({
-        {Vector{1, 2, 3}, {2, 4, 6}, {0, 0, 1}}
+        {Point3{1, 2, 3}, {2, 4, 6}, {0, 0, 1}}
     }));
 }
 
@@ -153,7 +153,7 @@ TEST(PoseSensor, InclinationIsTheSlopeOfTheRightAxis)
     PoseSensor sensor;
     sensor.rollReport = RollReport::Inclination;
     const PoseAngles angles{0.0, 60.0, 30.0};
-    const double slope = std::asin(std::cos(M_PI / 3) * std::sin(M_PI / 6)) * 180.0 / M_PI;
+    const double slope = Rad2Deg(std::asin(std::cos(Deg2Rad(60.0)) * std::sin(Deg2Rad(30.0))));
     EXPECT_NEAR(ReadAtRest(sensor, angles).dRoll, slope, 1e-12);
     EXPECT_NEAR(ReadAtRest({}, angles).dRoll, 30.0, 1e-12);
 }

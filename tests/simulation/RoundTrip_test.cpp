@@ -32,9 +32,9 @@ double Between(double heading, double other)
     return std::fabs(std::remainder(heading - other, 360.0));
 }
 
-double Distance(const xyhCoordinate& p, const Point& q)
+double Distance(const xyhCoordinate& p, const Point3& q)
 {
-    return std::hypot(p.x - q.x, p.y - q.y, p.h - q.h);
+    return std::hypot(p.x - q.x, p.y - q.y, p.h - q.z);
 }
 
 // With the true parameters the headings, the agreement of both magnetometers and the tip are true.
@@ -49,7 +49,7 @@ void CheckWalk(int type, const PoseSensor& sensor, PoleGeometry geometry)
     CInclineSensor_Position position = PositionFor(sensor, field);
     for (std::size_t i = 0; i < walk.samples.size(); ++i) {
         PoseSensorData sample = walk.samples[i];
-        xyhCoordinate point{walk.antenna[i].x, walk.antenna[i].y, walk.antenna[i].h};
+        xyhCoordinate point{walk.antenna[i].x, walk.antenna[i].y, walk.antenna[i].z};
         ASSERT_EQ(position.Position(sample, plan.poleLength, point), 1);
         const double heading = walk.truth[i].pose.angles.heading;
         ASSERT_LT(Between(sample.dYaw, heading), 1e-9) << "type " << type << ", sample " << i;
@@ -87,7 +87,7 @@ TEST(RoundTrip, TipFromMagnetometerBIsTrueToo)
         position.CalculateYaw_A(sample);
         position.CalculateYaw_B(sample);
         xyhCoordinate tip;
-        position.Position_Geometry_B({walk.antenna[i].x, walk.antenna[i].y, walk.antenna[i].h},
+        position.Position_Geometry_B({walk.antenna[i].x, walk.antenna[i].y, walk.antenna[i].z},
                                      sample, plan.poleLength, tip);
         ASSERT_LT(Distance(tip, walk.truth[i].tip), 1e-9);
     }

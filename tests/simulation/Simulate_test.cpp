@@ -115,24 +115,24 @@ TEST_F(Simulate, BadOptionsAreOneSentenceAndWriteNothing)
         const char* reason;
     };
     constexpr Case cases[] = {
-        {"turns",                                                     "name a log to write"                    },
+        {"turns",                                                     "give a log to write"                    },
         {"turns --horizontal h --stop 400:1",                         "a stop lies outside the turn"           },
         {"turns --horizontal h --stop 40",                            "--stop: takes DEGREES:SECONDS, not '40'"},
         {"turns --horizontal h --extent abc",                         "'abc' is not a finite number"           },
         {"turns --horizontal h --extent nan",                         "'nan' is not a finite number"           },
         {"turns --horizontal h --extent 1e300",                       "'1e300' is too large"                   },
-        {"turns --horizontal h --noise-a -1",                         "'-1' is below 0"                        },
+        {"turns --horizontal h --noise-a -1",                         "'-1' is negative"                       },
         {"turns --horizontal h --drop 2",                             "must lie from 0 to below 1"             },
         {"walk --out h --drop 1",                                     "must lie from 0 to below 1"             },
         {"turns --horizontal h --gap 5:5",                            "a gap must end after it begins"         },
         {"walk --out h --gap 5:2",                                    "a gap must end after it begins"         },
-        {"turns --horizontal h --magnet 5:2:100",                     "a magnet must leave after it comes"     },
-        {"turns --horizontal h --seed -3",                            "is not a whole number"                  },
-        {"turns --horizontal h --start-time 25:00:00",                "is no time of a day"                    },
+        {"turns --horizontal h --magnet 5:2:100",                     "FROM must be before TO"                 },
+        {"turns --horizontal h --seed -3",                            "is not an integer from 0 up"            },
+        {"turns --horizontal h --start-time 25:00:00",                "is not a time of day"                   },
         {"turns --horizontal h --soft-iron-a 1,2,3",                  "takes XX,XY,...,ZZ"                     },
         {"walk --out h --most-lean 50",                               "the lean must lie"                      },
         {"walk --out h --config c --soft-iron-a 1,0.1,0,0,1,0,0,0,1", "not lower triangular"                   },
-        {"points --out h --most-lean 10",                             "there is room for"                      },
+        {"points --out h --most-lean 10",                             "there is only room for"                 },
     };
     for (const Case& c : cases) {
         const Outcome outcome = Run(std::string("simulate ") + c.options);

@@ -13,13 +13,13 @@ inline PoseSensor DistortedSensor(int type)
     PoseSensor sensor;
     sensor.type = type;
     sensor.a.softIron.rows = {
-        Vector{1.05,  0.0,  0.0 },
+        Point3{1.05,  0.0,  0.0 },
         {0.05,  0.96, 0.0 },
         {-0.04, 0.04, 1.08}
     };
     sensor.a.hardIron = {45.0, -30.0, 20.0};
     sensor.b.softIron.rows = {
-        Vector{1.05,  0.0,   0.0 },
+        Point3{1.05,  0.0,   0.0 },
         {-0.03, 1.03,  0.0 },
         {0.04,  -0.01, 0.97}
     };

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "simulation/Turn.h"
 
+#include "survey/Angle.h"
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
@@ -10,7 +11,7 @@ namespace {
 
 using namespace simulation;
 
-constexpr double kRadian = M_PI / 180.0;
+constexpr double kRadian = tiltpole::survey::kPi / 180.0;
 const EarthField kField{500.0, std::atan2(4.0, 3.0) / kRadian, 0.0}; // 300 north, 400 down
 
 Recording TurnOf(const TurnPlan& plan, std::uint64_t seed = 1)

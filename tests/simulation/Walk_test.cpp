@@ -1,18 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "simulation/Walk.h"
 
+#include "survey/Angle.h"
 #include <cmath>
 #include <gtest/gtest.h>
 
 namespace {
 
 using namespace simulation;
+using tiltpole::survey::Rad2Deg;
 
 constexpr double kSurveyRoundOff = 3e-9; // metres, of northings of 4 500 000 m
 
-double Distance(const Point& p, const Point& q)
+double Distance(const Point3& p, const Point3& q)
 {
-    return std::hypot(p.x - q.x, p.y - q.y, p.h - q.h);
+    return std::hypot(p.x - q.x, p.y - q.y, p.z - q.z);
 }
 
 Walk WalkOf(const WalkPlan& plan, const PoseSensor& sensor = {})
@@ -29,7 +31,7 @@ TEST(Walk, StandsStillOnEveryPointForItsTime)
     for (const WalkTruth& truth : walk.truth) {
         ++counts[truth.point];
         if (truth.point > 0) {
-            const Point& tip = walk.tips[static_cast<std::size_t>(truth.point - 1)];
+            const Point3& tip = walk.tips[static_cast<std::size_t>(truth.point - 1)];
             EXPECT_EQ(Distance(truth.tip, tip), 0.0);
         }
     }
@@ -43,7 +45,7 @@ TEST(Walk, NeighbouringPointsLieOneSpacingApart)
     const Walk walk = WalkOf({.points = 6, .spacing = 12.0});
     EXPECT_EQ(Distance(walk.tips[0], WalkPlan{}.start), 0.0);
     for (std::size_t i = 1; i < walk.tips.size(); ++i) {
-        const Point step = walk.tips[i] - walk.tips[i - 1];
+        const Point3 step = walk.tips[i] - walk.tips[i - 1];
         EXPECT_NEAR(std::hypot(step.x, step.y), 12.0, kSurveyRoundOff);
     }
 }
@@ -62,7 +64,7 @@ TEST(Walk, LeanStaysInItsRangeOnThePoints)
     double most = 0.0;
     for (const WalkTruth& truth : walk.truth) {
         if (truth.point == 0) continue;
-        const double lean = std::acos(-RigidStep(truth.pose.angles).h) * 180.0 / M_PI;
+        const double lean = Rad2Deg(std::acos(-RigidStep(truth.pose.angles).z));
         least = std::min(least, lean);
         most = std::max(most, lean);
     }
@@ -81,7 +83,7 @@ TEST(Walk, RigidPoleIsAsLongAsPlanned)
 TEST(Walk, AntennaNoiseIsTheDifferenceToTheTruth)
 {
     const AntennaNoise silent{0.0, 0.0, 0.0, 0.0, 30.0};
-    for (const Walk walk = WalkOf({.noise = silent}); const Point& antenna : walk.antenna)
+    for (const Walk walk = WalkOf({.noise = silent}); const Point3& antenna : walk.antenna)
         EXPECT_EQ(
             Distance(antenna,
                      walk.truth[static_cast<std::size_t>(&antenna - walk.antenna.data())].antenna),
@@ -92,7 +94,7 @@ TEST(Walk, AntennaNoiseIsTheDifferenceToTheTruth)
     });
     double squares = 0.0;
     for (std::size_t i = 0; i < noisy.antenna.size(); ++i) {
-        const double error = noisy.antenna[i].h - noisy.truth[i].antenna.h;
+        const double error = noisy.antenna[i].z - noisy.truth[i].antenna.z;
         squares += error * error;
     }
     const double count = static_cast<double>(noisy.antenna.size());

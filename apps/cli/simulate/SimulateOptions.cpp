@@ -13,9 +13,9 @@ namespace cli {
 namespace {
 
 using simulation::Magnet;
-using simulation::Magnetometer;
+using simulation::MagnetometerModel;
 using simulation::Matrix;
-using simulation::Vector;
+using simulation::Point3;
 
 // Iron the size of a screw: some tens of counts, a few percent, and slightly skewed axes. Lower
 // triangular, so that a calibration can correct it completely.
@@ -23,12 +23,12 @@ simulation::PoseSensor UsualSensor()
 {
     simulation::PoseSensor sensor;
     sensor.a = {
-        {{Vector{1.0, 0.0, 0.0}, {0.03, 0.96, 0.0}, {-0.02, 0.04, 1.05}}},
+        {{Point3{1.0, 0.0, 0.0}, {0.03, 0.96, 0.0}, {-0.02, 0.04, 1.05}}},
         { 45.0, -30.0, 20.0},
         1.0
     };
     sensor.b = {
-        {{Vector{1.0, 0.0, 0.0}, {-0.02, 1.03, 0.0}, {0.03, -0.01, 0.97}}},
+        {{Point3{1.0, 0.0, 0.0}, {-0.02, 1.03, 0.0}, {0.03, -0.01, 0.97}}},
         { -25.0, 35.0, -15.0},
         1.0
     };
@@ -53,7 +53,7 @@ std::string RowsOf(const Matrix& m)
     return fmt::format("{},{},{},{},{},{},{},{},{}", p.x, p.y, p.z, q.x, q.y, q.z, r.x, r.y, r.z);
 }
 
-Vector VectorFrom(const std::vector<double>& numbers)
+Point3 VectorFrom(const std::vector<double>& numbers)
 {
     return {numbers[0], numbers[1], numbers[2]};
 }
@@ -126,7 +126,7 @@ CLI::Option* AddAmount(CLI::App& command, const std::string& option, double& tar
         fmt::format("{} [{}]", description, target));
 }
 
-CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point& target,
+CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point3& target,
                       const std::string& description)
 {
     return AddNumbers(
@@ -134,7 +134,7 @@ CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::
         [&target](const std::vector<double>& n) {
             target = {n[0], n[1], n[2]};
         },
-        fmt::format("{} [{},{},{}]", description, target.x, target.y, target.h));
+        fmt::format("{} [{},{},{}]", description, target.x, target.y, target.z));
 }
 
 void UnderHeading(CLI::App& command, const char* heading)
@@ -239,7 +239,7 @@ void SceneOptions::AddField(CLI::App& command)
               "Magnetic north, east of the plane's x axis, degrees");
 }
 
-void SceneOptions::AddMagnetometer(CLI::App& command, char name, Magnetometer& magnetometer)
+void SceneOptions::AddMagnetometer(CLI::App& command, char name, MagnetometerModel& magnetometer)
 {
     CLI::Option* hard = AddNumbers(
         command, fmt::format("--hard-iron-{}", name), {"X,Y,Z", 3, 3},

@@ -45,7 +45,7 @@ CLI::Option* AddAmount(CLI::App& command, const std::string& option, double& tar
                        const std::string& description);
 
 /// An option of three numbers: x, y, h of a point.
-CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point& target,
+CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point3& target,
                       const std::string& description);
 
 /// --start-time hh:mm:ss
@@ -80,7 +80,7 @@ public:
 
 private:
     void AddSensor(CLI::App& command);
-    void AddMagnetometer(CLI::App& command, char name, simulation::Magnetometer& magnetometer);
+    void AddMagnetometer(CLI::App& command, char name, simulation::MagnetometerModel& magnetometer);
     void AddField(CLI::App& command);
 
     simulation::Scene m_scene;
