@@ -104,9 +104,9 @@ void CMagneticConvert::Prepare()
     m_ofX[1] = s;
     m_ofY[0] = -s;
     m_ofY[1] = c;
-    m_centre[0] = (1.0 - c) * x0 + s * y0 + (1.0 - k) * x0;
-    m_centre[1] = (1.0 - c) * y0 - s * x0 + (1.0 - k) * y0;
-    m_hasCentre = m_centre[0] != 0.0 || m_centre[1] != 0.0;
+    m_center[0] = (1.0 - c) * x0 + s * y0 + (1.0 - k) * x0;
+    m_center[1] = (1.0 - c) * y0 - s * x0 + (1.0 - k) * y0;
+    m_hasCenter = m_center[0] != 0.0 || m_center[1] != 0.0;
     m_perScale = 1.0 / k;
     m_back[0] = -(dx * c + dy * s) / k;
     m_back[1] = (dx * s - dy * c) / k;

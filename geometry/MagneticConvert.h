@@ -69,9 +69,9 @@ public:
         const Magnetic_FourParameter& p = m_parameters;
         double newX = 0.0;
         double newY = 0.0;
-        if (m_hasCentre) { // most have none: its two sums would be an eighth of the work
-            newX = p.dScale * (m_ofX[0] * x + m_ofY[0] * y + m_centre[0]) + p.dDx;
-            newY = p.dScale * (m_ofX[1] * x + m_ofY[1] * y + m_centre[1]) + p.dDy;
+        if (m_hasCenter) { // most have none: its two sums would be an eighth of the work
+            newX = p.dScale * (m_ofX[0] * x + m_ofY[0] * y + m_center[0]) + p.dDx;
+            newY = p.dScale * (m_ofX[1] * x + m_ofY[1] * y + m_center[1]) + p.dDy;
         } else {
             newX = p.dScale * (m_ofX[0] * x + m_ofY[0] * y) + p.dDx;
             newY = p.dScale * (m_ofX[1] * x + m_ofY[1] * y) + p.dDy;
@@ -97,8 +97,8 @@ private:
     // the two coordinates of a result, so that both are computed at once.
     double m_ofX[2] = {1.0, 0.0}; // cos θ, sin θ: what x adds to the turned coordinates
     double m_ofY[2] = {0.0, 1.0}; // −sin θ, cos θ
-    double m_centre[2] = {};
+    double m_center[2] = {};
     double m_back[2] = {};
     double m_perScale = 1.0;
-    bool m_hasCentre = false;
+    bool m_hasCenter = false;
 };

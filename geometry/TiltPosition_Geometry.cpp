@@ -21,7 +21,7 @@ constexpr std::size_t kFewest = 4;         // positions that fix a sphere
 constexpr double kNoRadius = 1e-6;         // [m]
 
 // Four positions whose volume is below this share of the product of their edges are one plane: the
-// share that rounding of the arithmetic, or of the given coordinates over edges of decimetres,
+// share that rounding of the arithmetic, or of the given coordinates over edges of decimeters,
 // makes out of nothing.
 constexpr double kFlatness = 1e-9;
 constexpr double kFlatnessPerResolution = 64.0; // [1/m]

@@ -10,7 +10,7 @@
 //     TiltPoint_State state;
 //     geometry.Calculate(tip, state);
 //
-//   coordinates   plane x, y and height h, metres; as large as survey grids have them
+//   coordinates   plane x, y and height h, meters; as large as survey grids have them
 //   angles        degrees
 //   memory        AddPoint, Calculate, Adjustment and ReProcess throw std::bad_alloc when it runs
 //                 out; the observations stay as they are then

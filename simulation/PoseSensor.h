@@ -111,7 +111,7 @@ public:
     SensorReadings(const PoseSensor& sensor, const EarthField& field,
                    const std::vector<Magnet>& magnets, std::uint64_t seed, std::uint64_t index);
 
-    /// The sample at `now`, between its neighbours `before` and `after`.
+    /// The sample at `now`, between its neighbors `before` and `after`.
     /// @param interval     from `before` to `now` and from `now` to `after` [s]
     /// @param secondOfDay  time of day; whole days are taken off [s]
     /// @param seconds      since the start, for the magnets [s]

@@ -16,7 +16,7 @@ std::uint64_t SplitMix(std::uint64_t& state)
     return z ^ (z >> 31);
 }
 
-// Seed, stream and index are mixed one after the other, so that neighbouring values of any of them
+// Seed, stream and index are mixed one after the other, so that neighboring values of any of them
 // give unrelated states.
 Generator::Generator(std::uint64_t seed, Stream stream, std::uint64_t index) : m_state{}
 {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Everything that was set for a simulation, as a JSON text beside the log: what a host under test
-// should find. Keys say their unit where it is not degrees, metres, seconds or counts.
+// should find. Keys say their unit where it is not degrees, meters, seconds or counts.
 #pragma once
 
 #include "simulation/Points.h"

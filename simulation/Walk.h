@@ -20,7 +20,7 @@ struct WalkPlan
     double dwell = 6.0;                       // on each point [s]
     double travel = 4.0;                      // from one point to the next [s]
     Point3 start{4500000.0, 500000.0, 100.0}; // first tip [m]
-    double spacing = 5.0;                     // between neighbouring points in the plane [m]
+    double spacing = 5.0;                     // between neighboring points in the plane [m]
     double relief = 0.2;                      // standard deviation of the heights of the points [m]
     double poleLength = 2.0;                  // antenna to tip [m]
     double leastLean = 5.0;                   // on the points [degrees]

@@ -20,6 +20,7 @@
 
 #include "vector/Instructions.h"
 
+#include <cstddef>
 #include <cstdint>
 #include <cstring>
 
@@ -143,7 +144,7 @@ struct GroupSum
     {
         double place[kGroup];
         for (int p = 0; p < kParts; ++p)
-            part[p].Store(place + p * Width);
+            part[p].Store(place + std::ptrdiff_t{p} * Width);
         return (place[0] + place[1]) + (place[2] + place[3]);
     }
 };

@@ -54,7 +54,7 @@ std::vector<Errors> KindsOfError(const std::string& recording)
     };
     if (recording.empty()) return kinds;
     const auto recorded = std::make_shared<simulation::RecordedErrors>(recording);
-    constexpr std::size_t kNeeded = 60 * 15;
+    constexpr std::size_t kNeeded = std::size_t{60} * 15;
     if (recorded->Count() <= kNeeded)
         throw tables::InputError(fmt::format("{}: fewer than {} epochs", recording, kNeeded + 1));
     for (const std::size_t seconds : {1U, 4U, 15U}) {

@@ -109,7 +109,7 @@ struct LiteralAlgebra
 };
 
 // The two steps as a matrix class would have them written, positions and tip included; the four
-// positions of a centre are passed by value, as ProbableCoor declares them.
+// positions of a center are passed by value, as ProbableCoor declares them.
 template <class Algebra>
 struct MatrixSteps
 {
@@ -135,7 +135,7 @@ struct MatrixSteps
         return std::sqrt(squares);
     }
 
-    static Vector Centre(Vector p1, Vector p2, Vector p3, Vector p4)
+    static Vector Center(Vector p1, Vector p2, Vector p3, Vector p4)
     {
         Matrix system = Algebra::Make(3, 3);
         Matrix right = Algebra::Make(3, 1);

@@ -72,18 +72,18 @@ void ScanRow(const Row& row, std::size_t first, std::size_t last, const RowStart
         const Lanes<Width> h = Lanes<Width>::Load(row.e.h + k);
         const Lanes<Width> q = Lanes<Width>::Load(row.halfSquare + k);
 
-        const Lanes<Width> centreX = row.w[1] * h - row.w[2] * y + q * row.c[0];
-        const Lanes<Width> centreY = row.w[2] * x - row.w[0] * h + q * row.c[1];
-        const Lanes<Width> centreH = row.w[0] * y - row.w[1] * x + q * row.c[2];
+        const Lanes<Width> centerX = row.w[1] * h - row.w[2] * y + q * row.c[0];
+        const Lanes<Width> centerY = row.w[2] * x - row.w[0] * h + q * row.c[1];
+        const Lanes<Width> centerH = row.w[0] * y - row.w[1] * x + q * row.c[2];
         const Lanes<Width> volume = row.c[0] * x + row.c[1] * y + row.c[2] * h;
 
-        const Lanes<Width> length = centreX * centreX + centreY * centreY + centreH * centreH;
+        const Lanes<Width> length = centerX * centerX + centerY * centerY + centerH * centerH;
         const Lanes<Width> square = volume * volume;
         const Mask<Width> usable = (length >= row.lowSquare * square)
                                    & (length <= row.highSquare * square) & (square > row.flat * q);
-        centreX.Store(out.x + k);
-        centreY.Store(out.y + k);
-        centreH.Store(out.h + k);
+        centerX.Store(out.x + k);
+        centerY.Store(out.y + k);
+        centerH.Store(out.h + k);
         volume.Store(out.denominator + k);
         usable.Store(out.usable + k);
     }
@@ -93,13 +93,13 @@ void ScanRow(const Row& row, std::size_t first, std::size_t last, const RowStart
 template <int Width>
 struct Start
 {
-    Triple<Width> centre; // about the mean of the positions
+    Triple<Width> center; // about the mean of the positions
     Lanes<Width> square;  // r²
     Lanes<Width> radius;  // r
     Lanes<Width> mean;    // of d²
     Lanes<Width> rootMean;
     Lanes<Width> offset;   // mean of d² − r²
-    Triple<Width> product; // spread matrix times centre
+    Triple<Width> product; // spread matrix times center
     Lanes<Width> variance; // of d²
     Lanes<Width> guard;    // what rounding can do to such a variance
 };
@@ -114,16 +114,16 @@ Start<Width> ReadStart(const Cloud& cloud, const Symmetric<Width>& spread, const
                                       Lanes<Width>::Load(batch.y + k) * scale,
                                       Lanes<Width>::Load(batch.h + k) * scale};
     Start<Width> start;
-    start.centre = Sum(Triple<Width>(batch.origin), Lanes<Width>(1.0), fromOrigin);
+    start.center = Sum(Triple<Width>(batch.origin), Lanes<Width>(1.0), fromOrigin);
     start.square = Dot(fromOrigin, fromOrigin);
     start.radius = Root(start.square);
-    const Lanes<Width> lengthSquare = Dot(start.centre, start.centre);
+    const Lanes<Width> lengthSquare = Dot(start.center, start.center);
     start.mean = lengthSquare + cloud.trace;
     start.rootMean = Root(start.mean);
     start.offset = start.mean - start.square;
-    start.product = spread * start.centre;
-    const Lanes<Width> skew = Dot(start.centre, Triple<Width>(cloud.skew));
-    start.variance = 4.0 * (Dot(start.centre, start.product) - skew) + cloud.squareVariance;
+    start.product = spread * start.center;
+    const Lanes<Width> skew = Dot(start.center, Triple<Width>(cloud.skew));
+    start.variance = 4.0 * (Dot(start.center, start.product) - skew) + cloud.squareVariance;
     start.guard =
         kRounding * (4.0 * (lengthSquare * cloud.trace + Magnitude(skew)) + cloud.squareVariance);
     return start;
@@ -140,7 +140,7 @@ struct DistanceBounds
 template <int Width>
 DistanceBounds<Width> BoundDistances(const Cloud& cloud, const Start<Width>& start)
 {
-    const Triple<Width> away = Sum(start.centre, Lanes<Width>(-1.0), Triple<Width>(cloud.centre));
+    const Triple<Width> away = Sum(start.center, Lanes<Width>(-1.0), Triple<Width>(cloud.center));
     const Lanes<Width> distance = Root(Dot(away, away));
     return {distance
                 + Larger(Magnitude(start.radius - cloud.nearest),
@@ -175,7 +175,7 @@ Step<Width> StepFromMoments(const Cloud& cloud, const Symmetric<Width>& spread,
     // root mean square of l²/(2r), the part of the misclosures that is not linear in d²
     const Lanes<Width> second = 0.5 * bounds.misclosure * spreadOfSquares * perPair;
 
-    const Triple<Width>& t = start.centre;
+    const Triple<Width>& t = start.center;
     const Symmetric<Width> normal = {
         {spread.element[0] + t.x * t.x, spread.element[1] + t.x * t.y,
          spread.element[2] + t.x * t.h, spread.element[3] + t.y * t.y,
@@ -202,7 +202,7 @@ Step<Width> StepFromMoments(const Cloud& cloud, const Symmetric<Width>& spread,
 }
 
 // True where a start is certain to miss the limit: with the residuals v that would just meet it,
-// 2·mean(d')·Cv = C(ỹ²) − C(d² about a moved centre), and the variance of the latter is too large
+// 2·mean(d')·Cv = C(ỹ²) − C(d² about a moved center), and the variance of the latter is too large
 // for the bounds of the other two terms. C takes the mean off.
 template <int Width>
 Mask<Width> IsHopeless(const Cloud& cloud, const Symmetric<Width>& spread,
@@ -219,7 +219,7 @@ Mask<Width> IsHopeless(const Cloud& cloud, const Symmetric<Width>& spread,
     const Lanes<Width> stepSquare = Dot(s.step, s.step);
     const Lanes<Width> stepLength = Root(stepSquare);
     const Lanes<Width> shift =
-        (Dot(start.centre, s.step) + stepSquare) * perRadius; // mean of d' − r'
+        (Dot(start.center, s.step) + stepSquare) * perRadius; // mean of d' − r'
     const Lanes<Width> ratio = shift * perRadius;
     const Lanes<Width> shiftError = s.residual
                                     + ((start.rootMean + 2.0 * stepLength + s.error) * s.error
@@ -237,9 +237,9 @@ Mask<Width> IsHopeless(const Cloud& cloud, const Symmetric<Width>& spread,
     const Lanes<Width> allowed = 2.0 * distance * s.residual + tilt * peak
                                  + 2.0 * (ratioError * along + Magnitude(ratio) * size * s.error);
 
-    // variance of d² about centre − ratio·δ
+    // variance of d² about center − ratio·δ
     const Lanes<Width> turn =
-        Dot(start.centre, product) - 0.5 * Dot(s.step, Triple<Width>(cloud.skew));
+        Dot(start.center, product) - 0.5 * Dot(s.step, Triple<Width>(cloud.skew));
     const Lanes<Width> variance = start.variance + 4.0 * ratio * (ratio * stepSpread - 2.0 * turn);
     return (least > 0.0) & (variance - start.guard > allowed * allowed * (1.0 + kRounding));
 }
@@ -253,9 +253,9 @@ void JudgeStarts(const Cloud& cloud, const Batch& batch)
     for (std::size_t k = 0; k < batch.size; k += Width) {
         const Start<Width> start = ReadStart(cloud, spread, batch, k);
         const Mask<Width> hopeless = IsHopeless(cloud, spread, start, batch.limit);
-        start.centre.x.Store(batch.x + k);
-        start.centre.y.Store(batch.y + k);
-        start.centre.h.Store(batch.h + k);
+        start.center.x.Store(batch.x + k);
+        start.center.y.Store(batch.y + k);
+        start.center.h.Store(batch.h + k);
         start.radius.Store(batch.radius + k);
         hopeless.Store(batch.hopeless + k);
     }

@@ -44,18 +44,18 @@ void PointCloud::CollectMoments()
     m_moments.skew[2] = skew.h;
 }
 
-// The centre with the smallest variance of squared distances. Coplanar positions have none; the
+// The center with the smallest variance of squared distances. Coplanar positions have none; the
 // distances then stay at the values that promise nothing.
 void PointCloud::FitAlgebraicSphere()
 {
     const SpacePoint skew = {m_moments.skew[0], m_moments.skew[1], m_moments.skew[2]};
-    const SpacePoint centre = (0.5 / m_spread.Determinant()) * (m_spread.Adjugate() * skew);
-    m_moments.centre[0] = centre.x;
-    m_moments.centre[1] = centre.y;
-    m_moments.centre[2] = centre.h;
+    const SpacePoint center = (0.5 / m_spread.Determinant()) * (m_spread.Adjugate() * skew);
+    m_moments.center[0] = center.x;
+    m_moments.center[1] = center.y;
+    m_moments.center[2] = center.h;
     m_moments.nearest = std::numeric_limits<double>::infinity();
     for (std::size_t k = 0; k < m_count; ++k) {
-        const double distance = Length(At(k) - centre);
+        const double distance = Length(At(k) - center);
         m_moments.nearest = std::min(m_moments.nearest, distance);
         m_moments.farthest = std::max(m_moments.farthest, distance);
     }

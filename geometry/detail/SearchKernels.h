@@ -24,7 +24,7 @@ struct Coordinates
 };
 
 // Spheres through three fixed positions and one of a row each. With the first position as origin,
-// e the fourth and q = |e|²/2, the centre is (w × e + q·c) / (c·e).
+// e the fourth and q = |e|²/2, the center is (w × e + q·c) / (c·e).
 struct Row
 {
     Coordinates e;
@@ -36,7 +36,7 @@ struct Row
     double flat; // times q: squared volume up to which a start is singular
 };
 
-// What a row gives: numerator and denominator of each centre, and whether the start is usable.
+// What a row gives: numerator and denominator of each center, and whether the start is usable.
 struct RowStarts
 {
     double* x;
@@ -56,13 +56,13 @@ struct Cloud
     double skew[3];        // mean of p·(|p|² − trace) [m³]
     double squareVariance; // mean of (|p|² − trace)² [m⁴]
     double reach;          // longest |p|
-    double centre[3];      // of the algebraic sphere through the positions
-    double nearest;        // shortest distance of a position from that centre
+    double center[3];      // of the algebraic sphere through the positions
+    double nearest;        // shortest distance of a position from that center
     double farthest;       // longest
 };
 
 // Usable starts that wait for judgement, as numerator and denominator about `origin`. Judging
-// replaces x, y, h by the centre about the mean of all positions.
+// replaces x, y, h by the center about the mean of all positions.
 struct Batch
 {
     double* x;

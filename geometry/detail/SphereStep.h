@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// One least-squares step of a sphere through antenna positions: the pole tip T is the centre, the
+// One least-squares step of a sphere through antenna positions: the pole tip T is the center, the
 // antenna height r the radius, |P_k − T| = r for every antenna position P_k.
 //
-// Coordinates and radii in metres. Formulas: docs/formulas.md, "Tip from many antenna positions".
+// Coordinates and radii in meters. Formulas: docs/formulas.md, "Tip from many antenna positions".
 #pragma once
 
 #include <cmath>

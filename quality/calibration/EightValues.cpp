@@ -62,17 +62,17 @@ double CostOf(const Values& q, const std::vector<Target>& targets)
     return cost;
 }
 
-Values StartOf(const Eigen::Matrix3d& m, const Eigen::Vector3d& centre)
+Values StartOf(const Eigen::Matrix3d& m, const Eigen::Vector3d& center)
 {
     Values q;
     const double a = m(1, 0);
     const double b = m(1, 1);
-    q << centre.x(), a * centre.x() + b * centre.y(), m.row(2).dot(centre), a, b, m(2, 0), m(2, 1),
+    q << center.x(), a * center.x() + b * center.y(), m.row(2).dot(center), a, b, m(2, 0), m(2, 1),
         m(2, 2), 0.0;
     return q;
 }
 
-Values Minimised(Values q, const std::vector<Target>& targets)
+Values Minimized(Values q, const std::vector<Target>& targets)
 {
     double damping = 1e-6;
     double cost = CostOf(q, targets);
@@ -174,14 +174,14 @@ std::optional<EightValues> Reduced(const FullCorrection& full, double elevation,
     const double scale = full.matrix(0, 0);
     const Eigen::Matrix3d m = full.matrix / scale;
     const Eigen::Matrix3d inverse = m.inverse();
-    const Eigen::Vector3d centre = inverse * full.offset;
+    const Eigen::Vector3d center = inverse * full.offset;
     std::vector<Target> targets;
     targets.reserve(grid.size());
     for (const Pose& pose : grid) {
         const Eigen::Vector3d field = pose.frame.Field(pose.heading, elevation);
         targets.push_back({inverse * (field + full.offset), &pose});
     }
-    const Values q = Minimised(StartOf(m, centre), targets);
+    const Values q = Minimized(StartOf(m, center), targets);
     if (!q.allFinite()) return {};
     EightValues reduced;
     Incline_MagneticCorrectParameter& v = reduced.values;

@@ -57,7 +57,7 @@ struct Solution
 
 // Levenberg-Marquardt. The weights follow the solution: from a coarse start the spread is wide and
 // every reading counts; near the end it is narrow and disturbed readings are left out.
-Solution Minimised(const Scaled& data, Unknowns p)
+Solution Minimized(const Scaled& data, Unknowns p)
 {
     double damping = 1e-3;
     Residuals residuals = ResidualsOf(data, p);
@@ -122,13 +122,13 @@ bool IsNearOwnAxes(const Unknowns& p)
     return p.allFinite() && m.determinant() > 0.0 && m.diagonal().minCoeff() > 0.0;
 }
 
-// matrix = weights / scale,  offset = offsets + matrix·centre
+// matrix = weights / scale,  offset = offsets + matrix·center
 CorrectionCovariance InCounts(const Normal& covariance, const Scaled& data)
 {
     Eigen::Matrix<double, 12, kUnknowns> slopes = Eigen::Matrix<double, 12, kUnknowns>::Identity();
     slopes.topLeftCorner<9, 9>() /= data.scale;
     for (Eigen::Index row = 0; row < 3; ++row)
-        slopes.row(kOffset + row).segment<3>(3 * row) = data.centre.transpose() / data.scale;
+        slopes.row(kOffset + row).segment<3>(3 * row) = data.center.transpose() / data.scale;
     return slopes * covariance * slopes.transpose();
 }
 
@@ -138,7 +138,7 @@ SphereFit InCounts(const Scaled& data, const Solution& solution)
     const Unknowns& p = solution.p;
     fit.correction.matrix << p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8];
     fit.correction.matrix /= data.scale;
-    fit.correction.offset = p.segment<3>(kOffset) + fit.correction.matrix * data.centre;
+    fit.correction.offset = p.segment<3>(kOffset) + fit.correction.matrix * data.center;
     fit.elevationHorizontal = p[kElevation];
     fit.elevationVertical = p[kElevation + 1];
     fit.sphereSpread = solution.spread.sphere;
@@ -157,7 +157,7 @@ std::optional<SphereFit> FitSphere(const Turn& horizontal, const Turn& vertical)
     if (!data) return {};
     std::optional<Solution> best;
     for (const Start start : {Start::Middle, Start::Mean}) {
-        const Solution found = Minimised(*data, StartOf(*data, start));
+        const Solution found = Minimized(*data, StartOf(*data, start));
         if (!IsNearOwnAxes(found.p)) continue;
         const auto misfit = [](const Solution& s) { return s.spread.sphere + s.spread.elevation; };
         if (!best || misfit(found) < misfit(*best)) best = found;

@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::size_t kFewest = 10;   // readings in a turn
 constexpr double kRotation = 0.05;    // standard deviation expected of M_ij - M_ji, near 3 degrees
-constexpr double kAlike = 2.0;        // readings that count as one: neighbours share their errors
+constexpr double kAlike = 2.0;        // readings that count as one: neighbors share their errors
 constexpr double kOutlier = 2.5;      // spreads at which a reading has lost three quarters
 constexpr double kLeastSpread = 1e-4; // of the field: below any sensor's noise
 
@@ -53,12 +53,12 @@ std::optional<Scaled> ScaledTurns(const Turn& horizontal, const Turn& vertical)
         data.turns[turn++] = *t;
     }
     const Eigen::Array3d middle = (low[1] + high[1]) / 2.0;
-    data.centre = {middle.x(), (low[0].y() + high[0].y()) / 2.0, middle.z()};
+    data.center = {middle.x(), (low[0].y() + high[0].y()) / 2.0, middle.z()};
     data.scale = (high[1] - low[1]).maxCoeff() / 2.0;
     if (!(data.scale > 0.0) || !std::isfinite(data.scale)) return {};
     for (Turn& t : data.turns) {
         for (Observation& o : t)
-            o.reading = (o.reading - data.centre) / data.scale;
+            o.reading = (o.reading - data.center) / data.scale;
     }
     return data;
 }

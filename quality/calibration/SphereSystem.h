@@ -27,11 +27,11 @@ inline Eigen::Index ElevationOf(std::size_t turn)
 using Unknowns = Eigen::Matrix<double, kUnknowns, 1>;
 using Normal = Eigen::Matrix<double, kUnknowns, kUnknowns>;
 
-/// Both turns with scaled readings: (reading − centre) / scale.
+/// Both turns with scaled readings: (reading − center) / scale.
 struct Scaled
 {
     std::array<Turn, 2> turns; // horizontal, vertical
-    Eigen::Vector3d centre;
+    Eigen::Vector3d center;
     double scale = 0.0;
 };
 

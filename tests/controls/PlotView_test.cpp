@@ -131,7 +131,7 @@ TEST(TiltView, TakesTheRowFirst)
     EXPECT_DOUBLE_EQ(y, 502.0);
 }
 
-TEST(TiltExtent, NeverZoomsFinerThanACentimetreAPixel)
+TEST(TiltExtent, NeverZoomsFinerThanACentimeterAPixel)
 {
     TiltExtent cluster{10.0, 10.0, 20.0, 20.0};
     cluster.Include(10.001, 20.001);

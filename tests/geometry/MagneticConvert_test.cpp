@@ -152,7 +152,7 @@ TEST(MagneticConvert, TakesSourcePointsThatCoincideForTheIdentity)
     }
 }
 
-TEST(MagneticConvert, KeepsItsRotationCentreWhenItFits)
+TEST(MagneticConvert, KeepsItsRotationCenterWhenItFits)
 {
     CMagneticConvert convert;
     convert.SetFourParameter(0, 0, 0, 1, 12, 34);
@@ -162,9 +162,9 @@ TEST(MagneticConvert, KeepsItsRotationCentreWhenItFits)
     ExpectParameters(convert.GetFourParameter(), {1, 0, 1, 2, 12, 34}, 1e-14);
 }
 
-// k = 2, θ = 90°, centre (10, 20), shift (1, 2), by hand for (3, 4):
+// k = 2, θ = 90°, center (10, 20), shift (1, 2), by hand for (3, 4):
 // ex = 10 + 20 − 10 = 20, ey = 20 − 10 − 20 = −10, X = −4 + 20, Y = 3 − 10.
-TEST(MagneticConvert, ScalesTheTermsOfTheCentreToo)
+TEST(MagneticConvert, ScalesTheTermsOfTheCenterToo)
 {
     CMagneticConvert convert;
     convert.SetFourParameter(1, 2, std::numbers::pi / 2, 2, 10, 20);
@@ -172,7 +172,7 @@ TEST(MagneticConvert, ScalesTheTermsOfTheCentreToo)
 }
 
 // k = 2 without rotation: the terms are −10 or −20 along one axis and nothing along the other.
-TEST(MagneticConvert, HeedsACentreOnOneAxis)
+TEST(MagneticConvert, HeedsACenterOnOneAxis)
 {
     CMagneticConvert convert;
     convert.SetFourParameter(1, 2, 0, 2, 10, 0);
@@ -181,11 +181,11 @@ TEST(MagneticConvert, HeedsACentreOnOneAxis)
     ExpectNear(Forward(convert, {3, 4}), {2 * 3 + 1, 2 * (4 - 20) + 2}, 0.0);
 }
 
-TEST(MagneticConvert, IgnoresTheCentreOnTheWayBack)
+TEST(MagneticConvert, IgnoresTheCenterOnTheWayBack)
 {
     CMagneticConvert convert;
     convert.SetFourParameter(1, 2, std::numbers::pi / 2, 2, 10, 20);
-    // without a centre (3, 4) goes to (-8 + 1, 6 + 2)
+    // without a center (3, 4) goes to (-8 + 1, 6 + 2)
     ExpectNear(Backward(convert, {-7, 8}), {3, 4}, 1e-13);
 }
 
@@ -199,7 +199,7 @@ TEST(MagneticConvert, DividesByAScaleOfZeroUnguarded)
     ExpectNear(Forward(convert, {5, 6}), {1, 2}, 0.0);
 }
 
-RC_GTEST_PROP(MagneticConvert, ComesBackWithoutACentre, ())
+RC_GTEST_PROP(MagneticConvert, ComesBackWithoutACenter, ())
 {
     const auto within = [](int size) { return *rc::gen::inRange(-size, size) * 1e-3; };
     CMagneticConvert convert;
@@ -263,7 +263,7 @@ std::vector<PublishedPair> PublishedPairs()
     return pairs;
 }
 
-constexpr double kHalfMillimetre = 0.0005 + 1e-9; // the control points are given to 1 mm
+constexpr double kHalfMillimeter = 0.0005 + 1e-9; // the control points are given to 1 mm
 
 // Control points and parameters published by the Institut Cartogràfic i Geològic de Catalunya
 // (J. Grau Bellet, March 2010; EPSG:5166).
@@ -278,7 +278,7 @@ TEST(MagneticConvert, AgreesWithPublishedControlPoints)
     for (const auto& [direction, pair] : pairs) {
         const CMagneticConvert& convert = direction == "forward" ? forward : backward;
         ExpectNear(Forward(convert, {pair.xSource, pair.ySource}), {pair.xTarget, pair.yTarget},
-                   kHalfMillimetre);
+                   kHalfMillimeter);
     }
 }
 
@@ -289,7 +289,7 @@ TEST(MagneticConvert, FitsThePublishedParametersFromTheirControlPoints)
         if (direction == "forward") convert.m_Points.Add(pair);
     ASSERT_EQ(convert.CalFourParameter(), 1);
     const Magnetic_FourParameter fitted = convert.GetFourParameter();
-    // half a millimetre of rounding over 250 km of spread
+    // half a millimeter of rounding over 250 km of spread
     EXPECT_NEAR(fitted.dScale, 1.0000015504, 3e-9);
     EXPECT_NEAR(fitted.dRotate, -1.56504 * kArcSecond, 3e-9);
     EXPECT_NEAR(fitted.dDx, -129.549, 0.02);

@@ -17,7 +17,7 @@ using poles::Antennas;
 using poles::Solution;
 using poles::Solve;
 
-constexpr double kSolved = 1e-9; // of coordinates of metres [m]
+constexpr double kSolved = 1e-9; // of coordinates of meters [m]
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 
 TiltPoint_Sensor At(double x, double y, double h = 0.0, double incline = 0.0)
@@ -153,7 +153,7 @@ TEST(TiltPosition, CannotSolveThreePoints)
     EXPECT_EQ(tip.h, 0.0);
 }
 
-TEST(TiltPosition, FindsTheCentreOfAnExactSphere)
+TEST(TiltPosition, FindsTheCenterOfAnExactSphere)
 {
     CTiltPosition_Geometry geometry;
     geometry.SetAntennaHeight(2.0);
@@ -224,7 +224,7 @@ TEST(TiltPosition, FindsATipAboveTheAntennaImplausible)
     ExpectTip(solution.tip, {0, 0, 0}, kSolved);
 }
 
-// The first antenna position stands 6 m above the centre of the others' sphere, more than two
+// The first antenna position stands 6 m above the center of the others' sphere, more than two
 // antenna heights: its point error alone would be graded -1.
 TEST(TiltPosition, FindsATipFarBelowTheFirstAntennaImplausible)
 {
@@ -238,27 +238,27 @@ TEST(TiltPosition, FindsATipFarBelowTheFirstAntennaImplausible)
 TEST(TiltPosition, HasNoFinitePointErrorWithFourPoints)
 {
     const auto antennas = Antennas({.count = 4, .tilt = 60.0, .planNoise = 0.003}, 8);
-    const literal::Point centre =
-        literal::SphereCentre({antennas[0], antennas[1], antennas[2], antennas[3]});
-    const double radius = literal::Distance(centre, antennas[0]);
+    const literal::Point center =
+        literal::SphereCenter({antennas[0], antennas[1], antennas[2], antennas[3]});
+    const double radius = literal::Distance(center, antennas[0]);
     const Solution solution = Solve(antennas, radius);
     EXPECT_FALSE(std::isfinite(solution.state.dPointError));
     EXPECT_NEAR(solution.state.dRadius, radius, kSolved);
-    ExpectTip(solution.tip, centre, kSolved);
+    ExpectTip(solution.tip, center, kSolved);
     EXPECT_EQ(solution.state.nStatus,
               solution.state.dPointError > 0.05 || solution.state.dGeometryFigure > 2.0 ? -1 : 1);
 }
 
-TEST(ProbableCoor, IsTheCentreOfTheSphereThroughFourPoints)
+TEST(ProbableCoor, IsTheCenterOfTheSphereThroughFourPoints)
 {
     // (1, 2, 3) with radius 5: offsets (5, 0, 0), (0, 5, 0), (0, 0, 5), (0, −3, 4)
     CTiltPosition_Geometry geometry;
-    const CTiltMatrix centre =
+    const CTiltMatrix center =
         geometry.ProbableCoor(poles::Vector({6, 2, 3}), poles::Vector({1, 7, 3}),
                               poles::Vector({1, 2, 8}), poles::Vector({1, -1, 7}));
-    ASSERT_EQ(centre.GetRow(), 3U);
-    ASSERT_EQ(centre.GetCol(), 1U);
-    ExpectTip(poles::ToPoint(centre), {1, 2, 3}, 1e-14);
+    ASSERT_EQ(center.GetRow(), 3U);
+    ASSERT_EQ(center.GetCol(), 1U);
+    ExpectTip(poles::ToPoint(center), {1, 2, 3}, 1e-14);
 }
 
 TEST(ProbableCoor, KeepsItsAccuracyAtSurveySize)
@@ -273,18 +273,18 @@ TEST(ProbableCoor, KeepsItsAccuracyAtSurveySize)
             {0, -2, 0}
     },
         tip);
-    const CTiltMatrix centre = geometry.ProbableCoor(poles::Vector(p[0]), poles::Vector(p[1]),
+    const CTiltMatrix center = geometry.ProbableCoor(poles::Vector(p[0]), poles::Vector(p[1]),
                                                      poles::Vector(p[2]), poles::Vector(p[3]));
-    ExpectTip(poles::ToPoint(centre), tip, 1e-9);
+    ExpectTip(poles::ToPoint(center), tip, 1e-9);
 }
 
 TEST(ProbableCoor, IsNotFiniteForPointsOfEqualHeight)
 {
     CTiltPosition_Geometry geometry;
-    const CTiltMatrix centre =
+    const CTiltMatrix center =
         geometry.ProbableCoor(poles::Vector({1, 0, 1}), poles::Vector({0, 1, 1}),
                               poles::Vector({-1, 0, 1}), poles::Vector({0, -1, 1}));
-    EXPECT_FALSE(std::isfinite(centre.GetData(2)));
+    EXPECT_FALSE(std::isfinite(center.GetData(2)));
 }
 
 // Six positions at ±2 along the axes, start (0, 0, 0.1) with radius 2. By symmetry N is diagonal,
@@ -308,7 +308,7 @@ TEST(ReProcess, TakesOneStepWithTheSignOfTheMisclosure)
     const double side = std::sqrt(4.01) - 2.0;
     const double nhh = 4 * 0.05 * 0.05 + 0.95 * 0.95 + 1.05 * 1.05;
     const double uh = 4 * 0.05 * side + 0.95 * 0.1 + 1.05 * 0.1;
-    ExpectTip(poles::ToPoint(tip), {0, 0, 0.1 + uh / nhh}, 1e-14); // away from the centre
+    ExpectTip(poles::ToPoint(tip), {0, 0, 0.1 + uh / nhh}, 1e-14); // away from the center
     EXPECT_NEAR(radius, 2.0 + uh / 6.0, 1e-14);
     EXPECT_EQ(state.dRadius, radius);
     EXPECT_NEAR(state.dHeightCofactor, 1.0 / nhh, 1e-14);

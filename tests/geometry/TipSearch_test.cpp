@@ -42,7 +42,7 @@ std::string Name(const PoleSet& setup, double height, unsigned seed)
            + ", seed " + std::to_string(seed);
 }
 
-// Noise from a tenth of a millimetre to decimetres, cones from narrow to beyond the cut-off,
+// Noise from a tenth of a millimeter to decimeters, cones from narrow to beyond the cut-off,
 // antenna heights beside the pole length: every grade comes up.
 TEST(TipSearch, AgreesWithTheLiteralSearchInEveryGrade)
 {
@@ -91,8 +91,8 @@ TEST(TipSearch, AgreesWithTheLiteralSearchOnExactSets)
 }
 
 // Below 1e-6 m a point error counts as no best yet, so a later and worse start replaces it: the
-// last position is off by a micrometre or more, and the last combinations contain it.
-TEST(TipSearch, LetsEveryStartReplaceABestBelowAMicrometre)
+// last position is off by a micrometer or more, and the last combinations contain it.
+TEST(TipSearch, LetsEveryStartReplaceABestBelowAMicrometer)
 {
     for (const double off : {1e-7, 1e-6, 1e-5, 1e-3, 0.01}) {
         auto antennas = Antennas({.count = 9, .tilt = 40.0}, 77);

@@ -88,7 +88,7 @@ TEST(SZMatrixJacobi, CarriesInfiniteElementsAsFullProductsDo)
         }
 }
 
-TEST(SZMatrixJacobi, DiagonalisesLargeMatrices)
+TEST(SZMatrixJacobi, DiagonalizesLargeMatrices)
 {
     const literal::Matrix a = Maker(52).Symmetric(40, Kind::Usual);
     const CSZMatrix A = Checked(a);

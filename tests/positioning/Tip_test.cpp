@@ -126,7 +126,7 @@ TEST(InclinePoint, StepsAgainstTheAzimuthAndDown)
     EXPECT_NEAR(q.y, 19, kRoundOff);
 }
 
-TEST(Distance, IsZeroUpToAMillimetre)
+TEST(Distance, IsZeroUpToAMillimeter)
 {
     const Reach sensor;
     EXPECT_EQ(sensor.GetDistance({0, 0, 0}, {0.0005, 0, 0}), 0.0);
@@ -218,11 +218,11 @@ TEST(SolvePoint, AnswersZeroAndWritesNothingWhereThereIsNone)
     const UnsolvedCase cases[] = {
         {{0, 0, 0},    {0, 2, 0},   {0, 0, 2},   1,    1,  1,  "spheres apart"             },
         {{0, 0, 0},    {0, 2, 0},   {0, 0, 2},   r2,   r2, r2, "touching in one point"     },
-        {{0, 0, 0},    {1, 1, 1},   {2, 2, 2},   2,    2,  2,  "centres in a line"         },
+        {{0, 0, 0},    {1, 1, 1},   {2, 2, 2},   2,    2,  2,  "centers in a line"         },
         {{0, 0, 0.1},  {1, 0, 0.1}, {0, 1, 0.1}, 1,    1,  1,  "all of equal height"       },
-        {{1, 2, 3},    {1, 2, 3},   {1, 2, 3},   1,    1,  1,  "one centre"                },
+        {{1, 2, 3},    {1, 2, 3},   {1, 2, 3},   1,    1,  1,  "one center"                },
         {{0, 0, 0},    {0, 2, 0},   {0, 0, 2},   kNaN, 1,  1,  "a radius that is no number"},
-        {{kNaN, 0, 0}, {0, 2, 0},   {0, 0, 2},   2,    2,  2,  "a centre that is none"     },
+        {{kNaN, 0, 0}, {0, 2, 0},   {0, 0, 2},   2,    2,  2,  "a center that is none"     },
     };
     for (const UnsolvedCase& c : cases) {
         xyhCoordinate p{7, 8, 9};

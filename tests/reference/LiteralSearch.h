@@ -106,7 +106,7 @@ inline double Distance(const Point& a, const Point& b)
                      + (a[2] - b[2]) * (a[2] - b[2]));
 }
 
-inline Point SphereCentre(const std::array<Point, 4>& p)
+inline Point SphereCenter(const std::array<Point, 4>& p)
 {
     Dense system(3, 3);
     Dense right(3, 1);
@@ -116,8 +116,8 @@ inline Point SphereCentre(const std::array<Point, 4>& p)
             right.At(i, 0) += 0.5 * (p[i][c] * p[i][c] - p[i + 1][c] * p[i + 1][c]);
         }
     }
-    const Dense centre = Times(Inverted(system), right);
-    return {centre.At(0, 0), centre.At(1, 0), centre.At(2, 0)};
+    const Dense center = Times(Inverted(system), right);
+    return {center.At(0, 0), center.At(1, 0), center.At(2, 0)};
 }
 
 inline State Refine(const std::vector<Point>& obs, Point& tip, double& radius)
@@ -188,9 +188,9 @@ struct PlainSteps
     static double Get(const Point& p, std::size_t c) { return p[c]; }
     static void Raise(Point& p, double by) { p[2] += by; }
     static double Distance(const Point& a, const Point& b) { return literal::Distance(a, b); }
-    static Point Centre(const Point& a, const Point& b, const Point& c, const Point& d)
+    static Point Center(const Point& a, const Point& b, const Point& c, const Point& d)
     {
-        return SphereCentre({a, b, c, d});
+        return SphereCenter({a, b, c, d});
     }
     static State Step(const std::vector<Point>& obs, Point& tip, double& radius)
     {
@@ -198,7 +198,7 @@ struct PlainSteps
     }
 };
 
-// `Steps` gives vectors, the centre of a sphere and the refinement of a start.
+// `Steps` gives vectors, the center of a sphere and the refinement of a start.
 template <class Steps = PlainSteps>
 typename Steps::Vector Search(const std::vector<typename Steps::Vector>& obs, double height,
                               State& state, typename Steps::Vector result = {})
@@ -211,7 +211,7 @@ typename Steps::Vector Search(const std::vector<typename Steps::Vector>& obs, do
         return result;
     }
     const auto meet = [&](const Vector& a, const Vector& b, const Vector& c, const Vector& d) {
-        Vector tip = Steps::Centre(a, b, c, d);
+        Vector tip = Steps::Center(a, b, c, d);
         double radius = Steps::Distance(tip, a);
         if (!std::isfinite(radius) || std::fabs(radius - height) > 0.05) return;
         const State candidate = Steps::Step(obs, tip, radius);

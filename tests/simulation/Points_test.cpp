@@ -12,7 +12,7 @@ using namespace simulation;
 using tiltpole::survey::Deg2Rad;
 using tiltpole::survey::Rad2Deg;
 
-constexpr double kSurveyRoundOff = 3e-9; // metres, of northings of 4 500 000 m
+constexpr double kSurveyRoundOff = 3e-9; // meters, of northings of 4 500 000 m
 
 using Positions = std::vector<AntennaPosition>;
 

@@ -92,7 +92,7 @@ TEST(Random, NormalNumbersFollowTheNormalDistribution)
     EXPECT_LT(distance, 1.95 / std::sqrt(kCount));
 }
 
-TEST(Random, NeighbouringNormalNumbersAreUncorrelated)
+TEST(Random, NeighboringNormalNumbersAreUncorrelated)
 {
     constexpr int kCount = 100'000;
     Generator random(8, Stream::MagnetometerA);

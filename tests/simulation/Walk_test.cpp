@@ -10,7 +10,7 @@ namespace {
 using namespace simulation;
 using tiltpole::survey::Rad2Deg;
 
-constexpr double kSurveyRoundOff = 3e-9; // metres, of northings of 4 500 000 m
+constexpr double kSurveyRoundOff = 3e-9; // meters, of northings of 4 500 000 m
 
 double Distance(const Point3& p, const Point3& q)
 {
@@ -40,7 +40,7 @@ TEST(Walk, StandsStillOnEveryPointForItsTime)
         EXPECT_EQ(counts[point], 60);
 }
 
-TEST(Walk, NeighbouringPointsLieOneSpacingApart)
+TEST(Walk, NeighboringPointsLieOneSpacingApart)
 {
     const Walk walk = WalkOf({.points = 6, .spacing = 12.0});
     EXPECT_EQ(Distance(walk.tips[0], WalkPlan{}.start), 0.0);

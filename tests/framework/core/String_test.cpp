@@ -231,7 +231,7 @@ TEST(String, ComparesWithoutCaseOnRequest)
     EXPECT_GT(CString(L"ABC").CompareNoCase(L"ab"), 0);
     EXPECT_LT(CString(L"AB").CompareNoCase(L"abc"), 0);
     EXPECT_EQ(CString().CompareNoCase(nullptr), 0);
-    // Letters that are neighbours of the alphabet's ends have no case.
+    // Letters that are neighbors of the alphabet's ends have no case.
     EXPECT_NE(CString(L"@[").CompareNoCase(L"`{"), 0);
 }
 

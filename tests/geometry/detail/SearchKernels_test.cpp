@@ -33,7 +33,7 @@ std::vector<SpacePoint> Cap(std::size_t count, double tilt, double noise, unsign
     return points;
 }
 
-// A batch of starts at `centres` (about the origin) with the given radius.
+// A batch of starts at `centers` (about the origin) with the given radius.
 struct Starts
 {
     explicit Starts(std::size_t count)
@@ -151,8 +151,8 @@ TEST(SearchKernels, StopAddingResidualsOnceAboveTheLimit)
 }
 
 // w × e + q·c over c·e against a direct solution: the sphere through the origin, (2, 0, 0),
-// (0, 2, 0) and a row of fourth positions, whose centre is (1, 1, z).
-TEST(SearchKernels, GiveTheCentresOfARow)
+// (0, 2, 0) and a row of fourth positions, whose center is (1, 1, z).
+TEST(SearchKernels, GiveTheCentersOfARow)
 {
     const std::vector<SpacePoint> fourth = {
         {0, 0, 2 },
