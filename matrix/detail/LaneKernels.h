@@ -26,6 +26,8 @@ template <int Width, int Rows, int Across>
 void MultiplyTile(const Product& p, Index row, Index col, Index lastLanes)
 {
     using Lanes = vector::Lanes<Width>;
+    constexpr Index kWidth = Width;
+    constexpr Index kLast = (Across - 1) * kWidth;
     Lanes sum[Rows][Across];
     for (auto& rowSum : sum)
         for (Lanes& s : rowSum)
@@ -35,8 +37,8 @@ void MultiplyTile(const Product& p, Index row, Index col, Index lastLanes)
     for (Index k = 0; k < p.inner; ++k, b += p.cols) {
         Lanes factor[Across];
         for (int v = 0; v < Across - 1; ++v)
-            factor[v] = Lanes::Load(b + v * Width);
-        factor[Across - 1] = Lanes::LoadPart(b + (Across - 1) * Width, lastLanes);
+            factor[v] = Lanes::Load(b + v * kWidth);
+        factor[Across - 1] = Lanes::LoadPart(b + kLast, lastLanes);
         for (int r = 0; r < Rows; ++r) {
             const Lanes x = a[r * p.inner + k];
             for (int v = 0; v < Across; ++v)
@@ -46,8 +48,8 @@ void MultiplyTile(const Product& p, Index row, Index col, Index lastLanes)
     for (int r = 0; r < Rows; ++r) {
         double* c = p.c + (row + r) * p.cols + col;
         for (int v = 0; v < Across - 1; ++v)
-            sum[r][v].Store(c + v * Width);
-        sum[r][Across - 1].StorePart(c + (Across - 1) * Width, lastLanes);
+            sum[r][v].Store(c + v * kWidth);
+        sum[r][Across - 1].StorePart(c + kLast, lastLanes);
     }
 }
 
@@ -94,7 +96,7 @@ void MultiplyLanes(const double* a, const double* b, double* c, int rows, int in
     if (rows == 6 && inner == 6 && cols == 6) return MultiplyFixed<Width, 6>(a, b, c);
     const Product product{a, b, c, rows, inner, cols};
     Index col = 0;
-    for (; cols - col > Width; col += 2 * Width)
+    for (; cols - col > Width; col += Index{2} * Width)
         MultiplyStrip<Width, 2>(product, col, Padding<Width>::LanesLeft(cols - col - Width));
     if (col < cols) MultiplyStrip<Width, 1>(product, col, Padding<Width>::LanesLeft(cols - col));
 }

@@ -24,7 +24,7 @@ Vector3d StepOf(const Matrix3d& whole, const Matrix3d& linear, const Vector3d& g
 {
     const Eigen::LDLT<Matrix3d> newton(whole);
     if (newton.info() == Eigen::Success && newton.isPositive()) {
-        const Vector3d step = newton.solve(-gradient);
+        Vector3d step = newton.solve(-gradient);
         if (step.allFinite() && step.dot(gradient) < 0.0) return step;
     }
     return linear.ldlt().solve(-gradient);
