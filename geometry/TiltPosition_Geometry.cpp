@@ -11,7 +11,7 @@
 
 namespace {
 
-using tiltpole::geometry::SpacePoint;
+using tiltpole::geometry::Point3;
 
 constexpr INT_PTR kEnough = 15;            // observations
 constexpr double kSpacingPerHeight = 0.15; // of the antenna height
@@ -27,42 +27,42 @@ constexpr double kFlatness = 1e-9;
 constexpr double kFlatnessPerResolution = 64.0; // [1/m]
 
 // A matrix that is no vector of three gives a point that is not finite.
-SpacePoint ToPoint(const CTiltMatrix& vector)
+Point3 ToPoint(const CTiltMatrix& vector)
 {
     constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
     if (vector.GetRow() < 3 || vector.GetCol() < 1) return {kNone, kNone, kNone};
     return {vector.GetData(0), vector.GetData(1), vector.GetData(2)};
 }
 
-CTiltMatrix ToVector(const SpacePoint& point)
+CTiltMatrix ToVector(const Point3& point)
 {
     CTiltMatrix vector(3);
     vector.SetData(0, point.x);
     vector.SetData(1, point.y);
-    vector.SetData(2, point.h);
+    vector.SetData(2, point.z);
     return vector;
 }
 
-bool IsFinite(const SpacePoint& p)
+bool IsFinite(const Point3& p)
 {
-    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.h);
+    return std::isfinite(p.x) && std::isfinite(p.y) && std::isfinite(p.z);
 }
 
-std::vector<SpacePoint> FinitePoints(const CTiltMatrix* obs, int count)
+std::vector<Point3> FinitePoints(const CTiltMatrix* obs, int count)
 {
-    std::vector<SpacePoint> points;
+    std::vector<Point3> points;
     for (int k = 0; k < count; ++k) {
-        const SpacePoint point = ToPoint(obs[k]);
+        const Point3 point = ToPoint(obs[k]);
         if (IsFinite(point)) points.push_back(point);
     }
     return points;
 }
 
-double Flatness(const std::vector<SpacePoint>& points)
+double Flatness(const std::vector<Point3>& points)
 {
     double largest = 0.0;
-    for (const SpacePoint& p : points)
-        largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.h)});
+    for (const Point3& p : points)
+        largest = std::max({largest, std::fabs(p.x), std::fabs(p.y), std::fabs(p.z)});
     const double resolution = largest * std::numeric_limits<double>::epsilon();
     return std::max(kFlatness, kFlatnessPerResolution * resolution);
 }
@@ -141,8 +141,8 @@ int CTiltPosition_Geometry::Calculate(xyhCoord& tip, TiltPoint_State& state)
         Adjustment(antennas.data(), static_cast<int>(antennas.size()), state);
     if (state.nStatus == 0) return 0;
 
-    const SpacePoint point = ToPoint(solved);
-    tip = {point.x, point.y, point.h};
+    const Point3 point = ToPoint(solved);
+    tip = {point.x, point.y, point.z};
     return 1;
 }
 
@@ -151,16 +151,16 @@ int CTiltPosition_Geometry::Calculate(xyhCoord& tip, TiltPoint_State& state)
 CTiltMatrix CTiltPosition_Geometry::ProbableCoor(CTiltMatrix P1, CTiltMatrix P2, CTiltMatrix P3,
                                                  CTiltMatrix P4)
 {
-    const SpacePoint origin = ToPoint(P1);
-    const SpacePoint local[] = {SpacePoint{}, ToPoint(P2) - origin, ToPoint(P3) - origin,
-                                ToPoint(P4) - origin};
+    const Point3 origin = ToPoint(P1);
+    const Point3 local[] = {Point3{}, ToPoint(P2) - origin, ToPoint(P3) - origin,
+                            ToPoint(P4) - origin};
     CTiltMatrix system(3, 3);
     CTiltMatrix right(3);
     for (unsigned row = 0; row < 3; ++row) {
-        const SpacePoint edge = local[row] - local[row + 1];
+        const Point3 edge = local[row] - local[row + 1];
         system.SetData(row, 0, edge.x);
         system.SetData(row, 1, edge.y);
-        system.SetData(row, 2, edge.h);
+        system.SetData(row, 2, edge.z);
         right.SetData(row,
                       0.5 * (Dot(local[row], local[row]) - Dot(local[row + 1], local[row + 1])));
     }
@@ -170,39 +170,40 @@ CTiltMatrix CTiltPosition_Geometry::ProbableCoor(CTiltMatrix P1, CTiltMatrix P2,
 CTiltMatrix CTiltPosition_Geometry::Adjustment(CTiltMatrix* obs, int count, TiltPoint_State& state)
 {
     state = {};
-    std::vector<SpacePoint> points = FinitePoints(obs, count);
+    std::vector<Point3> points = FinitePoints(obs, count);
     if (points.size() < kFewest) {
         state.nStatus = kTiltPointTooFew;
         return CTiltMatrix(3);
     }
     const double flatness = Flatness(points);
-    const SpacePoint origin = points.front();
-    for (SpacePoint& p : points)
+    const Point3 origin = points.front();
+    for (Point3& p : points)
         p = p - origin;
 
     const auto found =
         tiltpole::geometry::SearchTip(points, m_dAntennaHeight, flatness, m_observer);
     if (found.cancelled) return CTiltMatrix(3);
-    SpacePoint tip; // about the first position
+    Point3 tip; // about the first position
     if (found.best) {
         const auto& [i, j, k, l] = *found.best;
-        const SpacePoint start = ToPoint(ProbableCoor(ToVector(points[i]), ToVector(points[j]),
-                                                      ToVector(points[k]), ToVector(points[l])));
-        const auto step =
-            StepSphere(points.data(), points.size(), start, Length(start - points[i]));
+        const Point3 start = ToPoint(ProbableCoor(ToVector(points[i]), ToVector(points[j]),
+                                                  ToVector(points[k]), ToVector(points[l])));
+        const auto step = tiltpole::geometry::StepSphere(points.data(), points.size(), start,
+                                                         Length(start - points[i]));
         SetFigures(state, step);
-        tip = step.tip + SpacePoint{0.0, 0.0, step.radius - m_dAntennaHeight};
+        tip = step.tip + Point3{0.0, 0.0, step.radius - m_dAntennaHeight};
     }
-    Grade(state, m_dAntennaHeight, -tip.h);
+    Grade(state, m_dAntennaHeight, -tip.z);
     return found.best ? ToVector(origin + tip) : CTiltMatrix(3);
 }
 
 TiltPoint_State CTiltPosition_Geometry::ReProcess(CTiltMatrix* obs, int count, CTiltMatrix& tip,
                                                   double& radius)
 {
-    std::vector<SpacePoint> points(static_cast<std::size_t>(std::max(count, 0)));
+    std::vector<Point3> points(static_cast<std::size_t>(std::max(count, 0)));
     std::transform(obs, obs + points.size(), points.begin(), ToPoint);
-    const auto step = StepSphere(points.data(), points.size(), ToPoint(tip), radius);
+    const auto step =
+        tiltpole::geometry::StepSphere(points.data(), points.size(), ToPoint(tip), radius);
     tip = ToVector(step.tip);
     radius = step.radius;
 

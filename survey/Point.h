@@ -36,6 +36,11 @@ constexpr double Dot(const Point3& a, const Point3& b)
     return a.x * b.x + a.y * b.y + a.z * b.z;
 }
 
+constexpr Point3 Cross(const Point3& a, const Point3& b)
+{
+    return {a.y * b.z - a.z * b.y, a.z * b.x - a.x * b.z, a.x * b.y - a.y * b.x};
+}
+
 /// √(x² + y² + z²), without protection against overflow.
 inline double Length(const Point3& p)
 {

@@ -60,7 +60,7 @@ void CalculateExact(benchmark::State& state)
 // Without 256-bit vectors.
 void CalculatePlain(benchmark::State& state)
 {
-    std::vector<tiltpole::geometry::SpacePoint> positions;
+    std::vector<tiltpole::geometry::Point3> positions;
     for (const literal::Point& p : Positions(state))
         positions.push_back({p[0], p[1], p[2]});
     for (auto _ : state)

@@ -7,11 +7,11 @@
 
 namespace tiltpole::geometry {
 
-PointCloud::PointCloud(const std::vector<SpacePoint>& positions)
+PointCloud::PointCloud(const std::vector<Point3>& positions)
     : m_count(positions.size()), m_positions(positions.size())
 {
-    SpacePoint mean;
-    for (const SpacePoint& p : positions)
+    Point3 mean;
+    for (const Point3& p : positions)
         mean = mean + p;
     mean = (1.0 / static_cast<double>(m_count)) * mean;
     for (std::size_t k = 0; k < m_count; ++k)
@@ -32,7 +32,7 @@ void PointCloud::CollectMoments()
                                m_spread.yy, m_spread.yh, m_spread.hh};
     std::copy(std::begin(elements), std::end(elements), m_moments.spread);
 
-    SpacePoint skew;
+    Point3 skew;
     for (std::size_t k = 0; k < m_count; ++k) {
         const double excess = Dot(At(k), At(k)) - m_moments.trace;
         skew = skew + (excess / n) * At(k);
@@ -41,18 +41,18 @@ void PointCloud::CollectMoments()
     }
     m_moments.skew[0] = skew.x;
     m_moments.skew[1] = skew.y;
-    m_moments.skew[2] = skew.h;
+    m_moments.skew[2] = skew.z;
 }
 
 // The center with the smallest variance of squared distances. Coplanar positions have none; the
 // distances then stay at the values that promise nothing.
 void PointCloud::FitAlgebraicSphere()
 {
-    const SpacePoint skew = {m_moments.skew[0], m_moments.skew[1], m_moments.skew[2]};
-    const SpacePoint center = (0.5 / m_spread.Determinant()) * (m_spread.Adjugate() * skew);
+    const Point3 skew = {m_moments.skew[0], m_moments.skew[1], m_moments.skew[2]};
+    const Point3 center = (0.5 / m_spread.Determinant()) * (m_spread.Adjugate() * skew);
     m_moments.center[0] = center.x;
     m_moments.center[1] = center.y;
-    m_moments.center[2] = center.h;
+    m_moments.center[2] = center.z;
     m_moments.nearest = std::numeric_limits<double>::infinity();
     for (std::size_t k = 0; k < m_count; ++k) {
         const double distance = Length(At(k) - center);

@@ -19,14 +19,14 @@ public:
         : m_x(count + kGroup), m_y(count + kGroup), m_h(count + kGroup), m_held(count + kGroup)
     {}
 
-    void Set(std::size_t k, const SpacePoint& p)
+    void Set(std::size_t k, const Point3& p)
     {
         m_x[k] = p.x;
         m_y[k] = p.y;
-        m_h[k] = p.h;
+        m_h[k] = p.z;
         m_held[k] = 1.0;
     }
-    SpacePoint At(std::size_t k) const { return {m_x[k], m_y[k], m_h[k]}; }
+    Point3 At(std::size_t k) const { return {m_x[k], m_y[k], m_h[k]}; }
     Coordinates View() const { return {m_x.data(), m_y.data(), m_h.data(), m_held.data()}; }
 
 private:
@@ -40,10 +40,10 @@ private:
 class PointCloud
 {
 public:
-    explicit PointCloud(const std::vector<SpacePoint>& positions);
+    explicit PointCloud(const std::vector<Point3>& positions);
 
     std::size_t Count() const { return m_count; }
-    SpacePoint At(std::size_t k) const { return m_positions.At(k); }
+    Point3 At(std::size_t k) const { return m_positions.At(k); }
     Coordinates View() const { return m_positions.View(); }
     const Cloud& Moments() const { return m_moments; }
     const Symmetric3& Spread() const { return m_spread; } // mean of p·pᵀ

@@ -9,12 +9,12 @@ namespace {
 
 // VᵀV of the residuals after the step: the linearised row at the new tip times the step, plus the
 // misclosure there.
-double SquaredResiduals(const SpacePoint* positions, std::size_t count, const SphereStep& step,
-                        const SpacePoint& correction)
+double SquaredResiduals(const Point3* positions, std::size_t count, const SphereStep& step,
+                        const Point3& correction)
 {
     double sum = 0.0;
     for (std::size_t k = 0; k < count; ++k) {
-        const SpacePoint towardsTip = step.tip - positions[k];
+        const Point3 towardsTip = step.tip - positions[k];
         const double residual =
             Dot(correction, towardsTip) / step.radius + step.radius - Length(towardsTip);
         sum += residual * residual;
@@ -24,26 +24,24 @@ double SquaredResiduals(const SpacePoint* positions, std::size_t count, const Sp
 
 } // namespace
 
-SphereStep StepSphere(const SpacePoint* positions, std::size_t count, const SpacePoint& tip,
-                      double radius)
+SphereStep StepSphere(const Point3* positions, std::size_t count, const Point3& tip, double radius)
 {
     Symmetric3 normal;
-    SpacePoint right;
+    Point3 right;
     for (std::size_t k = 0; k < count; ++k) {
-        const SpacePoint towardsTip = tip - positions[k];
-        const SpacePoint row = {towardsTip.x / radius, towardsTip.y / radius,
-                                towardsTip.h / radius};
+        const Point3 towardsTip = tip - positions[k];
+        const Point3 row = {towardsTip.x / radius, towardsTip.y / radius, towardsTip.z / radius};
         const double misclosure = Length(towardsTip) - radius;
         normal.AddSquare(row);
         right = right + misclosure * row;
     }
     const Symmetric3 cofactor = normal.Adjugate().Scaled(1.0 / normal.Determinant());
-    const SpacePoint correction = cofactor * right;
+    const Point3 correction = cofactor * right;
     const double n = static_cast<double>(count);
 
     SphereStep step;
     step.tip = tip + correction;
-    step.radius = radius + (right.x + right.y + right.h) / n;
+    step.radius = radius + (right.x + right.y + right.z) / n;
     const double squares = SquaredResiduals(positions, count, step, correction);
     const double unitError = std::sqrt(squares / (n - 4.0));
     step.pointError = std::sqrt(unitError * unitError * normal.Trace());

@@ -6,47 +6,14 @@
 // Coordinates and radii in meters. Formulas: docs/formulas.md, "Tip from many antenna positions".
 #pragma once
 
+#include "survey/Point.h"
+
 #include <cmath>
 #include <cstddef>
 
 namespace tiltpole::geometry {
 
-struct SpacePoint
-{
-    double x = 0.0;
-    double y = 0.0;
-    double h = 0.0;
-};
-
-constexpr SpacePoint operator+(const SpacePoint& a, const SpacePoint& b)
-{
-    return {a.x + b.x, a.y + b.y, a.h + b.h};
-}
-
-constexpr SpacePoint operator-(const SpacePoint& a, const SpacePoint& b)
-{
-    return {a.x - b.x, a.y - b.y, a.h - b.h};
-}
-
-constexpr SpacePoint operator*(double scale, const SpacePoint& a)
-{
-    return {scale * a.x, scale * a.y, scale * a.h};
-}
-
-constexpr double Dot(const SpacePoint& a, const SpacePoint& b)
-{
-    return a.x * b.x + a.y * b.y + a.h * b.h;
-}
-
-constexpr SpacePoint Cross(const SpacePoint& a, const SpacePoint& b)
-{
-    return {a.y * b.h - a.h * b.y, a.h * b.x - a.x * b.h, a.x * b.y - a.y * b.x};
-}
-
-inline double Length(const SpacePoint& a)
-{
-    return std::sqrt(Dot(a, a));
-}
+using survey::Point3;
 
 // A symmetric 3 × 3 matrix, upper triangle.
 struct Symmetric3
@@ -74,28 +41,28 @@ struct Symmetric3
         return {factor * xx, factor * xy, factor * xh, factor * yy, factor * yh, factor * hh};
     }
 
-    SpacePoint operator*(const SpacePoint& v) const
+    Point3 operator*(const Point3& v) const
     {
-        return {xx * v.x + xy * v.y + xh * v.h, xy * v.x + yy * v.y + yh * v.h,
-                xh * v.x + yh * v.y + hh * v.h};
+        return {xx * v.x + xy * v.y + xh * v.z, xy * v.x + yy * v.y + yh * v.z,
+                xh * v.x + yh * v.y + hh * v.z};
     }
 
     // Adds v·vᵀ.
-    void AddSquare(const SpacePoint& v)
+    void AddSquare(const Point3& v)
     {
         xx += v.x * v.x;
         xy += v.x * v.y;
-        xh += v.x * v.h;
+        xh += v.x * v.z;
         yy += v.y * v.y;
-        yh += v.y * v.h;
-        hh += v.h * v.h;
+        yh += v.y * v.z;
+        hh += v.z * v.z;
     }
 };
 
 // A tip after one step, with the figures that grade it.
 struct SphereStep
 {
-    SpacePoint tip;              // [m]
+    Point3 tip;                  // [m]
     double radius = 0.0;         // [m]
     double pointError = 0.0;     // [m]
     double geometryFigure = 0.0; // root of the trace of N⁻¹
@@ -106,7 +73,6 @@ struct SphereStep
 // misclosure d − r, and the point error comes from the diagonal of the normal matrix N itself. With
 // four positions the redundancy is 0 and the point error not finite; a singular N gives figures
 // that are not finite.
-SphereStep StepSphere(const SpacePoint* positions, std::size_t count, const SpacePoint& tip,
-                      double radius);
+SphereStep StepSphere(const Point3* positions, std::size_t count, const Point3& tip, double radius);
 
 } // namespace tiltpole::geometry

@@ -50,7 +50,7 @@ struct WaitingStarts
 class Search
 {
 public:
-    Search(const std::vector<SpacePoint>& positions, double antennaHeight, double flatness,
+    Search(const std::vector<Point3>& positions, double antennaHeight, double flatness,
            const SearchKernels& kernels);
     TipSearchResult Run(const ProgressObserver& progress);
 
@@ -60,7 +60,7 @@ private:
     void AwaitUsable(const Quadruple& members);
     void JudgeWaiting();
     void Weigh(std::size_t slot);
-    Quality Refine(const SpacePoint& start, double radius, double limit) const;
+    Quality Refine(const Point3& start, double radius, double limit) const;
     bool HasBest() const { return m_best.pointError >= kNoBest; }
     double PointErrorToBeat() const
     {
@@ -82,7 +82,7 @@ private:
     std::optional<Quadruple> m_bestMembers;
 };
 
-Search::Search(const std::vector<SpacePoint>& positions, double antennaHeight, double flatness,
+Search::Search(const std::vector<Point3>& positions, double antennaHeight, double flatness,
                const SearchKernels& kernels)
     : m_kernels(kernels), m_antennaHeight(antennaHeight), m_flatness(flatness), m_cloud(positions),
       m_count(positions.size()), m_edges(m_count), m_halfSquare(m_count + kGroup),
@@ -99,7 +99,7 @@ Search::Search(const std::vector<SpacePoint>& positions, double antennaHeight, d
 void Search::TakeAsFirst(std::size_t i)
 {
     for (std::size_t l = i + 1; l < m_count; ++l) {
-        const SpacePoint edge = m_cloud.At(l) - m_cloud.At(i);
+        const Point3 edge = m_cloud.At(l) - m_cloud.At(i);
         m_edges.Set(l, edge);
         m_halfSquare[l] = 0.5 * Dot(edge, edge);
     }
@@ -107,16 +107,16 @@ void Search::TakeAsFirst(std::size_t i)
 
 void Search::ScanFourth(std::size_t i, std::size_t j, std::size_t k)
 {
-    const SpacePoint a = m_edges.At(j);
-    const SpacePoint b = m_edges.At(k);
-    const SpacePoint w = m_halfSquare[j] * b - m_halfSquare[k] * a;
-    const SpacePoint c = Cross(a, b);
+    const Point3 a = m_edges.At(j);
+    const Point3 b = m_edges.At(k);
+    const Point3 w = m_halfSquare[j] * b - m_halfSquare[k] * a;
+    const Point3 c = Cross(a, b);
     m_row.w[0] = w.x;
     m_row.w[1] = w.y;
-    m_row.w[2] = w.h;
+    m_row.w[2] = w.z;
     m_row.c[0] = c.x;
     m_row.c[1] = c.y;
-    m_row.c[2] = c.h;
+    m_row.c[2] = c.z;
     m_row.flat = 8.0 * m_flatness * m_flatness * m_halfSquare[j] * m_halfSquare[k];
     m_kernels.scanRow(m_row, k + 1, m_count, m_rowStarts.View());
     AwaitUsable({i, j, k, 0});
@@ -145,7 +145,7 @@ void Search::AwaitUsable(const Quadruple& members)
 void Search::JudgeWaiting()
 {
     if (m_waiting.size == 0) return;
-    const SpacePoint origin = m_cloud.At(m_waiting.members[0][0]);
+    const Point3 origin = m_cloud.At(m_waiting.members[0][0]);
     const double toBeat = PointErrorToBeat();
     const double redundancy = static_cast<double>(m_count) - 4.0;
     const Batch batch = {
@@ -156,7 +156,7 @@ void Search::JudgeWaiting()
         .radius = m_waiting.radius.data(),
         .hopeless = m_waiting.hopeless.data(),
         .size = m_waiting.size,
-        .origin = {origin.x, origin.y, origin.h},
+        .origin = {origin.x, origin.y, origin.z},
         .limit = toBeat * toBeat * redundancy
     };
     m_kernels.judgeStarts(m_cloud.Moments(), batch);
@@ -170,7 +170,7 @@ void Search::Weigh(std::size_t slot)
     const double radius = m_waiting.radius[slot];
     if (!(std::fabs(radius - m_antennaHeight) <= kRadiusTolerance)) return;
 
-    const SpacePoint start = {m_waiting.x[slot], m_waiting.y[slot], m_waiting.h[slot]};
+    const Point3 start = {m_waiting.x[slot], m_waiting.y[slot], m_waiting.h[slot]};
     const Quality found = Refine(start, radius, PointErrorToBeat());
     const bool graded = std::isfinite(found.pointError) && std::isfinite(found.geometryFigure);
     if (!graded && m_count > 4) return;
@@ -185,7 +185,7 @@ void Search::Weigh(std::size_t slot)
 
 // StepSphere with the normal matrix from the moments. A point error above `limit` may come out
 // smaller than it is, but not below the limit.
-Quality Search::Refine(const SpacePoint& start, double radius, double limit) const
+Quality Search::Refine(const Point3& start, double radius, double limit) const
 {
     const double n = static_cast<double>(m_count);
     const double squaredRadius = radius * radius;
@@ -195,15 +195,15 @@ Quality Search::Refine(const SpacePoint& start, double radius, double limit) con
         normal.Adjugate().Scaled(squaredRadius / (n * normal.Determinant()));
     const double trace = n * normal.Trace() / squaredRadius;
 
-    const double tip[] = {start.x, start.y, start.h};
+    const double tip[] = {start.x, start.y, start.z};
     const DistanceSums sums = m_kernels.sumDistances(m_cloud.View(), m_count, tip);
-    const SpacePoint weighted = {sums.weighted[0], sums.weighted[1], sums.weighted[2]};
-    const SpacePoint right = (1.0 / radius) * weighted - n * start;
-    const SpacePoint correction = cofactor * right;
-    const SpacePoint refined = start + correction;
-    const double newTip[] = {refined.x, refined.y, refined.h};
-    const double step[] = {correction.x, correction.y, correction.h};
-    const double newRadius = radius + (right.x + right.y + right.h) / n;
+    const Point3 weighted = {sums.weighted[0], sums.weighted[1], sums.weighted[2]};
+    const Point3 right = (1.0 / radius) * weighted - n * start;
+    const Point3 correction = cofactor * right;
+    const Point3 refined = start + correction;
+    const double newTip[] = {refined.x, refined.y, refined.z};
+    const double step[] = {correction.x, correction.y, correction.z};
+    const double newRadius = radius + (right.x + right.y + right.z) / n;
     const double squares = m_kernels.sumResiduals(m_cloud.View(), m_count, newTip, step, newRadius,
                                                   limit * limit * (n - 4.0) / trace);
     return {std::sqrt(squares / (n - 4.0) * trace), std::sqrt(cofactor.Trace())};
@@ -244,7 +244,7 @@ const SearchKernels& BestSearchKernels()
     return best;
 }
 
-TipSearchResult SearchTip(const std::vector<SpacePoint>& positions, double antennaHeight,
+TipSearchResult SearchTip(const std::vector<Point3>& positions, double antennaHeight,
                           double flatness, const ProgressObserver& progress,
                           const SearchKernels& kernels)
 {

@@ -34,7 +34,7 @@ using ProgressObserver = std::function<bool(double)>;
 // `positions` are finite, at least four, about an origin among them [m]. `flatness` is the volume
 // of four positions relative to the product of three edges, up to which they are singular.
 // `progress` may be empty.
-TipSearchResult SearchTip(const std::vector<SpacePoint>& positions, double antennaHeight,
+TipSearchResult SearchTip(const std::vector<Point3>& positions, double antennaHeight,
                           double flatness, const ProgressObserver& progress,
                           const SearchKernels& kernels = BestSearchKernels());
 

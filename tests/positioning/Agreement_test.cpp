@@ -19,8 +19,9 @@ constexpr double kTiltDirection = 1.3e-11; // [degrees], dYaw_Y
 
 constexpr double kPoleLength = 2.0; // [m]
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
+constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kHostile[] = {
-    0.0,   -0.0,   1e-320, 1e-151, 1e150,     -1e200,     1e308, std::nan(""),
+    0.0,   -0.0,   1e-320, 1e-151, 1e150,     -1e200,     1e308, kNaN,
     90.0,  -90.0,  180.0,  360.0,  kInfinity, -kInfinity, 1e-9,  5.7295779513082321e-05,
     -45.0, 1000.0, 1e-6,   0.5,
 };

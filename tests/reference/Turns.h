@@ -8,8 +8,10 @@
 
 #include "framework/core/Array.h"
 #include "positioning/PoseSensorData.h"
+#include "survey/TurnAxis.h"
 
 #include <algorithm>
+#include <cmath>
 #include <fstream>
 #include <locale>
 #include <random>
@@ -17,14 +19,12 @@
 #include <string>
 #include <vector>
 
-#include <cmath>
-
 namespace turns {
 
 using Samples = CArray<PoseSensorData*, PoseSensorData*>;
 
-/// The two turns of a calibration: about z, readings in x and y, and about y, readings in x and z.
-enum class TurnAxis { Horizontal, Vertical };
+// About z, readings in x and y; about y, readings in x and z.
+using tiltpole::survey::TurnAxis;
 
 /// A sample that reads (x, v, w) on magnetometer A.
 inline PoseSensorData At(double x, double v, double w = 0)

@@ -17,13 +17,13 @@ namespace {
 
 using namespace tiltpole::geometry;
 
-std::vector<SpacePoint> Cap(std::size_t count, double tilt, double noise, unsigned seed)
+std::vector<Point3> Cap(std::size_t count, double tilt, double noise, unsigned seed)
 {
     std::mt19937 random(seed);
     std::uniform_real_distribution<double> share(0.0, 1.0);
     std::normal_distribution<double> normal;
-    std::vector<SpacePoint> points(count);
-    for (SpacePoint& p : points) {
+    std::vector<Point3> points(count);
+    for (Point3& p : points) {
         const double up = 1.0 - share(random) * (1.0 - std::cos(tilt));
         const double azimuth = 2.0 * std::numbers::pi * share(random);
         const double out = 2.0 * std::sqrt(1.0 - up * up);
@@ -40,11 +40,11 @@ struct Starts
         : x(count + kGroup), y(count + kGroup), h(count + kGroup), ones(count + kGroup, 1.0),
           radius(count + kGroup), hopeless(count + kGroup)
     {}
-    Batch View(double limit, const SpacePoint& origin)
+    Batch View(double limit, const Point3& origin)
     {
         return {
             x.data(),      y.data(),        h.data(),          ones.data(),
-            radius.data(), hopeless.data(), x.size() - kGroup, {origin.x, origin.y, origin.h},
+            radius.data(), hopeless.data(), x.size() - kGroup, {origin.x, origin.y, origin.z},
             limit
         };
     }
@@ -77,7 +77,7 @@ TEST(SearchKernels, DropNoStartThatCouldWin)
         const double tilt = 0.1 + 0.03 * seed;
         const std::size_t count = 5 + seed;
         const PointCloud cloud(Cap(count, tilt, seed % 2 ? 0.01 : 0.0005, seed));
-        std::vector<SpacePoint> positions;
+        std::vector<Point3> positions;
         for (std::size_t k = 0; k < count; ++k)
             positions.push_back(cloud.At(k));
         for (const double limit : {0.001, 0.01, 0.05, 0.2}) {
@@ -154,7 +154,7 @@ TEST(SearchKernels, StopAddingResidualsOnceAboveTheLimit)
 // (0, 2, 0) and a row of fourth positions, whose center is (1, 1, z).
 TEST(SearchKernels, GiveTheCentersOfARow)
 {
-    const std::vector<SpacePoint> fourth = {
+    const std::vector<Point3> fourth = {
         {0, 0, 2 },
         {0, 0, 4 },
         {1, 1, 3 },
@@ -167,13 +167,13 @@ TEST(SearchKernels, GiveTheCentersOfARow)
         edges.Set(k, fourth[k]);
         half[k] = 0.5 * Dot(fourth[k], fourth[k]);
     }
-    const SpacePoint a = {2, 0, 0};
-    const SpacePoint b = {0, 2, 0};
-    const SpacePoint w = 2.0 * b - 2.0 * a;
-    const SpacePoint c = Cross(a, b);
+    const Point3 a = {2, 0, 0};
+    const Point3 b = {0, 2, 0};
+    const Point3 w = 2.0 * b - 2.0 * a;
+    const Point3 c = Cross(a, b);
     const Row row = {
-        edges.View(), half.data(), {w.x, w.y, w.h},
-          {c.x, c.y, c.h},
+        edges.View(), half.data(), {w.x, w.y, w.z},
+          {c.x, c.y, c.z},
           2.0, 5.0, 1e-20
     };
     std::vector<double> x(9), y(9), h(9), volume(9);
