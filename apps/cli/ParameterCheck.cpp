@@ -7,7 +7,10 @@
 #include <algorithm>
 #include <fmt/format.h>
 #include <fmt/ranges.h>
+#include <map>
 #include <optional>
+#include <set>
+#include <string_view>
 
 namespace cli {
 
@@ -55,16 +58,44 @@ const std::vector<Key>& Keys()
     return keys;
 }
 
-// As the library reads it: the text from the first occurrence of the bracketed key to the next CR.
-std::optional<ParameterProblem> Check(const Key& key, const std::string& content)
+// Where the text "[key]" stands for the first time.
+struct Place
 {
-    const std::string bracketed = "[" + key.name + "]";
-    const std::size_t at = content.find(bracketed);
-    if (at == std::string::npos) return ParameterProblem{key.name, 0, "is missing"};
+    std::size_t value;  // behind the bracket
+    std::uint64_t line; // from 1
+};
 
-    const auto line = static_cast<std::uint64_t>(
-        1 + std::count(content.begin(), content.begin() + static_cast<std::ptrdiff_t>(at), '\n'));
-    const std::size_t first = at + bracketed.size();
+// The first places of all keys, in one pass. A key can begin only at the last '[' before a ']'.
+std::map<std::string_view, Place> PlacesOf(const std::string& content)
+{
+    std::set<std::string_view> missing;
+    for (const Key& key : Keys())
+        missing.insert(key.name);
+
+    std::map<std::string_view, Place> places;
+    std::size_t open = 0; // behind the last '[' that no ']' follows yet; 0: there is none
+    std::uint64_t line = 1;
+    for (std::size_t at = 0; at < content.size() && !missing.empty(); ++at) {
+        if (content[at] == '\n') ++line;
+        if (content[at] == '[') open = at + 1;
+        if (content[at] != ']' || open == 0) continue;
+        const auto key = missing.find(std::string_view(content).substr(open, at - open));
+        open = 0;
+        if (key == missing.end()) continue;
+        places[*key] = {at + 1, line};
+        missing.erase(key);
+    }
+    return places;
+}
+
+// As the library reads it: the text from the first occurrence of the bracketed key to the next CR.
+std::optional<ParameterProblem> Check(const Key& key, const std::string& content,
+                                      const std::map<std::string_view, Place>& places)
+{
+    const auto place = places.find(key.name);
+    if (place == places.end()) return ParameterProblem{key.name, 0, "is missing"};
+
+    const auto [first, line] = place->second;
     const std::size_t end = content.find('\r', first);
     if (end == std::string::npos) {
         return ParameterProblem{key.name, line,
@@ -88,9 +119,10 @@ std::optional<ParameterProblem> Check(const Key& key, const std::string& content
 std::vector<ParameterProblem> CheckParameters(const std::string& path)
 {
     const std::string content = tables::ReadFile(path);
+    const std::map<std::string_view, Place> places = PlacesOf(content);
     std::vector<ParameterProblem> problems;
     for (const Key& key : Keys()) {
-        if (auto problem = Check(key, content)) problems.push_back(std::move(*problem));
+        if (auto problem = Check(key, content, places)) problems.push_back(std::move(*problem));
     }
     return problems;
 }

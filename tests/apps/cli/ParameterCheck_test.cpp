@@ -53,6 +53,16 @@ TEST(ParameterCheck, AcceptsAFileThatTheLibrarySaved)
     EXPECT_EQ(Complaint(Saved()), "");
 }
 
+// The first place that reads "[key]" counts, also behind brackets that open nothing, and with its
+// line.
+TEST(ParameterCheck, FindsAKeyWhereverItStandsFirst)
+{
+    EXPECT_EQ(Complaint("[[x[ " + Saved()), "");
+    EXPECT_EQ(Complaint("]]\n" + Saved("[MagneticA.b]1.0", "junk [[MagneticA.b]0.0")),
+              "pole.cfg:3: MagneticA.b is 0, not between 0.1 and 10");
+    EXPECT_EQ(Complaint(Saved() + "[MagneticA.b]0.0\r\n"), "") << "a second place does not count";
+}
+
 TEST(ParameterCheck, ReportsImplausibleKeys)
 {
     struct Case
