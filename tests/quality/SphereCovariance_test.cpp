@@ -116,7 +116,7 @@ TEST(ScatterOfBlocks, LeavesNoReadingOut)
 {
     const Case c = NoisyCase(50, 50);
     Normal sum = Normal::Zero();
-    for (const std::size_t turn : {0, 1}) {
+    for (const std::size_t turn : {0U, 1U}) {
         for (std::size_t k = 0; k < 24; ++k)
             sum += SquareOf(c, turn, 50 * k / 24, 50 * (k + 1) / 24);
     }
@@ -140,7 +140,7 @@ TEST(Covariance, IsTheScatterBetweenTheInverseSecondDerivatives)
         prior(j, i) -= 400.0;
     }
     Normal second = Normal::Zero();
-    for (const std::size_t turn : {0, 1}) {
+    for (const std::size_t turn : {0U, 1U}) {
         for (std::size_t i = 0; i < 240; ++i) {
             const ResidualSlopes slopes = SlopesOf(c.data.turns[turn][i], turn, c.p);
             second += c.weighting.scale * c.weighting.turns[turn][i]
