@@ -11,8 +11,8 @@ string(REPLACE "\n" ";" lines "${listing}")
 set(wide_symbols "")
 set(other_symbols "")
 foreach(line IN LISTS lines)
-    # archive:object:address type name; the types are those of functions that may be merged
-    if(NOT line MATCHES ":([^:]+):[0-9a-f]+ [WVuT] (.+)$")
+    # archive:object:address type name, some with a blank before the address; the types are those of functions that may be merged
+    if(NOT line MATCHES ":([^:]+): ?[0-9a-f]+ [WVuT] (.+)$")
         continue()
     endif()
     set(object ${CMAKE_MATCH_1})
