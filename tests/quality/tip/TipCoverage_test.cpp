@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // What the verdict Store promises, tested where it is given: how often ellipse and interval of the
-// stored tips hold the true tip, and how far off the worst is. None of these sets and none of the
-// recorded noise set a constant of the estimate.
+// stored tips hold the true tip, and how far off the worst is. The seeds are new; cones and
+// recording are of the kind that the pooling and the floor of the estimate were chosen on.
 #include "simulation/trials/TipTrials.h"
 
 #include <cmath>
