@@ -5,6 +5,12 @@ if(PROJECT_IS_TOP_LEVEL AND NOT CMAKE_BUILD_TYPE AND NOT CMAKE_CONFIGURATION_TYP
     set(CMAKE_BUILD_TYPE Release CACHE STRING "Build type" FORCE)
 endif()
 
+# Versions 0.x with different minor numbers are incompatible, and so are their shared libraries.
+set(TILTPOLE_SOVERSION ${PROJECT_VERSION_MAJOR})
+if(PROJECT_VERSION_MAJOR EQUAL 0)
+    set(TILTPOLE_SOVERSION 0.${PROJECT_VERSION_MINOR})
+endif()
+
 # Language level, warnings and rounding of one target. A product and a sum stay two roundings:
 # contraction into fused operations would make results differ between processors.
 function(tiltpole_target_defaults target)
@@ -12,6 +18,14 @@ function(tiltpole_target_defaults target)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off)
+endfunction()
+
+# tiltpole_precompile(<target> [<headers>]): parses the headers that most sources include once a target.
+# Every source includes what it uses nevertheless: lint and the test Package.shared compile without.
+function(tiltpole_precompile target)
+    target_precompile_headers(${target} PRIVATE
+        <algorithm> <array> <cmath> <functional> <limits> <memory> <optional> <string> <string_view>
+        <utility> <vector> ${ARGN})
 endfunction()
 
 # tiltpole_add_library(<name>) makes tiltpole_<name>, alias tiltpole::<name>; its folders add
@@ -24,7 +38,7 @@ function(tiltpole_add_library name)
     set_target_properties(${target} PROPERTIES
         EXPORT_NAME ${name}
         VERSION ${PROJECT_VERSION}
-        SOVERSION ${PROJECT_VERSION_MAJOR}
+        SOVERSION ${TILTPOLE_SOVERSION}
         VERIFY_INTERFACE_HEADER_SETS ON
         POSITION_INDEPENDENT_CODE ON
         CXX_VISIBILITY_PRESET hidden
@@ -62,11 +76,30 @@ function(tiltpole_test name)
             TILTPOLE_PROGRAM="$<TARGET_FILE:${arg_PROGRAM}>")
         add_dependencies(${name} ${arg_PROGRAM})
     endif()
-    target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <gmock/gmock.h>)
+    # Qt's libraries ask for other options of the compiler: with them, headers of their own.
+    if(arg_LIBRARIES MATCHES "Qt6::")
+        target_precompile_headers(${name} PRIVATE <gtest/gtest.h> <gmock/gmock.h>)
+    else()
+        tiltpole_test_headers()
+        target_precompile_headers(${name} REUSE_FROM tiltpole_test_headers)
+    endif()
     # Random properties begin from a fixed seed: a run that failed can be repeated.
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
         PROPERTIES TIMEOUT 600 ENVIRONMENT "RC_PARAMS=seed=20261121")
     tiltpole_second_seed(${name} ${arg_SOURCES})
+endfunction()
+
+# GoogleTest's headers, compiled once for the test programs.
+function(tiltpole_test_headers)
+    if(TARGET tiltpole_test_headers)
+        return()
+    endif()
+    set(source ${PROJECT_BINARY_DIR}/tests/headers.cpp)
+    file(CONFIGURE OUTPUT ${source} CONTENT "")
+    add_library(tiltpole_test_headers OBJECT ${source})
+    tiltpole_target_defaults(tiltpole_test_headers)
+    target_link_libraries(tiltpole_test_headers PRIVATE tiltpole::core GTest::gmock_main)
+    target_precompile_headers(tiltpole_test_headers PRIVATE <gtest/gtest.h> <gmock/gmock.h>)
 endfunction()
 
 # The random properties among the tests of a program run once more, each time with another seed.
@@ -76,7 +109,7 @@ function(tiltpole_second_seed name)
         cmake_path(ABSOLUTE_PATH source NORMALIZE)
         file(READ ${source} text)
         set(macro RC_GTEST_PROP)
-        if(text MATCHES "rc::check\\(")
+        if(text MATCHES "rc::check\\(|SeedOfRun\\(")
             set(macro "(RC_GTEST_PROP|TEST)")
         endif()
         string(REGEX MATCHALL "${macro}\\([A-Za-z0-9_]+,[ \n]*[A-Za-z0-9_]+" tests "${text}")

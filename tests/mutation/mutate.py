@@ -2,10 +2,12 @@
 # SPDX-License-Identifier: MIT
 """Changes the library on purpose, one place at a time, and counts the changes that its tests notice.
 
-Works on a copy of the sources below build/mutation; the working tree is never touched. A change that
-does not compile is not counted, one that makes a test run out of time counts as noticed. Results are
-kept for each seed and folder in out/mutation: a run that was interrupted goes on where it ended. With
-the same sources, seed and folder the same changes are tried.
+Works on copies of the sources below build/mutation; the working tree is never touched. The tests of
+the folder run first and end at the first failure; a change that they miss goes on to the tests of the
+folders that build on it. A change that does not compile is not counted, one that makes a test run out
+of time counts as noticed and is listed apart. Results are kept for each seed and folder in
+out/mutation: a run that was interrupted goes on where it ended. With the same sources, seed and
+folder the same changes are tried. Everything runs at the lowest priority.
 """
 import argparse
 import concurrent.futures
@@ -16,7 +18,10 @@ import pathlib
 import queue
 import random
 import re
+import resource
+import shlex
 import shutil
+import signal
 import subprocess
 import sys
 import tempfile
@@ -28,10 +33,22 @@ from mutants import mutants_of  # noqa: E402
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 WORK = ROOT / "build" / "mutation"
 RESULTS = ROOT / "out" / "mutation"
-FOLDERS = ["survey", "vector", "positioning", "matrix", "calibration", "geometry", "quality",
-           "simulation", "framework/core", "framework/gui", "controls"]
+FOLDERS = ["survey", "vector", "positioning", "matrix", "calibration", "geometry",
+           "quality/calibration", "quality/tip", "simulation", "framework/core", "framework/gui",
+           "controls"]
+# Programs of folders without a list of tests of their own.
+PROGRAMS = {"quality/calibration": ["quality_tests"], "quality/tip": ["quality_tip_tests"]}
 # Folders whose tests also hold a folder to its rules.
-ALSO = {"survey": ["positioning"], "vector": ["matrix", "geometry", "calibration"]}
+ALSO = {
+    "survey": ["positioning", "calibration"],
+    "vector": ["matrix", "geometry", "calibration"],
+    "matrix": ["calibration", "geometry"],
+    "framework/core": ["positioning"],
+    "framework/gui": ["controls"],
+}
+WALL = 60.0  # seconds, besides 20 times the usual, after which a program that waits is ended
+MEMORY = 6 << 30  # bytes that one test program may have
+FILE_SIZE = 1 << 30  # bytes that it may write to a file
 
 
 def parse_options():
@@ -44,6 +61,9 @@ def parse_options():
                         help="percentage below which the exit code is 1 (default 85)")
     parser.add_argument("--jobs", type=int, default=1,
                         help="changes tried at a time, each in a copy of its own (default 1)")
+    parser.add_argument("--tree", type=int, default=0, metavar="N",
+                        help="number of the first copy; runs at the same time need their own")
+    parser.add_argument("--again", action="store_true", help="also try again what survived before")
     options = parser.parse_args()
     if options.count < 1 or options.jobs < 1:
         parser.error("--count and --jobs take numbers from 1")
@@ -56,28 +76,48 @@ def tracked(*patterns):
     return [name for name in listing.stdout.splitlines() if (ROOT / name).is_file()]
 
 
-def test_programs(folder):
-    """The test programs that the folder's own tests make, and those named in ALSO."""
-    programs = []
-    for tested in [folder, *ALSO.get(folder, [])]:
-        lists = ROOT / "tests" / tested / "CMakeLists.txt"
-        if lists.is_file():
-            programs += re.findall(r"tiltpole_test\((\w+)", lists.read_text(encoding="utf-8"))
+def programs_of(folder):
+    """The test programs that the folder's own tests make."""
+    if folder in PROGRAMS:
+        return PROGRAMS[folder]
+    lists = ROOT / "tests" / folder / "CMakeLists.txt"
+    programs = re.findall(r"tiltpole_test\((\w+)", lists.read_text(encoding="utf-8"))
     if not programs:
         sys.exit(f"no test program belongs to {folder}")
     return programs
 
 
+def test_stages(folder):
+    """Lists of test programs, each built and run only when the one before noticed nothing."""
+    return [programs_of(folder), *(programs_of(also) for also in ALSO.get(folder, []))]
+
+
+def limit(seconds):
+    """Limits of a test program; its processor time does not depend on what else the machine does."""
+    if seconds is not None:
+        resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds + 5))
+    resource.setrlimit(resource.RLIMIT_AS, (MEMORY, MEMORY))
+    resource.setrlimit(resource.RLIMIT_FSIZE, (FILE_SIZE, FILE_SIZE))
+    resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
+
+
+def processor_time():
+    used = resource.getrusage(resource.RUSAGE_CHILDREN)
+    return used.ru_utime + used.ru_stime
+
+
 class Scratch:
     """A copy of the sources with a build tree in it."""
 
-    def __init__(self, number, programs, build_jobs):
+    def __init__(self, number, stages, build_jobs):
         self.tree = WORK / f"tree-{number}"
-        self.programs = programs
+        self.stages = stages
         self.build_jobs = build_jobs
-        self.limit = None
+        self.limits = {}  # of each program that was built and run without a change
         self.environment = {**os.environ, "RC_PARAMS": "seed=20261121",
-                            "QT_QPA_PLATFORM": "offscreen", "CCACHE_BASEDIR": str(self.tree)}
+                            "QT_QPA_PLATFORM": "offscreen", "CCACHE_BASEDIR": str(self.tree),
+                            "CCACHE_DIR": str(WORK / "ccache"), "CCACHE_NOHASHDIR": "true",
+                            "CCACHE_SLOPPINESS": "pch_defines,time_macros"}
 
     def refresh(self):
         names = tracked()
@@ -99,50 +139,112 @@ class Scratch:
         options = ["-DCMAKE_BUILD_TYPE=None", "-DCMAKE_CXX_FLAGS=-O1 -D_GLIBCXX_ASSERTIONS"]
         if shutil.which("ccache"):
             options.append("-DCMAKE_CXX_COMPILER_LAUNCHER=ccache")
+        if shutil.which("ld.lld"):
+            options.append("-DCMAKE_EXE_LINKER_FLAGS=-fuse-ld=lld")
         subprocess.run(["cmake", "-G", "Ninja", "-S", self.tree, "-B", self.tree / "build", *options,
-                        "-Wno-dev"], check=True, stdout=subprocess.DEVNULL)
+                        "-Wno-dev"], check=True, stdout=subprocess.DEVNULL, env=self.environment)
 
-    def build(self):
+    def build(self, programs):
         done = subprocess.run(["cmake", "--build", self.tree / "build", "-j", str(self.build_jobs),
-                               "--target", *self.programs], env=self.environment,
+                               "--target", *programs], env=self.environment,
                               capture_output=True, text=True)
         return done.returncode == 0, done.stdout
 
-    def passes(self):
-        """Whether all programs pass; the first failure, or a time-out, ends the run."""
-        for program in self.programs:
+    def run(self, program, path=None):
+        """How one test program ends: None if it passes. Its first failure ends it."""
+        if path is None:
             path = next(p for p in (self.tree / "build" / "tests").rglob(program) if p.is_file())
-            with tempfile.TemporaryDirectory() as folder:
-                try:
-                    done = subprocess.run([path, "--gtest_fail_fast", "--gtest_brief=1"], cwd=folder,
-                                          env=self.environment, timeout=self.limit,
-                                          stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
-                except subprocess.TimeoutExpired:
-                    return False
-            if done.returncode != 0:
-                return False
-        return True
+        with tempfile.TemporaryDirectory() as folder:
+            os.chmod(folder, 0o755)  # some tests go on as an ordinary user
+            seconds, wall = self.limits.get(program, (None, None))
+            running = subprocess.Popen([path, "--gtest_fail_fast", "--gtest_brief=1"], cwd=folder,
+                                       env={**self.environment, "TMPDIR": folder},
+                                       start_new_session=True, preexec_fn=lambda: limit(seconds),
+                                       stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
+            try:
+                ended = running.wait(wall)
+            except subprocess.TimeoutExpired:
+                os.killpg(running.pid, signal.SIGKILL)
+                running.wait()
+                return "timed out"
+        if ended == 0:
+            return None
+        return "timed out" if ended in (-signal.SIGXCPU, -signal.SIGKILL) else "killed"
+
+    def build_and_run(self, program):
+        if not self.build([program])[0]:
+            return "does not compile"
+        return self.run(program)
+
+    def link_command(self, program):
+        """The words that link a program, without what the shell needs around them."""
+        commands = subprocess.run(["ninja", "-C", self.tree / "build", "-t", "commands", program],
+                                  capture_output=True, text=True, check=True).stdout.splitlines()
+        return [word for word in shlex.split(commands[-1]) if word not in ("&&", ":")]
+
+    def build_and_run_by_source(self, program, changed):
+        """One test source after the other, each linked to a program of its own.
+
+        A header makes all of them compile again; those named like the header begin.
+        """
+        words = self.link_command(program)
+        tests = [word for word in words if word.endswith("_test.cpp.o")]
+        stem = pathlib.Path(changed).stem.lower()
+        tests.sort(key=lambda test: -len(os.path.commonprefix([pathlib.Path(test).name.lower(), stem])))
+        if not self.build([word for word in words
+                           if word.endswith((".o", ".a")) and not word.startswith("/")
+                           and word not in tests])[0]:
+            return "does not compile"
+        path = self.tree / "build" / "one_source"
+        for test in tests:
+            if not self.build([test])[0]:
+                return "does not compile"
+            link = [word for word in words if word == test or word not in tests]
+            link[link.index("-o") + 1] = path
+            subprocess.run(link, cwd=self.tree / "build", check=True)
+            outcome = self.run(program, path)
+            if outcome:
+                return outcome
+        return None
 
     def prepare(self):
+        """Makes the copy, with the folder's own tests built and timed."""
         self.refresh()
         self.configure()
-        built, output = self.build()
+        for program in self.stages[0]:
+            self.try_unchanged(program)
+
+    def try_unchanged(self, program):
+        """Builds a program with all cores and sets the limits of its time."""
+        jobs, self.build_jobs = self.build_jobs, os.cpu_count() or 1
+        built, output = self.build([program])
         if not built:
             sys.exit(f"the unchanged sources do not build:\n{output}")
-        start = time.monotonic()
-        if not self.passes():
-            sys.exit("the tests fail without any change")
-        self.limit = 10.0 + 10.0 * (time.monotonic() - start)
+        start, used = time.monotonic(), processor_time()
+        if self.run(program):
+            sys.exit(f"{program} fails without any change")
+        self.limits[program] = (int(8 + 4 * (processor_time() - used)),
+                                WALL + 20 * (time.monotonic() - start))
+        self.build_jobs = jobs
 
     def judge(self, mutant):
         path = self.tree / mutant["file"]
         original = path.read_text(encoding="utf-8")
         begin, end = mutant["span"]
-        path.write_text(original[:begin] + mutant["new"] + original[end:], encoding="utf-8")
+        changed = original[:begin] + mutant["new"] + original[end:]
         try:
-            if not self.build()[0]:
-                return "does not compile"
-            return "survived" if self.passes() else "killed"
+            for program in sum(self.stages, []):
+                if program not in self.limits:
+                    path.write_text(original, encoding="utf-8")
+                    self.try_unchanged(program)
+                path.write_text(changed, encoding="utf-8")
+                if mutant["file"].endswith(".h"):
+                    outcome = self.build_and_run_by_source(program, mutant["file"])
+                else:
+                    outcome = self.build_and_run(program)
+                if outcome:
+                    return outcome
+            return "survived"
         finally:
             path.write_text(original, encoding="utf-8")
 
@@ -181,17 +283,22 @@ class Journal:
     def add(self, mutant, outcome):
         self.outcomes[key_of(mutant)] = outcome
         print(f"{outcome:17s}{key_of(mutant)}", flush=True)
+        self.write()
 
-    def count(self, outcome):
-        return sum(1 for kept in self.outcomes.values() if kept == outcome)
+    def count(self, *outcomes):
+        return sum(1 for kept in self.outcomes.values() if kept in outcomes)
+
+    def judged(self):
+        return self.count("killed", "timed out", "survived")
 
     def write(self):
-        killed, survived = self.count("killed"), self.count("survived")
+        noticed = self.count("killed", "timed out")
         summary = {
-            "killed": killed,
-            "survived": survived,
+            "killed": self.count("killed"),
+            "timed out": self.count("timed out"),
+            "survived": self.count("survived"),
             "does not compile": self.count("does not compile"),
-            "percent": round(100.0 * killed / max(1, killed + survived), 1),
+            "percent": round(100.0 * noticed / max(1, self.judged()), 1),
             "survivors": sorted(k for k, v in self.outcomes.items() if v == "survived"),
             "outcomes": self.outcomes,
         }
@@ -207,11 +314,15 @@ def run(options, journal):
         sys.exit(f"nothing can be changed in {options.folder}")
     present = {key_of(mutant) for mutant in candidates}
     journal.outcomes = {k: v for k, v in journal.outcomes.items() if k in present}
+    if options.again:
+        journal.outcomes = {k: v for k, v in journal.outcomes.items() if v != "survived"}
     waiting = [mutant for mutant in candidates if key_of(mutant) not in journal.outcomes]
+    if not waiting or journal.judged() >= options.count:
+        return
     build_jobs = max(1, (os.cpu_count() or 1) // options.jobs)
     scratches = queue.SimpleQueue()
-    for number in range(options.jobs):
-        scratch = Scratch(number, test_programs(options.folder), build_jobs)
+    for number in range(options.tree, options.tree + options.jobs):
+        scratch = Scratch(number, test_stages(options.folder), build_jobs)
         scratch.prepare()
         scratches.put(scratch)
 
@@ -222,28 +333,35 @@ def run(options, journal):
         finally:
             scratches.put(scratch)
 
+    # A change is begun only while too few compiled even if all that run now do: the same ones
+    # are judged for any number of jobs.
     with concurrent.futures.ThreadPoolExecutor(options.jobs) as pool:
-        while waiting:
-            missing = options.count - journal.count("killed") - journal.count("survived")
-            if missing <= 0:
+        running = set()
+        while True:
+            while (waiting and len(running) < options.jobs
+                   and journal.judged() + len(running) < options.count):
+                running.add(pool.submit(judge, waiting.pop(0)))
+            if not running:
                 break
-            batch, waiting = waiting[:min(missing, options.jobs)], waiting[min(missing, options.jobs):]
-            for mutant, outcome in pool.map(judge, batch):
-                journal.add(mutant, outcome)
-            journal.write()
+            done, running = concurrent.futures.wait(
+                running, return_when=concurrent.futures.FIRST_COMPLETED)
+            for ended in done:
+                journal.add(*ended.result())
 
 
 def main():
     options = parse_options()
+    os.nice(19)
     journal = Journal(options.folder, options.seed)
     run(options, journal)
     summary = journal.write()
     for survivor in summary["survivors"]:
         print(f"survivor: {survivor}")
-    judged = summary["killed"] + summary["survived"]
-    print(f"{summary['killed']} of {judged} changes of {options.folder} noticed: "
-          f"{summary['percent']} %; {journal.path.relative_to(ROOT)}")
-    return 0 if judged and summary["percent"] >= options.least else 1
+    noticed = summary["killed"] + summary["timed out"]
+    print(f"{noticed} of {journal.judged()} changes of {options.folder} noticed "
+          f"({summary['timed out']} by running out of time): {summary['percent']} %; "
+          f"{journal.path.relative_to(ROOT)}")
+    return 0 if journal.judged() and summary["percent"] >= options.least else 1
 
 
 if __name__ == "__main__":

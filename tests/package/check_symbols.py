@@ -14,7 +14,7 @@ import re
 import subprocess
 import sys
 
-NAMESPACES = {"tiltpole", "framework", "quality"}
+NAMESPACES = {"tiltpole", "framework", "quality", "field"}
 # std and its abbreviations, the C++ runtime, type information of plain function types, operators new
 # and delete.
 STANDARD = re.compile(r"^_Z(T[VISTC]|GVZ?|GRZ?|Z)*(N[rVKRO]*)?(S[tabsiod]|9__gnu_cxx|10__cxxabiv1)"
@@ -79,7 +79,7 @@ def main():
     failed = False
     for library in options.libraries:
         symbols = external_symbols(options.nm, library)
-        if len(symbols) < 100:
+        if len(symbols) < 5:  # the smallest library has 10, an archive that is not read none
             sys.exit(f"{library} shows only {len(symbols)} symbols")
         strange = [s for s in symbols if not is_known(s, names)
                    and not re.match(options.allow, first_scope(s) or s)]

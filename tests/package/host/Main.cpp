@@ -2,8 +2,10 @@
 // Library and host each get their own function of one name.
 #include "HostDetail.h"
 
+#include "field/North.h"
 #include "matrix/SZMatrix.h"
 
+#include <cmath>
 #include <cstdio>
 
 double HostTurn(const detail::Turn& turn, detail::Reading which);
@@ -60,6 +62,13 @@ void CheckHost()
     Expect(HostTurn({90.0}, detail::Reading::B), -90.0, "the host's Turn");
 }
 
+// The magnetic model with the library behind it: 6523.2 nT at 80 north, 0 east, as published.
+void CheckNorth()
+{
+    const field::Field field = field::MagneticFieldAt({80.0, 0.0, 0.0}, 2025.0);
+    Expect(std::round(10.0 * field.horizontal), 65232.0, "horizontal field");
+}
+
 } // namespace
 
 int main()
@@ -68,6 +77,7 @@ int main()
     CheckProduct(40);
     CheckInverse();
     CheckHost();
+    CheckNorth();
     std::printf("%d failures\n", g_failures);
     return g_failures == 0 ? 0 : 1;
 }
