@@ -1,24 +1,24 @@
 // SPDX-License-Identifier: MIT
-//
-// CArray: the window framework's growable array.
-//
-//   CArray<double> lengths;
-//   lengths.Add(1.80);
-//   lengths.Add(2.00);
-//   for (INT_PTR i = 0; i < lengths.GetSize(); ++i)
-//       Use(lengths[i]);
-//
-// TYPE is what is stored, ARG_TYPE how an element is passed to Add and its like: a reference by
-// default, TYPE itself for pointers and numbers (CArray<PoseSensorData*, PoseSensorData*>). An
-// array of pointers does not own what they point to.
-//
-// Elements are contiguous and their positions start at 0; using a position that is not in the array
-// is undefined, as with a plain array. New elements are value-initialized (numbers and pointers:
-// 0). Like every CObject, an array cannot be copied by assignment; use Copy.
-//
-// What adds elements throws std::bad_alloc where memory does not suffice, and passes on what a
-// constructor or assignment of TYPE throws. The array then has the elements that it had, unless
-// moving one of them threw; after InsertAt there may be value-initialized ones among them.
+/// @class CArray
+/// CArray: the window framework's growable array.
+///
+///     CArray<double> lengths;
+///     lengths.Add(1.80);
+///     lengths.Add(2.00);
+///     for (INT_PTR i = 0; i < lengths.GetSize(); ++i)
+///         Use(lengths[i]);
+///
+/// TYPE is what is stored, ARG_TYPE how an element is passed to Add and its like: a reference by
+/// default, TYPE itself for pointers and numbers (CArray<PoseSensorData*, PoseSensorData*>). An
+/// array of pointers does not own what they point to.
+///
+/// Elements are contiguous and their positions start at 0; using a position that is not in the
+/// array is undefined, as with a plain array. New elements are value-initialized (numbers and
+/// pointers: 0). Like every CObject, an array cannot be copied by assignment; use Copy.
+///
+/// What adds elements throws std::bad_alloc where memory does not suffice, and passes on what a
+/// constructor or assignment of TYPE throws. The array then has the elements that it had, unless
+/// moving one of them threw; after InsertAt there may be value-initialized ones among them.
 #pragma once
 
 #include "framework/core/Object.h"
@@ -136,7 +136,7 @@ public:
         if (index < 0 || count <= 0) return;
         const TYPE copy(newElement);
         const INT_PTR oldSize = m_size;
-        SetSize(std::max(index, oldSize) + count);
+        SetSize((std::max)(index, oldSize) + count);
         if (index < oldSize)
             std::move_backward(m_data + index, m_data + oldSize, m_data + oldSize + count);
         std::fill_n(m_data + index, count, copy);
@@ -156,7 +156,7 @@ public:
     void RemoveAt(INT_PTR index, INT_PTR count = 1)
     {
         if (index < 0 || index >= m_size || count <= 0) return;
-        const INT_PTR removed = std::min(count, m_size - index);
+        const INT_PTR removed = (std::min)(count, m_size - index);
         std::move(m_data + index + removed, m_data + m_size, m_data + index);
         Cut(m_size - removed);
     }
@@ -177,9 +177,9 @@ private:
     void Reserve(INT_PTR capacity)
     {
         if (capacity <= m_capacity) return;
-        const INT_PTR step = std::max({INT_PTR{4}, m_growBy, m_capacity / 2});
+        const INT_PTR step = (std::max)({INT_PTR{4}, m_growBy, m_capacity / 2});
         // The first time it takes just what is needed: most arrays are sized once.
-        MoveTo(std::max(capacity, m_capacity == 0 ? m_growBy : m_capacity + step));
+        MoveTo((std::max)(capacity, m_capacity == 0 ? m_growBy : m_capacity + step));
     }
 
     void MoveTo(INT_PTR capacity)

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "framework/core/AtomicFile.h"
 
+#include "framework/core/Paths.h"
 #include "framework/core/TextConversion.h"
 #include "framework/core/detail/Descriptor.h"
+#include "framework/core/detail/FileAccess.h"
 #include "framework/core/detail/TemporaryFile.h"
 
 #include <algorithm>
 #include <array>
 #include <cerrno>
-#include <climits>
 #include <fcntl.h>
 #include <new>
 #include <sys/stat.h>
@@ -18,8 +19,6 @@ namespace framework {
 
 namespace {
 
-constexpr int kMostLinks = 40; // as the system's own limit for one path
-
 std::string FolderOf(const std::string& path)
 {
     const std::size_t slash = path.rfind('/');
@@ -27,17 +26,9 @@ std::string FolderOf(const std::string& path)
     return slash == 0 ? "/" : path.substr(0, slash);
 }
 
-// The path behind all symbolic links of its last part, whether or not a file is there.
-std::string FollowLinks(std::string path)
+std::string NameOf(const std::string& path)
 {
-    for (int i = 0; i < kMostLinks; ++i) {
-        std::array<char, PATH_MAX> target;
-        const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
-        if (length < 0) break;
-        const std::string next(target.data(), static_cast<std::size_t>(length));
-        path = next.starts_with('/') ? next : FolderOf(path).append("/").append(next);
-    }
-    return path;
+    return path.substr(path.rfind('/') + 1);
 }
 
 // Whether the system refused a new file or a new name, for reasons that need not concern the
@@ -55,14 +46,6 @@ bool Flush(int file)
     return ::fsync(file) == 0 || errno == EINVAL || errno == ENOSYS || errno == EOPNOTSUPP;
 }
 
-// The new name is on the device when the folder is; a folder that cannot be opened or flushed does
-// not undo the renaming.
-void FlushFolder(const std::string& folder)
-{
-    const Descriptor directory(::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC));
-    if (directory.IsOpen()) ::fsync(directory.Get());
-}
-
 bool MayBeWritten(const std::string& path, const struct stat& status)
 {
     constexpr mode_t kAnyWrite = S_IWUSR | S_IWGRP | S_IWOTH;
@@ -70,18 +53,6 @@ bool MayBeWritten(const std::string& path, const struct stat& status)
         return ::faccessat(AT_FDCWD, path.c_str(), W_OK, AT_EACCESS) == 0;
     errno = EACCES;
     return false;
-}
-
-// Gives a new file what others may see of the old one. The owner first: changing it clears
-// permission bits.
-bool TakeOver(const TemporaryFile& file, const struct stat& old)
-{
-    const struct stat& mine = file.Status();
-    const bool sameOwner = mine.st_uid == old.st_uid && mine.st_gid == old.st_gid;
-    if (!sameOwner && ::fchown(file.Get(), old.st_uid, old.st_gid) != 0) return false;
-    constexpr mode_t kPermissions = 07777;
-    if (((mine.st_mode ^ old.st_mode) & kPermissions) == 0) return true;
-    return ::fchmod(file.Get(), old.st_mode & kPermissions) == 0;
 }
 
 // Reserves what `file` has to grow by, so that a full disk is noticed while the old content is
@@ -147,7 +118,6 @@ struct FileReplacement::State
     bool exists = false;
     struct stat old = {};
     std::string target; // behind all links
-    std::string folder; // where it is
     TemporaryFile beside;
     std::string content; // to be written in place
     Descriptor stream;
@@ -187,12 +157,11 @@ bool FileReplacement::State::BeginInFolder()
 {
     constexpr mode_t kOwnerOnly = 0600; // until it has the permissions of the old file
     constexpr mode_t kAsTheUmaskLeaves = 0666;
-    folder = FolderOf(target);
-    if (!beside.Make(folder, exists ? kOwnerOnly : kAsTheUmaskLeaves)) {
+    if (!beside.Make(FolderOf(target), exists ? kOwnerOnly : kAsTheUmaskLeaves)) {
         way = Way::InPlace;
         return exists && IsRefusal(errno);
     }
-    if (exists && !TakeOver(beside, old)) {
+    if (exists && !TakeOver(beside.Get(), target, old)) {
         beside.Remove();
         way = Way::InPlace;
     }
@@ -224,9 +193,9 @@ bool FileReplacement::State::Commit()
 
 bool FileReplacement::State::RenameOrOverwrite()
 {
-    if (beside.RenameTo(target)) {
+    if (beside.RenameTo(NameOf(target))) {
+        beside.FlushFolder();
         beside.Remove();
-        FlushFolder(folder);
         return true;
     }
     return exists && IsRefusal(errno) && AppendContentOf(beside.Get(), content)

@@ -1,31 +1,32 @@
 // SPDX-License-Identifier: MIT
-//
-// Replacing the content of a file in one step: whoever opens it, at whatever moment, finds the old
-// content or the new one. The parameter file and the view files of the plots are written this way,
-// and so is what the programs write.
-//
-//   if (!framework::ReplaceFileContent(L"/var/lib/pole/last-fix.txt", "7.25 3.5 41.0\n"))
-//       return 0; // the previous fix is still in the file
-//
-//   framework::FileReplacement file("/var/lib/pole/track.csv"); // piece by piece
-//   for (const Row& row : rows)
-//       file.Write(row.Text());
-//   if (!file.Commit()) std::fputs(std::strerror(file.Error()), stderr);
-//
-// How it is done. The new content goes into another file of the same folder,
-// ".tiltpole-HOST-N.new", which is flushed to the device and renamed to the name wanted. A process
-// that is killed in between leaves that file behind; the next replacement in the folder removes it.
-//
-// Which file. Symbolic links are followed and stay links; one that points to a file not there yet
-// has that file made. The new file gets the owner, group and permissions of the old one; one that
-// is made anew those of the umask. A file without any write permission is never replaced, not even
-// by root.
-//
-// Where a file may be written but not replaced - the folder takes no new file, the file system does
-// not let the new file have owner, group and permissions of the old one, the file is a mount point
-// - it is written in place: space is reserved first, then the old bytes are overwritten, the length
-// is set and the file is flushed. A full disk still leaves the old content; a power cut during
-// those few writes may not. Devices and pipes are written in place, too.
+/// @file
+/// Replacing the content of a file in one step: whoever opens it, at whatever moment, finds the old
+/// content or the new one. The parameter file and the view files of the plots are written this way,
+/// and so is what the programs write.
+///
+///     if (!framework::ReplaceFileContent(L"/var/lib/pole/last-fix.txt", "7.25 3.5 41.0\n"))
+///         return 0; // the previous fix is still in the file
+///
+///     framework::FileReplacement file("/var/lib/pole/track.csv"); // piece by piece
+///     for (const Row& row : rows)
+///         file.Write(row.Text());
+///     if (!file.Commit()) std::fputs(std::strerror(file.Error()), stderr);
+///
+/// How it is done. The new content goes into another file of the same folder,
+/// ".tiltpole-HOST-RANDOM.new", which is flushed to the device and renamed to the name wanted. A
+/// process that is killed in between leaves that file behind; the next replacement in the folder
+/// removes it. A program has it removed at once by RemoveTemporaryFilesOnSignals.
+///
+/// Which file. Symbolic links are followed and stay links; one that points to a file not there yet
+/// has that file made. The new file gets the owner, group, permissions, access control list and
+/// extended attributes of the old one; one that is made anew those of the umask and the folder. A
+/// file without any write permission is never replaced, not even by root.
+///
+/// Where a file may be written but not replaced - the folder takes no new file, the file system
+/// does not let the new file have owner, group, permissions and attributes of the old one, the file
+/// is a mount point - it is written in place: space is reserved first, then the old bytes are
+/// overwritten, the length is set and the file is flushed. A full disk still leaves the old
+/// content; a power cut during those few writes may not. Devices and pipes are written in place.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -71,5 +72,10 @@ private:
 /// @return false, with the old file as it was, where the file may not be written, the content does
 ///         not reach the device or memory does not suffice. Does not throw.
 TILTPOLE_API bool ReplaceFileContent(const CString& path, std::string_view bytes);
+
+/// Has SIGHUP, SIGINT and SIGTERM remove the temporary files of this process before they end it as
+/// they always do. For programs, at their start; the library handles no signal on its own. A signal
+/// that is ignored or handled already stays so.
+TILTPOLE_API void RemoveTemporaryFilesOnSignals();
 
 } // namespace framework

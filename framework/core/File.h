@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-//
-// CFile: an unbuffered file of the window framework.
-//
-//   CFile file;
-//   if (!file.Open(L"dump.csv", CFile::modeCreate | CFile::modeWrite)) return 0;
-//   file.Write(text.data(), static_cast<UINT>(text.size()));
-//   return file.Close() ? 1 : 0; // FALSE if any Write failed
-//
-// Failure is reported by results; nothing throws, running out of memory included. A file that must
-// not be lost is better written by ReplaceFileContent (framework/core/AtomicFile.h).
+/// @class CFile
+/// CFile: an unbuffered file of the window framework.
+///
+///     CFile file;
+///     if (!file.Open(L"dump.csv", CFile::modeCreate | CFile::modeWrite)) return 0;
+///     file.Write(text.data(), static_cast<UINT>(text.size()));
+///     return file.Close() ? 1 : 0; // FALSE if any Write failed
+///
+/// Failure is reported by results; nothing throws, running out of memory included. A file that must
+/// not be lost is better written by ReplaceFileContent (framework/core/AtomicFile.h).
 #pragma once
 
 #include "framework/core/Object.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-//
-// Formatting behind CString::Format: type-safe, and independent of any locale.
-//
-//   CString text;
-//   text.Format(L"%-8s|%8.3f|%03d", L"tip", 1.25, 7); // "tip     |   1.250|007"
+/// @file
+/// Formatting behind CString::Format: type-safe, and independent of any locale.
+///
+///     CString text;
+///     text.Format(L"%-8s|%8.3f|%03d", L"tip", 1.25, 7); // "tip     |   1.250|007"
 #pragma once
 
 #include "framework/core/Export.h"

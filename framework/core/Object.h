@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-//
-// CObject and run-time class information.
-//
-// DECLARE_DYNAMIC in a class and IMPLEMENT_DYNAMIC in its source file make its name, size and base
-// known at run time; with the DYNCREATE pair objects can also be created from that information.
-//
-//   class CGauge : public CObject { DECLARE_DYNCREATE(CGauge) };    // header
-//   IMPLEMENT_DYNCREATE(CGauge, CObject)                            // source file
-//   CObject* gauge = RUNTIME_CLASS(CGauge)->CreateObject();         // owned by the caller
+/// @file
+/// CObject and run-time class information.
+///
+/// DECLARE_DYNAMIC in a class and IMPLEMENT_DYNAMIC in its source file make its name, size and base
+/// known at run time; with the DYNCREATE pair objects can also be created from that information.
+///
+///     class CGauge : public CObject { DECLARE_DYNCREATE(CGauge) };    // header
+///     IMPLEMENT_DYNCREATE(CGauge, CObject)                            // source file
+///     CObject* gauge = RUNTIME_CLASS(CGauge)->CreateObject();         // owned by the caller
 #pragma once
 
 #include "framework/core/Export.h"

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-//
-// Parsing of numbers: the longest number at the start of a text, read as in the C locale whatever
-// locale is set.
-//
-//   const auto length = framework::ParseDouble("2.05 m"); // value 2.05, used 4, inRange
-//   if (length.used == 0 || !length.inRange) return 0;
-//
-// A wide number of more than 64 characters allocates and may throw std::bad_alloc; nothing else
-// does.
+/// @file
+/// Parsing of numbers: the longest number at the start of a text, read as in the C locale whatever
+/// locale is set.
+///
+///     const auto length = framework::ParseDouble("2.05 m"); // value 2.05, used 4, inRange
+///     if (length.used == 0 || !length.inRange) return 0;
+///
+/// A wide number of more than 64 characters allocates and may throw std::bad_alloc; nothing else
+/// does.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -18,6 +18,7 @@
 
 namespace framework {
 
+/// The number at the start of a text, and how much of the text it is.
 template <class Value>
 struct ParsedNumber
 {

@@ -11,6 +11,7 @@
 #include <new>
 #include <pwd.h>
 #include <string>
+#include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -49,6 +50,17 @@ std::string HomeFolder()
     return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "/";
 }
 
+// The folder of this program family below a base: the variable's where it is set, or else the one
+// in the home folder.
+CString FolderBelow(const char* variable, const char* inHome)
+{
+    std::string base = AbsolutePathIn(variable);
+    if (base.empty()) base = HomeFolder() + inHome;
+    while (base.ends_with('/'))
+        base.pop_back();
+    return CString((base + "/tiltpole").c_str());
+}
+
 } // namespace
 
 void SetModulePath(const CString& fullName)
@@ -58,11 +70,12 @@ void SetModulePath(const CString& fullName)
 
 CString ApplicationDataFolder()
 {
-    std::string base = AbsolutePathIn("XDG_DATA_HOME");
-    if (base.empty()) base = HomeFolder() + "/.local/share";
-    while (base.ends_with('/'))
-        base.pop_back();
-    return CString((base + "/tiltpole").c_str());
+    return FolderBelow("XDG_DATA_HOME", "/.local/share");
+}
+
+CString ApplicationStateFolder()
+{
+    return FolderBelow("XDG_STATE_HOME", "/.local/state");
 }
 
 bool MakeFolder(const CString& path)
@@ -75,6 +88,20 @@ bool MakeFolder(const CString& path)
     } catch (const std::bad_alloc&) {
         return false;
     }
+}
+
+std::string FollowLinks(std::string path)
+{
+    constexpr int kMostLinks = 40; // as the system's own limit for one path
+    for (int i = 0; i < kMostLinks; ++i) {
+        std::array<char, PATH_MAX> target;
+        const ssize_t length = ::readlink(path.c_str(), target.data(), target.size());
+        if (length < 0) break;
+        const std::string_view next(target.data(), static_cast<std::size_t>(length));
+        const std::size_t name = path.rfind('/') + 1; // 0 where there is no folder
+        path.replace(next.starts_with('/') ? 0 : name, std::string::npos, next);
+    }
+    return path;
 }
 
 } // namespace framework

@@ -1,17 +1,19 @@
 // SPDX-License-Identifier: MIT
-//
-// File attributes, the name of the running module, the folder for application data.
-//
-//   const CString folder = framework::ApplicationDataFolder(); // ~/.local/share/tiltpole
-//   if (GetFileAttributesW(folder) == INVALID_FILE_ATTRIBUTES) framework::MakeFolder(folder);
-//
-// Paths are UTF-8 on disk. What returns a number or bool reports running out of memory as its
-// failure; what returns or takes a CString by value throws std::bad_alloc.
+/// @file
+/// File attributes, the name of the running module, the folder for application data.
+///
+///     const CString folder = framework::ApplicationDataFolder(); // ~/.local/share/tiltpole
+///     if (GetFileAttributesW(folder) == INVALID_FILE_ATTRIBUTES) framework::MakeFolder(folder);
+///
+/// Paths are UTF-8 on disk. What returns a number or bool reports running out of memory as its
+/// failure; what returns or takes a CString by value throws std::bad_alloc.
 #pragma once
 
 #include "framework/core/Export.h"
 #include "framework/core/String.h"
 #include "framework/core/Types.h"
+
+#include <string>
 
 /// FILE_ATTRIBUTE_DIRECTORY for a folder, combined with FILE_ATTRIBUTE_READONLY where the owner has
 /// no write permission; FILE_ATTRIBUTE_NORMAL where neither applies; INVALID_FILE_ATTRIBUTES where
@@ -37,7 +39,16 @@ TILTPOLE_API void SetModulePath(const CString& fullName);
 /// ~/.local/share/tiltpole. It may not exist yet: see MakeFolder.
 TILTPOLE_API CString ApplicationDataFolder();
 
+/// The same for what a program remembers between runs, such as the view of a plot:
+/// $XDG_STATE_HOME/tiltpole, otherwise ~/.local/state/tiltpole.
+TILTPOLE_API CString ApplicationStateFolder();
+
 /// Creates a folder and its parents. True where it exists afterwards.
 TILTPOLE_API bool MakeFolder(const CString& path);
+
+/// The path behind all symbolic links of the last part of `path`, whether or not a file is there.
+/// Bytes are taken as they are. Links in a circle are followed forty times.
+/// @throws std::bad_alloc
+TILTPOLE_API std::string FollowLinks(std::string path);
 
 } // namespace framework

@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-//
-// Points, sizes and rectangles of the window framework, in device units (pixels); x grows to the
-// right, y downwards.
-//
-//   const CRect dial(10, 10, 110, 60);          // left, top, right, bottom
-//   const bool hit = dial.PtInRect({10, 59});   // left and top edge: inside
-//   const bool out = !dial.PtInRect({110, 60}); // right and bottom edge: outside
+/// @file
+/// Points, sizes and rectangles of the window framework, in device units (pixels); x grows to the
+/// right, y downwards.
+///
+///     const CRect dial(10, 10, 110, 60);          // left, top, right, bottom
+///     const bool hit = dial.PtInRect({10, 59});   // left and top edge: inside
+///     const bool out = !dial.PtInRect({110, 60}); // right and bottom edge: outside
 #pragma once
 
 #include "framework/core/Types.h"
@@ -13,16 +13,19 @@
 #include <algorithm>
 #include <utility>
 
+/// A point [pixels].
 struct POINT
 {
     LONG x, y;
 };
 
+/// A width and a height [pixels].
 struct SIZE
 {
     LONG cx, cy;
 };
 
+/// A rectangle by its edges [pixels]; the right and the bottom edge are not part of it.
 struct RECT
 {
     LONG left, top, right, bottom;
@@ -41,6 +44,7 @@ inline BOOL PtInRect(const RECT* rect, POINT point)
            && point.y < rect->bottom;
 }
 
+/// A size with its arithmetic; conversions to and from SIZE are implicit.
 class CSize : public SIZE
 {
 public:
@@ -62,6 +66,7 @@ public:
     constexpr CSize operator-() const { return {-cx, -cy}; }
 };
 
+/// A point with its arithmetic; conversions to and from POINT are implicit.
 class CPoint : public POINT
 {
 public:
@@ -72,6 +77,11 @@ public:
         y = initialY;
     }
     constexpr CPoint(POINT point) : POINT(point) {}
+    /// The point in a message parameter (LPARAM): two signed 16-bit numbers, x the low one.
+    constexpr explicit CPoint(std::intptr_t packed)
+        : CPoint(static_cast<std::int16_t>(packed & 0xFFFF),
+                 static_cast<std::int16_t>(packed >> 16 & 0xFFFF))
+    {}
     constexpr explicit CPoint(SIZE size) : CPoint(size.cx, size.cy) {}
 
     void SetPoint(int newX, int newY) { *this = CPoint(newX, newY); }
@@ -90,6 +100,7 @@ public:
     constexpr CPoint operator-() const { return {-x, -y}; }
 };
 
+/// A rectangle with its arithmetic; conversions to and from RECT are implicit.
 class CRect : public RECT
 {
 public:
@@ -159,8 +170,8 @@ public:
     /// Becomes the intersection of two rectangles; empty, with result FALSE, where there is none.
     BOOL IntersectRect(LPCRECT a, LPCRECT b)
     {
-        const CRect common(std::max(a->left, b->left), std::max(a->top, b->top),
-                           std::min(a->right, b->right), std::min(a->bottom, b->bottom));
+        const CRect common((std::max)(a->left, b->left), (std::max)(a->top, b->top),
+                           (std::min)(a->right, b->right), (std::min)(a->bottom, b->bottom));
         *this = common.IsRectEmpty() ? CRect() : common;
         return !IsRectEmpty();
     }
@@ -175,8 +186,8 @@ public:
         } else if (second.IsRectEmpty()) {
             *this = first;
         } else {
-            SetRect(std::min(first.left, second.left), std::min(first.top, second.top),
-                    std::max(first.right, second.right), std::max(first.bottom, second.bottom));
+            SetRect((std::min)(first.left, second.left), (std::min)(first.top, second.top),
+                    (std::max)(first.right, second.right), (std::max)(first.bottom, second.bottom));
         }
         return !IsRectEmpty();
     }

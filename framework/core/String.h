@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: MIT
-//
-// CString: the window framework's wide string.
-//
-//   CString line;
-//   line.Format(L"%s: %.3f m", L"pole length", 2.0);
-//   const int colon = line.Find(L':');
-//   const CString name = line.Left(colon); // "pole length"
-//   CFile::Remove(L"/tmp/" + name);        // converts to const wchar_t*
-//
-// Positions and lengths are counted in wide characters. One that is out of range is limited to the
-// text and never an error; a null pointer is an empty text. Case conversion knows the letters of
-// ASCII only and white space is that of ASCII: no locale is consulted.
-//
-// What makes a text or a longer one throws std::bad_alloc where memory does not suffice, and the
-// text is then unchanged. Operations that are noexcept, Empty, SetAt, Delete, Remove, the Trim and
-// Make functions do not allocate.
+/// @class CString
+/// CString: the window framework's wide string.
+///
+///     CString line;
+///     line.Format(L"%s: %.3f m", L"pole length", 2.0);
+///     const int colon = line.Find(L':');
+///     const CString name = line.Left(colon); // "pole length"
+///     CFile::Remove(L"/tmp/" + name);        // converts to const wchar_t*
+///
+/// Positions and lengths are counted in wide characters. One that is out of range is limited to the
+/// text and never an error; a null pointer is an empty text. Case conversion knows the letters of
+/// ASCII only and white space is that of ASCII: no locale is consulted.
+///
+/// What makes a text or a longer one throws std::bad_alloc where memory does not suffice, and the
+/// text is then unchanged. Operations that are noexcept, Empty, SetAt, Delete, Remove, the Trim and
+/// Make functions do not allocate.
 #pragma once
 
 #include "framework/core/Export.h"

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-//
-// Conversion between wide text and UTF-8.
-//
-//   const std::string bytes = framework::ToUtf8(L"H\u00F6he"); // 5 bytes
-//   const std::wstring text = framework::FromUtf8(bytes);      // 4 characters
-//
-// Neither the C nor the C++ locale is consulted, and every input has a defined result: each maximal
-// ill-formed part becomes one U+FFFD. ToUtf8 and FromUtf8 throw std::bad_alloc where memory does
-// not suffice; the functions with a buffer do not allocate.
+/// @file
+/// Conversion between wide text and UTF-8.
+///
+///     const std::string bytes = framework::ToUtf8(L"H\u00F6he"); // 5 bytes
+///     const std::wstring text = framework::FromUtf8(bytes);      // 4 characters
+///
+/// Neither the C nor the C++ locale is consulted, and every input has a defined result: each
+/// maximal ill-formed part becomes one U+FFFD. ToUtf8 and FromUtf8 throw std::bad_alloc where
+/// memory does not suffice; the functions with a buffer do not allocate.
 #pragma once
 
 #include "framework/core/Export.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// Plain types and constants of the window framework, for systems whose headers do not have them.
+/// @file
+/// Plain types and constants of the window framework, for systems whose headers do not have them.
 #pragma once
 
 #include <cstddef>

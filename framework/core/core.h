@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// All headers of the window framework that need no screen.
+/// @file
+/// All headers of the window framework that need no screen.
 #pragma once
 
 #include "framework/core/Array.h"          // IWYU pragma: export

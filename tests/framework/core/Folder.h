@@ -16,7 +16,7 @@ class TestFolder : public ScratchFolder
 {
 public:
     CString Path() const { return CString(Native().c_str()); }
-    CString File(const wchar_t* name) const { return Path() + L"/" + name; }
+    CString File(const CString& name) const { return Path() + L"/" + name; }
 };
 
 // While it lives, no file can grow beyond `bytes`: a full disk for this process.

@@ -123,6 +123,18 @@ TEST(ApplicationDataFolder, IsNotCreatedByTheQuery)
     EXPECT_TRUE(folder.Names().empty());
 }
 
+TEST(ApplicationStateFolder, FollowsTheStateHomeOrIsInTheHomeFolder)
+{
+    const Environment home("HOME", "/home/surveyor");
+    const Environment data("XDG_DATA_HOME", "/data");
+    {
+        const Environment state("XDG_STATE_HOME", "/state/");
+        EXPECT_EQ(framework::ApplicationStateFolder(), L"/state/tiltpole");
+    }
+    const Environment state("XDG_STATE_HOME", nullptr);
+    EXPECT_EQ(framework::ApplicationStateFolder(), L"/home/surveyor/.local/state/tiltpole");
+}
+
 TEST(MakeFolder, CreatesAllThatIsMissing)
 {
     const TestFolder folder;
