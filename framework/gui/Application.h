@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
-//
-// The program's connection to the windowing system, and pictures of windows.
-//
-//   framework::Application application(argc, argv);
-//   MeasureDialog dialog; // a CWnd of the host
-//   dialog.ShowWindow(SW_SHOW);
-//   return application.Run();
+/// @file
+/// The program's connection to the windowing system, and pictures of windows.
+///
+///     framework::Application application(argc, argv);
+///     MeasureDialog dialog; // a CWnd of the host
+///     dialog.ShowWindow(SW_SHOW);
+///     return application.Run();
 #pragma once
 
 #include "framework/core/Export.h"
@@ -18,13 +18,20 @@ namespace framework {
 
 /// Where windows are shown.
 enum class Display {
-    Automatic, ///< on the screen; in memory only where the environment names no screen
-    None,      ///< in memory only
+    Automatic, ///< on the screen; in memory only where no screen is named or it does not answer
+    Memory,    ///< in memory only
 };
 
+/// Whether the display that the environment names accepts a connection of this program: the X
+/// server of DISPLAY, or a Wayland compositor. True where a platform of the toolkit is chosen that
+/// needs neither (QT_QPA_PLATFORM). Ask before the first Application.
+TILTPOLE_API bool ScreenAnswers();
+
 /// Owns the connection to the windowing system for its lifetime. Create one before the first
-/// window, in the thread that uses windows; its destructor destroys all remaining windows. While it
-/// exists, message boxes are modal windows. A host's own connection of the same toolkit is reused.
+/// window, in the thread that uses windows; its destructor destroys the remaining windows that were
+/// made while it existed. A host's own connection of the same toolkit is reused; windows end with
+/// it. While an Application exists, message boxes are modal windows, where there is a screen to
+/// show them on.
 class TILTPOLE_API Application
 {
 public:
@@ -46,7 +53,8 @@ private:
 };
 
 /// Saves the current contents of the window's client area, including its children, as a PNG file
-/// without triggering a paint. Returns false without a window or if the file cannot be written.
+/// without triggering a paint. The file is replaced in one step (framework/core/AtomicFile.h).
+/// Returns false without a window or if the file cannot be written; errno then holds the reason.
 TILTPOLE_API bool SaveWindowImage(CWnd& window, const CString& pngPath);
 
 } // namespace framework

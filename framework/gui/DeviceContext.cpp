@@ -33,10 +33,18 @@ DcRecord::~DcRecord()
     if (temporary) temporary->m_hDC = nullptr;
 }
 
-raster::Canvas DcRecord::Target() const
+raster::Canvas DcRecord::Whole() const
 {
     if (!image) return {};
     raster::Canvas canvas = image->View();
+    canvas.pixels -= static_cast<std::ptrdiff_t>(origin.y) * canvas.stride + origin.x;
+    canvas.clip = {origin.x, origin.y, origin.x + image->width, origin.y + image->height};
+    return canvas;
+}
+
+raster::Canvas DcRecord::Target() const
+{
+    raster::Canvas canvas = Whole();
     canvas.clip = raster::Intersect(canvas.clip, clip);
     return canvas;
 }
@@ -330,6 +338,12 @@ void CDC::FillSolidRect(LPCRECT rect, COLORREF color)
     m_hDC->Touched();
 }
 
+void CDC::FillSolidRect(int x, int y, int width, int height, COLORREF color)
+{
+    const CRect rect(x, y, framework::EndOf(x, width), framework::EndOf(y, height));
+    FillSolidRect(&rect, color);
+}
+
 COLORREF CDC::SetPixel(int x, int y, COLORREF color)
 {
     if (GetPixel(x, y) == CLR_INVALID) return CLR_INVALID;
@@ -353,9 +367,9 @@ BOOL CDC::BitBlt(int x, int y, int width, int height, CDC* source, int sourceX, 
     if (!m_hDC || !source || !source->m_hDC) return FALSE;
     if (operation != SRCCOPY && operation != SRCPAINT) return FALSE;
     // The whole source picture is readable: its clip restricts drawing only.
-    raster::Canvas from = source->m_hDC->Target();
-    if (source->m_hDC->image) from = source->m_hDC->image->View();
-    raster::Copy(m_hDC->Target(), {x, y, x + width, y + height}, from, {sourceX, sourceY},
+    const raster::Canvas from = source->m_hDC->Whole();
+    const raster::Box box{x, y, framework::EndOf(x, width), framework::EndOf(y, height)};
+    raster::Copy(m_hDC->Target(), box, from, {sourceX, sourceY},
                  operation == SRCCOPY ? raster::CopyMode::Replace : raster::CopyMode::Combine);
     m_hDC->Touched();
     return TRUE;

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-//
-// Device contexts: CDC draws on a bitmap or a window, CClientDC on a window at any time, CPaintDC
-// while handling the paint message.
-//
-// Coordinates are device pixels from the upper left corner of the bitmap or client area; right and
-// bottom edges are exclusive. Shapes set whole pixels and are never blended. Everything is clipped
-// to the picture. Unless noted, a drawing call returns FALSE only without a picture to draw on.
+/// @file
+/// Device contexts: CDC draws on a bitmap or a window, CClientDC on a window at any time, CPaintDC
+/// while handling the paint message.
+///
+/// Coordinates are device pixels from the upper left corner of the bitmap or client area; right and
+/// bottom edges are exclusive. Shapes set whole pixels and are never blended. Everything is clipped
+/// to the picture. Unless noted, a drawing call returns FALSE only without a handle or for a null
+/// argument; where memory runs out it throws std::bad_alloc.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -16,6 +17,7 @@
 
 class CWnd;
 
+/// Draws on the bitmap that is selected into it, or on a window; deletes its handle at its own end.
 class TILTPOLE_API CDC : public CObject
 {
     DECLARE_DYNCREATE(CDC)
@@ -49,6 +51,22 @@ public:
     CGdiObject* SelectStockObject(int index);
     /// @}
 
+    /// Keeps the selected objects, colors, modes, position, alignment and clip for RestoreDC.
+    /// Returns the number of kept states, 0 without a handle.
+    int SaveDC();
+    /// Returns to the state that SaveDC returned as `saved`, or with -1 to the last one, with -2 to
+    /// the one before, and so on; forgets it and the later ones. A bitmap that is selected into
+    /// another context meanwhile does not come back. FALSE if there is no such state.
+    BOOL RestoreDC(int saved);
+
+    /// @{ Limits drawing to the part of a rectangle that could be drawn on before. Returns
+    /// SIMPLEREGION, or NULLREGION if nothing is left.
+    int IntersectClipRect(int left, int top, int right, int bottom);
+    int IntersectClipRect(LPCRECT rect);
+    /// @}
+    /// The rectangle that can be drawn on; returns as IntersectClipRect.
+    int GetClipBox(LPRECT rect) const;
+
     CPen* GetCurrentPen() const;
     CBrush* GetCurrentBrush() const;
     CFont* GetCurrentFont() const;
@@ -69,30 +87,49 @@ public:
     /// With a pen one pixel wide the end pixel is not drawn.
     BOOL LineTo(int x, int y);
     BOOL LineTo(POINT point) { return LineTo(point.x, point.y); }
+    /// Draws lines from point to point. FALSE for fewer than two points.
     BOOL Polyline(const POINT* points, int count);
-    /// Fills with the brush, then outlines with the pen. FALSE for fewer than two points.
+    /// @{ Fills with the brush, then outlines with the pen. The corners of a rectangle may be
+    /// swapped. FALSE for fewer than two points.
     BOOL Polygon(const POINT* points, int count);
     BOOL Rectangle(int left, int top, int right, int bottom);
     BOOL Rectangle(LPCRECT rect);
     BOOL Ellipse(int left, int top, int right, int bottom);
     BOOL Ellipse(LPCRECT rect);
+    /// @}
     void FillRect(LPCRECT rect, CBrush* brush);
+    /// @{ Fills with a color, which becomes the background color.
     void FillSolidRect(LPCRECT rect, COLORREF color);
+    void FillSolidRect(int x, int y, int width, int height, COLORREF color);
+    /// @}
+    /// Returns the color, or CLR_INVALID outside the picture or the clip.
     COLORREF SetPixel(int x, int y, COLORREF color);
-    /// Returns CLR_INVALID outside the picture.
+    /// Returns CLR_INVALID outside the picture or the clip.
     COLORREF GetPixel(int x, int y) const;
 
+    /// PATCOPY, PATINVERT, DSTINVERT, BLACKNESS or WHITENESS; FALSE for any other operation.
+    BOOL PatBlt(int x, int y, int width, int height, DWORD operation);
     /// SRCCOPY or SRCPAINT; FALSE for any other operation. Both contexts may be the same.
     BOOL BitBlt(int x, int y, int width, int height, CDC* source, int sourceX, int sourceY,
                 DWORD operation);
 
-    /// @{ Returns the height of the text; DT_CALCRECT only measures and writes `rect`.
+    /// @{ Draws lines of text; DT_WORDBREAK breaks those wider than `rect` between words. "&"
+    /// underlines the next character ("&&" is one "&") unless DT_NOPREFIX is given. Returns the
+    /// height of the text; DT_CALCRECT only measures and writes `rect`.
     int DrawText(LPCTSTR text, int count, LPRECT rect, UINT format);
     int DrawText(const CString& text, LPRECT rect, UINT format);
     /// @}
 
-    /// @{ Draws text with its upper left corner at (x, y). ETO_OPAQUE fills `rect` with the
-    /// background color, ETO_CLIPPED clips the text to it; both are ignored without `rect`.
+    /// @{ Which point of a text TextOut and ExtTextOut place at (x, y): TA_LEFT, TA_CENTER or
+    /// TA_RIGHT with TA_TOP, TA_BASELINE or TA_BOTTOM. SetTextAlign returns the previous value.
+    /// GDI_ERROR without a handle.
+    UINT SetTextAlign(UINT flags);
+    UINT GetTextAlign() const;
+    /// @}
+
+    /// @{ Draws text with its upper left corner at (x, y), unless SetTextAlign chose another point.
+    /// ETO_OPAQUE fills `rect` with the background color, ETO_CLIPPED clips the text to it; both
+    /// are ignored without `rect`.
     BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, LPCTSTR text, UINT count,
                     const int* spacing);
     BOOL ExtTextOut(int x, int y, UINT options, LPCRECT rect, const CString& text,
@@ -101,6 +138,8 @@ public:
     /// @}
 
     CSize GetTextExtent(const CString& text) const;
+    /// The measures of the selected font. FALSE without a handle.
+    BOOL GetTextMetrics(LPTEXTMETRIC metrics) const;
 
     /// The window this context draws on; null for one in memory.
     CWnd* GetWindow() const;
@@ -119,6 +158,20 @@ class TILTPOLE_API CClientDC : public CDC
 public:
     explicit CClientDC(CWnd* window);
     ~CClientDC() override;
+
+protected:
+    HWND m_hWnd = nullptr;
+};
+
+/// A context for a whole window: coordinates start at its upper left corner, edges included. The
+/// edges themselves cannot be drawn on.
+class TILTPOLE_API CWindowDC : public CDC
+{
+    DECLARE_DYNAMIC(CWindowDC)
+
+public:
+    explicit CWindowDC(CWnd* window);
+    ~CWindowDC() override;
 
 protected:
     HWND m_hWnd = nullptr;

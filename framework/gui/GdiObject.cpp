@@ -3,7 +3,9 @@
 
 #include "framework/gui/detail/GdiRecord.h"
 
-#include <iterator>
+#include <array>
+#include <cmath>
+#include <cstddef>
 #include <memory>
 
 IMPLEMENT_DYNCREATE(CGdiObject, CObject)
@@ -14,6 +16,8 @@ IMPLEMENT_DYNAMIC(CBitmap, CGdiObject)
 
 namespace framework {
 namespace {
+
+constexpr std::size_t kStockObjects = DEFAULT_GUI_FONT + 1;
 
 template <class Wrapper>
 std::unique_ptr<CGdiObject> Lend(GdiRecord* record)
@@ -59,8 +63,12 @@ GdiRecord* MakeStock(int index)
     switch (index) {
     case WHITE_BRUSH:
         return MakeBrush(RGB(255, 255, 255), false);
+    case LTGRAY_BRUSH:
+        return MakeBrush(RGB(192, 192, 192), false);
     case GRAY_BRUSH:
         return MakeBrush(RGB(128, 128, 128), false);
+    case DKGRAY_BRUSH:
+        return MakeBrush(RGB(64, 64, 64), false);
     case BLACK_BRUSH:
         return MakeBrush(RGB(0, 0, 0), false);
     case NULL_BRUSH:
@@ -72,6 +80,7 @@ GdiRecord* MakeStock(int index)
     case NULL_PEN:
         return MakePen(0, 1, true);
     case SYSTEM_FONT:
+    case DEFAULT_GUI_FONT:
         return new GdiRecord(GdiKind::Font);
     default:
         return nullptr;
@@ -95,23 +104,14 @@ void GdiReference::Release(GdiRecord* record)
 // Stock objects are created once and never deleted, even if a caller tries to.
 GdiRecord* StockRecord(int index)
 {
-    static GdiRecord* const stock[] = {
-        MakeStock(WHITE_BRUSH),
-        nullptr,
-        MakeStock(GRAY_BRUSH),
-        nullptr,
-        MakeStock(BLACK_BRUSH),
-        MakeStock(NULL_BRUSH),
-        MakeStock(WHITE_PEN),
-        MakeStock(BLACK_PEN),
-        MakeStock(NULL_PEN),
-        nullptr,
-        nullptr,
-        nullptr,
-        nullptr,
-        MakeStock(SYSTEM_FONT),
-    };
-    return index >= 0 && index < static_cast<int>(std::size(stock)) ? stock[index] : nullptr;
+    static const std::array<GdiRecord*, kStockObjects> stock = [] {
+        std::array<GdiRecord*, kStockObjects> made{};
+        for (std::size_t i = 0; i < made.size(); ++i)
+            made.at(i) = MakeStock(static_cast<int>(i));
+        return made;
+    }();
+    const auto at = static_cast<std::size_t>(index);
+    return at < stock.size() ? stock.at(at) : nullptr;
 }
 
 GdiRecord* EmptyBitmap()
@@ -125,7 +125,7 @@ namespace {
 bool IsStock(const GdiRecord* record)
 {
     if (record == EmptyBitmap()) return true;
-    for (int index = WHITE_BRUSH; index <= SYSTEM_FONT; ++index)
+    for (int index = WHITE_BRUSH; index <= DEFAULT_GUI_FONT; ++index)
         if (record == StockRecord(index)) return true;
     return false;
 }
@@ -266,6 +266,16 @@ BOOL CFont::CreateFont(int height, int width, int escapement, int orientation, i
     return CreateFontIndirect(&font);
 }
 
+BOOL CFont::CreatePointFont(int tenths, LPCTSTR face, CDC*)
+{
+    constexpr double pixelsPerTenth = 96.0 / 720.0;
+    LOGFONT font;
+    font.lfHeight = -static_cast<LONG>(std::lround(tenths * pixelsPerTenth));
+    for (int i = 0; face && face[i] && i < LF_FACESIZE - 1; ++i)
+        font.lfFaceName[i] = face[i];
+    return CreateFontIndirect(&font);
+}
+
 CFont* CFont::FromHandle(HFONT handle)
 {
     return framework::Wrapped<CFont>(handle);
@@ -280,4 +290,9 @@ CSize CBitmap::GetSize() const
 CBitmap* CBitmap::FromHandle(HBITMAP handle)
 {
     return framework::Wrapped<CBitmap>(handle);
+}
+
+HGDIOBJ GetStockObject(int index)
+{
+    return framework::StockRecord(index);
 }

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
-//
-// Pens, brushes, fonts and bitmaps: what a device context draws with and on.
-//
-// An object owns its handle and deletes it in its destructor. Deleting a selected object is
-// harmless: the context keeps using it until something else is selected.
+/// @file
+/// Pens, brushes, fonts and bitmaps: what a device context draws with and on.
+///
+/// An object owns its handle and deletes it in its destructor. Making another one with the same
+/// object deletes the previous one, except for stock objects. Deleting a selected object is
+/// harmless: the context keeps using it until something else is selected.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -13,6 +14,7 @@
 
 class CDC;
 
+/// A handle of a drawing object and its owner: the base class of pens, brushes, fonts and bitmaps.
 class TILTPOLE_API CGdiObject : public CObject
 {
     DECLARE_DYNCREATE(CGdiObject)
@@ -37,7 +39,8 @@ public:
     /// Returns FALSE without a handle.
     BOOL DeleteObject();
 
-    /// Attaches the stock object with that index (WHITE_BRUSH ... SYSTEM_FONT).
+    /// Attaches the stock object with that index (WHITE_BRUSH ... DEFAULT_GUI_FONT). FALSE for any
+    /// other index, or where there is a handle already.
     BOOL CreateStockObject(int index);
 
     HGDIOBJ m_hObject = nullptr;
@@ -46,6 +49,7 @@ protected:
     BOOL Hold(HGDIOBJ made);
 };
 
+/// Draws lines and the borders of shapes.
 class TILTPOLE_API CPen : public CGdiObject
 {
     DECLARE_DYNAMIC(CPen)
@@ -54,11 +58,13 @@ public:
     CPen() = default;
     CPen(int style, int width, COLORREF color) { CreatePen(style, width, color); }
 
-    /// PS_SOLID or PS_NULL; width in pixels, 0 means 1. FALSE for any other style.
+    /// PS_SOLID or PS_NULL; width in pixels, 0 means 1. FALSE for any other style. Pens wider than
+    /// 3 pixels have square ends.
     BOOL CreatePen(int style, int width, COLORREF color);
     static CPen* FromHandle(HPEN handle);
 };
 
+/// Fills shapes with one color.
 class TILTPOLE_API CBrush : public CGdiObject
 {
     DECLARE_DYNAMIC(CBrush)
@@ -71,6 +77,7 @@ public:
     static CBrush* FromHandle(HBRUSH handle);
 };
 
+/// A face in one size, for text.
 class TILTPOLE_API CFont : public CGdiObject
 {
     DECLARE_DYNAMIC(CFont)
@@ -78,14 +85,21 @@ class TILTPOLE_API CFont : public CGdiObject
 public:
     CFont() = default;
 
-    /// A face that is not installed is replaced by the default face.
+    /// @{ A positive height is that of the cell [pixels], which the font fills as far as it can; a
+    /// negative one that of the characters; 0 means a cell of 16. Height, weight, italic and face
+    /// count, the rest is ignored. A face that is not installed is replaced by the default face.
+    /// FALSE for a null `font`.
     BOOL CreateFontIndirect(const LOGFONT* font);
     BOOL CreateFont(int height, int width, int escapement, int orientation, int weight, BYTE italic,
                     BYTE underline, BYTE strikeOut, BYTE charSet, BYTE outPrecision,
                     BYTE clipPrecision, BYTE quality, BYTE pitchAndFamily, LPCTSTR face);
+    /// @}
+    /// `tenths` of a point, 96 pixels to the inch; `dc` is ignored.
+    BOOL CreatePointFont(int tenths, LPCTSTR face, CDC* dc = nullptr);
     static CFont* FromHandle(HFONT handle);
 };
 
+/// A picture in memory, which a device context draws on or copies from.
 class TILTPOLE_API CBitmap : public CGdiObject
 {
     DECLARE_DYNAMIC(CBitmap)
@@ -100,3 +114,7 @@ public:
     CSize GetSize() const;
     static CBitmap* FromHandle(HBITMAP handle);
 };
+
+/// The handle of a predefined object (WHITE_BRUSH ... DEFAULT_GUI_FONT), which is never deleted;
+/// null for any other index.
+TILTPOLE_API HGDIOBJ GetStockObject(int index);

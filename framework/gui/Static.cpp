@@ -2,6 +2,7 @@
 #include "framework/gui/Static.h"
 
 #include "framework/gui/Selected.h"
+#include "framework/gui/detail/PaintStatic.h"
 
 #include <optional>
 
@@ -18,20 +19,44 @@ BOOL CStatic::Create(LPCTSTR text, DWORD style, const RECT& rect, CWnd* parent, 
 
 void CStatic::OnPaint()
 {
-    CPaintDC dc(this);
+    framework::PaintStatic(*this);
+}
+
+namespace framework {
+namespace {
+
+UINT FormatOf(DWORD style)
+{
+    UINT format = style & SS_NOPREFIX ? DT_NOPREFIX : 0;
+    if (style & SS_CENTERIMAGE) format |= DT_SINGLELINE | DT_VCENTER;
+    switch (style & SS_TYPEMASK) {
+    case SS_LEFT:
+        return format | DT_LEFT | DT_WORDBREAK;
+    case SS_CENTER:
+        return format | DT_CENTER | DT_WORDBREAK;
+    case SS_RIGHT:
+        return format | DT_RIGHT | DT_WORDBREAK;
+    default:
+        return format | DT_LEFT;
+    }
+}
+
+} // namespace
+
+void PaintStatic(CWnd& window)
+{
+    CPaintDC dc(&window);
     if (!dc.GetSafeHdc()) return;
     CRect client;
-    GetClientRect(&client);
+    window.GetClientRect(&client);
     CString text;
-    GetWindowText(text);
-    CFont* const font = GetFont();
-    std::optional<framework::Selected<CFont>> useFont;
+    window.GetWindowText(text);
+    CFont* const font = window.GetFont();
+    std::optional<Selected<CFont>> useFont;
     if (font) useFont.emplace(dc, *font);
     dc.SetBkMode(TRANSPARENT);
     dc.SetTextColor(GetSysColor(COLOR_WINDOWTEXT));
-    const DWORD alignment = GetStyle() & (SS_CENTER | SS_RIGHT);
-    dc.DrawText(text, &client,
-                alignment == SS_CENTER  ? DT_CENTER
-                : alignment == SS_RIGHT ? DT_RIGHT
-                                        : DT_LEFT);
+    dc.DrawText(text, &client, FormatOf(window.GetStyle()));
 }
+
+} // namespace framework

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// CStatic: a label, and the base class of controls that draw themselves.
+/// @class CStatic
+/// CStatic: a label, and the base class of controls that draw themselves.
 #pragma once
 
 #include "framework/gui/Wnd.h"

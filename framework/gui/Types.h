@@ -1,17 +1,21 @@
 // SPDX-License-Identifier: MIT
-//
-// Handles, colors and constants of the windowed framework, with the values hosts rely on.
+/// @file
+/// Handles, colors and constants of the windowed framework, with the values hosts rely on.
 #pragma once
 
 #include "framework/core/Export.h"
 #include "framework/core/Rect.h"
 #include "framework/core/Types.h"
 
+#include <climits>
+#include <concepts>
+#include <cstddef>
 #include <cstdint>
 
 namespace framework {
 struct GdiRecord;
 struct DcRecord;
+struct MenuRecord;
 } // namespace framework
 
 using HGDIOBJ = framework::GdiRecord*;
@@ -21,6 +25,9 @@ using HFONT = HGDIOBJ;
 using HBITMAP = HGDIOBJ;
 using HDC = framework::DcRecord*;
 
+/// Menus are not drawn; a child window's id is passed as one.
+using HMENU = framework::MenuRecord*;
+
 using WPARAM = std::uintptr_t;
 using LPARAM = std::intptr_t;
 using LRESULT = std::intptr_t;
@@ -29,22 +36,45 @@ using LPVOID = void*;
 /// A color, 0x00BBGGRR.
 using COLORREF = DWORD;
 
-constexpr COLORREF RGB(int red, int green, int blue)
+// The parentheses around the names keep macros of a host apart.
+constexpr COLORREF(RGB)(int red, int green, int blue)
 {
     return static_cast<COLORREF>((red & 0xFF) | (green & 0xFF) << 8 | (blue & 0xFF) << 16);
 }
-constexpr BYTE GetRValue(COLORREF color)
+constexpr BYTE(GetRValue)(COLORREF color)
 {
     return static_cast<BYTE>(color);
 }
-constexpr BYTE GetGValue(COLORREF color)
+constexpr BYTE(GetGValue)(COLORREF color)
 {
     return static_cast<BYTE>(color >> 8);
 }
-constexpr BYTE GetBValue(COLORREF color)
+constexpr BYTE(GetBValue)(COLORREF color)
 {
     return static_cast<BYTE>(color >> 16);
 }
+
+namespace framework {
+
+/// The id of a child window where a window is created: a number, or the same cast to HMENU.
+class WindowId
+{
+public:
+    // NOLINTBEGIN(google-explicit-constructor): hosts write either
+    template <std::integral Number>
+    constexpr WindowId(Number id) : m_id(static_cast<std::uintptr_t>(id))
+    {}
+    WindowId(HMENU id) : m_id(reinterpret_cast<std::uintptr_t>(id)) {}
+    constexpr WindowId(std::nullptr_t) {}
+    // NOLINTEND(google-explicit-constructor)
+
+    constexpr std::uintptr_t Value() const { return m_id; }
+
+private:
+    std::uintptr_t m_id = 0;
+};
+
+} // namespace framework
 
 inline constexpr COLORREF CLR_INVALID = 0xFFFFFFFF;
 
@@ -54,7 +84,9 @@ inline constexpr int PS_NULL = 5;
 
 // Predefined objects that any context can select
 inline constexpr int WHITE_BRUSH = 0;
+inline constexpr int LTGRAY_BRUSH = 1;
 inline constexpr int GRAY_BRUSH = 2;
+inline constexpr int DKGRAY_BRUSH = 3;
 inline constexpr int BLACK_BRUSH = 4;
 inline constexpr int NULL_BRUSH = 5;
 inline constexpr int HOLLOW_BRUSH = NULL_BRUSH;
@@ -62,10 +94,22 @@ inline constexpr int WHITE_PEN = 6;
 inline constexpr int BLACK_PEN = 7;
 inline constexpr int NULL_PEN = 8;
 inline constexpr int SYSTEM_FONT = 13;
+inline constexpr int DEFAULT_GUI_FONT = 17;
 
 // Raster operations of BitBlt
 inline constexpr DWORD SRCCOPY = 0x00CC0020;  ///< target = source
 inline constexpr DWORD SRCPAINT = 0x00EE0086; ///< target = target OR source
+
+// Raster operations of PatBlt
+inline constexpr DWORD PATCOPY = 0x00F00021;   ///< target = brush
+inline constexpr DWORD PATINVERT = 0x005A0049; ///< target = target XOR brush
+inline constexpr DWORD DSTINVERT = 0x00550009; ///< target = NOT target
+inline constexpr DWORD BLACKNESS = 0x00000042;
+inline constexpr DWORD WHITENESS = 0x00FF0062;
+
+// What IntersectClipRect and GetClipBox leave; 0 without a context
+inline constexpr int NULLREGION = 1;
+inline constexpr int SIMPLEREGION = 2;
 
 // Background modes
 inline constexpr int TRANSPARENT = 1;
@@ -78,11 +122,20 @@ inline constexpr UINT DT_CENTER = 0x0001;
 inline constexpr UINT DT_RIGHT = 0x0002;
 inline constexpr UINT DT_VCENTER = 0x0004;
 inline constexpr UINT DT_BOTTOM = 0x0008;
+inline constexpr UINT DT_WORDBREAK = 0x0010;
 inline constexpr UINT DT_SINGLELINE = 0x0020;
 inline constexpr UINT DT_NOCLIP = 0x0100;
 inline constexpr UINT DT_CALCRECT = 0x0400;
+inline constexpr UINT DT_NOPREFIX = 0x0800;
 inline constexpr UINT ETO_OPAQUE = 2;
 inline constexpr UINT ETO_CLIPPED = 4;
+inline constexpr UINT TA_LEFT = 0;
+inline constexpr UINT TA_RIGHT = 2;
+inline constexpr UINT TA_CENTER = 6;
+inline constexpr UINT TA_TOP = 0;
+inline constexpr UINT TA_BOTTOM = 8;
+inline constexpr UINT TA_BASELINE = 24;
+inline constexpr UINT GDI_ERROR = 0xFFFFFFFF;
 inline constexpr int FW_NORMAL = 400;
 inline constexpr int FW_BOLD = 700;
 inline constexpr int LF_FACESIZE = 32;
@@ -110,22 +163,48 @@ inline constexpr DWORD WS_CAPTION = 0x00C00000;
 inline constexpr DWORD WS_BORDER = 0x00800000;
 inline constexpr DWORD WS_SYSMENU = 0x00080000;
 inline constexpr DWORD WS_THICKFRAME = 0x00040000;
-inline constexpr DWORD WS_OVERLAPPEDWINDOW = WS_CAPTION | WS_SYSMENU | WS_THICKFRAME;
+inline constexpr DWORD WS_GROUP = 0x00020000;
+inline constexpr DWORD WS_TABSTOP = 0x00010000;
+inline constexpr DWORD WS_MINIMIZEBOX = 0x00020000;
+inline constexpr DWORD WS_MAXIMIZEBOX = 0x00010000;
+inline constexpr DWORD WS_OVERLAPPEDWINDOW =
+    WS_CAPTION | WS_SYSMENU | WS_THICKFRAME | WS_MINIMIZEBOX | WS_MAXIMIZEBOX;
+inline constexpr DWORD WS_POPUPWINDOW = WS_POPUP | WS_BORDER | WS_SYSMENU;
+inline constexpr DWORD AFX_WS_DEFAULT_VIEW = WS_CHILD | WS_VISIBLE;
+inline constexpr UINT AFX_IDW_PANE_FIRST = 0xE900; ///< the child that fills a frame
 inline constexpr DWORD WS_EX_CLIENTEDGE = 0x00000200;
 inline constexpr DWORD WS_EX_STATICEDGE = 0x00020000;
 inline constexpr DWORD SS_LEFT = 0x0000;
 inline constexpr DWORD SS_CENTER = 0x0001;
 inline constexpr DWORD SS_RIGHT = 0x0002;
+inline constexpr DWORD SS_LEFTNOWORDWRAP = 0x000C;
+inline constexpr DWORD SS_TYPEMASK = 0x001F;
+inline constexpr DWORD SS_NOPREFIX = 0x0080;
 inline constexpr DWORD SS_NOTIFY = 0x0100;
+inline constexpr DWORD SS_CENTERIMAGE = 0x0200; ///< one line, centered vertically
 
 // Window classes
 inline constexpr UINT CS_VREDRAW = 0x0001;
 inline constexpr UINT CS_HREDRAW = 0x0002;
 inline constexpr UINT CS_DBLCLKS = 0x0008;
 
-// ShowWindow
+// The place or size of a window that the framework chooses
+inline constexpr int CW_USEDEFAULT = INT_MIN;
+
+// RedrawWindow
+inline constexpr UINT RDW_INVALIDATE = 0x0001;
+inline constexpr UINT RDW_ERASE = 0x0004;
+inline constexpr UINT RDW_VALIDATE = 0x0008;
+inline constexpr UINT RDW_NOERASE = 0x0020;
+inline constexpr UINT RDW_NOCHILDREN = 0x0040;
+inline constexpr UINT RDW_ALLCHILDREN = 0x0080;
+inline constexpr UINT RDW_UPDATENOW = 0x0100;
+inline constexpr UINT RDW_ERASENOW = 0x0200;
+
+// ShowWindow: all but SW_HIDE show
 inline constexpr int SW_HIDE = 0;
 inline constexpr int SW_SHOWNORMAL = 1;
+inline constexpr int SW_SHOWNOACTIVATE = 4;
 inline constexpr int SW_SHOW = 5;
 
 // SetWindowPos
@@ -133,31 +212,10 @@ inline constexpr UINT SWP_NOSIZE = 0x0001;
 inline constexpr UINT SWP_NOMOVE = 0x0002;
 inline constexpr UINT SWP_NOZORDER = 0x0004;
 inline constexpr UINT SWP_NOREDRAW = 0x0008;
+inline constexpr UINT SWP_NOACTIVATE = 0x0010;
 inline constexpr UINT SWP_FRAMECHANGED = 0x0020;
 inline constexpr UINT SWP_SHOWWINDOW = 0x0040;
 inline constexpr UINT SWP_HIDEWINDOW = 0x0080;
-
-// Messages
-inline constexpr UINT WM_CREATE = 0x0001;
-inline constexpr UINT WM_DESTROY = 0x0002;
-inline constexpr UINT WM_MOVE = 0x0003;
-inline constexpr UINT WM_SIZE = 0x0005;
-inline constexpr UINT WM_SETTEXT = 0x000C;
-inline constexpr UINT WM_GETTEXT = 0x000D;
-inline constexpr UINT WM_GETTEXTLENGTH = 0x000E;
-inline constexpr UINT WM_PAINT = 0x000F;
-inline constexpr UINT WM_CLOSE = 0x0010;
-inline constexpr UINT WM_ERASEBKGND = 0x0014;
-inline constexpr UINT WM_SHOWWINDOW = 0x0018;
-inline constexpr UINT WM_SETFONT = 0x0030;
-inline constexpr UINT WM_GETFONT = 0x0031;
-inline constexpr UINT WM_NCDESTROY = 0x0082;
-inline constexpr UINT WM_TIMER = 0x0113;
-inline constexpr UINT WM_MOUSEMOVE = 0x0200;
-inline constexpr UINT WM_LBUTTONDOWN = 0x0201;
-inline constexpr UINT WM_LBUTTONUP = 0x0202;
-inline constexpr UINT WM_USER = 0x0400;
-inline constexpr WPARAM SIZE_RESTORED = 0;
 
 /// A requested font. A positive height is that of the character cell in pixels, a negative one that
 /// of the characters themselves.
@@ -180,10 +238,28 @@ struct LOGFONTW
 };
 using LOGFONT = LOGFONTW;
 
+/// The measures of a font, in pixels.
+struct TEXTMETRICW
+{
+    LONG tmHeight = 0; ///< of the character cell
+    LONG tmAscent = 0; ///< above the baseline
+    LONG tmDescent = 0;
+    LONG tmInternalLeading = 0;
+    LONG tmExternalLeading = 0;
+    LONG tmAveCharWidth = 0; ///< of "x"
+    LONG tmMaxCharWidth = 0; ///< of "W"
+    LONG tmWeight = 0;
+    BYTE tmItalic = 0;
+};
+using TEXTMETRIC = TEXTMETRICW;
+using LPTEXTMETRIC = TEXTMETRICW*;
+
 /// The parameters a window is created with.
 struct CREATESTRUCTW
 {
     LPVOID lpCreateParams = nullptr;
+    HINSTANCE hInstance = nullptr;
+    HMENU hMenu = nullptr; ///< the id of a child window
     HWND hwndParent = nullptr;
     int cy = 0;
     int cx = 0;
@@ -197,6 +273,7 @@ struct CREATESTRUCTW
 using CREATESTRUCT = CREATESTRUCTW;
 using LPCREATESTRUCT = CREATESTRUCTW*;
 
+/// What BeginPaint reports: the context to draw with, and the part of the window to draw.
 struct PAINTSTRUCT
 {
     HDC hdc = nullptr;
@@ -207,3 +284,5 @@ struct PAINTSTRUCT
 /// A color of the system's scheme. SYS_COLOR_INDEX_FLAG in the index is ignored; an unknown index
 /// gives black.
 TILTPOLE_API COLORREF GetSysColor(int index);
+
+#include "framework/gui/Messages.h" // IWYU pragma: export

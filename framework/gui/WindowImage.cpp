@@ -5,6 +5,8 @@
 
 #include "framework/core/TextConversion.h"
 
+#include <cerrno>
+
 namespace framework {
 namespace {
 
@@ -34,6 +36,7 @@ void Compose(const WindowRecord& window, const raster::Canvas& target, int x, in
 bool SaveWindowImage(CWnd& window, const CString& pngPath)
 {
     Toolkit* toolkit = CurrentToolkit();
+    errno = EINVAL;
     if (!window.m_hWnd || !toolkit) return false;
     const WindowRecord& record = *window.m_hWnd;
     const Image picture(record.ClientWidth(), record.ClientHeight());

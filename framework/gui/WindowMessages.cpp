@@ -3,32 +3,42 @@
 // How a message finds the member that handles it, and what happens by default.
 #include "framework/gui/MessageMap.h"
 #include "framework/gui/Wnd.h"
+#include "framework/gui/detail/PaintStatic.h"
 #include "framework/gui/detail/WindowRegistry.h"
 
+#include <memory>
 #include <utility>
 
 namespace framework {
 
-WindowRecord::~WindowRecord()
-{
-    for (CWnd* wrapper : attached)
-        wrapper->m_hWnd = nullptr;
-    if (temporary) temporary->m_hWnd = nullptr;
-}
+WindowRecord::~WindowRecord() = default;
 
 LRESULT WindowRecord::Send(UINT message, WPARAM wParam, LPARAM lParam)
 {
+    const std::shared_ptr<WindowRecord> kept = shared_from_this();
+    if (message == WM_MOUSEWHEEL) isLeftOpen = false;
     CWnd* window = CWnd::FromHandle(this);
     const CWnd::Message outer = std::exchange(window->m_current, {message, wParam, lParam});
     const LRESULT result = window->WindowProc(message, wParam, lParam);
     // The handler may have destroyed the window, or the object it belongs to.
-    if (Windows().Holds(this) && CWnd::FromHandle(this) == window) window->m_current = outer;
+    if (!isGone && CWnd::FromHandle(this) == window) window->m_current = outer;
     return result;
 }
 
-void WindowRecord::ReportGone(CWnd& window)
+void WindowRecord::LetGo()
 {
-    window.PostNcDestroy();
+    CWnd* const handler = CWnd::FromHandlePermanent(this);
+    DetachAll();
+    if (temporary) temporary->m_hWnd = nullptr;
+    lent.clear();
+    if (handler) handler->PostNcDestroy();
+}
+
+void WindowRecord::DetachAll()
+{
+    for (CWnd* wrapper : attached)
+        wrapper->m_hWnd = nullptr;
+    attached.clear();
 }
 
 CWnd* WindowRecord::Window()
@@ -38,12 +48,13 @@ CWnd* WindowRecord::Window()
 
 } // namespace framework
 
+using framework::WindowRecord;
+
 const AFX_MSGMAP* CWnd::GetThisMessageMap()
 {
-    static const AFX_MSGMAP_ENTRY none[] = {
-        {0, nullptr}
-    };
-    static const AFX_MSGMAP map = {nullptr, none};
+    static const AFX_MSGMAP_ENTRY none{};
+    static const AFX_MSGMAP map = {
+        nullptr, [](CWnd&, UINT, WPARAM, LPARAM, LRESULT&) -> BOOL { return FALSE; }, &none};
     return &map;
 }
 
@@ -52,14 +63,36 @@ const AFX_MSGMAP* CWnd::GetMessageMap() const
     return GetThisMessageMap();
 }
 
+BOOL CWnd::HandleByMap(UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result)
+{
+    if (message == framework::EntryList::kRequest) return FALSE;
+    for (const AFX_MSGMAP* map = GetMessageMap(); map;
+         map = map->pfnGetBaseMap ? map->pfnGetBaseMap() : nullptr)
+        if (const BOOL isHandled = map->pfnHandle(*this, message, wParam, lParam, result))
+            return isHandled;
+    return FALSE;
+}
+
 LRESULT CWnd::WindowProc(UINT message, WPARAM wParam, LPARAM lParam)
 {
-    for (const AFX_MSGMAP* map = GetMessageMap(); map;
-         map = map->pfnGetBaseMap ? map->pfnGetBaseMap() : nullptr) {
-        for (const AFX_MSGMAP_ENTRY* entry = map->lpEntries; entry->pfn; ++entry)
-            if (entry->nMessage == message) return entry->pfn(*this, wParam, lParam);
-    }
-    return DefWindowProc(message, wParam, lParam);
+    if (message == WM_COMMAND)
+        return OnCommand(wParam, lParam) ? 1 : DefWindowProc(message, wParam, lParam);
+    const std::shared_ptr<WindowRecord> window = m_hWnd ? m_hWnd->shared_from_this() : nullptr;
+    LRESULT result = 0;
+    const BOOL isHandled = HandleByMap(message, wParam, lParam, result);
+    if (!isHandled) return DefWindowProc(message, wParam, lParam);
+    if (isHandled != framework::kLeftOpen) return result;
+    // The member may have destroyed the window, or the object it belongs to.
+    const bool isStillOurs = window && !window->isGone && FromHandle(window.get()) == this;
+    return isStillOurs ? DefWindowProc(message, wParam, lParam) : result;
+}
+
+BOOL CWnd::OnCommand(WPARAM wParam, LPARAM lParam)
+{
+    // Without a control it is the command of a menu or an accelerator, whatever its high word.
+    const WPARAM command = lParam == 0 ? LOWORD(wParam) : wParam;
+    LRESULT ignored = 0;
+    return HandleByMap(WM_COMMAND, command, lParam, ignored);
 }
 
 LRESULT CWnd::Default()
@@ -72,9 +105,11 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
     if (!m_hWnd) return 0;
     switch (message) {
     case WM_PAINT: {
-        PAINTSTRUCT paint;
-        BeginPaint(&paint);
-        EndPaint(&paint);
+        if (m_hWnd->IsStatic()) {
+            framework::PaintStatic(*this);
+            return 0;
+        }
+        const CPaintDC paint(this);
         return 0;
     }
     case WM_ERASEBKGND: {
@@ -92,6 +127,7 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         const auto* text = framework::PointerIn<LPCTSTR>(lParam);
         m_hWnd->text = text ? text : L"";
         if (m_hWnd->native) m_hWnd->native->SetTitle(m_hWnd->text);
+        if (m_hWnd->IsStatic()) Invalidate();
         return TRUE;
     }
     case WM_GETTEXT:
@@ -104,54 +140,11 @@ LRESULT CWnd::DefWindowProc(UINT message, WPARAM wParam, LPARAM lParam)
         return 0;
     case WM_GETFONT:
         return reinterpret_cast<LRESULT>(m_hWnd->font.Get());
-    default:
+    case WM_SETREDRAW:
+        m_hWnd->redraws = wParam != 0;
+        if (m_hWnd->redraws && m_hWnd->native) m_hWnd->native->RequestPaint();
         return 0;
+    default:
+        return m_hWnd->AnswerInput(message, wParam, lParam);
     }
-}
-
-void CWnd::PostNcDestroy() {}
-
-int CWnd::OnCreate(LPCREATESTRUCT)
-{
-    return static_cast<int>(Default());
-}
-void CWnd::OnPaint()
-{
-    Default();
-}
-BOOL CWnd::OnEraseBkgnd(CDC*)
-{
-    return static_cast<BOOL>(Default());
-}
-void CWnd::OnSize(UINT, int, int)
-{
-    Default();
-}
-void CWnd::OnClose()
-{
-    Default();
-}
-void CWnd::OnDestroy()
-{
-    Default();
-}
-void CWnd::OnTimer(UINT_PTR)
-{
-    Default();
-}
-void CWnd::OnShowWindow(BOOL, UINT)
-{
-    Default();
-}
-void CWnd::OnLButtonDown(UINT, CPoint)
-{
-    Default();
-}
-void CWnd::OnLButtonUp(UINT, CPoint)
-{
-    Default();
-}
-void CWnd::OnMouseMove(UINT, CPoint)
-{
-    Default();
 }

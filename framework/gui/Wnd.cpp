@@ -5,6 +5,7 @@
 #include "framework/gui/detail/WindowRegistry.h"
 
 #include <algorithm>
+#include <memory>
 #include <utility>
 
 IMPLEMENT_DYNCREATE(CWnd, CObject)
@@ -14,9 +15,26 @@ using framework::ToBox;
 using framework::WindowRecord;
 using framework::Windows;
 
+namespace {
+
+constexpr UINT kShortestPeriod = 10; // of a timer [milliseconds]
+
+// Returns whether it was shown before.
+BOOL Show(WindowRecord& window, bool visible, bool redraws)
+{
+    const bool before = (window.style & WS_VISIBLE) != 0;
+    if (before == visible) return before;
+    window.SetShown(visible, redraws);
+    if (window.native) window.native->Show(visible);
+    return before;
+}
+
+} // namespace
+
 CWnd::~CWnd()
 {
     CWnd::DestroyWindow();
+    Detach(); // a handler of the window's last messages may delete this
 }
 
 CWnd* CWnd::FromHandlePermanent(HWND window)
@@ -38,8 +56,8 @@ CWnd* CWnd::FromHandle(HWND window)
 BOOL CWnd::Attach(HWND window)
 {
     if (!window || m_hWnd) return FALSE;
-    m_hWnd = window;
     window->attached.push_back(this);
+    m_hWnd = window;
     return TRUE;
 }
 
@@ -53,7 +71,10 @@ HWND CWnd::Detach()
 BOOL CWnd::Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT& rect,
                   CWnd* parent, UINT id, CCreateContext*)
 {
-    if (!parent) return FALSE;
+    if (!parent) {
+        if (!m_hWnd) PostNcDestroy();
+        return FALSE;
+    }
     return CreateEx(0, className, windowName, style | WS_CHILD, rect, parent, id);
 }
 
@@ -145,7 +166,9 @@ CWnd* CWnd::GetDlgItem(int id) const
 
 CWnd* CWnd::GetParent() const
 {
-    return m_hWnd ? FromHandle(m_hWnd->parent) : nullptr;
+    if (!m_hWnd) return nullptr;
+    const bool isOwned = !m_hWnd->parent && (m_hWnd->style & WS_POPUP);
+    return FromHandle(isOwned ? m_hWnd->ownedBy : m_hWnd->parent);
 }
 
 void CWnd::GetClientRect(LPRECT rect) const
@@ -159,12 +182,8 @@ void CWnd::GetWindowRect(LPRECT rect) const
     if (!rect) return;
     *rect = {};
     if (!m_hWnd) return;
-    POINT origin = m_hWnd->origin;
-    for (const WindowRecord* outer = m_hWnd->parent; outer; outer = outer->parent) {
-        origin.x += outer->origin.x + outer->FrameWidth();
-        origin.y += outer->origin.y + outer->FrameWidth();
-    }
-    *rect = {origin.x, origin.y, origin.x + m_hWnd->width, origin.y + m_hWnd->height};
+    const POINT corner = m_hWnd->CornerOnScreen();
+    *rect = {corner.x, corner.y, corner.x + m_hWnd->width, corner.y + m_hWnd->height};
 }
 
 void CWnd::MoveWindow(int x, int y, int width, int height, BOOL repaint)
@@ -182,30 +201,33 @@ void CWnd::MoveWindow(LPCRECT rect, BOOL repaint)
 BOOL CWnd::SetWindowPos(const CWnd*, int x, int y, int width, int height, UINT flags)
 {
     if (!m_hWnd) return FALSE;
-    WindowRecord& window = *m_hWnd;
-    if (!(flags & SWP_NOMOVE)) window.origin = {x, y};
-    const int newWidth = flags & SWP_NOSIZE ? window.width : std::max(0, width);
-    const int newHeight = flags & SWP_NOSIZE ? window.height : std::max(0, height);
-    if (window.native) window.native->Place(window.origin.x, window.origin.y, newWidth, newHeight);
-    window.Resize(newWidth, newHeight);
-    if (flags & SWP_SHOWWINDOW) ShowWindow(SW_SHOW);
-    if (flags & SWP_HIDEWINDOW) ShowWindow(SW_HIDE);
+    const std::shared_ptr<WindowRecord> window = m_hWnd->shared_from_this();
+    const bool moves = !(flags & SWP_NOMOVE);
+    const bool sizes = !(flags & SWP_NOSIZE);
+    const bool redraws = !(flags & SWP_NOREDRAW);
+    const WindowRecord::Sized sized =
+        window->SetSize(sizes ? width : window->width, sizes ? height : window->height, redraws);
+    if (sized == WindowRecord::Sized::NoMemory) return FALSE;
+    const bool moved = moves && (window->origin.x != x || window->origin.y != y);
+    if (moves) window->origin = {x, y};
+    if (window->native && moves)
+        window->native->Place(x, y, window->width, window->height);
+    else if (window->native && sizes)
+        window->native->Resize(window->width, window->height);
+    if (flags & SWP_FRAMECHANGED && window->native) window->native->RequestPaint();
+
+    if (moved) window->ReportMove();
+    if (!window->isGone && sized == WindowRecord::Sized::Changed) window->ReportSize();
+    if (!window->isGone && flags & SWP_SHOWWINDOW) Show(*window, true, redraws);
+    if (!window->isGone && flags & SWP_HIDEWINDOW) Show(*window, false, redraws);
     return TRUE;
 }
 
 BOOL CWnd::ShowWindow(int command)
 {
     if (!m_hWnd) return FALSE;
-    WindowRecord& window = *m_hWnd;
-    const bool before = (window.style & WS_VISIBLE) != 0;
-    const bool after = command != SW_HIDE;
-    if (before == after) return before;
-
-    SendMessage(WM_SHOWWINDOW, after, 0);
-    window.style = after ? window.style | WS_VISIBLE : window.style & ~WS_VISIBLE;
-    if (after) window.Invalidate({0, 0, window.ClientWidth(), window.ClientHeight()}, true);
-    if (window.native) window.native->Show(after);
-    return before;
+    const std::shared_ptr<WindowRecord> window = m_hWnd->shared_from_this();
+    return Show(*window, command != SW_HIDE, true);
 }
 
 BOOL CWnd::IsWindowVisible() const
@@ -294,24 +316,26 @@ BOOL CWnd::GetUpdateRect(LPRECT rect, BOOL)
 void CWnd::UpdateWindow()
 {
     if (!m_hWnd) return;
-    m_hWnd->Paint();
-    if (m_hWnd && m_hWnd->native && m_hWnd->IsShown()) m_hWnd->native->RequestPaint();
+    const std::shared_ptr<WindowRecord> window = m_hWnd->shared_from_this();
+    window->Paint();
+    if (window->native && window->IsShown()) window->native->RequestPaint();
 }
 
 CDC* CWnd::BeginPaint(PAINTSTRUCT* paint)
 {
     if (!m_hWnd || !paint) return nullptr;
-    WindowRecord& window = *m_hWnd;
-    framework::DcRecord* context = window.LendContext();
-    const raster::Box box = std::exchange(window.invalid, {});
-    const bool erase = std::exchange(window.erase, false);
+    const std::shared_ptr<WindowRecord> window = m_hWnd->shared_from_this();
+    framework::DcRecord* context = window->LendContext();
+    const raster::Box box = std::exchange(window->invalid, {});
+    const bool erase = std::exchange(window->erase, false);
     context->clip = box;
-    window.isPainting = true;
+    window->isPainting = true;
     *paint = {
         context, FALSE, {box.left, box.top, box.right, box.bottom}
     };
-    if (erase) paint->fErase = !SendMessage(WM_ERASEBKGND, reinterpret_cast<WPARAM>(context));
-    return CDC::FromHandle(context);
+    if (erase) paint->fErase = !window->Send(WM_ERASEBKGND, reinterpret_cast<WPARAM>(context), 0);
+    if (window->isGone) *paint = {};
+    return window->isGone ? nullptr : CDC::FromHandle(context);
 }
 
 void CWnd::EndPaint(PAINTSTRUCT* paint)
@@ -329,7 +353,7 @@ LRESULT CWnd::SendMessage(UINT message, WPARAM wParam, LPARAM lParam)
 UINT_PTR CWnd::SetTimer(UINT_PTR id, UINT milliseconds, void*)
 {
     if (!m_hWnd || !m_hWnd->native) return 0;
-    m_hWnd->native->StartTimer(id, milliseconds);
+    m_hWnd->native->StartTimer(id, std::max(milliseconds, kShortestPeriod));
     return id;
 }
 

@@ -6,7 +6,10 @@
 #include "framework/gui/Types.h"
 #include "framework/gui/detail/Raster.h"
 
+#include <algorithm>
+#include <climits>
 #include <cstddef>
+#include <cstdint>
 #include <memory>
 
 namespace framework {
@@ -25,6 +28,13 @@ constexpr COLORREF ToColorRef(raster::Color color)
 constexpr raster::Box ToBox(const RECT& rect)
 {
     return {rect.left, rect.top, rect.right, rect.bottom};
+}
+
+// Where a rectangle ends, as far as an int can tell.
+constexpr int EndOf(int start, int size)
+{
+    const std::int64_t sum = std::int64_t{start} + size;
+    return static_cast<int>(std::clamp<std::int64_t>(sum, INT_MIN, INT_MAX));
 }
 
 // A picture of width x height pixels. Its content is undefined until something is drawn.

@@ -6,13 +6,12 @@
 //   coordinates   device pixels, right and bottom edges exclusive, any int
 //   colors        0x00RRGGBB, stored unchanged
 //
-// Nothing outside the clip box is written or iterated over, however far away a shape starts. A
-// clipped line sets the same pixels inside the box as the unclipped one.
+// Nothing outside the clip box is written or iterated over, however far away a shape starts and
+// however large it is. A clipped shape sets the same pixels inside the box as the unclipped one.
 #pragma once
 
 #include <cstdint>
 #include <span>
-#include <vector>
 
 namespace framework::raster {
 
@@ -67,14 +66,11 @@ void DrawClosedChain(const Canvas& canvas, std::span<const Point> points, const 
 /// Fills the inside of a polygon by the even-odd rule.
 void FillPolygon(const Canvas& canvas, std::span<const Point> points, Color color);
 
-/// The outline of the ellipse inscribed in `box`, once around without gaps. The corners may be
-/// swapped; an empty box has no outline.
-std::vector<Point> EllipseOutline(const Box& box);
-
-/// Fills the inside of the ellipse in `box`, outline pixels included.
+/// Fills the inside of the ellipse in `box`, outline pixels included. The corners of the box may be
+/// swapped; in an empty one there is no ellipse.
 void FillEllipse(const Canvas& canvas, const Box& box, Color color);
 
-/// Draws the outline of the ellipse in `box`.
+/// Draws the outline of the ellipse in `box`, once around without gaps.
 void DrawEllipse(const Canvas& canvas, const Box& box, const Stroke& stroke);
 
 /// Draws the frame of `box`: lines through its first and last row and column.

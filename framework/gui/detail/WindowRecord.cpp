@@ -2,6 +2,7 @@
 #include "framework/gui/detail/WindowRecord.h"
 
 #include "framework/gui/MessageMap.h"
+#include "framework/gui/detail/WindowRegistry.h"
 
 #include <algorithm>
 #include <cstring>
@@ -10,7 +11,6 @@
 namespace framework {
 namespace {
 
-constexpr std::size_t kLentContexts = 16;
 constexpr int kMaximumSide = 32767; // pixels; the limit of the packed sizes in messages
 
 raster::Box Union(const raster::Box& a, const raster::Box& b)
@@ -103,25 +103,59 @@ bool WindowRecord::IsShown() const
     return true;
 }
 
+POINT WindowRecord::CornerOnScreen() const
+{
+    POINT corner{0, 0};
+    for (const WindowRecord* window = this; window; window = window->parent) {
+        const auto place = window->native ? window->native->PlaceInForeignParent() : std::nullopt;
+        corner.x += place ? place->x : window->origin.x;
+        corner.y += place ? place->y : window->origin.y;
+        if (place) break; // on the screen
+        if (window->parent) {
+            corner.x += window->parent->FrameWidth();
+            corner.y += window->parent->FrameWidth();
+        }
+    }
+    return corner;
+}
+
+POINT WindowRecord::ClientOnScreen() const
+{
+    const POINT corner = CornerOnScreen();
+    return {corner.x + FrameWidth(), corner.y + FrameWidth()};
+}
+
+bool WindowRecord::IsInside(const WindowRecord& other) const
+{
+    for (const WindowRecord* window = this; window; window = window->parent)
+        if (window == &other) return true;
+    return false;
+}
+
 // The area common to both sizes keeps its pixels. The rest becomes invalid, or the whole client
 // area if the class style says so.
-void WindowRecord::Resize(int newWidth, int newHeight)
-{
+WindowRecord::Sized WindowRecord::SetSize(int newWidth, int newHeight, bool redrawn)
+try {
+    const int frame = 2 * FrameWidth();
+    const int clientWidth = std::max(0, Limited(newWidth) - frame);
+    const int clientHeight = std::max(0, Limited(newHeight) - frame);
     const std::shared_ptr<Image> before = image;
+    const bool same = before && before->width == clientWidth && before->height == clientHeight;
+    if (!same) image = std::make_shared<Image>(clientWidth, clientHeight);
     width = Limited(newWidth);
     height = Limited(newHeight);
-    const int clientWidth = ClientWidth();
-    const int clientHeight = ClientHeight();
-    if (before && before->width == clientWidth && before->height == clientHeight) return;
+    if (same) return Sized::Unchanged;
 
-    image = std::make_shared<Image>(clientWidth, clientHeight);
     const raster::Box all{0, 0, clientWidth, clientHeight};
     raster::FillBox(image->View(), all, windowClass->hasBackground ? windowClass->background : 0);
     if (before) raster::Copy(image->View(), all, before->View(), {0, 0}, raster::CopyMode::Replace);
     for (const auto& context : lent) {
         context->image = image;
-        context->clip = all;
+        context->clip = context->Whole().clip;
     }
+    invalid = raster::Intersect(invalid, all);
+    erase = erase && invalid.left < invalid.right;
+    if (!redrawn && before) return Sized::Changed;
     const bool redrawAll = !before || (windowClass->style & (CS_HREDRAW | CS_VREDRAW));
     if (redrawAll) {
         Invalidate(all, true);
@@ -131,7 +165,19 @@ void WindowRecord::Resize(int newWidth, int newHeight)
         if (clientHeight > before->height)
             Invalidate({0, before->height, clientWidth, clientHeight}, true);
     }
-    Send(WM_SIZE, SIZE_RESTORED, PackWords(clientWidth, clientHeight));
+    return Sized::Changed;
+} catch (const std::bad_alloc&) {
+    return Sized::NoMemory;
+}
+
+void WindowRecord::ReportSize()
+{
+    Send(WM_SIZE, SIZE_RESTORED, PackWords(ClientWidth(), ClientHeight()));
+}
+
+void WindowRecord::ReportMove()
+{
+    Send(WM_MOVE, 0, PackWords(origin.x + FrameWidth(), origin.y + FrameWidth()));
 }
 
 void WindowRecord::Invalidate(raster::Box box, bool eraseToo)
@@ -146,13 +192,17 @@ void WindowRecord::Invalidate(raster::Box box, bool eraseToo)
 
 void WindowRecord::Paint()
 {
-    if (invalid.left >= invalid.right || isPainting || !IsShown()) return;
+    if (IsShown()) PaintInvalid();
+}
+
+void WindowRecord::PaintInvalid()
+{
+    if (invalid.left >= invalid.right || isPainting || !redraws) return;
     Send(WM_PAINT, 0, 0);
 }
 
 DcRecord* WindowRecord::LendContext()
 {
-    if (lent.size() == kLentContexts) lent.erase(lent.begin());
     auto context = std::make_unique<DcRecord>();
     context->owner = this;
     context->image = image;
@@ -176,12 +226,37 @@ bool WindowRecord::TakeBack(const DcRecord* context)
 void WindowRecord::OnNativePaint()
 {
     paintRequested = false;
-    Paint();
+    PaintInvalid();
 }
 
 void WindowRecord::OnNativeResize(int newWidth, int newHeight)
 {
-    Resize(newWidth, newHeight);
+    if (SetSize(newWidth, newHeight) == Sized::Changed) ReportSize();
+}
+
+void WindowRecord::OnNativeMove(int x, int y)
+{
+    if (origin.x == x && origin.y == y) return;
+    origin = {x, y};
+    ReportMove();
+}
+
+void WindowRecord::OnNativeShown(bool visible)
+{
+    SetShown(visible, true);
+}
+
+void WindowRecord::SetShown(bool visible, bool redrawn)
+{
+    if (((style & WS_VISIBLE) != 0) == visible) return;
+    const std::shared_ptr<WindowRecord> kept = shared_from_this();
+    Send(WM_SHOWWINDOW, visible ? TRUE : FALSE, 0);
+    if (isGone) return;
+    style = visible ? style | WS_VISIBLE : style & ~WS_VISIBLE;
+    if (!visible)
+        LeaveFocus(*this);
+    else if (redrawn)
+        Invalidate({0, 0, ClientWidth(), ClientHeight()}, true);
 }
 
 void WindowRecord::OnNativeClose()
@@ -189,17 +264,19 @@ void WindowRecord::OnNativeClose()
     Send(WM_CLOSE, 0, 0);
 }
 
+void WindowRecord::OnNativeGone()
+{
+    Destroy(this);
+}
+
 void WindowRecord::OnNativeTimer(std::uintptr_t timer)
 {
     Send(WM_TIMER, timer, 0);
 }
 
-void WindowRecord::OnNativeMouse(Mouse what, int x, int y)
+void WindowRecord::OnNativePosted(unsigned message, std::uintptr_t wParam, std::intptr_t lParam)
 {
-    const UINT message = what == Mouse::Down ? WM_LBUTTONDOWN
-                         : what == Mouse::Up ? WM_LBUTTONUP
-                                             : WM_MOUSEMOVE;
-    Send(message, 0, PackWords(x - FrameWidth(), y - FrameWidth()));
+    Send(message, wParam, lParam);
 }
 
 } // namespace framework

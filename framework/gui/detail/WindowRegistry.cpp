@@ -7,7 +7,8 @@ namespace framework {
 
 WindowRegistry& Windows()
 {
-    static WindowRegistry registry;
+    // Never destroyed: static objects of the host may end later than any of ours.
+    static WindowRegistry& registry = *new WindowRegistry;
     return registry;
 }
 
@@ -22,6 +23,12 @@ bool WindowRegistry::Holds(const WindowRecord* window) const
 {
     return std::any_of(windows.begin(), windows.end(),
                        [&](const auto& known) { return known.get() == window; });
+}
+
+void LeaveWindows()
+{
+    for (const std::shared_ptr<WindowRecord>& window : Windows().windows)
+        window->DetachAll();
 }
 
 } // namespace framework

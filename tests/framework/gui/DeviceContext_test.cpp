@@ -3,6 +3,8 @@
 
 #include <gtest/gtest.h>
 
+#include <climits>
+
 namespace {
 
 // A picture in memory, initially white.
@@ -150,6 +152,24 @@ TEST(Blit, CombinesLayersWithOr)
     EXPECT_FALSE(below.dc.BitBlt(0, 0, 4, 4, nullptr, 0, 0, SRCCOPY));
 }
 
+TEST(Blit, CopiesWhatThereIsOfABoxAtTheLimitsOfAnInt)
+{
+    Memory target(4, 4);
+    Memory source(4, 4);
+    const CRect all(0, 0, 4, 4);
+    target.dc.FillSolidRect(&all, RGB(0, 0, 0));
+    source.dc.FillSolidRect(&all, RGB(1, 2, 3));
+    EXPECT_TRUE(target.dc.BitBlt(2, 3, INT_MAX, INT_MAX, &source.dc, 0, 0, SRCCOPY));
+    EXPECT_EQ(target.dc.GetPixel(3, 3), RGB(1, 2, 3));
+    EXPECT_EQ(target.dc.GetPixel(1, 3), RGB(0, 0, 0));
+    EXPECT_EQ(target.dc.GetPixel(2, 2), RGB(0, 0, 0));
+    for (const int far : {INT_MIN, INT_MAX}) {
+        EXPECT_TRUE(target.dc.BitBlt(far, far, 9, 9, &source.dc, 0, 0, SRCCOPY));
+        EXPECT_TRUE(target.dc.BitBlt(0, 0, far, far, &source.dc, far, far, SRCCOPY));
+    }
+    EXPECT_EQ(target.dc.GetPixel(0, 0), RGB(0, 0, 0));
+}
+
 // The bounding box of all pixels that are not white.
 CRect InkBox(CDC& dc, int width, int height)
 {
@@ -199,6 +219,29 @@ TEST(Text, IsMeasuredWithoutDrawing)
     EXPECT_EQ(box.Height(), height);
     EXPECT_EQ(box.Width(), memory.dc.GetTextExtent(L"3456").cx);
     EXPECT_TRUE(InkBox(memory.dc, 80, 60).IsRectEmpty());
+}
+
+TEST(Text, AtTheLimitsOfAnIntIsNotInThePicture)
+{
+    Memory memory(30, 30);
+    const CRect all(0, 0, 30, 30);
+    memory.dc.FillSolidRect(&all, RGB(255, 255, 255));
+    for (const int far : {INT_MIN, INT_MIN + 9, INT_MAX - 9, INT_MAX}) {
+        for (const UINT align : {TA_LEFT | TA_TOP, TA_CENTER | TA_BASELINE, TA_RIGHT | TA_BOTTOM}) {
+            memory.dc.SetTextAlign(align);
+            EXPECT_TRUE(memory.dc.TextOut(far, far, L"tip"));
+        }
+        CRect there(far, far, far, far);
+        for (const UINT format : {DT_LEFT, DT_CENTER, DT_RIGHT, DT_CALCRECT})
+            memory.dc.DrawText(L"&tip\ntip", &there, format | DT_VCENTER);
+    }
+    CRect widest(INT_MIN, INT_MIN, INT_MAX, INT_MAX);
+    memory.dc.DrawText(L"&tip and tip", &widest, DT_RIGHT | DT_BOTTOM | DT_SINGLELINE);
+    memory.dc.DrawText(L"tip and tip", &widest, DT_LEFT | DT_WORDBREAK);
+    EXPECT_TRUE(InkBox(memory.dc, 30, 30).IsRectEmpty());
+    memory.dc.SetBkMode(TRANSPARENT);
+    memory.dc.DrawText(L"tip", &widest, DT_CENTER | DT_VCENTER | DT_SINGLELINE);
+    EXPECT_FALSE(InkBox(memory.dc, 30, 30).IsRectEmpty()) << "its middle is the picture's corner";
 }
 
 TEST(Text, FillsItsCellInOpaqueMode)

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "framework/gui/detail/Raster.h"
+#include "tests/framework/gui/Picture.h"
 
 #include <gtest/gtest.h>
 
@@ -16,72 +16,6 @@
 
 namespace framework::raster {
 namespace {
-
-constexpr Color kInk = 0x00FF8040;
-constexpr Color kPaper = 0;
-
-// A picture with a margin that no drawing call may touch.
-class Picture
-{
-public:
-    Picture(int width, int height)
-        : m_width(width), m_height(height),
-          m_pixels(static_cast<std::size_t>((width + 2 * kMargin) * (height + 2 * kMargin)), kGuard)
-    {
-        for (int y = 0; y < height; ++y)
-            for (int x = 0; x < width; ++x)
-                At(x, y) = kPaper;
-    }
-
-    Canvas View()
-    {
-        return {
-            &At(0, 0), m_width + 2 * kMargin, {0, 0, m_width, m_height}
-        };
-    }
-
-    Color& At(int x, int y)
-    {
-        return m_pixels[static_cast<std::size_t>((y + kMargin) * (m_width + 2 * kMargin) + x
-                                                 + kMargin)];
-    }
-
-    std::set<std::pair<int, int>> Inked()
-    {
-        std::set<std::pair<int, int>> inked;
-        for (int y = 0; y < m_height; ++y)
-            for (int x = 0; x < m_width; ++x)
-                if (At(x, y) != kPaper) inked.emplace(x, y);
-        return inked;
-    }
-
-    bool MarginIsWhole() const
-    {
-        const auto inside = static_cast<std::ptrdiff_t>(m_width) * m_height;
-        return std::count(m_pixels.begin(), m_pixels.end(), kGuard)
-               == static_cast<std::ptrdiff_t>(m_pixels.size()) - inside;
-    }
-
-    // The picture as rows of '#' and '.'.
-    std::string Text()
-    {
-        std::string text;
-        for (int y = 0; y < m_height; ++y) {
-            for (int x = 0; x < m_width; ++x)
-                text += At(x, y) == kPaper ? '.' : '#';
-            text += '\n';
-        }
-        return text;
-    }
-
-private:
-    static constexpr int kMargin = 3;
-    static constexpr Color kGuard = 0xDEADBEEF;
-
-    int m_width;
-    int m_height;
-    std::vector<Color> m_pixels;
-};
 
 // Every pixel of a thin line, walked one by one with the error term of the textbook loop.
 std::set<std::pair<int, int>> WalkedLine(Point from, Point to, int width, int height)
@@ -312,73 +246,6 @@ TEST(WideLine, SurvivesTheLimitsOfAnInt)
     DrawLine(picture.View(), {INT_MIN, 10}, {INT_MAX, 10}, {2, kInk});
     EXPECT_TRUE(picture.MarginIsWhole());
     EXPECT_EQ(picture.At(3, 9), kInk);
-}
-
-TEST(Ellipse, FillsAndOutlinesASmallDisc)
-{
-    Picture disc(7, 7);
-    FillEllipse(disc.View(), {1, 1, 6, 6}, kInk);
-    EXPECT_EQ(disc.Text(), ".......\n"
-                           "..###..\n"
-                           ".#####.\n"
-                           ".#####.\n"
-                           ".#####.\n"
-                           "..###..\n"
-                           ".......\n");
-    Picture ring(7, 7);
-    DrawEllipse(ring.View(), {1, 1, 6, 6}, {1, kInk});
-    EXPECT_EQ(ring.Text(), ".......\n"
-                           "..###..\n"
-                           ".#...#.\n"
-                           ".#...#.\n"
-                           ".#...#.\n"
-                           "..###..\n"
-                           ".......\n");
-}
-
-TEST(Ellipse, TakesSwappedCornersAndDrawsNothingInAnEmptyBox)
-{
-    Picture straight(12, 9);
-    Picture swapped(12, 9);
-    FillEllipse(straight.View(), {1, 2, 11, 8}, kInk);
-    FillEllipse(swapped.View(), {11, 8, 1, 2}, kInk);
-    EXPECT_EQ(straight.Text(), swapped.Text());
-    EXPECT_FALSE(straight.Inked().empty());
-
-    EXPECT_TRUE(EllipseOutline({4, 2, 4, 8}).empty());
-    EXPECT_TRUE(EllipseOutline({4, 8, 9, 8}).empty());
-}
-
-// Every outline pixel lies within three quarters of a pixel of the true ellipse (the algorithm is
-// exact to half a pixel along the shorter step), and its neighbors on the chain touch it.
-TEST(Ellipse, FollowsTheTrueCurveWithoutGaps)
-{
-    for (int size = 8; size <= 240; size += 29) {
-        const Box box{3, 5, 3 + size, 5 + size};
-        const double radius = (size - 1) / 2.0;
-        const std::vector<Point> outline = EllipseOutline(box);
-        for (std::size_t i = 0; i < outline.size(); ++i) {
-            const Point p = outline[i];
-            const Point next = outline[(i + 1) % outline.size()];
-            EXPECT_NEAR(std::hypot(p.x - 3 - radius, p.y - 5 - radius), radius, 0.75);
-            EXPECT_LE(std::max(std::abs(p.x - next.x), std::abs(p.y - next.y)), 1);
-        }
-    }
-}
-
-TEST(Ellipse, IsMirroredInBothAxes)
-{
-    for (int width = 3; width < 40; width += 3) {
-        for (int height = 3; height < 40; height += 4) {
-            Picture picture(width, height);
-            FillEllipse(picture.View(), {0, 0, width, height}, kInk);
-            const auto inked = picture.Inked();
-            for (const auto& [x, y] : inked) {
-                ASSERT_TRUE(inked.contains({width - 1 - x, y})) << width << 'x' << height;
-                ASSERT_TRUE(inked.contains({x, height - 1 - y})) << width << 'x' << height;
-            }
-        }
-    }
 }
 
 TEST(Clip, LeavesEverythingOutsideTheBoxAlone)

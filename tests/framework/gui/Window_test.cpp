@@ -85,7 +85,7 @@ struct EventLoop
     int argc = 1;
     char name[5] = "test";
     char* argv[2] = {name, nullptr};
-    framework::Application events{argc, argv, framework::Display::None};
+    framework::Application events{argc, argv, framework::Display::Memory};
 
     void DispatchPending() { events.DispatchPending(); }
 };
@@ -145,6 +145,22 @@ TEST(Window, IsNotMadeWithoutAClassOrAParentForAChild)
     EXPECT_FALSE(window.Create(L"STATIC", L"", 0, CRect(0, 0, 9, 9), nullptr, 1));
     EXPECT_EQ(window.GetSafeHwnd(), nullptr);
     EXPECT_FALSE(window.DestroyWindow());
+}
+
+TEST(Window, TakesTheIdOfAChildAsANumberOrAsAMenu)
+{
+    Painted top;
+    ASSERT_TRUE(top.CreateTop(100, 100));
+    CWnd asNumber;
+    ASSERT_TRUE(asNumber.CreateEx(0, L"STATIC", L"", WS_CHILD, 0, 0, 9, 9, top.GetSafeHwnd(), 7));
+    EXPECT_EQ(asNumber.GetDlgCtrlID(), 7);
+    CWnd asMenu;
+    ASSERT_TRUE(asMenu.CreateEx(0, L"STATIC", L"", WS_CHILD, 0, 0, 9, 9, top.GetSafeHwnd(),
+                                reinterpret_cast<HMENU>(UINT_PTR{8})));
+    EXPECT_EQ(asMenu.GetDlgCtrlID(), 8);
+    CWnd none;
+    ASSERT_TRUE(none.CreateEx(0, L"STATIC", L"", WS_OVERLAPPED, 0, 0, 9, 9, nullptr, nullptr));
+    EXPECT_EQ(none.GetDlgCtrlID(), 0);
 }
 
 TEST(Window, LosesThreePixelsASideToItsTwoEdges)
@@ -267,31 +283,25 @@ TEST(Style, ChangesOnlyWhatIsAsked)
     EXPECT_EQ(window.GetStyle() & 0x4000u, 0u);
 }
 
-// Contexts that are never released do not accumulate.
-TEST(LentContext, IsTakenBackWhenSixteenMoreAreLent)
+TEST(LentContext, BelongsToOneWindow)
 {
     Painted window;
     ASSERT_TRUE(window.CreateTop(10, 10));
-    std::vector<CDC*> lent;
-    for (int i = 0; i < 16; ++i)
-        lent.push_back(window.GetDC());
-    EXPECT_EQ(window.ReleaseDC(lent.back()), 1);
-    lent.back() = window.GetDC();
-    EXPECT_NE(window.GetDC(), nullptr) << "takes the oldest";
-    EXPECT_EQ(window.ReleaseDC(lent[1]), 1) << "the second oldest is still lent";
     Painted other;
     ASSERT_TRUE(other.CreateTop(10, 10));
-    EXPECT_EQ(other.ReleaseDC(lent[2]), 0) << "not this window's";
+    CDC* const lent = window.GetDC();
+    EXPECT_EQ(other.ReleaseDC(lent), 0);
+    EXPECT_EQ(window.ReleaseDC(lent), 1);
 }
 
-TEST(LentContext, StaysWhatItIsWhileFifteenMoreAreLent)
+TEST(LentContext, StaysWhatItIsUntilReleased)
 {
     Painted window;
     ASSERT_TRUE(window.CreateTop(10, 10));
     CDC* const first = window.GetDC();
     first->SetTextColor(RGB(1, 2, 3));
     std::vector<CDC*> others;
-    for (int i = 0; i < 15; ++i) {
+    for (int i = 0; i < 100; ++i) {
         others.push_back(window.GetDC());
         others.back()->SetTextColor(RGB(9, 9, 9));
     }
@@ -319,6 +329,68 @@ TEST(Text, IsEmptyAfterAMessageWithoutOne)
     ASSERT_TRUE(window.CreateEx(0, L"STATIC", L"before", 0, 0, 0, 10, 10, nullptr, 0));
     EXPECT_EQ(window.SendMessage(WM_SETTEXT, 0, 0), TRUE);
     EXPECT_EQ(window.GetWindowTextLength(), 0);
+}
+
+// The dark pixels of a window of the class STATIC that shows `text`.
+struct StaticText
+{
+    Painted host;
+    HWND item = nullptr;
+
+    explicit StaticText(const wchar_t* text, DWORD style = 0)
+    {
+        EXPECT_TRUE(host.CreateTop(200, 100));
+        host.ShowWindow(SW_SHOW);
+        item = CreateWindowExW(0, L"STATIC", text, WS_CHILD | WS_VISIBLE | style, 0, 0, 60, 80,
+                               host.GetSafeHwnd(), 3);
+    }
+
+    CWnd& Window() const { return *CWnd::FromHandle(item); }
+
+    int Dark(int fromRow = 0, int toRow = 80) const
+    {
+        Window().UpdateWindow();
+        CClientDC dc(&Window());
+        int count = 0;
+        for (int y = fromRow; y < toRow; ++y)
+            for (int x = 0; x < 60; ++x)
+                count += dc.GetPixel(x, y) == RGB(0, 0, 0);
+        return count;
+    }
+};
+
+TEST(StaticText, IsShownByAWindowWithoutAControl)
+{
+    EXPECT_EQ(StaticText(L"").Dark(), 0);
+    EXPECT_GT(StaticText(L"Tip").Dark(), 10);
+}
+
+TEST(StaticText, IsPaintedAnewWhenItChanges)
+{
+    StaticText text(L"Tip");
+    const int before = text.Dark();
+    text.Window().SetWindowText(L"Tip and pole");
+    EXPECT_GT(text.Dark(), before);
+    text.Window().SetWindowText(L"");
+    EXPECT_EQ(text.Dark(), 0);
+}
+
+TEST(StaticText, BreaksLinesBetweenWordsUnlessItsStyleKeepsThem)
+{
+    EXPECT_GT(StaticText(L"antenna antenna").Dark(20, 40), 10) << "a second line";
+    EXPECT_EQ(StaticText(L"antenna antenna", SS_LEFTNOWORDWRAP).Dark(20, 40), 0);
+    EXPECT_EQ(StaticText(L"antennaantennaantenna").Dark(20, 40), 0) << "one word is not broken";
+    EXPECT_EQ(StaticText(L"tip", SS_CENTERIMAGE).Dark(0, 25), 0) << "in the middle of 80 rows";
+}
+
+TEST(StaticText, UnderlinesTheCharacterAfterAnAmpersand)
+{
+    const int plain = StaticText(L"Tip").Dark();
+    EXPECT_GT(StaticText(L"&Tip").Dark(), plain);
+    EXPECT_GT(StaticText(L"&Tip", SS_NOPREFIX).Dark(), StaticText(L"&Tip").Dark())
+        << "the ampersand itself has more pixels than a line";
+    EXPECT_EQ(StaticText(L"&&").Dark(), StaticText(L"&", SS_NOPREFIX).Dark());
+    EXPECT_EQ(StaticText(L"Tip&").Dark(), plain);
 }
 
 TEST(Erasing, DoesNothingWithoutAContext)
@@ -377,6 +449,17 @@ TEST(Timer, TicksUnderItsNumberUntilKilled)
     EXPECT_EQ(window.killed, (std::vector<BOOL>{TRUE, TRUE}));
 }
 
+TEST(Timer, WithoutAPeriodLeavesTimeForTheProgram)
+{
+    using namespace std::chrono;
+    EventLoop events;
+    Ticking window;
+    const auto begin = steady_clock::now();
+    window.SetTimer(7, 0, nullptr);
+    window.WaitFor(events, 2);
+    EXPECT_GE(steady_clock::now() - begin, milliseconds(15)) << "two periods of 10";
+}
+
 TEST(Timer, IsKilledOnlyWhereThereIsOne)
 {
     Ticking window;
@@ -387,16 +470,6 @@ TEST(Timer, IsKilledOnlyWhereThereIsOne)
     CWnd none;
     EXPECT_EQ(none.SetTimer(7, 1, nullptr), 0u);
     EXPECT_FALSE(none.KillTimer(7));
-}
-
-TEST(WindowClass, IsTheSameForTheSameArguments)
-{
-    EXPECT_EQ(AfxRegisterWndClass(3), AfxRegisterWndClass(3));
-    EXPECT_STRNE(AfxRegisterWndClass(3), AfxRegisterWndClass(0));
-    WNDCLASS named;
-    named.lpszClassName = L"tiltpole.test.named";
-    EXPECT_TRUE(AfxRegisterClass(&named));
-    EXPECT_FALSE(AfxRegisterClass(&named)) << "the name is taken";
 }
 
 } // namespace

@@ -8,6 +8,6 @@
 int main(int argc, char** argv)
 {
     testing::InitGoogleTest(&argc, argv);
-    const framework::Application application(argc, argv, framework::Display::None);
+    const framework::Application application(argc, argv, framework::Display::Memory);
     return RUN_ALL_TESTS();
 }
