@@ -76,7 +76,7 @@ void CGraphCompass::ReconstructControl()
 void CGraphCompass::SetFix(int degrees)
 {
     if (!m_face.AddFix(degrees)) return;
-    CDC* const dc = GetDC();
+    CDC* const dc = m_face.FixContext(*this);
     if (!dc) return;
     CPen pen(PS_SOLID, tiltpole::controls::kFixPen, tiltpole::controls::kFixColor);
     const Selected usePen(*dc, pen);
@@ -193,5 +193,5 @@ BOOL CGraphCompass::OnEraseBkgnd(CDC*)
 
 void CGraphCompass::PreSubclassWindow()
 {
-    ModifyStyle(0, tiltpole::controls::kMeterStyle);
+    m_face.TakeWindow(*this);
 }

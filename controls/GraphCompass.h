@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-//
-// A heading on a round compass dial: rings, 36 ticks with twelve numbers, a red needle, and green
-// marks at fixed headings. 0 is at the top; headings increase clockwise, in degrees.
-//
-// Put it on a dialog by SubclassDlgItem over a static control, then feed it with SetValue:
-//
-//   CGraphCompass dial;
-//   dial.SubclassDlgItem(IDC_DIAL, &dialog);
-//   dial.SetValue(sample.dYaw);
+/// @class CGraphCompass
+/// A heading on a round compass dial: rings, 36 ticks with twelve numbers, a red needle, and green
+/// marks at fixed headings. 0 is at the top; headings increase clockwise, in degrees.
+///
+/// Put it on a dialog by SubclassDlgItem over a static control, then feed it with SetValue:
+///
+///     CGraphCompass dial;
+///     dial.SubclassDlgItem(IDC_DIAL, &dialog);
+///     dial.SetValue(sample.dYaw);
 #pragma once
 
 #include "controls/dial/DialGeometry.h"
@@ -38,8 +38,8 @@ public:
     void ReconstructControl();
 
     /// Marks a heading in whole degrees and draws the mark at once. A heading marked already is
-    /// ignored; 10 and 370 count as two marks at the same place. The device context is not
-    /// released (see CWnd::GetDC).
+    /// ignored; 10 and 370 count as two marks at the same place. All marks are drawn
+    /// with one device context, which the control keeps until its window ends.
     void SetFix(int degrees);
     /// Removes all marks; they vanish at the next paint.
     void ClearFix();

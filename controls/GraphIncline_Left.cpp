@@ -63,5 +63,5 @@ BOOL CGraphIncline_Left::OnEraseBkgnd(CDC*)
 }
 void CGraphIncline_Left::PreSubclassWindow()
 {
-    ModifyStyle(0, tiltpole::controls::kMeterStyle);
+    m_gauge.TakeWindow();
 }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-//
-// An angle of 0 to 180 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
-// green marks at fixed angles. 0 is at the bottom, 180 at the top.
-//
-// Values outside the range are ignored. Otherwise the gauge works like CGraphCompass.
-//
-//   CGraphIncline_Left gauge;
-//   gauge.SubclassDlgItem(IDC_GAUGE, &dialog);
-//   gauge.SetValue(90.0 + sample.dPitch); // degrees
+/// @class CGraphIncline_Left
+/// An angle of 0 to 180 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
+/// green marks at fixed angles. 0 is at the bottom, 180 at the top.
+///
+/// Values outside the range are ignored. Otherwise the gauge works like CGraphCompass.
+///
+///     CGraphIncline_Left gauge;
+///     gauge.SubclassDlgItem(IDC_GAUGE, &dialog);
+///     gauge.SetValue(90.0 + sample.dPitch); // degrees
 #pragma once
 
 #include "controls/gauge/GaugeControl.h"
@@ -36,8 +36,8 @@ public:
     void ReconstructControl();
 
     /// Marks an angle in whole degrees and draws the mark at once. An angle that is out of range or
-    /// marked already is ignored. The device context is not released
-    /// (see CWnd::GetDC).
+    /// marked already is ignored. All marks are drawn with one device
+    /// context, which the control keeps until its window ends.
     void SetFix(int degrees);
     /// Removes all marks; they vanish at the next paint.
     void ClearFix();

@@ -63,5 +63,5 @@ BOOL CGraphIncline_Right::OnEraseBkgnd(CDC*)
 }
 void CGraphIncline_Right::PreSubclassWindow()
 {
-    ModifyStyle(0, tiltpole::controls::kMeterStyle);
+    m_gauge.TakeWindow();
 }

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-//
-// An angle of 180 to 360 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
-// green marks at fixed angles. 180 is at the top, 360 at the bottom.
-//
-// Values outside the range are ignored. Otherwise the gauge works like CGraphCompass.
-//
-//   CGraphIncline_Right gauge;
-//   gauge.SubclassDlgItem(IDC_GAUGE, &dialog);
-//   gauge.SetValue(270.0 + sample.dRoll); // degrees
+/// @class CGraphIncline_Right
+/// An angle of 180 to 360 degrees on a vertical scale: ticks every ten degrees, a red pointer line,
+/// green marks at fixed angles. 180 is at the top, 360 at the bottom.
+///
+/// Values outside the range are ignored. Otherwise the gauge works like CGraphCompass.
+///
+///     CGraphIncline_Right gauge;
+///     gauge.SubclassDlgItem(IDC_GAUGE, &dialog);
+///     gauge.SetValue(270.0 + sample.dRoll); // degrees
 #pragma once
 
 #include "controls/gauge/GaugeControl.h"
@@ -36,8 +36,8 @@ public:
     void ReconstructControl();
 
     /// Marks an angle in whole degrees and draws the mark at once. An angle that is out of range or
-    /// marked already is ignored. The device context is not released
-    /// (see CWnd::GetDC).
+    /// marked already is ignored. All marks are drawn with one device
+    /// context, which the control keeps until its window ends.
     void SetFix(int degrees);
     /// Removes all marks; they vanish at the next paint.
     void ClearFix();

@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
-//
-// Plots the magnetometer samples of the vertical turn while it is recorded, the third component
-// against the first. Every sample is a cross, every computed center a red cross.
-//
-// The view zooms to fit when more than ten samples have fallen outside it, and is saved between
-// runs in GraphMagnetic_XZ.cfg beside the running module.
-//
-//   CGraphMagnetic_XZ plot;
-//   plot.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(10, 10, 260, 260),
-//               &dialog, IDC_TURN);
-//   plot.AddTrackPoint(120, -340, 85); // raw counts: x, y, z
+/// @class CGraphMagnetic_XZ
+/// Plots the magnetometer samples of the vertical turn while it is recorded, the third component
+/// against the first. Every sample is a cross, every computed center a red cross.
+///
+/// The view zooms to fit when more than ten samples have fallen outside it, and is saved between
+/// runs in GraphMagnetic_XZ.cfg beside the running module.
+///
+///     CGraphMagnetic_XZ plot;
+///     plot.Create(nullptr, nullptr, WS_CHILD | WS_VISIBLE, CRect(10, 10, 260, 260),
+///                 &dialog, IDC_TURN);
+///     plot.AddTrackPoint(120, -340, 85); // raw counts: x, y, z
 #pragma once
 
 #include "controls/MagneticPlotPoint.h"
@@ -27,8 +27,9 @@ public:
     CGraphMagnetic_XZ();
     ~CGraphMagnetic_XZ() override;
 
-    /// Creates the window with a client and a static edge. Class name, window name and context are
-    /// ignored.
+    /// Creates the window with a client and a static edge, and the layers that it shows. Class name,
+    /// window name and context are ignored. A window made by CreateEx or taken over by subclassing
+    /// has no layers and is black until Clear.
     /// @return always TRUE, even if the window could not be created
     BOOL Create(LPCTSTR className, LPCTSTR windowName, DWORD style, const RECT& rect, CWnd* parent,
                 UINT id, CCreateContext* context = nullptr) override;

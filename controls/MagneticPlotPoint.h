@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// One magnetometer reading of a scatter plot.
+/// @file
+/// One magnetometer reading of a scatter plot.
 #pragma once
 
 #include <cstdint>

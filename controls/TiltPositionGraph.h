@@ -1,16 +1,16 @@
 // SPDX-License-Identifier: MIT
-//
-// The antenna positions of the multi-position solution, drawn on a view of the host: every
-// observation a white cross, up to three marked centers as circles of 0.15 m joined by lines, and
-// the current observation as a red circle with a cross.
-//
-// Northing (x) points up, easting (y) right. The graph zooms to fit the observations. Members that
-// draw immediately say so; the host calls ReDraw when its view paints.
-//
-//   CTiltPositionGraph graph;
-//   graph.SetView(&view); // a CView of the host
-//   graph.InvalidateCtrl();
-//   graph.AddPoint(observation); // a TiltPoint_Sensor, meters
+/// @class CTiltPositionGraph
+/// The antenna positions of the multi-position solution, drawn on a view of the host: every
+/// observation a white cross, up to three marked centers as circles of 0.15 m joined by lines, and
+/// the current observation as a red circle with a cross.
+///
+/// Northing (x) points up, easting (y) right. The graph zooms to fit the observations. Members that
+/// draw immediately say so; the host calls ReDraw when its view paints.
+///
+///     CTiltPositionGraph graph;
+///     graph.SetView(&view); // a CView of the host
+///     graph.InvalidateCtrl();
+///     graph.AddPoint(observation); // a TiltPoint_Sensor, meters
 #pragma once
 
 #include "controls/drawing/Layers.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// Positions of the parts of the compass dial. Pixels; headings in degrees, 0 at the top, clockwise.
+/// @file
+/// Positions of the parts of the compass dial [pixels]; headings [degrees] clockwise from the top.
 #pragma once
 
 #include "framework/core/Rect.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// The stacked pictures in memory from which the plots are shown.
+/// @file
+/// The stacked pictures in memory from which the plots are shown.
 #pragma once
 
 #include "framework/core/Rect.h"

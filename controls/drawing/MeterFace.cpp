@@ -65,6 +65,20 @@ bool MeterFace::AddFix(int degrees)
     return true;
 }
 
+CDC* MeterFace::FixContext(CWnd& window)
+{
+    auto* const handle = window.GetSafeHwnd();
+    if (!fixContext || fixWindow != handle) fixContext = window.GetDC();
+    fixWindow = handle;
+    return fixContext;
+}
+
+void MeterFace::TakeWindow(CWnd& window)
+{
+    fixContext = nullptr;
+    window.ModifyStyle(0, kMeterStyle);
+}
+
 void MakeLabelFont(CFont& font)
 {
     font.CreateFont(18, 0, 0, 0, FW_BOLD, 0, 0, 0, 0, 0, 0, 0, 0, L"Tahoma");

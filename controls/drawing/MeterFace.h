@@ -1,13 +1,14 @@
 // SPDX-License-Identifier: MIT
-//
-// Common parts of the compass dial and the incline gauges: a background drawn once into a picture
-// in memory, a value, fixed marks, and flicker-free composition of the three.
+/// @struct tiltpole::controls::MeterFace
+/// Common parts of the compass dial and the incline gauges: a background drawn once into a picture
+/// in memory, a value, fixed marks, and flicker-free composition of the three.
 #pragma once
 
 #include "framework/core/Array.h"
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/GdiObject.h"
 #include "framework/gui/Types.h"
+#include "framework/gui/Wnd.h"
 
 #include <functional>
 
@@ -35,6 +36,14 @@ struct MeterFace
     /// Returns false if the mark is listed already.
     bool AddFix(int degrees);
 
+    /// The context that marks are drawn with at once, obtained at the first call for a window and
+    /// never released: it ends with the window. Null without a window.
+    CDC* FixContext(CWnd& window);
+
+    /// Prepares the window that the control is about to get; what was obtained from an earlier one
+    /// is gone.
+    void TakeWindow(CWnd& window);
+
     CRect client;
     CDC background;
     CBitmap backgroundBitmap;
@@ -47,12 +56,14 @@ struct MeterFace
     COLORREF needleColor = RGB(255, 0, 0);
     COLORREF needleShadowColor = GetSysColor(COLOR_BTNSHADOW | SYS_COLOR_INDEX_FLAG);
     COLORREF needleLightColor = RGB(233, 87, 50);
-    double value = 0.0;     // degrees
-    int needleUnit = 0;     // diameter / 60
-    CArray<int, int> fixes; // whole degrees, no duplicates
+    double value = 0.0;       // degrees
+    int needleUnit = 0;       // diameter / 60
+    CArray<int, int> fixes;   // whole degrees, no duplicates
+    HWND fixWindow = nullptr; // that fixContext was obtained from
+    CDC* fixContext = nullptr;
 };
 
-/// PreSubclassWindow adds this bit to the window style. It has no meaning to the framework.
+/// TakeWindow adds this bit to the window style. It has no meaning to the framework.
 constexpr DWORD kMeterStyle = 0x4000;
 
 constexpr COLORREF kFaceColor = RGB(204, 255, 102);

@@ -13,11 +13,10 @@ void GaugeControl::SetValue(double angle)
     if (const framework::Borrowed dc(m_window); dc) Compose(*dc);
 }
 
-// The device context is not released (see CWnd::GetDC).
 void GaugeControl::SetFix(int angle)
 {
     if (!m_scale.Holds(angle) || !m_gauge.face.AddFix(angle)) return;
-    if (CDC* const dc = m_window.GetDC()) m_gauge.DrawFix(*dc, m_scale, angle);
+    if (CDC* const dc = m_gauge.face.FixContext(m_window)) m_gauge.DrawFix(*dc, m_scale, angle);
 }
 
 void GaugeControl::ClearFix()

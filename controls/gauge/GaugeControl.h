@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-//
-// The shared implementation of both incline gauges: the operations of the exported classes, given
-// the control's window and its scale.
+/// @class tiltpole::controls::GaugeControl
+/// The shared implementation of both incline gauges: the operations of the exported classes, given
+/// the control's window and its scale.
 #pragma once
 
 #include "controls/gauge/InclineGauge.h"
@@ -20,6 +20,7 @@ public:
     void ClearFix();
     void SetBackColor(COLORREF color);
     void Reconstruct();
+    void TakeWindow() { m_gauge.face.TakeWindow(m_window); }
     void Paint();
     void DrawBackground(CDC* dc, const CRect& rect);
     void DrawPointer(CDC* dc, double angle) const;

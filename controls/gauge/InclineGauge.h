@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-//
-// The vertical scale of both incline gauges: three frames, ticks, labels, a pointer line and fixed
-// marks. The gauges differ in the range of angles and in the edge from which it is measured.
+/// @file
+/// The vertical scale of both incline gauges: three frames, ticks, labels, a pointer line and fixed
+/// marks. The gauges differ in the range of angles and in the edge from which it is measured.
 #pragma once
 
 #include "controls/drawing/MeterFace.h"

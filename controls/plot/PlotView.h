@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// The part of the plane that a scatter plot shows, and the line of text in which it is saved.
+/// @struct tiltpole::controls::PlotView
+/// The part of the plane that a scatter plot shows, and the line of text in which it is saved.
 #pragma once
 
 #include "framework/core/Rect.h"

@@ -32,7 +32,10 @@ CString ModuleFolder()
     wchar_t name[kModulePathLimit] = {};
     GetModuleFileNameW(nullptr, name, kModulePathLimit);
     const CString full(name);
-    const int cut = std::max(full.ReverseFind(L'/'), full.ReverseFind(L'\\'));
+    int cut = full.ReverseFind(L'/');
+#if defined(_WIN32) // elsewhere a backslash may be part of a folder's name
+    cut = std::max(cut, full.ReverseFind(L'\\'));
+#endif
     return cut < 0 ? full : full.Left(cut);
 }
 
@@ -186,7 +189,11 @@ void ScatterPlot::Paint()
 
 CString ScatterPlot::ViewPath() const
 {
+#if defined(_WIN32)
     const wchar_t* const separator = m_moduleFolder.Find(L"\\") >= 0 ? L"\\" : L"/";
+#else
+    const wchar_t* const separator = L"/";
+#endif
     return m_moduleFolder + separator + m_plane.fileName;
 }
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-//
-// The shared implementation of the scatter plots of calibration samples: the operations of the
-// exported classes, given the window and the plane that is plotted.
+/// @class tiltpole::controls::ScatterPlot
+/// The shared implementation of the scatter plots of calibration samples: the operations of the
+/// exported classes, given the window and the plane that is plotted.
 #pragma once
 
 #include "controls/MagneticPlotPoint.h"

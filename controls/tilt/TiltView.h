@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-//
-// The part of the ground that the tilt position graph shows. x is northing and points up, y is
-// easting and points right; meters.
+/// @struct tiltpole::controls::TiltView
+/// The part of the ground that the tilt position graph shows. x is northing and points up, y is
+/// easting and points right; meters.
 #pragma once
 
 #include "framework/core/Rect.h"

@@ -134,22 +134,37 @@ TEST(Compass, HasLongTicksAtThirtyDegrees)
     EXPECT_EQ(on(96, 50), kFace) << "the short tick ends at 99";
 }
 
+// How many pixels the number at a heading has, on a dial of 240 pixels. Label centers lie 68 pixels
+// from the center; text hangs from the top of a box of 34 pixels.
+int InkOfLabel(const Shown& shown, int heading)
+{
+    const double a = (heading - 180) * 3.141592653589793 / 180;
+    const int x = static_cast<int>(120 - 68 * std::sin(a) + 0.5);
+    const int y = static_cast<int>(120 + 68 * std::cos(a) + 0.5);
+    int ink = 0;
+    for (int row = y - 17; row < y + 3; ++row)
+        for (int column = x - 17; column < x + 17; ++column)
+            ink += shown.At(column, row) == RGB(0, 0, 255);
+    return ink;
+}
+
 TEST(Compass, LabelsEveryThirtyDegrees)
 {
     const Dial dial;
     const Shown shown(const_cast<CGraphCompass&>(dial.control));
-    // Label centers lie 68 pixels from the center; text hangs from the top of a box of 34 pixels.
     for (int heading = 30; heading < 360; heading += 30) {
-        const double a = (heading - 180) * 3.141592653589793 / 180;
-        const int x = static_cast<int>(120 - 68 * std::sin(a) + 0.5);
-        const int y = static_cast<int>(120 + 68 * std::cos(a) + 0.5);
-        int ink = 0;
-        for (int row = y - 17; row < y + 3; ++row)
-            for (int column = x - 17; column < x + 17; ++column)
-                ink += shown.At(column, row) == RGB(0, 0, 255);
-        EXPECT_GT(ink, 15) << heading;
-        EXPECT_LT(ink, 250) << heading;
+        EXPECT_GT(InkOfLabel(shown, heading), 15) << heading;
+        EXPECT_LT(InkOfLabel(shown, heading), 250) << heading;
     }
+}
+
+TEST(Compass, LabelsNorthWithASingleZero)
+{
+    Dial dial;
+    dial.control.SetValue(180); // the needle points away from it
+    const Shown shown(dial.control);
+    EXPECT_GT(InkOfLabel(shown, 0), 15);
+    EXPECT_LT(InkOfLabel(shown, 0), InkOfLabel(shown, 30)) << "a figure less than 30";
 }
 
 TEST(Compass, MarksAFixAcrossTheBandAtOnce)
@@ -167,6 +182,30 @@ TEST(Compass, MarksAFixAcrossTheBandAtOnce)
     dial.control.SetFix(450);
     EXPECT_EQ(Shown(dial.control), marked) << "another entry at the same place";
     EXPECT_EQ(dial.Repainted().Count(kGreen), marked.Count(kGreen));
+}
+
+TEST(Compass, LeavesTheContextsOfOthersAloneWhenItDrawsFixes)
+{
+    Dial dial;
+    CDC* const lent = dial.control.GetDC();
+    lent->SetTextColor(RGB(1, 2, 3));
+    for (int fix = 0; fix < 100; ++fix)
+        dial.control.SetFix(fix);
+    EXPECT_EQ(lent->GetTextColor(), RGB(1, 2, 3));
+    EXPECT_EQ(dial.control.ReleaseDC(lent), 1);
+}
+
+TEST(Compass, DrawsFixesOnTheWindowItHas)
+{
+    Dialog dialog;
+    CGraphCompass dial;
+    for (const int fix : {90, 270}) {
+        ASSERT_TRUE(dial.Create(L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 240, 240), &dialog, 1));
+        dial.UpdateWindow();
+        dial.SetFix(fix);
+        EXPECT_EQ(Shown(dial).At(fix == 90 ? 228 : 12, 120), kGreen) << fix;
+        dial.DestroyWindow();
+    }
 }
 
 TEST(Compass, ShowsItsFixesOverTheNeedleInEveryComposition)

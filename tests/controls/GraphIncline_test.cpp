@@ -164,6 +164,25 @@ TYPED_TEST(Gauge, LabelsFiveRowsTheSameOnBothSides)
     }
 }
 
+// The box of a label begins half its side, 17 pixels, above a point 8 pixels below its tick; digits
+// begin a few pixels below the top of their cell.
+TYPED_TEST(Gauge, LabelsStandBesideTheirTicks)
+{
+    const Shown shown(this->control);
+    for (const int tick : {3, 6, 12, 15}) {
+        const int row = 180 - 10 * tick;
+        int top = row - 17;
+        const auto hasInk = [&](int y) {
+            for (int x = 30; x < 64; ++x)
+                if (shown.At(x, y) == RGB(0, 0, 255)) return true;
+            return false;
+        };
+        while (top < row + 17 && !hasInk(top))
+            ++top;
+        EXPECT_NEAR(top, row + 8 - 17 + 4, 2) << tick;
+    }
+}
+
 // 30, 60, 90, 60, 30 from the bottom up.
 TYPED_TEST(Gauge, CountsItsNumbersFromTheNearerEnd)
 {

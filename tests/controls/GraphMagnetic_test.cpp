@@ -291,6 +291,18 @@ TYPED_TEST(Plot, KeepsItsViewBetweenRuns)
     EXPECT_EQ(this->folder.Read(TypeParam::kFile), expected);
 }
 
+#if !defined(_WIN32)
+TYPED_TEST(Plot, KeepsItsViewInAFolderWithABackslashInItsName)
+{
+    const std::string name = R"(north\east)";
+    std::filesystem::create_directory(this->folder.Path(name));
+    framework::SetModulePath(CString(this->folder.Path(name + "/host").c_str()));
+    typename TypeParam::Control fresh;
+    EXPECT_TRUE(fresh.ConfigSave());
+    EXPECT_EQ(this->folder.Read(name + '/' + TypeParam::kFile), TypeParam::kDefaults);
+}
+#endif
+
 TYPED_TEST(Plot, WritesItsDefaultsByteForByte)
 {
     std::filesystem::remove(this->folder.Path(TypeParam::kFile));
@@ -353,6 +365,26 @@ TYPED_TEST(Plot, IsKnownAtRunTime)
     EXPECT_STREQ(this->control->GetRuntimeClass()->m_lpszClassName, TypeParam::kName);
     EXPECT_EQ(this->control->GetRuntimeClass()->m_wSchema, 0xFFFFu);
     EXPECT_TRUE(this->control->IsKindOf(RUNTIME_CLASS(CWnd)));
+}
+
+TYPED_TEST(Plot, DrawsItsCrossesOnAContextOfTheHost)
+{
+    this->Add(0, -100);
+    this->AddCenter(10, -110);
+    CDC memory;
+    memory.CreateCompatibleDC(nullptr);
+    CBitmap bitmap;
+    bitmap.CreateCompatibleBitmap(&memory, 194, 144);
+    CBitmap* const before = memory.SelectObject(&bitmap);
+    const CRect all(0, 0, 194, 144);
+    memory.FillSolidRect(&all, kBlack);
+    this->control->DrawTrackPoints(&memory);
+    EXPECT_EQ(memory.GetPixel(100, 44), TypeParam::kTrack);
+    EXPECT_EQ(memory.GetPixel(110, 54), kBlack);
+    this->control->DrawCenterPoints(&memory);
+    EXPECT_EQ(memory.GetPixel(110, 54), kRed);
+    EXPECT_EQ(memory.GetPixel(100, 44), TypeParam::kTrack);
+    memory.SelectObject(before);
 }
 
 TYPED_TEST(Plot, DrawsNothingWithoutAContext)
