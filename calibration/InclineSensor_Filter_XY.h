@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
-//
-// Horizontal turn: the samples recorded while the pole is turned about the z axis of its sensor.
-//
-//   plane     dMag_x and dMag_y of magnetometer A [raw counts]
-//   azimuths  about the center of the turn [degrees], in [1e-6, 360 + 1e-6); 0 is stored as 360
-//   domain    readings and times of any value; what depends on a NaN reading becomes NaN
-//
-//   CInclineSensor_Filter_XY filter;
-//   while (!filter.IsRecordOK()) {                    // until every sector of 5 degrees is covered
-//       filter.Add(new PoseSensorData(NextSample())); // the filter deletes it
-//       ShowProgress(filter.GetRecordRate());         // percent
-//   }
-//   const std::unique_ptr<CInclineSensor_Filter_XY::Samples> kept(filter.Filter());
-//   for (int i = 0; kept && i < kept->GetSize(); ++i)
-//       adjust.Horizontal_Add(kept->GetAt(i));        // see InclineSensor_MagneticAdjust.h
+/// @file
+/// Horizontal turn: the samples recorded while the pole is turned about the z axis of its sensor.
+///
+///     plane     dMag_x and dMag_y of magnetometer A [raw counts]
+///     azimuths  about the center of the turn [degrees], in [1e-6, 360 + 1e-6); 0 is stored as 360
+///     domain    readings and times of any value; what depends on a NaN reading becomes NaN
+///
+///     CInclineSensor_Filter_XY filter;
+///     while (!filter.IsRecordOK()) {                    // until all sectors of 5 degrees are full
+///         filter.Add(new PoseSensorData(NextSample())); // the filter deletes it
+///         ShowProgress(filter.GetRecordRate());         // percent
+///     }
+///     const std::unique_ptr<CInclineSensor_Filter_XY::Samples> kept(filter.Filter());
+///     for (int i = 0; kept && i < kept->GetSize(); ++i)
+///         adjust.Horizontal_Add(kept->GetAt(i));        // see InclineSensor_MagneticAdjust.h
 #pragma once
 
 #include "calibration/PoseSensorCenterParameter.h"

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-//
-// Vertical turn: the samples recorded while the pole is turned about the y axis of its sensor.
-//
-//   plane     dMag_x and dMag_z of magnetometer A [raw counts]
-//   azimuths  about the center of the turn [degrees], in [1e-6, 360 + 1e-6); 0 is stored as 360
-//   domain    readings and times of any value; what depends on a NaN reading becomes NaN
-//
-//   CInclineSensor_Filter_XZ filter;
-//   while (!filter.IsRecordOK())
-//       filter.Add(new PoseSensorData(NextSample())); // the filter deletes it
-//   const std::unique_ptr<CInclineSensor_Filter_XZ::Samples> kept(filter.Filter());
-//   for (int i = 0; kept && i < kept->GetSize(); ++i)
-//       adjust.Vertical_Add(kept->GetAt(i));          // see InclineSensor_MagneticAdjust.h
+/// @file
+/// Vertical turn: the samples recorded while the pole is turned about the y axis of its sensor.
+///
+///     plane     dMag_x and dMag_z of magnetometer A [raw counts]
+///     azimuths  about the center of the turn [degrees], in [1e-6, 360 + 1e-6); 0 is stored as 360
+///     domain    readings and times of any value; what depends on a NaN reading becomes NaN
+///
+///     CInclineSensor_Filter_XZ filter;
+///     while (!filter.IsRecordOK())
+///         filter.Add(new PoseSensorData(NextSample())); // the filter deletes it
+///     const std::unique_ptr<CInclineSensor_Filter_XZ::Samples> kept(filter.Filter());
+///     for (int i = 0; kept && i < kept->GetSize(); ++i)
+///         adjust.Vertical_Add(kept->GetAt(i));          // see InclineSensor_MagneticAdjust.h
 #pragma once
 
 #include "calibration/PoseSensorCenterParameter.h"

@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: MIT
-//
-// Calibration of both magnetometers from two turns, one about the z and one about the y axis.
-//
-//   corrected  x' = x − x0
-//              y' = a·x + b·y − y0
-//              z' = c·x + d·y + e·z − z0       x, y, z raw counts of one magnetometer
-//   translation  where corrected A reads (x, y, z), corrected B reads (−(x + dX), −(y + dY), z + dZ)
-//   axes         those of the sensor: z along the pole; the turns are about z and about y
-//   units        x0, y0, z0, dX, dY, dZ [counts]; a ... e without unit
-//   domain       finite readings, at least five samples a turn, each of them close to an ellipse
-//
-//   CInclineSensor_MagneticAdjust adjust;
-//   for (const PoseSensorData& sample : aboutZ) adjust.Horizontal_Add(&sample);
-//   for (const PoseSensorData& sample : aboutY) adjust.Vertical_Add(&sample);
-//   if (adjust.Adjust()) {
-//       position.SetMagneticCorrectPar_A(adjust.GetCorrectPar_A());
-//       position.SetMagneticCorrectPar_B(adjust.GetCorrectPar_B());
-//   }
+/// @file
+/// Calibration of both magnetometers from two turns, one about the z and one about the y axis.
+///
+///     corrected  x' = x − x0
+///                y' = a·x + b·y − y0
+///                z' = c·x + d·y + e·z − z0       x, y, z raw counts of one magnetometer
+///     translation  where A reads (x, y, z) corrected, B reads (−(x + dX), −(y + dY), z + dZ)
+///     axes         those of the sensor: z along the pole; the turns are about z and about y
+///     units        x0, y0, z0, dX, dY, dZ [counts]; a ... e without unit
+///     domain       finite readings, at least five samples a turn, each of them close to an ellipse
+///
+///     CInclineSensor_MagneticAdjust adjust;
+///     for (const PoseSensorData& sample : aboutZ) adjust.Horizontal_Add(&sample);
+///     for (const PoseSensorData& sample : aboutY) adjust.Vertical_Add(&sample);
+///     if (adjust.Adjust()) {
+///         position.SetMagneticCorrectPar_A(adjust.GetCorrectPar_A());
+///         position.SetMagneticCorrectPar_B(adjust.GetCorrectPar_B());
+///     }
 #pragma once
 
 #include "calibration/KFilter.h"

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
-//
-// A discrete linear Kalman filter with a control input into state and measurement.
-//
-//   x(i) = Φ·x(i−1) + B·u + Γ·w      w ~ (0, Q)
-//   z(i) = H·x(i)   + D·u + v        v ~ (0, R)
-//
-//   state order n, measurement order m; Φ, B, P: n x n; H, D: m x n; Γ: n x m; Q, R: m x m
-//   units are the host's; domain: any numbers, NaN and infinity spread as the formulas say
-//
-//   CKFilter filter;
-//   filter.SetMatrixOrder(n, m);
-//   filter.SetSystemMatrix(Phi, B, Gamma, H, D);
-//   filter.SetNoise(R, Q);
-//   filter.SetInitialData(x0, P0);
-//   CSZMatrix estimate = filter.Filter(z, u);   // once per measurement
+/// @file
+/// A discrete linear Kalman filter with a control input into state and measurement.
+///
+///     x(i) = Φ·x(i−1) + B·u + Γ·w      w ~ (0, Q)
+///     z(i) = H·x(i)   + D·u + v        v ~ (0, R)
+///
+///     state order n, measurement order m; Φ, B, P: n x n; H, D: m x n; Γ: n x m; Q, R: m x m
+///     units are the host's; domain: any numbers, NaN and infinity spread as the formulas say
+///
+///     CKFilter filter;
+///     filter.SetMatrixOrder(n, m);
+///     filter.SetSystemMatrix(Phi, B, Gamma, H, D);
+///     filter.SetNoise(R, Q);
+///     filter.SetInitialData(x0, P0);
+///     CSZMatrix estimate = filter.Filter(z, u);   // once per measurement
 #pragma once
 
 #include "framework/core/Export.h"

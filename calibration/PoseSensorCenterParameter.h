@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// The circle that the readings of one turn trace: center and radius.
+/// @file
+/// The circle that the readings of one turn trace: center and radius.
 #pragma once
 
 #include <cstdint>

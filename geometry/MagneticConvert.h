@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
-//
-// Four-parameter similarity transform of the plane, fitted to point pairs or set directly:
-//
-//   x' = k·(cos θ·x − sin θ·y) + dx
-//   y' = k·(sin θ·x + cos θ·y) + dy
-//
-//   x, y, dx, dy   plane coordinates and translations [m]
-//   k              scale, a factor; θ   rotation [radians], from +x towards +y
-//
-//     CMagneticConvert convert;
-//     convert.m_Points.Add({0.0, 0.0, 500.0, 800.0}); // source x, y and target x, y
-//     convert.m_Points.Add({100.0, 0.0, 600.0, 800.0});
-//     if (convert.CalFourParameter() == 1) convert.XYtoXY(x, y); // x + 500, y + 800
-//
-// Two pairs or more with different source points determine the transform.
+/// @class CMagneticConvert
+/// Four-parameter similarity transform of the plane, fitted to point pairs or set directly:
+///
+///     x' = k·(cos θ·x − sin θ·y) + dx
+///     y' = k·(sin θ·x + cos θ·y) + dy
+///
+///     x, y, dx, dy   plane coordinates and translations [m]
+///     k              scale, a factor; θ   rotation [radians], from +x towards +y
+///
+///     CMagneticConvert convert;
+///     convert.m_Points.Add({0.0, 0.0, 500.0, 800.0}); // source x, y and target x, y
+///     convert.m_Points.Add({100.0, 0.0, 600.0, 800.0});
+///     if (convert.CalFourParameter() == 1) convert.XYtoXY(x, y); // x + 500, y + 800
+///
+/// Two pairs or more with different source points determine the transform.
 #pragma once
 
 #include "framework/core/core.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-//
-// Records of the multi-point solution: an antenna observation, the solved tip and its grading.
-//
-//   x, y, h   plane coordinates and height [m]
-//   angles    [degrees]
+/// @file
+/// Records of the multi-point solution: an antenna observation, the solved tip and its grading.
+///
+///     x, y, h   plane coordinates and height [m]
+///     angles    [degrees]
 #pragma once
 
 #include "framework/core/core.h"

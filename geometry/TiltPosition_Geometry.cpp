@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "geometry/TiltPosition_Geometry.h"
 
+#include "geometry/detail/Grade.h"
 #include "geometry/detail/SphereStep.h"
 #include "geometry/detail/TipSearch.h"
 
@@ -75,17 +76,6 @@ void SetFigures(TiltPoint_State& state, const tiltpole::geometry::SphereStep& st
     state.dHeightCofactor = step.heightCofactor;
 }
 
-int GradeFigures(const TiltPoint_State& s)
-{
-    if (s.dPointError > 0.05 || s.dGeometryFigure > 2.0) return kTiltPointPoor;
-    if (s.dPointError > 0.04 && s.dGeometryFigure > 1.0) return kTiltPointError40;
-    if (s.dPointError > 0.035 && s.dGeometryFigure > 1.2) return kTiltPointError35;
-    if (s.dPointError > 0.03 && s.dGeometryFigure > 1.5) return kTiltPointError30;
-    if (s.dPointError > 0.02 && s.dGeometryFigure > 1.2 && std::fabs(s.dRadiusExcess) > 0.04)
-        return kTiltPointRadius;
-    return kTiltPointAccepted;
-}
-
 // An implausible height overrides every grade but "no sphere".
 void Grade(TiltPoint_State& state, double antennaHeight, double belowFirst)
 {
@@ -94,7 +84,7 @@ void Grade(TiltPoint_State& state, double antennaHeight, double belowFirst)
         return;
     }
     state.dRadiusExcess = state.dRadius - antennaHeight;
-    state.nStatus = GradeFigures(state);
+    state.nStatus = tiltpole::geometry::GradeFigures(state);
     if (belowFirst < 0.0 || belowFirst - antennaHeight > antennaHeight)
         state.nStatus = kTiltPointImplausible;
 }

@@ -1,19 +1,19 @@
 // SPDX-License-Identifier: MIT
-//
-// The ground point below a tilted pole without any heading: the tip stays on one point, the antenna
-// is observed at many tilts, and all antenna positions lie on a sphere about the tip.
-//
-//     CTiltPosition_Geometry geometry;
-//     geometry.SetAntennaHeight(2.0);
-//     while (!geometry.IsOK()) geometry.AddPoint(NextObservation());
-//     xyhCoord tip;
-//     TiltPoint_State state;
-//     geometry.Calculate(tip, state);
-//
-//   coordinates   plane x, y and height h, meters; as large as survey grids have them
-//   angles        degrees
-//   memory        AddPoint, Calculate, Adjustment and ReProcess throw std::bad_alloc when it runs
-//                 out; the observations stay as they are then
+/// @class CTiltPosition_Geometry
+/// The ground point below a tilted pole without any heading: the tip stays on one point, the
+/// antenna is observed at many tilts, and all antenna positions lie on a sphere about the tip.
+///
+///     CTiltPosition_Geometry geometry;
+///     geometry.SetAntennaHeight(2.0);
+///     while (!geometry.IsOK()) geometry.AddPoint(NextObservation());
+///     xyhCoord tip;
+///     TiltPoint_State state;
+///     geometry.Calculate(tip, state);
+///
+///     coordinates   plane x, y and height h, meters; as large as survey grids have them
+///     angles        degrees
+///     memory        AddPoint, Calculate, Adjustment and ReProcess throw std::bad_alloc when it
+///                   runs out; the observations stay as they are then
 #pragma once
 
 #include "framework/core/core.h"

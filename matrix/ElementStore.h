@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-//
-// Where a matrix keeps its elements: up to 36 inside the object, more on the heap.
-//
-// One element beyond the last always belongs to the store, so an index that runs one past the end
-// stays inside it; it reads 0 after every Reset and Reserve. The matrix keeps the sizes, the store
-// only the block; a call that needs the number of elements takes it as an argument.
+/// @class tiltpole::matrix::ElementStore
+/// Where a matrix keeps its elements: up to 36 inside the object, more on the heap.
+///
+/// One element beyond the last always belongs to the store, so an index that runs one past the end
+/// stays inside it; it reads 0 after every Reset and Reserve. The matrix keeps the sizes, the store
+/// only the block; a call that needs the number of elements takes it as an argument.
 #pragma once
 
 #include <cstddef>

@@ -38,7 +38,7 @@ CSZMatrix::CSZMatrix(int rows, int cols, int count, ...) noexcept
 }
 
 CSZMatrix::CSZMatrix(const CSZMatrix& other) noexcept
-    : CSZMatrix(other.m_nRows, other.m_nCols, Fill::None)
+    : CSZMatrix(other.m_nRows, other.m_nCols, Fill::Nothing)
 {
     std::copy_n(other.m_Data.Data(), Count(), m_Data.Data());
 }
@@ -136,7 +136,7 @@ void ForEach(const double* a, double* out, std::size_t count, Change change)
 CSZMatrix CSZMatrix::operator+(const CSZMatrix& B) const
 {
     if (!HasSizeOf(B)) return {m_nRows, m_nCols, Fill::Zero};
-    CSZMatrix sum(m_nRows, m_nCols, Fill::None);
+    CSZMatrix sum(m_nRows, m_nCols, Fill::Nothing);
     ForEach(m_Data.Data(), B.m_Data.Data(), sum.m_Data.Data(), sum.Count(), std::plus<>{});
     return sum;
 }
@@ -144,7 +144,7 @@ CSZMatrix CSZMatrix::operator+(const CSZMatrix& B) const
 CSZMatrix CSZMatrix::operator-(const CSZMatrix& B) const
 {
     if (!HasSizeOf(B)) return {m_nRows, m_nCols, Fill::Zero};
-    CSZMatrix difference(m_nRows, m_nCols, Fill::None);
+    CSZMatrix difference(m_nRows, m_nCols, Fill::Nothing);
     ForEach(m_Data.Data(), B.m_Data.Data(), difference.m_Data.Data(), difference.Count(),
             std::minus<>{});
     return difference;
@@ -153,7 +153,7 @@ CSZMatrix CSZMatrix::operator-(const CSZMatrix& B) const
 CSZMatrix CSZMatrix::operator*(const CSZMatrix& B) const
 {
     if (m_nCols != B.m_nRows) return {m_nRows, B.m_nCols, Fill::Zero};
-    CSZMatrix product(m_nRows, B.m_nCols, Fill::None);
+    CSZMatrix product(m_nRows, B.m_nCols, Fill::Nothing);
     matrix::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), product.m_nRows,
                      m_nCols, product.m_nCols);
     return product;
@@ -161,14 +161,14 @@ CSZMatrix CSZMatrix::operator*(const CSZMatrix& B) const
 
 CSZMatrix CSZMatrix::operator+(double s) const
 {
-    CSZMatrix sum(m_nRows, m_nCols, Fill::None);
+    CSZMatrix sum(m_nRows, m_nCols, Fill::Nothing);
     ForEach(m_Data.Data(), sum.m_Data.Data(), sum.Count(), [s](double x) { return x + s; });
     return sum;
 }
 
 CSZMatrix CSZMatrix::operator-(double s) const
 {
-    CSZMatrix difference(m_nRows, m_nCols, Fill::None);
+    CSZMatrix difference(m_nRows, m_nCols, Fill::Nothing);
     ForEach(m_Data.Data(), difference.m_Data.Data(), difference.Count(),
             [s](double x) { return x - s; });
     return difference;
@@ -176,7 +176,7 @@ CSZMatrix CSZMatrix::operator-(double s) const
 
 CSZMatrix CSZMatrix::operator*(double s) const
 {
-    CSZMatrix product(m_nRows, m_nCols, Fill::None);
+    CSZMatrix product(m_nRows, m_nCols, Fill::Nothing);
     ForEach(m_Data.Data(), product.m_Data.Data(), product.Count(), [s](double x) { return x * s; });
     return product;
 }
@@ -184,7 +184,7 @@ CSZMatrix CSZMatrix::operator*(double s) const
 CSZMatrix CSZMatrix::operator/(double s) const
 {
     if (s == 0.0) return {m_nRows, m_nCols, Fill::Zero};
-    CSZMatrix quotient(m_nRows, m_nCols, Fill::None);
+    CSZMatrix quotient(m_nRows, m_nCols, Fill::Nothing);
     ForEach(m_Data.Data(), quotient.m_Data.Data(), quotient.Count(),
             [s](double x) { return x / s; });
     return quotient;
@@ -204,7 +204,7 @@ bool CSZMatrix::operator=(const CSZMatrix& B) noexcept
         Clear();
         return true;
     }
-    if (!SetSize(B.m_nRows, B.m_nCols, Fill::None)) {
+    if (!SetSize(B.m_nRows, B.m_nCols, Fill::Nothing)) {
         m_bHealthy = false;
         return false;
     }
@@ -268,7 +268,7 @@ bool CSZMatrix::operator/=(double s)
 // nr rows from r0 and nc columns from c0, all inside the matrix; 0 x 0 where nr or nc is below 1.
 CSZMatrix CSZMatrix::Block(int r0, int nr, int c0, int nc) const
 {
-    CSZMatrix block(nr, nc, Fill::None);
+    CSZMatrix block(nr, nc, Fill::Nothing);
     for (int r = 0; r < block.m_nRows; ++r)
         std::copy_n(m_Data.Data() + At(r0 + r, c0), nc, block.m_Data.Data() + block.At(r, 0));
     return block;
@@ -293,12 +293,12 @@ CSZMatrix CSZMatrix::SliceCols(int c0, int n) const
     return Block(0, m_nRows, c0, inside ? n : 0);
 }
 
-// Kept row i is row i before the gap and row i + n behind it. The result is full before a row past
-// the end is asked for, also where the gap reaches beyond the last row.
+// Kept row i is row i before the gap and row i + n after it. The result is full before a row past
+// the end would be read, also where the gap reaches beyond the last row.
 CSZMatrix CSZMatrix::DeleteRow(int r0, int n) const
 {
     const bool possible = checkRowIndex(r0) && n >= 0 && n <= m_nRows;
-    CSZMatrix kept(possible ? m_nRows - n : 0, m_nCols, Fill::None);
+    CSZMatrix kept(possible ? m_nRows - n : 0, m_nCols, Fill::Nothing);
     for (int r = 0; r < kept.m_nRows; ++r)
         std::copy_n(m_Data.Data() + At(r < r0 ? r : r + n, 0), m_nCols,
                     kept.m_Data.Data() + kept.At(r, 0));
@@ -308,7 +308,7 @@ CSZMatrix CSZMatrix::DeleteRow(int r0, int n) const
 CSZMatrix CSZMatrix::DeleteCol(int c0, int n) const
 {
     const bool possible = checkColIndex(c0) && n >= 0 && n <= m_nCols;
-    CSZMatrix kept(m_nRows, possible ? m_nCols - n : 0, Fill::None);
+    CSZMatrix kept(m_nRows, possible ? m_nCols - n : 0, Fill::Nothing);
     const int before = std::min(c0, kept.m_nCols);
     for (int r = 0; r < kept.m_nRows; ++r) {
         const double* row = m_Data.Data() + At(r, 0);

@@ -1,18 +1,18 @@
 // SPDX-License-Identifier: MIT
-//
-// CSZMatrix, the checked dense matrix of doubles: storage, arithmetic, parts, text, decompositions.
-//
-//   elements   row-major: (r, c) is at r * columns + c; indices count from 0
-//   failures   nothing throws and nothing is reported: a call returns false or 0, or returns a
-//              matrix that is zero-filled or 0 x 0, as each operation says
-//   health     whether the object itself was allocated. It is not copied: what an operation returns
-//              is healthy exactly when it has elements, so a failed operation is recognized by the
-//              size of its result (0 x 0) or by its content
-//   rounding   sums run in the order documented for the operation, every product is rounded before
-//              it is added, and every processor gives the same bits
-//
-//   CSZMatrix A(2, 2, 4, 2.0, 1.0, 1.0, 3.0);
-//   CSZMatrix x = A.matInv() * b;
+/// @class CSZMatrix
+/// The checked dense matrix of doubles: storage, arithmetic, parts, text, decompositions.
+///
+///     elements   row-major: (r, c) is at r * columns + c; indices count from 0
+///     failures   nothing throws and nothing is reported: a call returns false or 0, or returns a
+///                matrix that is zero-filled or 0 x 0, as each operation says
+///     health     whether the object itself was allocated. It is not copied: a returned object is
+///                healthy exactly when it has elements, so a failed operation is recognized by the
+///                size of its result (0 x 0) or by its content
+///     rounding   sums run in the order documented for the operation, every product is rounded
+///                before it is added, and every processor gives the same bits
+///
+///     CSZMatrix A(2, 2, 4, 2.0, 1.0, 1.0, 3.0);
+///     CSZMatrix x = A.matInv() * b;
 #pragma once
 
 #include "framework/core/Export.h"
@@ -269,9 +269,9 @@ public:
     CSZMatrix skewSymm4() const;
 
 private:
-    enum class Fill { None, Zero };
+    enum class Fill { Nothing, Zero };
 
-    /// rows x cols; with Fill::None the caller writes every element next.
+    /// rows x cols; with Fill::Nothing the caller writes every element next.
     CSZMatrix(int rows, int cols, Fill fill) noexcept { m_bHealthy = SetSize(rows, cols, fill); }
 
     bool checkRowIndex(int r) const { return 0 <= r && r < m_nRows; }

@@ -31,7 +31,7 @@ constexpr double kNoCondition = 999999.0;
 
 CSZMatrix CSZMatrix::matTran() const
 {
-    CSZMatrix transpose(m_nCols, m_nRows, Fill::None);
+    CSZMatrix transpose(m_nCols, m_nRows, Fill::Nothing);
     matrix::Transpose(m_Data.Data(), transpose.m_Data.Data(), transpose.m_nCols, transpose.m_nRows);
     return transpose;
 }
@@ -42,7 +42,7 @@ CSZMatrix CSZMatrix::matInv() const
     CSZMatrix inverse(*this);
     const auto outcome =
         matrix::Invert(inverse.m_Data.Data(), inverse.m_nRows, matrix::PivotFloor::SmallestNormal);
-    if (outcome == matrix::Outcome::NoMemory) return {0, 0, Fill::None};
+    if (outcome == matrix::Outcome::NoMemory) return {0, 0, Fill::Nothing};
     return inverse;
 }
 
@@ -51,7 +51,7 @@ CSZMatrix CSZMatrix::UpperMatInv() const
     const int n = IsSquare() ? m_nRows : 0;
     CSZMatrix inverse(n, n, Fill::Zero);
     for (int j = 0; j < inverse.m_nRows; ++j) {
-        if (std::fabs(GetData(j, j)) < kSmallestDivisor) return {0, 0, Fill::None};
+        if (std::fabs(GetData(j, j)) < kSmallestDivisor) return {0, 0, Fill::Nothing};
         inverse.SetData(j, j, 1.0 / GetData(j, j));
         for (int i = j - 1; i >= 0; --i) {
             double sum = 0.0;

@@ -27,7 +27,7 @@ int AsInt(unsigned size)
 CTiltMatrix::CTiltMatrix(unsigned r, unsigned c) noexcept : CTiltMatrix(r, c, Fill::Zero) {}
 
 CTiltMatrix::CTiltMatrix(const CTiltMatrix& other) noexcept
-    : CTiltMatrix(other.m_nRows, other.m_nCols, Fill::None)
+    : CTiltMatrix(other.m_nRows, other.m_nCols, Fill::Nothing)
 {
     std::copy_n(other.m_Data.Data(), Count(), m_Data.Data());
 }
@@ -103,7 +103,7 @@ void CTiltMatrix::operator=(double value)
 int CTiltMatrix::operator=(const CTiltMatrix& B) noexcept
 {
     if (&B == this) return 1;
-    const bool fits = HasSizeOf(B) || SetSize(B.m_nRows, B.m_nCols, Fill::None);
+    const bool fits = HasSizeOf(B) || SetSize(B.m_nRows, B.m_nCols, Fill::Nothing);
     if (fits) std::copy_n(B.m_Data.Data(), Count(), m_Data.Data());
     m_nValid = HasElements() ? 1 : 0;
     return HasSizeOf(B) ? 1 : 0;
@@ -118,7 +118,7 @@ int CTiltMatrix::operator=(CTiltMatrix&& B) noexcept
     return 1;
 }
 
-// What a failed operator answers: this object is not valid any more.
+// What a failed operator returns; marks this object as not valid.
 const CTiltMatrix& CTiltMatrix::Failed(const CTiltMatrix& result) const
 {
     m_nValid = 0;
@@ -148,7 +148,7 @@ template <class Combine>
 CTiltMatrix CTiltMatrix::Combined(const CTiltMatrix& B, Combine combine) const
 {
     if (!HasSizeOf(B)) return Failed(B);
-    CTiltMatrix result(m_nRows, m_nCols, Fill::None);
+    CTiltMatrix result(m_nRows, m_nCols, Fill::Nothing);
     if (!HasSizeOf(result)) return Failed({});
     CombineInto(result, B, combine);
     return result;
@@ -157,7 +157,7 @@ CTiltMatrix CTiltMatrix::Combined(const CTiltMatrix& B, Combine combine) const
 template <class Change>
 CTiltMatrix CTiltMatrix::Changed(Change change) const
 {
-    CTiltMatrix result(m_nRows, m_nCols, Fill::None);
+    CTiltMatrix result(m_nRows, m_nCols, Fill::Nothing);
     if (!HasSizeOf(result)) return Failed({});
     ChangeInto(result, change);
     return result;
@@ -176,7 +176,7 @@ CTiltMatrix CTiltMatrix::operator-(const CTiltMatrix& B) const
 CTiltMatrix CTiltMatrix::operator*(const CTiltMatrix& B) const
 {
     if (m_nCols != B.m_nRows) return Failed(B);
-    CTiltMatrix product(m_nRows, B.m_nCols, Fill::None);
+    CTiltMatrix product(m_nRows, B.m_nCols, Fill::Nothing);
     if (HasElements() && !product.HasElements()) return Failed({});
     matrix::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), AsInt(product.m_nRows),
                      AsInt(m_nCols), AsInt(product.m_nCols));
@@ -294,7 +294,7 @@ CTiltMatrix CTiltMatrix::Reverse() const
 
 CTiltMatrix CTiltMatrix::MatTran() const
 {
-    CTiltMatrix transpose(m_nCols, m_nRows, Fill::None);
+    CTiltMatrix transpose(m_nCols, m_nRows, Fill::Nothing);
     matrix::Transpose(m_Data.Data(), transpose.m_Data.Data(), AsInt(transpose.m_nCols),
                       AsInt(transpose.m_nRows));
     return transpose;
@@ -329,7 +329,7 @@ CTiltMatrix CTiltMatrix::Slice(int r0, int c0, int r1, int c1) const
     };
     if (!inside(r0, r1, m_nRows) || !inside(c0, c1, m_nCols)) return {};
     CTiltMatrix part(static_cast<unsigned>(r1 - r0) + 1, static_cast<unsigned>(c1 - c0) + 1,
-                     Fill::None);
+                     Fill::Nothing);
     part.ForEachElement([&, r = static_cast<unsigned>(r0), c = static_cast<unsigned>(c0)](
                             unsigned i, unsigned j) { part.SetData(i, j, GetData(r + i, c + j)); });
     return part;

@@ -1,20 +1,20 @@
 // SPDX-License-Identifier: MIT
-//
-// CTiltMatrix, the small dense matrix of the multi-point solution.
-//
-//   elements   row-major, unsigned sizes and indices from 0; reads are not checked
-//   validity   IsValid() is 1 while the storage is allocated or the last operator on the object
-//              succeeded. A binary operator that fails sets it to 0 on its left operand and returns
-//              a copy of the right one, not a zero matrix; short of memory it returns 0 x 0
-//   cursors    the operations count with members of the object, reading ones too, so one object is
-//              never used by two operations at once; it may be both operands of an operator
-//   rounding   as CSZMatrix: sums in the documented order, no fused operations
-//
-//   CTiltMatrix A(2, 2);
-//   A.SetData(0, 0, 2.0);
-//   A.SetData(1, 1, 4.0);
-//   const CTiltMatrix inverse = ~A;
-//   if (A.IsValid() == 0) return; // singular
+/// @class CTiltMatrix
+/// The small dense matrix of the multi-point solution.
+///
+///     elements   row-major, unsigned sizes and indices from 0; reads are not checked
+///     validity   IsValid() is 1 while the storage is allocated or the last operator on the object
+///                succeeded. A binary operator that fails sets it to 0 on its left operand and
+///                returns a copy of the right one, not a zero matrix; short of memory it returns 0 x 0
+///     cursors    the operations count with members of the object, reading ones too, so one object
+///                is never used by two operations at once; it may be both operands of an operator
+///     rounding   as CSZMatrix: sums in the documented order, no fused operations
+///
+///     CTiltMatrix A(2, 2);
+///     A.SetData(0, 0, 2.0);
+///     A.SetData(1, 1, 4.0);
+///     const CTiltMatrix inverse = ~A;
+///     if (A.IsValid() == 0) return; // singular
 #pragma once
 
 #include "framework/core/Export.h"
@@ -170,7 +170,7 @@ public:
     int IsMaxtrixSingular() const;
 
 private:
-    enum class Fill { None, Zero };
+    enum class Fill { Nothing, Zero };
 
     CTiltMatrix(unsigned r, unsigned c, Fill fill) noexcept
     {

@@ -12,7 +12,9 @@
 #include "survey/SensorAxes.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <limits>
 
 namespace positioning = tiltpole::positioning;
@@ -52,6 +54,12 @@ positioning::Measured MeasureAtOnce(int sensorType, const survey::Pose& pose,
     default:
         return positioning::MeasureAtOnce<survey::kRightForwardUpType>(pose, sample);
     }
+}
+
+// The sign of a zero included, which a sine keeps.
+bool IsSameNumber(double a, double b)
+{
+    return std::bit_cast<std::uint64_t>(a) == std::bit_cast<std::uint64_t>(b);
 }
 
 void Fill(PoseSensorData& sample, const positioning::Measured& measured)
@@ -147,12 +155,37 @@ int CInclineSensor_Position::Position_Math(xyhCoordinate /*antenna*/, PoseSensor
     return 1;
 }
 
+// The pose that CalculateYaw_A left, if it is that of the sample.
+survey::Pose CInclineSensor_Position::PoseOf(const PoseSensorData& sample) const
+{
+    if (!IsSameNumber(sample.dPitch, m_dPosePitch) || !IsSameNumber(sample.dRoll, m_dPoseRoll))
+        return survey::PoseOf(sample.dPitch, sample.dRoll);
+    return {m_dSinPitch,
+            m_dCosPitch,
+            m_dSinRoll,
+            m_dCosRoll,
+            m_dSinPitch * m_dSinRoll,
+            m_dSinPitch * m_dCosRoll};
+}
+
+survey::Pose CInclineSensor_Position::KeepPose(const PoseSensorData& sample)
+{
+    const survey::Pose pose = survey::PoseOf(sample.dPitch, sample.dRoll);
+    m_dPosePitch = sample.dPitch;
+    m_dPoseRoll = sample.dRoll;
+    m_dSinPitch = pose.sinPitch;
+    m_dCosPitch = pose.cosPitch;
+    m_dSinRoll = pose.sinRoll;
+    m_dCosRoll = pose.cosRoll;
+    return pose;
+}
+
 double CInclineSensor_Position::HeadingByAxes(const PoseSensorData& sample, Magnetometer which,
                                               survey::SensorAxes axes) const
 {
     const double bias = which == Magnetometer::A ? m_dMagneticBiasAngle_A : m_dMagneticBiasAngle_B;
-    return positioning::HeadingOf(survey::PoseOf(sample.dPitch, sample.dRoll),
-                                  survey::ReadingOf(sample, which), which, axes, bias);
+    return positioning::HeadingOf(PoseOf(sample), survey::ReadingOf(sample, which), which, axes,
+                                  bias);
 }
 
 double CInclineSensor_Position::CalculateYaw_ADI(const PoseSensorData& sample, int useA) const
@@ -179,8 +212,8 @@ int CInclineSensor_Position::CalculateYaw_A(PoseSensorData& sample)
 {
     MagneticModify(m_MagneticCorrectPar_A, sample, 1);
     JudgeStillness(survey::ReadingOf(sample, Magnetometer::A), sample.dPitch, sample.dRoll);
-    const double tiltDirection = positioning::TiltDirectionOf(
-        Deg2Rad(sample.dPitch), Deg2Rad(sample.dRoll), survey::AxesOf(m_nSensorType));
+    const double tiltDirection =
+        positioning::TiltDirectionOf(KeepPose(sample), survey::AxesOf(m_nSensorType));
     sample.dYaw = Heading(sample, Magnetometer::A);
     sample.dYaw_Y = survey::AdjustedAzimuth(sample.dYaw - tiltDirection);
     return 1;

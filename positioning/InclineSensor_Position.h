@@ -1,33 +1,33 @@
 // SPDX-License-Identifier: MIT
-//
-// Computes the tip of a tilted survey pole from one pose sample, the antenna coordinate and the
-// length of the pole.
-//
-//   CInclineSensor_Position sensor;
-//   sensor.SetSensorType(1);
-//   sensor.ConfigRead(L"calibration.cfg");       // without it: no correction, no bias
-//
-//   PoseSensorData sample;                       // pitch 3 and roll -8 degrees, two readings
-//   sample.dPitch = 3.0;
-//   sample.dRoll = -8.0;
-//   sample.dMag_x = 150.0;                       // ... to dMag_z_2
-//   xyhCoordinate point{4823.10, 1290.55, 87.42}; // the antenna
-//   sensor.Position(sample, 2.0, point);         // now the tip of a pole of 2 m
-//   if (sensor.IsStationary() && !sensor.IsMagneticInterference())
-//       Record(point, sample.dYaw);
-//
-// Units and axes:
-//
-//   angles        degrees in every public call
-//   x, y, h       northing, easting, height [m]; azimuths count clockwise from +x toward +y
-//   pitch, roll   positive pitch raises the forward axis, positive roll lowers the right side
-//   magnetometer  raw sensor counts; A and B are mounted with their x and y axes opposed
-//   sensor type   1: x forward, y left, z up the pole; any other value: x right, y forward, z up.
-//                 Type 2 also adds the tilt direction to the azimuth of the projection
-//
-// Domain: poles that lean less than 90 degrees. Other poses give a result, too, but a pole beyond
-// the horizontal cannot be distinguished from an upright one. No operation throws. Arguments that
-// are not finite give results that are not finite.
+/// @class CInclineSensor_Position
+/// Computes the tip of a tilted survey pole from one pose sample, the antenna coordinate and the
+/// length of the pole.
+///
+///     CInclineSensor_Position sensor;
+///     sensor.SetSensorType(1);
+///     sensor.ConfigRead(L"calibration.cfg");       // without it: no correction, no bias
+///
+///     PoseSensorData sample;                       // pitch 3 and roll -8 degrees, two readings
+///     sample.dPitch = 3.0;
+///     sample.dRoll = -8.0;
+///     sample.dMag_x = 150.0;                       // ... to dMag_z_2
+///     xyhCoordinate point{4823.10, 1290.55, 87.42}; // the antenna
+///     sensor.Position(sample, 2.0, point);         // now the tip of a pole of 2 m
+///     if (sensor.IsStationary() && !sensor.IsMagneticInterference())
+///         Record(point, sample.dYaw);
+///
+/// Units and axes:
+///
+///     angles        degrees in every public call
+///     x, y, h       northing, easting, height [m]; azimuths count clockwise from +x toward +y
+///     pitch, roll   positive pitch raises the forward axis, positive roll lowers the right side
+///     magnetometer  raw sensor counts; A and B are mounted with their x and y axes opposed
+///     sensor type   1: x forward, y left, z up the pole; other values: x right, y forward, z up.
+///                   Type 2 also adds the tilt direction to the azimuth of the projection
+///
+/// Domain: poles that lean less than 90 degrees. Other poses give a result, too, but a pole beyond
+/// the horizontal cannot be distinguished from an upright one. No operation throws. Arguments that
+/// are not finite give results that are not finite.
 #pragma once
 
 #include "framework/core/Export.h"
@@ -39,6 +39,7 @@ namespace tiltpole::survey {
 enum class Magnetometer;
 enum class SensorAxes;
 struct Point3;
+struct Pose;
 struct Reading;
 } // namespace tiltpole::survey
 
@@ -197,6 +198,9 @@ public:
     /// value is empty or no CR follows. Text that is not a decimal number within range is read as
     /// 0. The first occurrence of "[key]" counts, anywhere in the file.
     ///
+    /// A damaged file is not refused: quality::LoadParameters (quality/ParameterFile.h) checks every
+    /// key and loads only a complete and plausible calibration.
+    ///
     /// @return 0 if the file does not exist or cannot be read (nothing changes); otherwise 1,
     ///         whatever the file contains
     int ConfigRead(CString path);
@@ -240,6 +244,7 @@ private:
     /// normalized by one step. ADI is for sensor type 1, SCA for all others.
     double CalculateYaw_ADI(const PoseSensorData& sample, int useA) const;
     double CalculateYaw_SCA(const PoseSensorData& sample, int useA) const;
+    tiltpole::survey::Pose PoseOf(const PoseSensorData& sample) const;
     double HeadingByAxes(const PoseSensorData& sample, tiltpole::survey::Magnetometer which,
                          tiltpole::survey::SensorAxes axes) const;
     double Heading(const PoseSensorData& sample, tiltpole::survey::Magnetometer which) const;
@@ -251,6 +256,7 @@ private:
     void JudgeStillness(const tiltpole::survey::Reading& a, double pitch, double roll);
     void JudgeInterference(const tiltpole::survey::Reading& a, const tiltpole::survey::Reading& b);
     void Keep(const PoseSensorData& sample);
+    tiltpole::survey::Pose KeepPose(const PoseSensorData& sample);
     double ProjectionAngle() const;
 
     Incline_MagneticCorrectParameter m_MagneticCorrectPar_A;
@@ -275,4 +281,10 @@ private:
     double m_dCosBiasAngle_A = 1.0; // of m_dMagneticBiasAngle_A; NaN beyond 1000 degrees, which
                                     // selects the step-by-step formulas
     double m_dSinBiasAngle_A = 0.0;
+    double m_dPosePitch = 0.0; // of CalculateYaw_A [degrees], with sines and cosines: those of
+    double m_dPoseRoll = 0.0;  // CalculateYaw_B as well, where its pose is the same
+    double m_dSinPitch = 0.0;
+    double m_dCosPitch = 1.0;
+    double m_dSinRoll = 0.0;
+    double m_dCosRoll = 1.0;
 };

@@ -1,14 +1,14 @@
 // SPDX-License-Identifier: MIT
-//
-// Calibration of the two magnetometers.
-//
-//   Incline_MagneticCorrectParameter correction; // leaves readings unchanged
-//   correction.x0 = 120.0;
-//   correction.b = 1.04;
-//   sensor.SetMagneticCorrectPar_A(correction); // a CInclineSensor_Position
-//
-// Offsets are in sensor counts, scales and mixing factors have no unit; any value is accepted.
-// The axes are those of the magnetometer itself.
+/// @file
+/// Calibration of the two magnetometers.
+///
+///     Incline_MagneticCorrectParameter correction; // leaves readings unchanged
+///     correction.x0 = 120.0;
+///     correction.b = 1.04;
+///     sensor.SetMagneticCorrectPar_A(correction); // a CInclineSensor_Position
+///
+/// Offsets are in sensor counts, scales and mixing factors have no unit; any value is accepted.
+/// The axes are those of the magnetometer itself.
 #pragma once
 
 /// Correction of one three-axis magnetometer. A raw reading (mx, my, mz) [counts] becomes

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-//
-// One sample of the pose sensor, and a point in the survey coordinate system.
-//
-//   PoseSensorData sample;
-//   sample.dPitch = 3.0;
-//   sample.dRoll = -8.0;
-//   sample.dMag_x = 150.0; // ... to dMag_z_2
-//   CString row = sample.ToText();
-//
-//   angles        degrees; positive pitch raises the forward axis, positive roll lowers the right
-//                 side
-//   magnetometer  raw sensor counts; A and B are mounted with their x and y axes opposed
-//   gyro, acc     as the sensor reports them: written to the text form, not used in any computation
+/// @file
+/// One sample of the pose sensor, and a point in the survey coordinate system.
+///
+///     PoseSensorData sample;
+///     sample.dPitch = 3.0;
+///     sample.dRoll = -8.0;
+///     sample.dMag_x = 150.0; // ... to dMag_z_2
+///     CString row = sample.ToText();
+///
+///     angles        degrees; positive pitch raises the forward axis, positive roll lowers the
+///                   right side
+///     magnetometer  raw sensor counts; A and B are mounted with their x and y axes opposed
+///     gyro, acc     as the sensor reports them: written to the text form, not used for anything else
 #pragma once
 
 #include "framework/core/Export.h"

@@ -95,7 +95,7 @@ struct LevelledField
 
 /// (forward·m, rightward·m) of LevelFrameOf, without its products by 0: where one component of the
 /// reading is infinite, the part that does not depend on it stays finite.
-/// Derivation: docs/formulas.md, "Levelling".
+/// Derivation: docs/formulas.md, "Leveling".
 inline LevelledField Levelled(const Pose& pose, const Reading& m, SensorAxes axes)
 {
     if (axes == SensorAxes::ForwardLeftUp)

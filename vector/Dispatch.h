@@ -20,8 +20,8 @@ inline constexpr int kMostLanes = 8;
 inline constexpr int kMostLanes = 2;
 #endif
 
-/// Doubles in the widest vectors of this processor: 2, 4 (AVX2) or 8 (AVX-512F). The processor is
-/// asked once.
+/// Doubles in the widest vectors of this processor: 2, 4 (AVX2) or 8 (AVX-512F). Looked up on the
+/// first call.
 int LanesOfProcessor();
 
 /// The kernels of the largest width up to `lanes` and up to Most.

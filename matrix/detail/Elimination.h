@@ -162,7 +162,7 @@ private:
         return pivot;
     }
 
-    // Subtracts the pivot row from a row; with Search, answers and keeps what is largest in it.
+    // Subtracts the pivot row from a row; with Search, finds the largest element it leaves.
     template <bool Search>
     Lanes EliminateFrom(Index stored, const Pivot& pivot)
     {

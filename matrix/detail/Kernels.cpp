@@ -3,6 +3,7 @@
 
 #include "vector/Dispatch.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <utility>
@@ -136,11 +137,24 @@ void Multiply(const double* a, const double* b, double* c, int rows, int inner, 
     }
 }
 
+// Four rows at a time, so that elements are stored side by side. All four are loaded first: the
+// compiler cannot know that a store leaves `a` alone.
 void Transpose(const double* a, double* t, int rows, int cols)
 {
-    for (std::ptrdiff_t r = 0; r < rows; ++r)
+    constexpr std::ptrdiff_t kTogether = 4;
+    const std::ptrdiff_t stride = cols;
+    std::ptrdiff_t r = 0;
+    for (; rows - r >= kTogether; r += kTogether) {
+        const double* from = a + r * stride;
+        double* to = t + r;
+        for (int c = 0; c < cols; ++c, ++from, to += rows) {
+            const double x[kTogether] = {from[0], from[stride], from[2 * stride], from[3 * stride]};
+            std::copy_n(x, kTogether, to);
+        }
+    }
+    for (; r < rows; ++r)
         for (std::ptrdiff_t c = 0; c < cols; ++c)
-            t[c * rows + r] = a[r * cols + c];
+            t[c * rows + r] = a[r * stride + c];
 }
 
 Outcome Invert(double* a, int n, PivotFloor floor)

@@ -8,6 +8,8 @@
 #include "matrix/detail/Scratch.h"
 #include "vector/Lanes.h"
 
+#include <utility>
+
 namespace tiltpole::matrix {
 
 // ---- product -----------------------------------------------------------------------------------
@@ -20,37 +22,47 @@ struct Product
     Index rows, inner, cols;
 };
 
+template <class F, int... I>
+[[gnu::always_inline]] inline void UnrolledOver(std::integer_sequence<int, I...>,
+                                                [[maybe_unused]] F f)
+{
+    (f.template operator()<I>(), ...);
+}
+
+// f<0>() ... f<Count - 1>(): an array whose every index is such a constant lives in registers from
+// the start. The compiler unrolls a loop too late for that and stores each sum at every step.
+template <int Count, class F>
+[[gnu::always_inline]] inline void Unrolled(F f)
+{
+    UnrolledOver(std::make_integer_sequence<int, Count>(), f);
+}
+
 // A tile of Rows rows and Across vectors of the product, from (row, col) on; the last vector holds
 // `lastLanes` columns. The sums stay in registers while k rises.
 template <int Width, int Rows, int Across>
 void MultiplyTile(const Product& p, Index row, Index col, Index lastLanes)
 {
     using Lanes = vector::Lanes<Width>;
-    constexpr Index kWidth = Width;
-    constexpr Index kLast = (Across - 1) * kWidth;
+    constexpr int kLast = Across - 1;
     Lanes sum[Rows][Across];
-    for (auto& rowSum : sum)
-        for (Lanes& s : rowSum)
-            s = 0.0;
+    Unrolled<Rows>([&]<int r>() { Unrolled<Across>([&]<int v>() { sum[r][v] = 0.0; }); });
     const double* a = p.a + row * p.inner;
     const double* b = p.b + col;
-    for (Index k = 0; k < p.inner; ++k, b += p.cols) {
+    for (Index k = 0; k < p.inner; ++k, ++a, b += p.cols) {
         Lanes factor[Across];
-        for (int v = 0; v < Across - 1; ++v)
-            factor[v] = Lanes::Load(b + v * kWidth);
-        factor[Across - 1] = Lanes::LoadPart(b + kLast, lastLanes);
-        for (int r = 0; r < Rows; ++r) {
-            const Lanes x = a[r * p.inner + k];
-            for (int v = 0; v < Across; ++v)
-                sum[r][v] = sum[r][v] + x * factor[v];
-        }
+        Unrolled<kLast>([&]<int v>() { factor[v] = Lanes::Load(b + v * Index{Width}); });
+        factor[kLast] = Lanes::LoadPart(b + kLast * Index{Width}, lastLanes);
+        Unrolled<Rows>([&]<int r>() {
+            const Lanes x = a[r * p.inner];
+            Unrolled<Across>([&]<int v>() { sum[r][v] = sum[r][v] + x * factor[v]; });
+        });
     }
-    for (int r = 0; r < Rows; ++r) {
-        double* c = p.c + (row + r) * p.cols + col;
-        for (int v = 0; v < Across - 1; ++v)
-            sum[r][v].Store(c + v * kWidth);
-        sum[r][Across - 1].StorePart(c + kLast, lastLanes);
-    }
+    double* c = p.c + row * p.cols + col;
+    Unrolled<Rows>([&]<int r>() {
+        Unrolled<kLast>([&]<int v>() { sum[r][v].Store(c + v * Index{Width}); });
+        sum[r][kLast].StorePart(c + kLast * Index{Width}, lastLanes);
+        c += p.cols;
+    });
 }
 
 // All rows of the Across vectors of columns from `col` on.
@@ -80,7 +92,7 @@ void MultiplyStrip(const Product& p, Index col, Index lastLanes)
 
 // A product of two N x N arrays, the size known to the compiler: every sum unrolled.
 template <int Width, Index N>
-void MultiplyFixed(const double* a, const double* b, double* c)
+[[gnu::flatten]] void MultiplyFixed(const double* a, const double* b, double* c)
 {
     constexpr Index kAcross = Padding<Width>::RoundUp(N) / Width;
     constexpr int kRows = Width < 4 ? 2 : static_cast<int>(N); // as many as registers hold

@@ -6,7 +6,7 @@
 //
 // Degrees. Levelled (survey/SensorAxes.h) removes the lean of the pole from the reading.
 // Magnetometer B is mounted the other way around, so its pose is reversed. Derivation:
-// docs/formulas.md, "Levelling".
+// docs/formulas.md, "Leveling".
 #pragma once
 
 #include "survey/Angle.h"

@@ -21,7 +21,7 @@ Measured MeasureByFormulas(int sensorType, const Observation& sample)
     Measured m{};
     m.headingA = NormalizedHeading(pose, sample.a, Magnetometer::A, axes, sample.bias.a);
     m.headingB = NormalizedHeading(pose, sample.b, Magnetometer::B, axes, sample.bias.b);
-    m.headingLessTilt = survey::AdjustedAzimuth(m.headingA - TiltDirectionOf(pitch, roll, axes));
+    m.headingLessTilt = survey::AdjustedAzimuth(m.headingA - TiltDirectionOf(pose, axes));
     m.trust = Trust::Everything;
 
     const auto [u, v] = TiltAnglesOf(pitch, roll, axes);

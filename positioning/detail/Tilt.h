@@ -76,12 +76,8 @@ inline double ProjectionAzimuthOf(double heading, double k1, double pitch, doubl
 /// which equals −tan u·tan v except for rounding of about 1e-16·(sin²u + sin²v)/(sin u·sin v). If u
 /// or v is 0 the quotient is 0/0; its limit q = 0 is used, so a plumb pole has a tilt direction,
 /// too.
-inline double TiltDirectionCosine(double u, double v)
+inline double TiltDirectionCosine(double sinU, double cosU, double sinV, double cosV)
 {
-    const double sinU = std::sin(u);
-    const double cosU = std::cos(u);
-    const double sinV = std::sin(v);
-    const double cosV = std::cos(v);
     const double sin2U = sinU * sinU;
     const double cos2U = cosU * cosU;
     const double sin2V = sinV * sinV;
@@ -90,11 +86,21 @@ inline double TiltDirectionCosine(double u, double v)
     return under == 0.0 ? 0.0 : (cos2U * sin2V + cos2V * sin2U - (sin2V + sin2U)) / under;
 }
 
-/// The tilt direction by the law of cosines, of pitch and roll [rad] in [0, 180] [degrees].
-inline double TiltDirectionOf(double pitch, double roll, survey::SensorAxes axes)
+/// The tilt direction by the law of cosines, in [0, 180] [degrees].
+inline double TiltDirectionOf(const survey::Pose& pose, survey::SensorAxes axes)
 {
-    const auto [u, v] = TiltAnglesOf(pitch, roll, axes);
-    return survey::Rad2Deg(survey::ArcCosine(TiltDirectionCosine(u, v)));
+    double sinU = pose.sinPitch;
+    double cosU = pose.cosPitch;
+    double sinV = pose.sinRoll;
+    double cosV = pose.cosRoll;
+    if (axes != survey::SensorAxes::ForwardLeftUp) {
+        const double u = -survey::ArcSine(pose.cosPitch * pose.sinRoll);
+        sinU = std::sin(u);
+        cosU = std::cos(u);
+        sinV = pose.sinPitch;
+        cosV = pose.cosPitch;
+    }
+    return survey::Rad2Deg(survey::ArcCosine(TiltDirectionCosine(sinU, cosU, sinV, cosV)));
 }
 
 } // namespace tiltpole::positioning

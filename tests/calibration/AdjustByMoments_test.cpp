@@ -4,6 +4,7 @@
 // data.
 #include "calibration/solver/MomentSolver.h"
 #include "tests/calibration/AdjustTools.h"
+#include "tests/reference/LiteralAdjust.h"
 
 #include <gtest/gtest.h>
 
@@ -208,20 +209,81 @@ TEST(AdjustByMoments, ShortArcsAgreeToNineDigits)
     }
 }
 
-// Leans just below and above the bound that ends the passes, 1e-7 to either side.
+// Four fifths of a turn leave x and y correlated: a second pass still moves the correction.
+const turns::Shape kPartOfATurn{.samples = 360, .revolutions = 0.8, .noise = 0.2, .seed = 9};
+
+Turn LeaningTurn(double lean)
+{
+    Turn turn = turns::Make(kPartOfATurn, turns::TurnAxis::Horizontal);
+    for (PoseSensorData& s : turn) {
+        s.dMag_z += lean * s.dMag_x;
+        s.dMag_z_2 = s.dMag_z;
+    }
+    return turn;
+}
+
+literal::Readings ReadingsOf(const Turn& turn)
+{
+    literal::Readings readings;
+    for (const PoseSensorData& s : turn)
+        readings.push_back({s.dMag_x, s.dMag_y, s.dMag_z});
+    return readings;
+}
+
+// The lean of z on x above which extended precision takes a second pass.
+double LeanThatNeedsASecondPass(const Turn& vertical)
+{
+    double one = 0.0005, two = 0.002;
+    for (int i = 0; i < 50; ++i) {
+        const double middle = (one + two) / 2;
+        int passes = 0;
+        literal::Calibrate(ReadingsOf(LeaningTurn(middle)), ReadingsOf(vertical), &passes);
+        (passes == 1 ? one : two) = middle;
+    }
+    return one;
+}
+
 TEST(AdjustByMoments, BoundOfThePassesIsTheSame)
 {
-    turns::Shape shape{.samples = 360, .revolutions = 1, .noise = 0.2, .seed = 9};
-    const Turn vertical = turns::Make(shape, turns::TurnAxis::Vertical);
+    const Turn vertical = turns::Make(kPartOfATurn, turns::TurnAxis::Vertical);
+    const double bound = LeanThatNeedsASecondPass(vertical);
     for (int step = -40; step <= 40; ++step) {
-        Turn horizontal = turns::Make(shape, turns::TurnAxis::Horizontal);
-        for (PoseSensorData& s : horizontal) {
-            const double lean = 0.001 + step * 5e-9;
-            s.dMag_z += lean * s.dMag_x + lean * lean * s.dMag_y;
-            s.dMag_z_2 = s.dMag_z;
-        }
         SCOPED_TRACE(step);
-        ExpectSameAsTheFits(horizontal, vertical, 1e-9);
+        ExpectSameAsTheFits(LeaningTurn(bound + step * 5e-9), vertical, 1e-9);
+    }
+}
+
+// There the rounding of the sums could end the passes elsewhere than that of the fits.
+TEST(AdjustByMoments, LeavesALeanNextToTheBoundToTheFits)
+{
+    const Turn vertical = turns::Make(kPartOfATurn, turns::TurnAxis::Vertical);
+    const double bound = LeanThatNeedsASecondPass(vertical);
+    const auto isSolved = [&](double lean) {
+        return tiltpole::calibration::SolveByMoments(Columns(LeaningTurn(lean)), Columns(vertical))
+            .has_value();
+    };
+    for (const double away : {-9e-8, -1e-9, 1e-9, 9e-8})
+        EXPECT_FALSE(isSolved(bound + away)) << away;
+    for (const double away : {-1.2e-7, 1.2e-7})
+        EXPECT_TRUE(isSolved(bound + away)) << away;
+}
+
+// Both ways, a twentieth below and above the lean that asks for another pass.
+TEST(AdjustByMoments, EndsThePassesAtALeanOfAThousandth)
+{
+    const Turn vertical = turns::Make(kPartOfATurn, turns::TurnAxis::Vertical);
+    const double bound = LeanThatNeedsASecondPass(vertical);
+    for (const double lean : {bound - 5e-5, bound + 5e-5}) {
+        SCOPED_TRACE(lean);
+        const Turn horizontal = LeaningTurn(lean);
+        const auto expected = literal::Calibrate(ReadingsOf(horizontal), ReadingsOf(vertical));
+        Incline_MagneticCorrectParameter byFits;
+        ASSERT_EQ(ReachAdjust().MagCorrPara(MatrixOf(horizontal), MatrixOf(vertical), byFits), 1);
+        EXPECT_NEAR(byFits.d, static_cast<double>(expected.d), 1e-8);
+        const auto byMoments =
+            tiltpole::calibration::SolveByMoments(Columns(horizontal), Columns(vertical));
+        ASSERT_TRUE(byMoments.has_value());
+        EXPECT_NEAR(byMoments->d, static_cast<double>(expected.d), 1e-8);
     }
 }
 

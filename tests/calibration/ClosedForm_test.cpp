@@ -5,6 +5,8 @@
 
 #include <gtest/gtest.h>
 
+#include <cmath>
+
 namespace {
 
 constexpr unsigned kExclamation = 0x30;
@@ -66,6 +68,24 @@ TEST(ClosedForm, RefusesConicsThatAreNoEllipse)
         EXPECT_EQ(boxes.shown, std::vector<Box>{box});
         EXPECT_EQ(P.x0, 3);
         EXPECT_EQ(P.b, 1);
+    }
+}
+
+// The bound of the discriminant 4·p0·(1 − p0) − p1² is below 0: a parabola passes, and its center
+// lies nowhere.
+TEST(ClosedForm, TakesAParabolaForAnEllipse)
+{
+    const CSZMatrix ellipse = ConicAbout(1.04, 0.4, 1, 0, 0);
+    const CSZMatrix parabola = ColumnOf({0.5, 1, -1, -2, 0});
+    for (const bool horizontal : {true, false}) {
+        RecordedBoxes boxes;
+        Incline_MagneticCorrectParameter P;
+        EXPECT_EQ(ReachAdjust().MagCorrPara(horizontal ? parabola : ellipse,
+                                            horizontal ? ellipse : parabola, ColumnOf({0, 0, 0}),
+                                            P),
+                  1);
+        EXPECT_TRUE(boxes.shown.empty());
+        EXPECT_FALSE(std::isfinite(P.z0));
     }
 }
 

@@ -107,6 +107,17 @@ TEST(EllipseFit, RejectsAHyperbolaAndStillFillsIt)
     EXPECT_NEAR(p.GetData(4, 0), 1, 1e-9);
 }
 
+// v² = u: p0 and p1 are exactly 0, and so is 4·p0·(1 − p0) − p1².
+TEST(EllipseFit, RejectsAParabola)
+{
+    CSZMatrix p;
+    EXPECT_EQ(ReachAdjust().EllipseFit(ColumnOf({0, 1, 1, 9, 9}), ColumnOf({0, 1, -1, 3, -3}), p),
+              0);
+    ASSERT_EQ(p.GetData(0, 0), 0) << "the discriminant is meant to be exactly 0";
+    ASSERT_EQ(p.GetData(1, 0), 0);
+    EXPECT_NEAR(p.GetData(2, 0), -1, 1e-12);
+}
+
 TEST(EllipseFit, AgreesWithExtendedPrecisionOnNoisyTurns)
 {
     for (const turns::Shape& shape : turns::Shapes()) {

@@ -6,6 +6,8 @@
 #include "tests/matrix/MatrixTools.h"
 
 #include <climits>
+#include <cstddef>
+#include <malloc.h>
 #include <memory>
 #include <string>
 #include <type_traits>
@@ -395,6 +397,22 @@ TEST(SZMatrix, KeepsItsElementsInPlaceWhileItsSizeStays)
             last = 5.0;
             EXPECT_EQ(m.GetData(n - 1, n - 1), 5.0) << same.what << ", " << n << " x " << n;
         }
+}
+
+TEST(SZMatrix, GivesItsMemoryBack)
+{
+    const auto held = [] {
+        const struct mallinfo2 info = ::mallinfo2();
+        return info.uordblks + info.hblkhd;
+    };
+    const std::size_t before = held();
+    {
+        CSZMatrix m(50, 50);
+        m.Alloc(60, 60);
+        CSZMatrix copy = m;
+        copy = CSZMatrix(20, 20);
+    }
+    EXPECT_EQ(held(), before);
 }
 
 TEST(SZMatrix, MoveAssignmentOfTheSameSizeLeavesNothingBehind)

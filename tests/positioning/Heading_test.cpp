@@ -2,7 +2,9 @@
 #include "tests/positioning/Reach.h"
 #include "tests/reference/LiteralPosition.h"
 
+#include <bit>
 #include <cmath>
+#include <cstdint>
 #include <gtest/gtest.h>
 #include <limits>
 #include <random>
@@ -11,6 +13,7 @@ namespace {
 
 constexpr double kRoundOff = 1e-12; // [degrees], two roundings of a heading
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
 
 // On a level pole the heading follows directly from the horizontal field.
 void CheckLevelHeading(int type, Field field, double expectedA, double expectedB)
@@ -104,6 +107,39 @@ TEST(Heading, LeavesTheReadingAsItIsWithoutACorrection)
         EXPECT_EQ(sample.dMag_y_2, m.y);
         EXPECT_EQ(sample.dMag_z_2, m.z);
     }
+}
+
+// CalculateYaw_A leaves its sines and cosines to CalculateYaw_B, which computes them for any other
+// pose.
+TEST(Heading, OfBHasTheSameBitsWhateverPoseAHad)
+{
+    constexpr double angles[] = {0.0, -0.0, 1e-300, 3.5, -8.25, 90.0, -180.0, kInfinity, kNaN};
+    constexpr Field fields[] = {
+  // In the second the sign of a zero shows.
+        {-150, 290,  400},
+        {-0.0, -0.0, 400}
+    };
+    const auto headingAfterA = [](const Field& field, int type, double pitch, double roll,
+                                  double ofA, double rollOfA) {
+        Reach sensor(type);
+        PoseSensorData earlier = Sample(ofA, rollOfA, field);
+        PoseSensorData sample = Sample(pitch, roll, field, field);
+        sensor.CalculateYaw_A(earlier);
+        sensor.CalculateYaw_B(sample);
+        return std::bit_cast<std::uint64_t>(sample.dYaw_2);
+    };
+    for (const Field& field : fields)
+        for (const int type : kSensorTypes)
+            for (const double pitch : angles)
+                for (const double roll : angles) {
+                    const auto expected = headingAfterA(field, type, pitch, roll, 11, -7);
+                    for (const double ofA : {pitch, -pitch, 11.0})
+                        for (const double rollOfA : {roll, -roll, -7.0})
+                            EXPECT_EQ(headingAfterA(field, type, pitch, roll, ofA, rollOfA),
+                                      expected)
+                                << "pitch " << pitch << ", roll " << roll << ", A at " << ofA << ' '
+                                << rollOfA;
+                }
 }
 
 TEST(Heading, CorrectsTheReadingInPlaceFromRawValues)

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "positioning/detail/KeyedTextFile.h"
 
-#include "tests/positioning/TemporaryFolder.h"
+#include "tests/framework/core/Folder.h"
 
 #include <array>
+#include <filesystem>
 #include <gtest/gtest.h>
 #include <limits>
 #include <rapidcheck/gtest.h>
@@ -22,9 +23,9 @@ KeyedTextFile Holding(std::string content)
 
 TEST(KeyedTextFile, WritesOneLinePerValue)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     KeyedTextFile file;
-    ASSERT_EQ(file.OpenForWriting(folder.Path("a.txt")), 1);
+    ASSERT_EQ(file.OpenForWriting(folder.File("a.txt")), 1);
     EXPECT_EQ(file.WriteDouble("Real", -1.5), 1);
     EXPECT_EQ(file.WriteInteger("Count", -42), 1);
     EXPECT_EQ(file.WriteString("Name", L"mast 7"), 1);
@@ -34,15 +35,15 @@ TEST(KeyedTextFile, WritesOneLinePerValue)
 
 TEST(KeyedTextFile, ReadsBackWhatItWrote)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     KeyedTextFile file;
-    file.OpenForWriting(folder.Path("a.txt"));
+    file.OpenForWriting(folder.File("a.txt"));
     file.WriteDouble("Real", 1e9 / 3);
     file.WriteInteger("Count", std::numeric_limits<int>::min());
     file.WriteString("Name", CString("Höhe 磁力计"));
     ASSERT_EQ(file.Close(), 1);
 
-    ASSERT_EQ(file.OpenForReading(folder.Path("a.txt")), 1);
+    ASSERT_EQ(file.OpenForReading(folder.File("a.txt")), 1);
     double real = 0;
     int count = 0;
     CString name;
@@ -58,23 +59,23 @@ TEST(KeyedTextFile, ReadsBackWhatItWrote)
 
 TEST(KeyedTextFile, EmptiesAFileThatWasThere)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     folder.Write("a.txt", "something longer than what follows");
     KeyedTextFile file;
-    file.OpenForWriting(folder.Path("a.txt"));
+    file.OpenForWriting(folder.File("a.txt"));
     EXPECT_EQ(file.Close(), 1);
     EXPECT_EQ(folder.Read("a.txt"), "");
 }
 
 TEST(KeyedTextFile, CannotBeOpenedWhereThereIsNoFile)
 {
-    const TemporaryFolder folder;
-    folder.MakeFolder("sub");
+    const TestFolder folder;
+    std::filesystem::create_directory(folder.Native() / "sub");
     KeyedTextFile file;
-    EXPECT_EQ(file.OpenForReading(folder.Path("missing.txt")), 0);
-    EXPECT_EQ(file.OpenForReading(folder.Path("sub")), 0);
+    EXPECT_EQ(file.OpenForReading(folder.File("missing.txt")), 0);
+    EXPECT_EQ(file.OpenForReading(folder.File("sub")), 0);
     EXPECT_EQ(file.OpenForReading(L""), 0);
-    EXPECT_EQ(file.OpenForWriting(folder.Path("sub")), 0);
+    EXPECT_EQ(file.OpenForWriting(folder.File("sub")), 0);
     EXPECT_EQ(file.OpenForWriting(L""), 0);
 }
 
@@ -178,15 +179,15 @@ TEST(KeyedTextFile, ReadsNumbersAtTheStartOfAText)
 
 TEST(KeyedTextFile, RefusesALineOfMoreThanAHundredBytes)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     folder.Write("a.txt", "old");
     KeyedTextFile file;
-    file.OpenForWriting(folder.Path("a.txt"));
+    file.OpenForWriting(folder.File("a.txt"));
     EXPECT_EQ(file.WriteString("k", CString(L'x', 95)), 1) << "100 bytes with brackets and CR LF";
     EXPECT_EQ(file.Close(), 1);
     EXPECT_EQ(folder.Read("a.txt").size(), 100U);
 
-    file.OpenForWriting(folder.Path("a.txt"));
+    file.OpenForWriting(folder.File("a.txt"));
     EXPECT_EQ(file.WriteInteger("n", 1), 1);
     EXPECT_EQ(file.WriteString("k", CString(L'x', 96)), 0);
     EXPECT_EQ(file.WriteString("k", CString(L'ö', 48)), 0) << "bytes count, not characters";
@@ -195,7 +196,7 @@ TEST(KeyedTextFile, RefusesALineOfMoreThanAHundredBytes)
     EXPECT_EQ(folder.Read("a.txt").size(), 100U) << "the old file stays";
     EXPECT_EQ(folder.Names().size(), 1U);
 
-    file.OpenForWriting(folder.Path("a.txt"));
+    file.OpenForWriting(folder.File("a.txt"));
     EXPECT_EQ(file.WriteInteger("n", 1), 1);
     EXPECT_EQ(file.Close(), 1) << "a new content is not concerned";
     EXPECT_EQ(folder.Read("a.txt"), "[n]1\r\n");
@@ -203,11 +204,11 @@ TEST(KeyedTextFile, RefusesALineOfMoreThanAHundredBytes)
 
 TEST(KeyedTextFile, RefusesWhatIsNotFinite)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     for (const double value :
          {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
         KeyedTextFile file;
-        file.OpenForWriting(folder.Path("a.txt"));
+        file.OpenForWriting(folder.File("a.txt"));
         EXPECT_EQ(file.WriteDouble("k", value), 0);
         EXPECT_EQ(file.Close(), 0);
         EXPECT_EQ(folder.Names().size(), 0U);

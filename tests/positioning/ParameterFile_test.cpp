@@ -3,7 +3,7 @@
 // The parameter file: its exact bytes, the values read from damaged files, and the state after a
 // failure.
 #include "positioning/InclineSensor_Position.h"
-#include "tests/positioning/TemporaryFolder.h"
+#include "tests/framework/core/Folder.h"
 #include "tests/reference/FailingAllocations.h"
 
 #include <array>
@@ -87,10 +87,10 @@ Values Rising()
 // The values of a new object after it has read `content`.
 Values ReadFrom(const std::string& content)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     folder.Write(kFile, content);
     CInclineSensor_Position sensor;
-    EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 1);
+    EXPECT_EQ(sensor.ConfigRead(folder.File(kFile)), 1);
     return ValuesOf(sensor);
 }
 
@@ -98,35 +98,35 @@ const Values kDefaults = ValuesOf(CInclineSensor_Position{});
 
 TEST(ParameterFile, HasTwentyOneLinesInTheirOrder)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     std::string expected;
     for (std::size_t i = 0; i < kKeys.size(); ++i)
         expected += std::string("[") + kKeys[i] + "]" + std::to_string(i + 1) + ".0000000000\r\n";
     CInclineSensor_Position sensor = With(Rising());
-    EXPECT_EQ(sensor.ConfigSave(folder.Path(kFile)), 1);
+    EXPECT_EQ(sensor.ConfigSave(folder.File(kFile)), 1);
     EXPECT_EQ(folder.Read(kFile), expected);
     EXPECT_EQ(folder.Names().size(), 1U) << "nothing beside it";
 }
 
 TEST(ParameterFile, BeginsWithAZeroForADefaultObject)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     CInclineSensor_Position sensor;
-    EXPECT_EQ(sensor.ConfigSave(folder.Path(kFile)), 1);
+    EXPECT_EQ(sensor.ConfigSave(folder.File(kFile)), 1);
     EXPECT_EQ(folder.Read(kFile).substr(0, 54),
               "[MagneticA.a]0.0000000000\r\n[MagneticA.b]1.0000000000\r\n");
 }
 
 TEST(ParameterFile, WritesTenDecimalsAndNoExponent)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     Values values{};
     values[0] = -1e-11;
     values[1] = 0.00000000005; // a little above one half of the last digit
     values[2] = 123456789012.0625;
     values[3] = -0.12345678915;
     CInclineSensor_Position sensor = With(values);
-    EXPECT_EQ(sensor.ConfigSave(folder.Path(kFile)), 1);
+    EXPECT_EQ(sensor.ConfigSave(folder.File(kFile)), 1);
     const std::string text = folder.Read(kFile);
     EXPECT_EQ(text.substr(0, text.find("[MagneticA.e]")),
               "[MagneticA.a]-0.0000000000\r\n[MagneticA.b]0.0000000001\r\n"
@@ -135,24 +135,24 @@ TEST(ParameterFile, WritesTenDecimalsAndNoExponent)
 
 TEST(ParameterFile, RestoresADefaultObject)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     CInclineSensor_Position saved;
-    ASSERT_EQ(saved.ConfigSave(folder.Path(kFile)), 1);
+    ASSERT_EQ(saved.ConfigSave(folder.File(kFile)), 1);
     CInclineSensor_Position read = With(Rising());
-    EXPECT_EQ(read.ConfigRead(folder.Path(kFile)), 1);
+    EXPECT_EQ(read.ConfigRead(folder.File(kFile)), 1);
     EXPECT_EQ(ValuesOf(read), kDefaults);
 }
 
 RC_GTEST_PROP(ParameterFile, RestoresEveryMemberToTenDecimals, ())
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     Values values;
     for (double& v : values)
         v = *rc::gen::inRange(-1000000000, 1000000000) / 1.7e7;
     CInclineSensor_Position saved = With(values);
     CInclineSensor_Position read;
-    RC_ASSERT(saved.ConfigSave(folder.Path(kFile)) == 1);
-    RC_ASSERT(read.ConfigRead(folder.Path(kFile)) == 1);
+    RC_ASSERT(saved.ConfigSave(folder.File(kFile)) == 1);
+    RC_ASSERT(read.ConfigRead(folder.File(kFile)) == 1);
     const Values restored = ValuesOf(read);
     for (std::size_t i = 0; i < values.size(); ++i)
         RC_ASSERT(std::fabs(restored[i] - values[i]) <= 0.5001e-10);
@@ -160,14 +160,14 @@ RC_GTEST_PROP(ParameterFile, RestoresEveryMemberToTenDecimals, ())
 
 TEST(ParameterFile, LeavesTypeAndFlagsAlone)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     folder.Write(kFile, "[MagneticBiasAngle_A]1\r\n");
     CInclineSensor_Position sensor;
     sensor.SetSensorType(2);
     PoseSensorData sample;
     sensor.CalculateYaw_A(sample);
     ASSERT_EQ(sensor.IsStationary(), 1);
-    EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 1);
+    EXPECT_EQ(sensor.ConfigRead(folder.File(kFile)), 1);
     EXPECT_EQ(sensor.GetSensorType(), 2);
     EXPECT_EQ(sensor.IsStationary(), 1);
 }
@@ -185,11 +185,11 @@ TEST(ParameterFile, UpdatesOnlyWhatItNames)
 
 TEST(ParameterFile, LeavesEveryMemberThatItDoesNotName)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     for (std::size_t i = 0; i < kKeys.size(); ++i) {
         folder.Write(kFile, std::string("[") + kKeys[i] + "]-7.25\r\n");
         CInclineSensor_Position sensor = With(Rising());
-        EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 1);
+        EXPECT_EQ(sensor.ConfigRead(folder.File(kFile)), 1);
         Values expected = Rising();
         expected[i] = -7.25;
         EXPECT_EQ(ValuesOf(sensor), expected) << kKeys[i];
@@ -207,8 +207,8 @@ pid_t InChild(Work work)
 
 TEST(ParameterFile, ReadsAPipeToItsEnd)
 {
-    const TemporaryFolder folder;
-    const CString path = folder.Path("pipe");
+    const TestFolder folder;
+    const CString path = folder.File("pipe");
     ASSERT_EQ(::mkfifo((folder.Native() / "pipe").c_str(), 0666), 0);
     const std::string content =
         std::string(100000, ' ') + "[MagneticA.a]2\r\n" + std::string(1 << 19, 'x');
@@ -230,11 +230,11 @@ TEST(ParameterFile, IsRefusedWhereItNeverEnds)
 
 TEST(ParameterFile, TakesNoMoreThanItNeedsFromAPipeThatNeverEnds)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     ASSERT_EQ(::mkfifo((folder.Native() / "pipe").c_str(), 0666), 0);
     const pid_t child = InChild([&] {
         CInclineSensor_Position sensor;
-        return sensor.ConfigRead(folder.Path("pipe"));
+        return sensor.ConfigRead(folder.File("pipe"));
     });
     ASSERT_GT(child, 0);
     const auto pipeSignal = std::signal(SIGPIPE, SIG_IGN);
@@ -253,23 +253,23 @@ TEST(ParameterFile, TakesNoMoreThanItNeedsFromAPipeThatNeverEnds)
 
 TEST(ParameterFile, IsReadUpTo256Mebibytes)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     folder.Write(kFile, "[MagneticA.a]2\r\n");
     std::filesystem::resize_file(folder.Native() / kFile, (256 << 20) + 1); // takes no disk space
     CInclineSensor_Position sensor = With(Rising());
-    EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 0);
+    EXPECT_EQ(sensor.ConfigRead(folder.File(kFile)), 0);
     EXPECT_EQ(ValuesOf(sensor), Rising());
 
     std::filesystem::resize_file(folder.Native() / kFile, 256 << 20);
-    EXPECT_EQ(sensor.ConfigRead(folder.Path(kFile)), 1);
+    EXPECT_EQ(sensor.ConfigRead(folder.File(kFile)), 1);
     EXPECT_EQ(ValuesOf(sensor)[0], 2.0);
 }
 
 TEST(ParameterFile, LosesNothingWhereMemoryRunsOut)
 {
     if (!reference::CanFailAllocations()) GTEST_SKIP() << "another tool's allocator is in place";
-    const TemporaryFolder folder;
-    const CString path = folder.Path(kFile);
+    const TestFolder folder;
+    const CString path = folder.File(kFile);
     CInclineSensor_Position rising = With(Rising());
     ASSERT_EQ(rising.ConfigSave(path), 1);
     const std::string newContent = folder.Read(kFile);
@@ -334,10 +334,10 @@ TEST(ParameterFile, FindsAKeyInsideTheValueOfAnother)
 
 TEST(ParameterFile, TurnsTheTipByTheBiasItRead)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     folder.Write(kFile, "[MagneticBiasAngle_A]90\r\n");
     CInclineSensor_Position sensor;
-    sensor.ConfigRead(folder.Path(kFile));
+    sensor.ConfigRead(folder.File(kFile));
     PoseSensorData sample;
     sample.dRoll = 10;
     sample.dPitch = 5;
@@ -353,20 +353,20 @@ TEST(ParameterFile, TurnsTheTipByTheBiasItRead)
 
 TEST(ParameterFile, CannotBeReadWhereItIsMissing)
 {
-    const TemporaryFolder folder;
-    folder.MakeFolder("sub");
+    const TestFolder folder;
+    std::filesystem::create_directory(folder.Native() / "sub");
     CInclineSensor_Position sensor = With(Rising());
-    EXPECT_EQ(sensor.ConfigRead(folder.Path("missing.cfg")), 0);
-    EXPECT_EQ(sensor.ConfigRead(folder.Path("sub")), 0);
+    EXPECT_EQ(sensor.ConfigRead(folder.File("missing.cfg")), 0);
+    EXPECT_EQ(sensor.ConfigRead(folder.File("sub")), 0);
     EXPECT_EQ(sensor.ConfigRead(L""), 0);
     EXPECT_EQ(ValuesOf(sensor), Rising());
 }
 
 TEST(ParameterFile, AcceptsAnyPath)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     CInclineSensor_Position sensor = With(Rising());
-    const CString path = folder.Path("Messung 磁力计 ä.cfg");
+    const CString path = folder.File("Messung 磁力计 ä.cfg");
     EXPECT_EQ(sensor.ConfigSave(path), 1);
     CInclineSensor_Position read;
     EXPECT_EQ(read.ConfigRead(path), 1);
@@ -395,9 +395,9 @@ TEST(ParameterFile, SurvivesAnyContent)
 // However a save fails, the old file is unchanged and no other file remains.
 void CheckFailedSave(CInclineSensor_Position sensor, const char* why)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     folder.Write(kFile, "old");
-    EXPECT_EQ(sensor.ConfigSave(folder.Path(kFile)), 0) << why;
+    EXPECT_EQ(sensor.ConfigSave(folder.File(kFile)), 0) << why;
     EXPECT_EQ(folder.Read(kFile), "old") << why;
     EXPECT_EQ(folder.Names().size(), 1U) << why;
 }
@@ -415,11 +415,11 @@ TEST(ParameterFile, IsKeptWhenAValueCannotBeWritten)
 
 TEST(ParameterFile, TakesTheLargestValueThatFitsALine)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     Values values = Rising();
     values[0] = 2e73; // 13 for the key, 74 digits, point and ten decimals, CR LF: 100 bytes
     CInclineSensor_Position sensor = With(values);
-    EXPECT_EQ(sensor.ConfigSave(folder.Path(kFile)), 1);
+    EXPECT_EQ(sensor.ConfigSave(folder.File(kFile)), 1);
     EXPECT_EQ(folder.Read(kFile).find("\r\n"), 98U);
     values[0] = 2e74;
     CheckFailedSave(With(values), "101 bytes");
@@ -427,11 +427,11 @@ TEST(ParameterFile, TakesTheLargestValueThatFitsALine)
 
 TEST(ParameterFile, CannotBeSavedWhereNoFileCanBe)
 {
-    const TemporaryFolder folder;
-    folder.MakeFolder("sub");
+    const TestFolder folder;
+    std::filesystem::create_directory(folder.Native() / "sub");
     CInclineSensor_Position sensor;
-    EXPECT_EQ(sensor.ConfigSave(folder.Path("sub")), 0) << "a folder";
-    EXPECT_EQ(sensor.ConfigSave(folder.Path("missing/a.cfg")), 0)
+    EXPECT_EQ(sensor.ConfigSave(folder.File("sub")), 0) << "a folder";
+    EXPECT_EQ(sensor.ConfigSave(folder.File("missing/a.cfg")), 0)
         << "in a folder that is not there";
     EXPECT_EQ(sensor.ConfigSave(L""), 0);
     EXPECT_EQ(sensor.ConfigSave(L"/dev/full"), 0) << "a full device";
@@ -440,10 +440,10 @@ TEST(ParameterFile, CannotBeSavedWhereNoFileCanBe)
 
 TEST(ParameterFile, IsKeptWhenTheDiskFills)
 {
-    const TemporaryFolder folder;
+    const TestFolder folder;
     folder.Write(kFile, "old");
     CInclineSensor_Position sensor = With(Rising());
-    const CString path = folder.Path(kFile);
+    const CString path = folder.File(kFile);
     const pid_t child = InChild([&] {
         std::signal(SIGXFSZ, SIG_IGN);
         const rlimit limit{300, 300}; // largest file size [bytes]
@@ -461,8 +461,8 @@ TEST(ParameterFile, IsKeptWhenTheDiskFills)
 
 TEST(ParameterFile, IsOldOrNewWheneverTheProgramIsKilled)
 {
-    const TemporaryFolder folder;
-    const CString path = folder.Path(kFile);
+    const TestFolder folder;
+    const CString path = folder.File(kFile);
     CInclineSensor_Position first = With(Rising());
     CInclineSensor_Position second;
     ASSERT_EQ(second.ConfigSave(path), 1);

@@ -204,6 +204,27 @@ TEST(SolvePoint, FavoursTheSecondOfTwoEqualHeights)
     EXPECT_NEAR(p.h, 1, kRoundOff);
 }
 
+// Two centers of one height or one y make products of the solution vanish, not the solution.
+TEST(SolvePoint, NeedsNoDifferenceBetweenTwoOfTheCenters)
+{
+    const xyhCoordinate cases[][3] = {
+        {{0, 0, 0}, {1, 2, 1}, {3, 0.5, 0}},
+        {{0, 0, 0}, {1, 2, 0}, {3, 0.5, 1}},
+        {{0, 0, 0}, {1, 0, 1}, {3, 2, 0.5}},
+        {{0, 0, 0}, {1, 2, 1}, {3, 0, 0.5}},
+    };
+    for (const auto& centers : cases) {
+        const xyhCoordinate p{1, 1, -3};
+        ASSERT_LT(p.h, Mirrored(p, centers).h) << "meant to be the lower one";
+        xyhCoordinate found;
+        ASSERT_EQ(Reach{}.GetSolvePoint(centers[0], centers[1], centers[2],
+                                        DistanceOf(p, centers[0]), DistanceOf(p, centers[1]),
+                                        DistanceOf(p, centers[2]), found),
+                  1);
+        EXPECT_NEAR(DistanceOf(found, p), 0, 1e-12);
+    }
+}
+
 struct UnsolvedCase
 {
     xyhCoordinate p1, p2, p3;

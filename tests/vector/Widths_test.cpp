@@ -7,8 +7,10 @@
 
 #include <algorithm>
 #include <cstring>
+#include <fstream>
 #include <gtest/gtest.h>
 #include <random>
+#include <string>
 #include <vector>
 
 namespace {
@@ -105,5 +107,23 @@ TEST(Dispatch, TakesTheLargestWidthThatFits)
     EXPECT_EQ((KernelsFor<Named, 8>(8).width), kMostLanes);
     EXPECT_EQ((KernelsFor<Named, 4>(8).width), std::min(4, kMostLanes));
 }
+
+#if defined(__x86_64__)
+// As the kernel of the operating system lists the features of the first processor.
+bool HasFeature(const std::string& feature)
+{
+    std::ifstream processors("/proc/cpuinfo");
+    std::string line;
+    while (std::getline(processors, line))
+        if (line.starts_with("flags")) return (line + ' ').find(' ' + feature + ' ') != line.npos;
+    return false;
+}
+
+TEST(Dispatch, TakesTheWidestVectorsOfTheProcessor)
+{
+    const int expected = HasFeature("avx512f") ? 8 : HasFeature("avx2") ? 4 : 2;
+    EXPECT_EQ(tiltpole::vector::LanesOfProcessor(), expected);
+}
+#endif
 
 } // namespace
