@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
-//
-// A calibration, and the samples it was computed from.
-//
-//   angles    degrees
-//   readings  raw sensor counts; A and B are mounted with x and y opposed
-//
-//     CalibrationTurns turns;
-//     turns.horizontal.push_back(sample); // for every sample of either turn
-//     const CalibrationRun run = RunSolver(turns);
+/// @file
+/// A calibration, and the samples it was computed from.
+///
+///     angles    degrees
+///     readings  raw sensor counts; A and B are mounted with x and y opposed
+///
+///     CalibrationTurns turns;
+///     turns.horizontal.push_back(sample); // for every sample of either turn
+///     const CalibrationRun run = RunSolver(turns);
 #pragma once
 
 #include "positioning/MagneticParameters.h"
@@ -42,6 +42,7 @@ struct CalibrationRun
     Calibration calibration;   // the result, with the bias angles that the host will use with it
     int solverAnswer = 1;      // result of CInclineSensor_MagneticAdjust::Adjust
     int sensorType = 1;        // as for CInclineSensor_Position::SetSensorType
+    bool isJoint = false;      // `calibration` is the joint fit of `recorded`, not the solver's
 };
 
 } // namespace quality

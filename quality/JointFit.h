@@ -1,22 +1,22 @@
 // SPDX-License-Identifier: MIT
-//
-// The joint fit: a second way from the two turns to the calibration, beside
-// CInclineSensor_MagneticAdjust.
-//
-//   sphere    all corrected readings of both turns have the same length
-//   vertical  the angle between field and vertical is constant within each turn
-//
-// Both conditions are true whatever axis the pole was turned about, so a slanting axis, an unsteady
-// hand or a passing magnet does little harm; pitch and roll must be usable. The full correction of
-// each magnetometer is reduced to the usual eight values and a bias angle, so that a host stores the
-// result like that of the solver. Derivation and measured errors: docs/formulas.md, "Joint fit",
-// and docs/calibration-quality.md.
-//
-//     const JointFit fit = FitJointly(turns);
-//     if (fit.outcome == JointFitOutcome::Fitted) Store(fit.calibration);
-//     else Show(Describe(fit.outcome));
-//
-// Angles are in degrees, readings in raw sensor counts.
+/// @file
+/// The joint fit: a second way from the two turns to the calibration, beside
+/// CInclineSensor_MagneticAdjust.
+///
+///     sphere    all corrected readings of both turns have the same length
+///     vertical  the angle between field and vertical is constant within each turn
+///
+/// Both conditions are true whatever axis the pole was turned about, so a slanting axis, an
+/// unsteady hand or a passing magnet does little harm; pitch and roll must be usable. The full
+/// correction of each magnetometer is reduced to the usual eight values and a bias angle, so that a
+/// host stores the result like that of the solver. Derivation and measured errors:
+/// docs/formulas.md, "Joint fit", and docs/calibration-quality.md.
+///
+///     const JointFit fit = FitJointly(turns);
+///     if (fit.outcome == JointFitOutcome::Fitted) Store(fit.calibration);
+///     else Show(Describe(fit.outcome));
+///
+/// Angles are in degrees, readings in raw sensor counts.
 #pragma once
 
 #include "framework/core/Export.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-//
-// What the joint fit (JointFit.h) returns.
+/// @struct quality::JointFit
+/// What the joint fit (JointFit.h) returns.
 #pragma once
 
 #include "quality/Calibration.h"
@@ -14,6 +14,7 @@ enum class JointFitOutcome {
     HorizontalIncomplete, // the horizontal turn covers less than kLeastCovered
     VerticalIncomplete,   // the vertical turn covers less than kLeastCovered
     TiltUnusable,         // pitch and roll do not follow the vertical turn, or contradict the field
+    Swung,                // the accelerations of a turn are not those of a pole turned slowly
     NoSolution,           // the iteration found no correction near the sensor's own axes
 };
 
@@ -24,6 +25,7 @@ struct JointFit
 {
     JointFitOutcome outcome = JointFitOutcome::TooFewSamples;
     Calibration calibration; // meaningful when outcome is Fitted
+    CalibrationTurns used;   // the samples that the fit kept, when outcome is Fitted
     /// What eight values cannot express: difference between their headings and those of the full
     /// correction, RMS over all headings at tilts of 0, 15 and 30 degrees. [degrees]
     double lossA = 0.0;

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-//
-// The calibration as a host runs it: both sample filters, then the solver.
-//
-//     const CalibrationRun run = RunSolver(recorded);
-//     const CalibrationReport report = AssessCalibration(run);
+/// @file
+/// The calibration as a host runs it: both sample filters, then the solver.
+///
+///     const CalibrationRun run = RunSolver(recorded);
+///     const CalibrationReport report = AssessCalibration(run);
 #pragma once
 
 #include "framework/core/Export.h"
@@ -21,8 +21,17 @@ namespace quality {
 TILTPOLE_API CalibrationRun RunSolver(CalibrationTurns recorded, int sensorType = 1,
                                       int select = 0);
 
+/// The samples that both filters leave of the turns. Arguments as for RunSolver.
+TILTPOLE_API CalibrationTurns ScreenTurns(const CalibrationTurns& recorded, int select = 0);
+
 /// Runs the solver alone, on turns that are screened already: the run has `used` as its recorded and
 /// its used turns.
 TILTPOLE_API CalibrationRun RunSolverUnscreened(CalibrationTurns used, int sensorType = 1);
+
+/// The joint fit (FitJointly) of the turns as a run, for AssessCalibration: its `used` turns are those that
+/// the fit kept, or, where it found nothing (`solverAnswer` 0), those that the filters leave. Arguments
+/// as for RunSolver; the bias angles are those of the fit.
+TILTPOLE_API CalibrationRun RunJointFit(CalibrationTurns recorded, int sensorType = 1,
+                                        int select = 0);
 
 } // namespace quality

@@ -1,21 +1,21 @@
 // SPDX-License-Identifier: MIT
-//
-// An estimate of the tip from many antenna positions that can be trusted: least squares with the
-// antenna height as the known radius, carried to convergence, with what it says about its own
-// accuracy. It stands beside the result of CTiltPosition_Geometry and changes nothing of it.
-//
-//     const quality::TipEstimate estimate = quality::EstimateTip(antennas, 2.0);
-//     if (estimate.verdict == quality::TipVerdict::Store) Store(estimate.tip);
-//
-//   x, y, h   plane coordinates and height [m]; angles [degrees], azimuths from +x towards +y
-//
-// What the verdict Store promises: among the estimates with this verdict, in 95 of 100 the ellipse
-// covers the plan position of the true tip, and in 95 of 100 the interval its height, when antenna
-// errors are as large as stated in AntennaErrors or smaller. Residuals that are small by luck do
-// not shrink a region below the stated errors; residuals that are too large for them widen it.
-// Errors that all positions share leave no residuals: they are in the regions only as stated.
-// Derivation: docs/formulas.md, "Honest tip estimate"; measured coverage:
-// docs/tip-estimate.md.
+/// @struct quality::TipEstimate
+/// An estimate of the tip from many antenna positions that can be trusted: least squares with the
+/// antenna height as the known radius, carried to convergence, with what it says about its own
+/// accuracy. It stands beside the result of CTiltPosition_Geometry and changes nothing of it.
+///
+///     const quality::TipEstimate estimate = quality::EstimateTip(antennas, 2.0);
+///     if (estimate.verdict == quality::TipVerdict::Store) Store(estimate.tip);
+///
+///     x, y, h   plane coordinates and height [m]; angles [degrees], azimuths from +x towards +y
+///
+/// What the verdict Store promises: among the estimates with this verdict, in 95 of 100 the ellipse
+/// covers the plan position of the true tip, and in 95 of 100 the interval its height, when antenna
+/// errors are as large as stated in AntennaErrors or smaller. Residuals that are small by luck do
+/// not shrink a region below the stated errors; residuals that are too large for them widen it.
+/// Errors that all positions share leave no residuals: they are in the regions only as stated.
+/// Derivation: docs/formulas.md, "Honest tip estimate"; measured coverage:
+/// docs/tip-estimate.md.
 #pragma once
 
 #include "framework/core/Export.h"

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
-//
-// How a turn was made, as the calibration report (CalibrationReport.h) describes it.
-//
-//   angles    degrees; azimuths about the turn's center, as the sample filters count them
-//   readings  raw sensor counts
+/// @struct quality::TurnFigures
+/// How a turn was made, as the calibration report (CalibrationReport.h) describes it.
+///
+///     angles    degrees; azimuths about the turn's center, as the sample filters count them
+///     readings  raw sensor counts
 #pragma once
 
 #include "framework/core/Export.h"
@@ -33,19 +33,29 @@ struct TurnCircle
     double radius = 0.0;
 };
 
+/// What the recorded accelerations say about how steadily a turn was made. [g]
+struct TurnAcceleration
+{
+    double length = 1.0;  // median; 1 for a pole turned slowly
+    double leftOut = 0.0; // share of samples whose length is off by more than a tenth
+    /// What turns with the pole, as the pull of a swing does; absent without gyros.
+    std::optional<double> outward;
+};
+
 struct TurnFigures
 {
     int recorded = 0;                   // samples before screening
     int used = 0;                       // samples after screening
     TurnCircle circle;                  // of the recorded samples
     double covered = 0.0;               // of the turn, by the used samples [degrees]
-    std::vector<MissingSector> missing; // gaps wider than 15 degrees
+    std::vector<MissingSector> missing; // gaps wider than 15 degrees, or than the steps
     double turningBack = 0.0;           // share of recorded samples behind the furthest one
     double circleA = 0.0;               // distance of corrected readings from their circle in the
     double circleB = 0.0;               // turn's plane, RMS, as a share of its radius
     double axisError = 0.0;             // between the turn's axis and the sensor's [degrees]
     double wobble = 0.0;                // of that axis, standard deviation [degrees]
     std::optional<double> levelError;   // of the axis in space, where tilt is usable [degrees]
+    std::optional<TurnAcceleration> acceleration; // absent where none is recorded
 };
 
 } // namespace quality

@@ -1,15 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "quality/CalibrationReport.h"
 
+#include "quality/calibration/Agreement.h"
 #include "quality/calibration/EightValues.h"
+#include "quality/calibration/GainEvidence.h"
+#include "quality/calibration/HiddenError.h"
+#include "quality/calibration/InputFaults.h"
 #include "quality/calibration/JointModel.h"
+#include "quality/calibration/Swing.h"
+#include "quality/calibration/TiltByGyros.h"
 #include "quality/calibration/TurnReport.h"
+#include "quality/calibration/Verdict.h"
 
 #include <Eigen/Eigenvalues>
 #include <Eigen/LU>
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace inside = tiltpole::quality;
 
@@ -25,13 +33,6 @@ using inside::TurnAxis;
 // Gains of a plausible sensor's axes differ by less than a factor of five.
 constexpr double kLeastScale = 0.2;
 constexpr double kMostScale = 5.0;
-
-// A cause is notable from these sizes on; the report names the one that exceeds its size most.
-constexpr double kNotableAxis = 1.5;       // degrees
-constexpr double kNotableWobble = 1.5;     // degrees
-constexpr double kNotableDisturbed = 0.03; // share of readings
-constexpr double kNotableGap = 60.0;       // degrees
-constexpr double kNotableLoss = 0.5;       // share of the heading error
 
 bool IsFinite(const Incline_MagneticCorrectParameter& v)
 {
@@ -130,9 +131,10 @@ double TipError(double headingError, double tilt)
     return 1000.0 * reach * headingError / inside::kDegreesPerRadian;
 }
 
-HeadingError HeadingErrorOf(const Side& side, const inside::SphereFit& joint, int sensorType)
+HeadingError HeadingErrorOf(const Side& side, const inside::SphereFit& joint,
+                            const CalibrationRun& run)
 {
-    const std::vector<inside::Pose> grid = inside::HeadingGrid(sensorType, side.which);
+    const std::vector<inside::Pose> grid = inside::HeadingGrid(run.sensorType, side.which);
     const inside::HeadingDifference d = inside::Compare(
         side.correction, side.biasAngle, joint.correction, joint.elevationHorizontal, grid);
     HeadingError error;
@@ -141,37 +143,34 @@ HeadingError HeadingErrorOf(const Side& side, const inside::SphereFit& joint, in
     error.rms15 = d.rmsAt[1];
     error.rms30 = d.rmsAt[2];
     error.constant = d.mean;
-    error.tip15 = TipError(d.rmsAt[1], inside::kTilts[1]);
-    error.tip30 = TipError(d.rmsAt[2], inside::kTilts[2]);
     const inside::HeadingUncertainty known =
         inside::UncertaintyOf(joint.correction, joint.covariance, joint.elevationHorizontal, grid);
     error.uncertainty = std::hypot(known.constant, known.varying);
     error.uncertaintyConstant = known.constant;
+    const double own = run.isJoint ? error.uncertainty : 0.0;
+    error.tip15 = TipError(std::hypot(d.rmsAt[1], own), inside::kTilts[1]);
+    error.tip30 = TipError(std::hypot(d.rmsAt[2], own), inside::kTilts[2]);
     return error;
 }
 
-std::optional<HeadingAgreement> AgreementOf(const CalibrationRun& run, const Side& a, const Side& b)
+FieldChange ChangeOf(const inside::SphereFit& fit)
 {
-    const std::vector<PoseSensorData>& samples = run.used.horizontal;
-    if (samples.empty()) return {};
-    double sum = 0.0;
-    double squares = 0.0;
-    HeadingAgreement agreement;
-    for (std::size_t i = 0; i < samples.size(); ++i) {
-        const PoseSensorData& s = samples[i];
-        const auto heading = [&](const Side& side) {
-            const auto frame = inside::FrameOf(s.dPitch, s.dRoll, run.sensorType, side.which);
-            return frame.Heading(side.correction(side.horizontal[i].reading)) - side.biasAngle;
-        };
-        const double off = inside::Wrapped(heading(b) - heading(a) - 180.0);
-        sum += off;
-        squares += off * off;
-        agreement.largest = std::max(agreement.largest, std::fabs(off));
+    const double steeper = std::asin(std::clamp(-fit.elevationVertical, -1.0, 1.0))
+                           - std::asin(std::clamp(-fit.elevationHorizontal, -1.0, 1.0));
+    return {fit.lengthRatio - 1.0, steeper * inside::kDegreesPerRadian};
+}
+
+std::vector<double> HeadingsOf(const CalibrationRun& run, const Side& side)
+{
+    std::vector<double> headings;
+    headings.reserve(side.horizontal.size());
+    for (std::size_t i = 0; i < side.horizontal.size(); ++i) {
+        const PoseSensorData& s = run.used.horizontal[i];
+        const auto frame = inside::FrameOf(s.dPitch, s.dRoll, run.sensorType, side.which);
+        headings.push_back(frame.Heading(side.correction(side.horizontal[i].reading))
+                           - side.biasAngle);
     }
-    const double n = static_cast<double>(samples.size());
-    agreement.mean = sum / n;
-    agreement.deviation = std::sqrt(std::max(squares / n - agreement.mean * agreement.mean, 0.0));
-    return agreement;
+    return headings;
 }
 
 void DescribeSide(const Side& side, const CalibrationRun& run, const inside::JointModel& model,
@@ -188,7 +187,8 @@ void DescribeSide(const Side& side, const CalibrationRun& run, const inside::Joi
     DescribeIron(side, best, figures);
     if (joint) {
         figures.disturbed = fit.disturbed;
-        figures.heading = HeadingErrorOf(side, fit, run.sensorType);
+        figures.heading = HeadingErrorOf(side, fit, run);
+        figures.change = ChangeOf(fit);
     }
     (isA ? report.horizontal.circleA : report.horizontal.circleB) =
         inside::CircleResidual(side.horizontal, TurnAxis::Horizontal, side.correction);
@@ -200,131 +200,107 @@ void DescribeSide(const Side& side, const CalibrationRun& run, const inside::Joi
     inside::DescribeAxis(side.vertical, TurnAxis::Vertical, best, tilt, report.vertical);
 }
 
-struct Cause
+void DescribeHiddenErrors(const CalibrationRun& run, const inside::JointModel& model,
+                          CalibrationReport& report)
 {
-    Finding finding;
-    double excess; // above one: notable
-};
-
-// Why the headings differ: the cause that stands out most.
-Finding CauseOf(const CalibrationReport& report, const HeadingError& worse, double loss)
-{
-    const double varying =
-        std::sqrt(std::max(worse.rms * worse.rms - worse.constant * worse.constant, 0.0));
-    if (varying < kGoodHeading && varying < 0.6 * std::fabs(worse.constant)) {
-        return Finding::ConstantHeading;
-    }
-    const TurnFigures& h = report.horizontal;
-    const TurnFigures& v = report.vertical;
-    const double gap = 360.0 - std::min(h.covered, v.covered);
-    const double wobble = std::max(h.wobble, v.wobble);
-    const double disturbed = std::max(report.a.disturbed, report.b.disturbed);
-    const Cause causes[] = {
-        {Finding::HorizontalAxis,    h.axisError / kNotableAxis       },
-        {Finding::VerticalAxis,      v.axisError / kNotableAxis       },
-        {Finding::Wobble,            wobble / kNotableWobble          },
-        {Finding::Disturbed,         disturbed / kNotableDisturbed    },
-        {Finding::SectorsMissing,    gap / kNotableGap                },
-        {Finding::BeyondEightValues, loss / (kNotableLoss * worse.rms)},
+    if (model.outcome != JointFitOutcome::Fitted) return;
+    const auto headings = [&](Magnetometer which, const inside::SphereFit& fit) {
+        return HeadingsOf(run, {which,
+                                inside::TurnOf(run.used.horizontal, run.sensorType, which),
+                                {},
+                                fit.correction,
+                                0.0});
     };
-    const Cause& largest =
-        *std::max_element(std::begin(causes), std::end(causes),
-                          [](const Cause& x, const Cause& y) { return x.excess < y.excess; });
-    return largest.excess >= 1.0 ? largest.finding : Finding::HeadingsRoughlyAgree;
+    const auto agreement =
+        inside::AgreementOf(headings(Magnetometer::A, model.a), headings(Magnetometer::B, model.b));
+    // Measured for sensors of type 1 alone; of others only the allowance is known.
+    if (run.sensorType == 1) {
+        report.tilt = inside::TiltEvidenceOf(run.recorded, run.sensorType, model);
+    }
+    report.tilt.swing = std::max(inside::ApparentTilt(report.horizontal.acceleration),
+                                 inside::ApparentTilt(report.vertical.acceleration));
+    report.tilt.gyros = inside::TiltByGyros(run.recorded, run.sensorType, model);
+    inside::TurnEvidence evidence;
+    evidence.tilt = report.tilt;
+    if (report.tilt.gyros) {
+        const auto effects =
+            inside::TiltEffectOf(run.recorded, run.sensorType, model, *report.tilt.gyros);
+        // What they see and cannot be weighed counts as not seen.
+        if (effects)
+            evidence.byGyros = *effects;
+        else
+            evidence.tilt.gyros = report.tilt.gyros = std::nullopt;
+    }
+    evidence.gains = inside::HeadingErrorOfGains(run.recorded, run.sensorType, model);
+    evidence.disagreement = agreement ? agreement->systematic : 0.0;
+    report.a.heading->hidden = inside::HiddenErrorOf(model.a, evidence, Magnetometer::A);
+    report.b.heading->hidden = inside::HiddenErrorOf(model.b, evidence, Magnetometer::B);
 }
 
-// The finding for an outcome of the joint fit that is the operator's doing.
-std::optional<Finding> ObstacleOf(JointFitOutcome outcome)
+// Refuses logs that are wrong as such, and says what is wrong with them.
+bool NameInputFault(const CalibrationRun& run, bool finite, CalibrationReport& report)
 {
-    switch (outcome) {
-    case JointFitOutcome::TooFewSamples:
-        return Finding::TooFewSamples;
-    case JointFitOutcome::HorizontalIncomplete:
-        return Finding::HorizontalIncomplete;
-    case JointFitOutcome::VerticalIncomplete:
-        return Finding::VerticalIncomplete;
-    default:
-        return {};
-    }
-}
-
-void JudgeWithoutJointFit(CalibrationReport& report)
-{
-    report.weak = true;
-    if (report.jointFit == JointFitOutcome::NotFinite) {
-        report.verdict = Verdict::Refused;
-        report.reason = Finding::NotFinite;
-    } else if (const std::optional<Finding> obstacle = ObstacleOf(report.jointFit)) {
-        report.verdict = Verdict::Poor;
-        report.reason = *obstacle;
-    } else {
-        const bool even = std::max(report.a.spreadAfter, report.b.spreadAfter) <= kUsableSpread;
-        report.verdict = even ? Verdict::Usable : Verdict::Poor;
-        report.reason = even ? Finding::TiltUnusable : Finding::FieldUneven;
-    }
-}
-
-void Judge(const CalibrationRun& run, const inside::JointModel& model, CalibrationReport& report)
-{
-    if (model.outcome != JointFitOutcome::Fitted) return JudgeWithoutJointFit(report);
-
-    const HeadingError& a = *report.a.heading;
-    const HeadingError& b = *report.b.heading;
-    const auto larger = [&](double certainty) {
-        return std::max(a.With(certainty), b.With(certainty));
-    };
-    const HeadingError& worse = a.rms >= b.rms ? a : b;
-    report.headingError = worse.rms;
-    report.headingBound = larger(kGoodCertainty);
-    report.verdict = report.headingBound < kGoodHeading          ? Verdict::Good
-                     : larger(kUsableCertainty) < kUsableHeading ? Verdict::Usable
-                                                                 : Verdict::Poor;
-    if (report.verdict == Verdict::Good) {
-        report.reason = Finding::HeadingsAgree;
-        return;
-    }
-    if (worse.rms < kGoodHeading) {
-        report.reason = Finding::JointFitUncertain;
-        return;
-    }
-    const JointFit eight = inside::InEightValues(model, run.recorded, run.sensorType);
-    report.reason = CauseOf(report, worse, a.rms >= b.rms ? eight.lossA : eight.lossB);
+    const inside::Suspicion suspicion = {report.jointFit,
+                                         report.agreement ? report.agreement->systematic : 0.0,
+                                         finite && inside::TurnsBackwards(run)};
+    auto fault = inside::InputFaultOf(run.recorded, run.sensorType, suspicion);
+    if (!fault) return false;
+    report.verdict = Verdict::Refused;
+    report.reason = fault->finding;
+    report.suspects = std::move(fault->suspects);
+    return true;
 }
 
 } // namespace
+
+double TiltError::Excess() const
+{
+    return std::max(pitch * pitch - pitchDeviation * pitchDeviation, 0.0)
+           + std::max(roll * roll - rollDeviation * rollDeviation, 0.0);
+}
 
 double HeadingError::With(double certainty) const
 {
     const double alike = uncertaintyConstant * uncertaintyConstant;
     const double varying = uncertainty * uncertainty - alike;
-    return std::sqrt(rms * rms + alike + certainty * certainty * varying);
+    const double unseen =
+        hidden.tilt * hidden.tilt + hidden.turns * hidden.turns + hidden.noise * hidden.noise;
+    return std::sqrt(rms * rms + alike + certainty * certainty * varying + unseen);
 }
 
 CalibrationReport AssessCalibration(const CalibrationRun& run)
 {
     CalibrationReport report;
+    report.isJoint = run.isJoint;
     report.horizontal = inside::FiguresOf(
         {run.recorded.horizontal, run.used.horizontal, TurnAxis::Horizontal, run.sensorType});
     report.vertical = inside::FiguresOf(
         {run.recorded.vertical, run.used.vertical, TurnAxis::Vertical, run.sensorType});
+    report.horizontal.acceleration =
+        inside::AccelerationOf(run.recorded.horizontal, TurnAxis::Horizontal);
+    report.vertical.acceleration =
+        inside::AccelerationOf(run.recorded.vertical, TurnAxis::Vertical);
     const inside::JointModel model = inside::FitBoth(run.recorded, run.sensorType);
     report.jointFit = model.outcome;
-    if (!IsFinite(run.calibration)) {
-        report.reason = run.solverAnswer == 0 ? Finding::SolverFailed : Finding::NotFinite;
-        return report;
+    const bool finite = IsFinite(run.calibration);
+    if (finite) {
+        const Side a = SideOf(run, Magnetometer::A);
+        const Side b = SideOf(run, Magnetometer::B);
+        DescribeSide(a, run, model, report);
+        DescribeSide(b, run, model, report);
+        DescribeHiddenErrors(run, model, report);
+        report.agreement = inside::AgreementOf(HeadingsOf(run, a), HeadingsOf(run, b));
     }
-    const Side a = SideOf(run, Magnetometer::A);
-    const Side b = SideOf(run, Magnetometer::B);
-    DescribeSide(a, run, model, report);
-    DescribeSide(b, run, model, report);
-    report.agreement = AgreementOf(run, a, b);
+    if (NameInputFault(run, finite, report)) return report;
     if (run.solverAnswer == 0) {
         report.reason = Finding::SolverFailed;
+    } else if (!finite) {
+        report.reason = Finding::NotFinite;
     } else if (!IsPlausible(run.calibration.correctionA)
                || !IsPlausible(run.calibration.correctionB)) {
         report.reason = Finding::Implausible;
     } else {
-        Judge(run, model, report);
+        inside::Judge(run, model, report);
     }
     return report;
 }

@@ -27,13 +27,15 @@ constexpr std::array kFindings = {
     FindingText{Finding::HeadingsAgree, "headings-agree",
      "The headings agree with those of the joint fit.",
      "Use the calibration."},
+    FindingText{Finding::JointFitCertain, "joint-fit-certain",
+     "The joint fit is certain enough to call the headings good.",
+     "Use the calibration."},
     FindingText{Finding::HeadingsRoughlyAgree, "headings-differ",
      "The headings differ from those of the joint fit, and no single cause stands out.",
      "Record both turns again, slowly and about the sensor's own axes, or calibrate "
      "with the joint fit."},
     FindingText{Finding::JointFitUncertain, "joint-fit-uncertain",
-     "The headings agree with those of the joint fit, which is itself too uncertain to call "
-     "them good.",
+     "No fault was found, but the joint fit is too uncertain to call the headings good.",
      "Record both turns again, slowly and with more samples, the vertical turn with the "
      "sensor's y axis to the north or south."},
     FindingText{Finding::SolverFailed, "solver-failed",
@@ -60,6 +62,10 @@ constexpr std::array kFindings = {
      "Pitch and roll do not follow the turns, so the headings could not be checked.",
      "Check the sensor type and that pitch and roll are recorded all the way round; "
      "check a heading against a known direction before use."},
+    FindingText{Finding::Swung, "swung",
+     "The turn was swung: its accelerations are not those of gravity alone, so pitch and roll "
+     "are wrong.",
+     "Record both turns again, slowly, the sensor close to the axis of the turn."},
     FindingText{Finding::FieldUneven, "field-uneven",
      "The corrected field strength is not constant over the turns.",
      "Record both turns again, away from iron and about the sensor's own axes."},
@@ -86,6 +92,31 @@ constexpr std::array kFindings = {
      "The distortion of the magnetometer cannot be expressed by eight values.",
      "Move iron away from the sensor or have it serviced; another recording will not "
      "help."},
+    FindingText{Finding::AxesMisnamed, "axes-misnamed",
+     "Axes of a magnetometer look reversed or exchanged.",
+     "Check the order and the signs of the magnetometer's columns, then calibrate again."},
+    FindingText{Finding::MagnetometersDisagree, "magnetometers-disagree",
+     "Magnetometers A and B find different headings.",
+     "Check that both turns hold both magnetometers, B with x and y opposed to A, and record both "
+     "turns again."},
+    FindingText{Finding::TiltOff, "tilt-off",
+     "The headings agree with those of the joint fit, but pitch and roll may be off or drift.",
+     "Level pitch and roll, let the sensor reach its temperature, and record both turns again."},
+    FindingText{Finding::TurnsDiffer, "turns-differ",
+     "The dip of the field differs between the turns: the field, a gain or pitch and roll changed.",
+     "Record both turns again at one place, one right after the other, without swinging the pole."},
+    FindingText{Finding::LogsExchanged, "logs-exchanged",
+     "The horizontal log holds the vertical turn.",
+     "Exchange the two logs and calibrate again."},
+    FindingText{Finding::Mounting, "mounting",
+     "The turns were about other axes than those of a sensor that sits on the pole as its type "
+     "says.",
+     "Check how the sensor is mounted and which sensor type is set, then record both turns about "
+     "its z and its y axis."},
+    FindingText{Finding::TiltUnseen, "tilt-unseen",
+     "No fault was found, but without gyros two turns cannot show pitch and roll that are off, step "
+     "or drift.",
+     "Record the gyros in both turns, or check headings against known directions before use."},
 };
 // clang-format on
 
@@ -123,6 +154,23 @@ std::string Percent(double share, int decimals = 1)
     return Fixed(100.0 * share, decimals) + " %";
 }
 
+std::string Steadiness(const TurnFigures& t)
+{
+    if (!t.acceleration) return "not checked: the log has no accelerations";
+    const TurnAcceleration& a = *t.acceleration;
+    return Fixed(a.length, 3) + " g, " + Percent(a.leftOut) + " of the samples off by 0.1 g, "
+           + (a.outward ? Fixed(*a.outward, 2) + " g outward" : "outward not checked: no gyros");
+}
+
+std::string Change(const FieldChange& change)
+{
+    const auto withSign = [](double size) {
+        const std::string text = Fixed(size, 1);
+        return text.front() == '-' ? text : "+" + text;
+    };
+    return withSign(100.0 * change.length) + " % length, " + withSign(change.dip) + " degrees dip";
+}
+
 void AddTurn(std::string& text, std::string_view title, const TurnFigures& t)
 {
     text += title;
@@ -135,6 +183,7 @@ void AddTurn(std::string& text, std::string_view title, const TurnFigures& t)
     Line(text, "axis off the sensor's",
          Fixed(t.axisError, 1) + " degrees, wobble " + Fixed(t.wobble, 1) + " degrees");
     if (t.levelError) Line(text, "axis off level or plumb", Fixed(*t.levelError, 1) + " degrees");
+    Line(text, "acceleration", Steadiness(t));
 }
 
 std::string Towards(const Direction& d)
@@ -142,7 +191,8 @@ std::string Towards(const Direction& d)
     return "towards azimuth " + Fixed(d.azimuth, 0) + ", elevation " + Fixed(d.elevation, 0);
 }
 
-void AddMagnetometer(std::string& text, std::string_view title, const MagnetometerFigures& m)
+void AddMagnetometer(std::string& text, std::string_view title, const MagnetometerFigures& m,
+                     bool isJoint)
 {
     text += title;
     text += '\n';
@@ -155,13 +205,40 @@ void AddMagnetometer(std::string& text, std::string_view title, const Magnetomet
     if (!m.heading) return;
     const HeadingError& h = *m.heading;
     Line(text, "disturbed readings", Percent(m.disturbed));
-    Line(text, "heading error, RMS",
+    if (m.change) Line(text, "field, vertical turn", Change(*m.change));
+    Line(text, isJoint ? "lost in eight values, RMS" : "heading error, RMS",
          Fixed(h.rms, 2) + " degrees (level " + Fixed(h.rmsLevel, 2) + ", tilt 15 "
              + Fixed(h.rms15, 2) + ", tilt 30 " + Fixed(h.rms30, 2) + "), constant part "
              + Fixed(h.constant, 2));
     Line(text, "joint fit itself known to", Fixed(h.uncertainty, 2) + " degrees");
+    Line(text, "beyond its residuals",
+         Fixed(h.hidden.tilt, 2) + " by pitch and roll, " + Fixed(h.hidden.turns, 2)
+             + " by turns that differ, " + Fixed(h.hidden.noise, 2) + " by noise, degrees");
+    Line(text, "dip of both turns differs by", Fixed(h.hidden.dipDifference, 2) + " degrees");
     Line(text, "tip error, 2 m pole",
          Fixed(h.tip15, 1) + " mm at tilt 15, " + Fixed(h.tip30, 1) + " mm at tilt 30");
+}
+
+void AddTilt(std::string& text, const TiltEvidence& tilt)
+{
+    const auto known = [](double value, double deviation) {
+        return Fixed(value, 2) + " +/- " + Fixed(deviation, 2);
+    };
+    const auto both = [&](const TiltError& e) {
+        return "pitch " + known(e.pitch, e.pitchDeviation) + ", roll "
+               + known(e.roll, e.rollDeviation) + " degrees";
+    };
+    text += "Pitch and roll, against the magnetometers\n";
+    Line(text, "offset", both(tilt.offset));
+    Line(text, "drift during a turn", both(tilt.drift));
+    text += "Pitch and roll, against the gyros\n";
+    if (!tilt.gyros) {
+        Line(text, "offset", "not checked: no gyros, or none that follow the turns");
+        return;
+    }
+    Line(text, "offset", both(tilt.gyros->offset));
+    Line(text, "step between the turns", both(tilt.gyros->step));
+    Line(text, "drift during a turn", both(tilt.gyros->drift));
 }
 
 } // namespace
@@ -173,6 +250,8 @@ std::string_view Name(Verdict verdict)
         return "good";
     case Verdict::Usable:
         return "usable";
+    case Verdict::Unchecked:
+        return "unchecked";
     case Verdict::Poor:
         return "poor";
     case Verdict::Refused:
@@ -196,24 +275,36 @@ std::string_view Advice(Finding finding)
     return TextOf(finding).advice;
 }
 
-std::string ToText(const CalibrationReport& report)
+std::string Headline(const CalibrationReport& report)
 {
-    std::string text = "Calibration: ";
-    text += Name(report.verdict);
-    if (report.weak) {
+    std::string text(Name(report.verdict));
+    if (report.verdict == Verdict::Unchecked) {
+        text += ": ";
+        text += Describe(report.jointFit);
+    } else if (report.weak) {
         text += " (weaker verdict: ";
         text += Describe(report.jointFit);
         text += ")";
+    } else if (report.verdict != Verdict::Refused && report.isJoint) {
+        text += ", heading uncertain by " + Fixed(report.headingUncertainty, 2) + " degrees RMS";
     } else if (report.verdict != Verdict::Refused) {
         text += ", heading error " + Fixed(report.headingError, 2) + " degrees RMS";
     }
-    text += '\n';
+    return text;
+}
+
+std::string ToText(const CalibrationReport& report)
+{
+    std::string text = "Calibration: " + Headline(report) + '\n';
     Line(text, "reason", std::string(Explain(report.reason)));
+    for (std::size_t i = 0; i < report.suspects.size(); ++i)
+        Line(text, i == 0 ? "suspected" : "or", report.suspects[i]);
     Line(text, "what to do", std::string(Advice(report.reason)));
     AddTurn(text, "Horizontal turn", report.horizontal);
     AddTurn(text, "Vertical turn", report.vertical);
-    AddMagnetometer(text, "Magnetometer A", report.a);
-    AddMagnetometer(text, "Magnetometer B", report.b);
+    AddMagnetometer(text, "Magnetometer A", report.a, report.isJoint);
+    AddMagnetometer(text, "Magnetometer B", report.b, report.isJoint);
+    if (report.jointFit == JointFitOutcome::Fitted) AddTilt(text, report.tilt);
     if (report.agreement) {
         const HeadingAgreement& h = *report.agreement;
         text += "A against B, horizontal turn\n";

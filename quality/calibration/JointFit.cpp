@@ -27,6 +27,8 @@ std::string_view Describe(JointFitOutcome outcome)
         return "the vertical turn covers less than 270 degrees";
     case JointFitOutcome::TiltUnusable:
         return "pitch and roll do not follow the turns";
+    case JointFitOutcome::Swung:
+        return "a turn was swung";
     case JointFitOutcome::NoSolution:
         return "the fit found no solution";
     }

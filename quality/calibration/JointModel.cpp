@@ -2,8 +2,12 @@
 #include "quality/calibration/JointModel.h"
 
 #include "quality/calibration/EightValues.h"
+#include "quality/calibration/Swing.h"
+#include "quality/statistics/Statistics.h"
 
+#include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tiltpole::quality {
 namespace {
@@ -16,12 +20,19 @@ constexpr double kLeastUpright = 0.7;        // cosine of the mean tilt of the h
 constexpr double kLeastAlongY = 0.7;         // cosine of the vertical turn's axis from y
 constexpr double kMostElevationSpread = 0.1; // of the field; 6 degrees of pitch or roll
 
+constexpr double kStray = 3.0; // times the distance that nine in ten readings keep to
+
 bool AllFinite(const Turn& turn)
 {
     for (const Observation& o : turn) {
         if (!o.reading.allFinite() || !o.up.allFinite()) return false;
     }
     return true;
+}
+
+Observation ObservationOf(const PoseSensorData& s, int sensorType, Magnetometer which)
+{
+    return {VectorOf(ReadingOf(s, which)), FrameOf(s.dPitch, s.dRoll, sensorType, which).up};
 }
 
 std::vector<Eigen::Vector3d> UpsOf(const Turn& turn)
@@ -74,11 +85,42 @@ Turn Thinned(Turn turn)
     return thinned;
 }
 
+// Middle of the readings, axis by axis.
+Eigen::Vector3d MiddleOf(const Turn& turn)
+{
+    Eigen::Vector3d middle = Eigen::Vector3d::Zero();
+    for (Eigen::Index axis = 0; axis < 3; ++axis) {
+        std::vector<double> values;
+        values.reserve(turn.size());
+        for (const Observation& o : turn)
+            values.push_back(o.reading[axis]);
+        middle[axis] = Median(std::move(values));
+    }
+    return middle;
+}
+
+// Without readings that no turn in the earth's field gives, such as saturated ones: they would set
+// the scale of the fit and the circle of the turn. Up to a tenth of all readings can be such.
+Turn WithoutStrays(Turn turn)
+{
+    if (turn.empty() || !AllFinite(turn)) return turn;
+    const Eigen::Vector3d middle = MiddleOf(turn);
+    std::vector<double> distances;
+    distances.reserve(turn.size());
+    for (const Observation& o : turn)
+        distances.push_back((o.reading - middle).norm());
+    const auto ninth = distances.begin() + static_cast<std::ptrdiff_t>(distances.size() * 9 / 10);
+    std::nth_element(distances.begin(), ninth, distances.end());
+    const double most = kStray * *ninth;
+    std::erase_if(turn, [&](const Observation& o) { return (o.reading - middle).norm() > most; });
+    return turn;
+}
+
 JointFitOutcome FitOne(const CalibrationTurns& turns, int sensorType, Magnetometer which,
                        SphereFit& result)
 {
-    const Turn horizontal = Thinned(TurnOf(turns.horizontal, sensorType, which));
-    const Turn vertical = Thinned(TurnOf(turns.vertical, sensorType, which));
+    const Turn horizontal = Thinned(WithoutStrays(TurnOf(turns.horizontal, sensorType, which)));
+    const Turn vertical = Thinned(WithoutStrays(TurnOf(turns.vertical, sensorType, which)));
     const JointFitOutcome fitness = Fitness(horizontal, vertical);
     if (fitness != JointFitOutcome::Fitted) return fitness;
 
@@ -89,7 +131,22 @@ JointFitOutcome FitOne(const CalibrationTurns& turns, int sensorType, Magnetomet
     return JointFitOutcome::Fitted;
 }
 
-// Mean over the horizontal turn of what takes A's corrected reading (x, y, z) to B's
+// Share of the readings of both turns that a fit does not keep.
+double DeniedShare(const SphereFit& fit, const CalibrationTurns& turns, int sensorType,
+                   Magnetometer which)
+{
+    std::ptrdiff_t denied = 0;
+    for (const TurnAxis axis : {TurnAxis::Horizontal, TurnAxis::Vertical}) {
+        const auto& samples = axis == TurnAxis::Horizontal ? turns.horizontal : turns.vertical;
+        denied += std::count_if(samples.begin(), samples.end(), [&](const PoseSensorData& s) {
+            return !fit.Keeps(ObservationOf(s, sensorType, which), axis);
+        });
+    }
+    return static_cast<double>(denied)
+           / static_cast<double>(turns.horizontal.size() + turns.vertical.size());
+}
+
+// Mean over samples of the horizontal turn of what takes A's corrected reading (x, y, z) to B's
 // (−(x + dX), −(y + dY), z + dZ).
 Incline_MagneticTranslationParameter TranslationOf(const std::vector<PoseSensorData>& horizontal,
                                                    const FullCorrection& a, const FullCorrection& b)
@@ -111,10 +168,8 @@ Turn TurnOf(const std::vector<PoseSensorData>& samples, int sensorType, Magnetom
 {
     Turn turn;
     turn.reserve(samples.size());
-    for (const PoseSensorData& s : samples) {
-        turn.push_back(
-            {VectorOf(ReadingOf(s, which)), FrameOf(s.dPitch, s.dRoll, sensorType, which).up});
-    }
+    for (const PoseSensorData& s : samples)
+        turn.push_back(ObservationOf(s, sensorType, which));
     return turn;
 }
 
@@ -138,11 +193,34 @@ std::vector<Gap> GapsOfTurn(const Turn& turn, TurnAxis axis)
 JointModel FitBoth(const CalibrationTurns& turns, int sensorType)
 {
     JointModel model;
-    model.outcome = FitOne(turns, sensorType, Magnetometer::A, model.a);
-    if (model.outcome == JointFitOutcome::Fitted) {
-        model.outcome = FitOne(turns, sensorType, Magnetometer::B, model.b);
+    if (IsSwung(AccelerationOf(turns.horizontal, TurnAxis::Horizontal))
+        || IsSwung(AccelerationOf(turns.vertical, TurnAxis::Vertical))) {
+        model.outcome = JointFitOutcome::Swung;
+        return model;
     }
+    const CalibrationTurns steady = WithoutSwing(turns);
+    model.outcome = FitOne(steady, sensorType, Magnetometer::A, model.a);
+    if (model.outcome == JointFitOutcome::Fitted) {
+        model.outcome = FitOne(steady, sensorType, Magnetometer::B, model.b);
+    }
+    if (model.outcome != JointFitOutcome::Fitted) return model;
+    model.a.disturbed = DeniedShare(model.a, steady, sensorType, Magnetometer::A);
+    model.b.disturbed = DeniedShare(model.b, steady, sensorType, Magnetometer::B);
     return model;
+}
+
+CalibrationTurns KeptBy(const JointModel& model, const CalibrationTurns& turns, int sensorType)
+{
+    CalibrationTurns kept = WithoutSwing(turns);
+    const auto isDenied = [&](const PoseSensorData& s, TurnAxis axis) {
+        return !model.a.Keeps(ObservationOf(s, sensorType, Magnetometer::A), axis)
+               || !model.b.Keeps(ObservationOf(s, sensorType, Magnetometer::B), axis);
+    };
+    std::erase_if(kept.horizontal,
+                  [&](const PoseSensorData& s) { return isDenied(s, TurnAxis::Horizontal); });
+    std::erase_if(kept.vertical,
+                  [&](const PoseSensorData& s) { return isDenied(s, TurnAxis::Vertical); });
+    return kept;
 }
 
 JointFit InEightValues(const JointModel& model, const CalibrationTurns& turns, int sensorType)
@@ -168,7 +246,13 @@ JointFit InEightValues(const JointModel& model, const CalibrationTurns& turns, i
         fit.outcome = JointFitOutcome::NoSolution;
         return fit;
     }
-    c.translation = TranslationOf(turns.horizontal, FullOf(c.correctionA), FullOf(c.correctionB));
+    fit.used = KeptBy(model, turns, sensorType);
+    if (fit.used.horizontal.empty()) {
+        fit.outcome = JointFitOutcome::NoSolution;
+        return fit;
+    }
+    c.translation =
+        TranslationOf(fit.used.horizontal, FullOf(c.correctionA), FullOf(c.correctionB));
     return fit;
 }
 

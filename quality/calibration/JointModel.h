@@ -33,9 +33,15 @@ struct JointModel
     SphereFit b;
 };
 
+/// Fits both magnetometers to the samples that were not swung (Swing.h), readings far outside their
+/// turn left out.
 JointModel FitBoth(const CalibrationTurns& turns, int sensorType);
 
-/// The eight values of both magnetometers, their bias angles and the translation.
+/// The samples that were not swung and that both fits keep.
+CalibrationTurns KeptBy(const JointModel& model, const CalibrationTurns& turns, int sensorType);
+
+/// The eight values of both magnetometers, their bias angles, and from the samples that the fits kept
+/// the translation.
 JointFit InEightValues(const JointModel& model, const CalibrationTurns& turns, int sensorType);
 
 } // namespace tiltpole::quality

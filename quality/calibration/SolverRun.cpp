@@ -4,6 +4,7 @@
 #include "calibration/InclineSensor_Filter_XY.h"
 #include "calibration/InclineSensor_Filter_XZ.h"
 #include "calibration/InclineSensor_MagneticAdjust.h"
+#include "quality/JointFit.h"
 
 #include <memory>
 #include <utility>
@@ -47,13 +48,18 @@ void Solve(CalibrationRun& run)
 
 } // namespace
 
+CalibrationTurns ScreenTurns(const CalibrationTurns& recorded, int select)
+{
+    return {Screened<CInclineSensor_Filter_XY>(recorded.horizontal, select),
+            Screened<CInclineSensor_Filter_XZ>(recorded.vertical, select)};
+}
+
 CalibrationRun RunSolver(CalibrationTurns recorded, int sensorType, int select)
 {
     CalibrationRun run;
     run.sensorType = sensorType;
     run.recorded = std::move(recorded);
-    run.used.horizontal = Screened<CInclineSensor_Filter_XY>(run.recorded.horizontal, select);
-    run.used.vertical = Screened<CInclineSensor_Filter_XZ>(run.recorded.vertical, select);
+    run.used = ScreenTurns(run.recorded, select);
     Solve(run);
     return run;
 }
@@ -65,6 +71,24 @@ CalibrationRun RunSolverUnscreened(CalibrationTurns used, int sensorType)
     run.recorded = used;
     run.used = std::move(used);
     Solve(run);
+    return run;
+}
+
+CalibrationRun RunJointFit(CalibrationTurns recorded, int sensorType, int select)
+{
+    CalibrationRun run;
+    run.isJoint = true;
+    run.sensorType = sensorType;
+    run.recorded = std::move(recorded);
+    JointFit fit = FitJointly(run.recorded, sensorType);
+    const bool fitted = fit.outcome == JointFitOutcome::Fitted;
+    run.solverAnswer = fitted ? 1 : 0;
+    if (fitted) {
+        run.calibration = fit.calibration;
+        run.used = std::move(fit.used);
+    } else {
+        run.used = ScreenTurns(run.recorded, select);
+    }
     return run;
 }
 

@@ -55,9 +55,21 @@ struct Solution
     int steps = 0;
 };
 
+// From a coarse start, or with bad pitch and roll, a length of its own lets a turn shrink out of
+// sight: the fit begins with one length for both, and keeps to it where that happens.
+enum class Lengths { Alike, Own };
+
+void HoldLength(Normal& normal, Unknowns& gradient)
+{
+    normal.row(kLength).setZero();
+    normal.col(kLength).setZero();
+    normal(kLength, kLength) = 1.0;
+    gradient[kLength] = 0.0;
+}
+
 // Levenberg-Marquardt. The weights follow the solution: from a coarse start the spread is wide and
 // every reading counts; near the end it is narrow and disturbed readings are left out.
-Solution Minimized(const Scaled& data, Unknowns p)
+Solution Minimized(const Scaled& data, Unknowns p, Lengths lengths)
 {
     double damping = 1e-3;
     Residuals residuals = ResidualsOf(data, p);
@@ -68,6 +80,7 @@ Solution Minimized(const Scaled& data, Unknowns p)
         AddPrior(p, system);
         const double cost = CostOf(residuals, weighting, p);
         Normal damped = system.normal.selfadjointView<Eigen::Lower>();
+        if (lengths == Lengths::Alike) HoldLength(damped, system.gradient);
         damped.diagonal() *= 1.0 + damping;
         const Unknowns change = damped.ldlt().solve(system.gradient);
         const Unknowns trial = p - change;
@@ -92,7 +105,7 @@ enum class Start { Middle, Mean };
 Unknowns StartOf(const Scaled& data, Start start)
 {
     Unknowns p = Unknowns::Zero();
-    p[0] = p[4] = p[8] = 1.0;
+    p[0] = p[4] = p[8] = p[kLength] = 1.0;
     if (start == Start::Mean) {
         Eigen::Vector3d means[2];
         for (std::size_t turn = 0; turn < 2; ++turn) {
@@ -119,7 +132,8 @@ bool IsNearOwnAxes(const Unknowns& p)
 {
     Eigen::Matrix3d m;
     m << p[0], p[1], p[2], p[3], p[4], p[5], p[6], p[7], p[8];
-    return p.allFinite() && m.determinant() > 0.0 && m.diagonal().minCoeff() > 0.0;
+    return p.allFinite() && m.determinant() > 0.0 && m.diagonal().minCoeff() > 0.0
+           && p[kLength] > 0.0;
 }
 
 // matrix = weights / scale,  offset = offsets + matrix·center
@@ -140,7 +154,8 @@ SphereFit InCounts(const Scaled& data, const Solution& solution)
     fit.correction.matrix /= data.scale;
     fit.correction.offset = p.segment<3>(kOffset) + fit.correction.matrix * data.center;
     fit.elevationHorizontal = p[kElevation];
-    fit.elevationVertical = p[kElevation + 1];
+    fit.elevationVertical = p[kElevation + 1] / p[kLength];
+    fit.lengthRatio = p[kLength];
     fit.sphereSpread = solution.spread.sphere;
     fit.elevationSpread = solution.spread.elevation;
     fit.disturbed = solution.disturbed;
@@ -151,14 +166,26 @@ SphereFit InCounts(const Scaled& data, const Solution& solution)
 
 } // namespace
 
+bool SphereFit::Keeps(const Observation& o, TurnAxis axis) const
+{
+    const bool isVertical = axis == TurnAxis::Vertical;
+    const double length = isVertical ? lengthRatio : 1.0;
+    const double rise = length * (isVertical ? elevationVertical : elevationHorizontal);
+    const Eigen::Vector3d c = correction(o.reading);
+    return std::fabs(c.norm() - length) <= kDisturbed * sphereSpread
+           && std::fabs(c.dot(o.up) - rise) <= kDisturbed * elevationSpread;
+}
+
 std::optional<SphereFit> FitSphere(const Turn& horizontal, const Turn& vertical)
 {
     const std::optional<Scaled> data = ScaledTurns(horizontal, vertical);
     if (!data) return {};
     std::optional<Solution> best;
     for (const Start start : {Start::Middle, Start::Mean}) {
-        const Solution found = Minimized(*data, StartOf(*data, start));
-        if (!IsNearOwnAxes(found.p)) continue;
+        const Solution alike = Minimized(*data, StartOf(*data, start), Lengths::Alike);
+        if (!IsNearOwnAxes(alike.p)) continue;
+        const Solution own = Minimized(*data, alike.p, Lengths::Own);
+        const Solution& found = IsNearOwnAxes(own.p) ? own : alike;
         const auto misfit = [](const Solution& s) { return s.spread.sphere + s.spread.elevation; };
         if (!best || misfit(found) < misfit(*best)) best = found;
     }

@@ -12,6 +12,7 @@ namespace {
 
 constexpr std::size_t kFewest = 10;   // readings in a turn
 constexpr double kRotation = 0.05;    // standard deviation expected of M_ij - M_ji, near 3 degrees
+constexpr double kLengths = 0.05;     // standard deviation expected of the lengths' ratio
 constexpr double kAlike = 2.0;        // readings that count as one: neighbors share their errors
 constexpr double kOutlier = 2.5;      // spreads at which a reading has lost three quarters
 constexpr double kLeastSpread = 1e-4; // of the field: below any sensor's noise
@@ -77,7 +78,8 @@ Residuals ResidualsOf(const Scaled& data, const Unknowns& p)
         residuals.turns[turn].reserve(data.turns[turn].size());
         for (const Observation& o : data.turns[turn]) {
             const Eigen::Vector3d c = Corrected(p, o.reading);
-            residuals.turns[turn].push_back({c.norm() - 1.0, c.dot(o.up) - p[ElevationOf(turn)]});
+            residuals.turns[turn].push_back(
+                {c.norm() - LengthOf(p, turn), c.dot(o.up) - p[ElevationOf(turn)]});
         }
     }
     return residuals;
@@ -125,6 +127,7 @@ ResidualSlopes SlopesOf(const Observation& o, std::size_t turn, const Unknowns& 
     ResidualSlopes slopes = {RowOf(o.reading, Corrected(p, o.reading).normalized()),
                              RowOf(o.reading, o.up)};
     slopes.elevation[ElevationOf(turn)] = -1.0;
+    if (turn == 1) slopes.sphere[kLength] = -1.0;
     return slopes;
 }
 
@@ -160,6 +163,9 @@ void AddPrior(const Unknowns& p, System& system)
         row[pair[1]] = -1.0;
         system.Add(row, p[pair[0]] - p[pair[1]], 1.0 / (kRotation * kRotation));
     }
+    Unknowns row = Unknowns::Zero();
+    row[kLength] = 1.0;
+    system.Add(row, p[kLength] - 1.0, 1.0 / (kLengths * kLengths));
 }
 
 double PriorCost(const Unknowns& p)
@@ -169,7 +175,8 @@ double PriorCost(const Unknowns& p)
         const double rotation = (p[pair[0]] - p[pair[1]]) / kRotation;
         cost += rotation * rotation;
     }
-    return cost;
+    const double longer = (p[kLength] - 1.0) / kLengths;
+    return cost + longer * longer;
 }
 
 } // namespace tiltpole::quality

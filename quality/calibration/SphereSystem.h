@@ -14,11 +14,12 @@
 
 namespace tiltpole::quality {
 
-inline constexpr int kUnknowns = 14;  // nine weights by rows, three offsets, two elevations
+inline constexpr int kUnknowns = 15;  // nine weights by rows, three offsets, two rises, a length
 inline constexpr int kOffset = 9;     // place of the first offset
-inline constexpr int kElevation = 12; // place of the first elevation
+inline constexpr int kElevation = 12; // place of the first rise: the field's part along up
+inline constexpr int kLength = 14;    // place of the field's length in the vertical turn
 
-/// Place of the elevation of a turn: 0 horizontal, 1 vertical.
+/// Place of the rise of a turn: 0 horizontal, 1 vertical.
 inline Eigen::Index ElevationOf(std::size_t turn)
 {
     return kElevation + static_cast<Eigen::Index>(turn);
@@ -39,6 +40,12 @@ struct Scaled
 std::optional<Scaled> ScaledTurns(const Turn& horizontal, const Turn& vertical);
 
 Eigen::Vector3d Corrected(const Unknowns& p, const Eigen::Vector3d& reading);
+
+/// Length of the field in a turn: one in the horizontal turn, which sets the scale.
+inline double LengthOf(const Unknowns& p, std::size_t turn)
+{
+    return turn == 0 ? 1.0 : p[kLength];
+}
 
 /// How far one reading is from the two conditions, in parts of the field.
 struct Residual
@@ -96,8 +103,8 @@ struct System
 System SystemOf(const Scaled& data, const Unknowns& p, const Residuals& residuals,
                 const Weighting& weighting);
 
-/// Adds what is known beforehand: soft iron is symmetric, and a magnetometer hardly turned against
-/// the pole.
+/// Adds what is known beforehand: soft iron is symmetric, a magnetometer hardly turned against the
+/// pole, and the field of both turns roughly of one length.
 void AddPrior(const Unknowns& p, System& system);
 
 /// What AddPrior adds to the cost.

@@ -22,4 +22,14 @@ std::string Fixed(double number, int decimals, int width)
     return text;
 }
 
+std::string Shortest(double number)
+{
+    char digits[40];
+    const double size = std::fabs(number);
+    const bool isPlain = size == 0.0 || (size >= 1e-4 && size < 1e16);
+    const auto form = isPlain ? std::chars_format::fixed : std::chars_format::scientific;
+    const auto end = std::to_chars(digits, digits + sizeof digits, number, form);
+    return {digits, end.ptr};
+}
+
 } // namespace tiltpole::quality

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "quality/calibration/TurnGeometry.h"
 
+#include "quality/statistics/Statistics.h"
 #include "survey/Angle.h"
 #include "survey/TurnAngle.h"
 
@@ -10,6 +11,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace tiltpole::quality {
 namespace {
@@ -64,6 +66,15 @@ Plane PlaneAt(const Eigen::Vector3d& point, const std::vector<Eigen::Vector3d>& 
     return plane;
 }
 
+// A gap in the angles of a turn, sorted, stands out from the steps between them.
+double WidestStepOf(const std::vector<double>& sorted)
+{
+    std::vector<double> steps;
+    for (std::size_t i = 1; i < sorted.size(); ++i)
+        steps.push_back(sorted[i] - sorted[i - 1]);
+    return std::clamp(kStepsOfGap * Median(std::move(steps)), kWidestGap, kWidestSparseGap);
+}
+
 } // namespace
 
 double Gap::Width() const
@@ -79,11 +90,12 @@ std::vector<Gap> GapsOf(std::vector<double> angles)
             {0.0, 0.0}
         };
     std::sort(angles.begin(), angles.end());
+    const double widest = WidestStepOf(angles);
     std::vector<Gap> gaps;
     for (std::size_t i = 0; i < angles.size(); ++i) {
         const bool last = i + 1 == angles.size();
         const double next = last ? angles.front() + 360.0 : angles[i + 1];
-        if (next - angles[i] > kWidestGap) gaps.push_back({angles[i], InTurn(next)});
+        if (next - angles[i] > widest) gaps.push_back({angles[i], InTurn(next)});
     }
     return gaps;
 }

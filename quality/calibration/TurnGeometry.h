@@ -22,8 +22,13 @@ struct Gap
 /// Gaps wider than this count as missing: three sectors of the sample filters. [degrees]
 inline constexpr double kWidestGap = 15.0;
 
-/// The gaps wider than kWidestGap, in ascending order of `from`. Without any angle the whole turn is
-/// one gap.
+/// Samples further apart than usual are a gap only beyond so many of their median steps, and gaps
+/// wider than kWidestSparseGap count as missing however few samples there are. [degrees]
+inline constexpr double kStepsOfGap = 1.9;
+inline constexpr double kWidestSparseGap = 45.0;
+
+/// The gaps wider than kWidestGap, or kStepsOfGap median steps where that is more, in ascending order
+/// of `from`. Without any angle the whole turn is one gap.
 std::vector<Gap> GapsOf(std::vector<double> angles);
 
 /// 360 degrees minus the gaps.

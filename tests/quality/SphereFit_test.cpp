@@ -66,6 +66,27 @@ TEST(SphereFit, FindsTheElevationOfTheField)
     EXPECT_NEAR(fit->elevationVertical, expected, 1e-3);
 }
 
+// Iron in a building: the vertical turn was made a few steps aside.
+TEST(SphereFit, AllowsEachTurnAFieldOfItsOwn)
+{
+    for (const double longer : {0.94, 1.06}) {
+        const World world = DistortedWorld();
+        World aside = world;
+        aside.strength *= longer;
+        aside.dip += 3.0;
+        const Turn horizontal =
+            TurnOf(turnmaker::MakeTurn(world, turnmaker::HorizontalPlan()), 1, Magnetometer::A);
+        const Turn vertical =
+            TurnOf(turnmaker::MakeTurn(aside, turnmaker::VerticalPlan()), 1, Magnetometer::A);
+        const auto fit = FitSphere(horizontal, vertical);
+        ASSERT_TRUE(fit);
+        EXPECT_LT(ErrorOf(*fit, world), kPriorPull);
+        EXPECT_NEAR(fit->lengthRatio, longer, 1e-3);
+        EXPECT_NEAR(fit->elevationHorizontal, -std::sin(65.0 * turnmaker::kPerDegree), 1e-3);
+        EXPECT_NEAR(fit->elevationVertical, -std::sin(68.0 * turnmaker::kPerDegree), 1e-3);
+    }
+}
+
 TEST(SphereFit, DoesNotMindSlantingAxes)
 {
     Plan horizontal = turnmaker::HorizontalPlan();

@@ -36,6 +36,27 @@ TEST(Gaps, CountFromFifteenDegreesOn)
     EXPECT_DOUBLE_EQ(CoveredBy(gaps), 330.0);
 }
 
+// 2.5 samples a second of a turn in ten seconds: 14 degrees on average, 20 where the hand was fast.
+TEST(Gaps, AreToldFromTheStepsOfASparseLog)
+{
+    std::vector<double> angles;
+    for (const double a :
+         {0.0,   12.0,  25.0,  45.0,  58.0,  71.0,  84.0,  104.0, 116.0, 130.0, 143.0, 156.0, 170.0,
+          190.0, 203.0, 216.0, 229.0, 242.0, 262.0, 275.0, 288.0, 301.0, 314.0, 334.0, 347.0})
+        angles.push_back(a);
+    EXPECT_TRUE(GapsOf(angles).empty());
+
+    angles.erase(angles.begin() + 8, angles.begin() + 10); // 116 and 130
+    const std::vector<Gap> gaps = GapsOf(angles);
+    ASSERT_EQ(gaps.size(), 1u);
+    EXPECT_DOUBLE_EQ(gaps[0].Width(), 39.0);
+}
+
+TEST(Gaps, NeverReachHalfAQuadrantUnnoticed)
+{
+    EXPECT_DOUBLE_EQ(CoveredBy(GapsOf({0.0, 60.0, 120.0, 180.0, 240.0, 300.0})), 0.0);
+}
+
 TEST(Gaps, ReachOverZero)
 {
     std::vector<double> angles;

@@ -10,6 +10,7 @@
 #include "quality/Calibration.h"
 #include <Eigen/Geometry>
 #include <cmath>
+#include <optional>
 #include <random>
 
 namespace turnmaker {
@@ -46,6 +47,10 @@ struct Plan
     Vector3d axis = Vector3d::UnitZ();  // in the sensor's axes
     Vector3d space = Vector3d::UnitZ(); // the same axis in level axes
     double magnet = 0.0;                // counts to the north, over 40 degrees in the middle
+    // Where given, the sensor records accelerations and gyros, and its pitch and roll follow the
+    // accelerations: this much of them turns with the pole, across the axis [g].
+    std::optional<double> outward{};
+    bool hasGyros = true;
 };
 
 inline Plan HorizontalPlan()
@@ -67,6 +72,20 @@ inline void SetTilt(PoseSensorData& sample, const Vector3d& up, int sensorType)
     const double lean = std::clamp(sensorType == 1 ? up.x() : up.y(), -1.0, 1.0);
     sample.dPitch = std::asin(lean) / kPerDegree;
     sample.dRoll = std::atan2(sensorType == 1 ? up.y() : -up.x(), up.z()) / kPerDegree;
+}
+
+// What a sensor feels whose pitch and roll come from its accelerometers.
+inline void SetMotion(PoseSensorData& sample, const Plan& plan, const Vector3d& up, int sensorType)
+{
+    const Vector3d felt = up + *plan.outward * plan.axis.unitOrthogonal();
+    sample.dAcc_x = felt.x();
+    sample.dAcc_y = felt.y();
+    sample.dAcc_z = felt.z();
+    const Vector3d rate = (plan.hasGyros ? 20.0 : 0.0) * plan.axis.normalized();
+    sample.dGyro_x = rate.x();
+    sample.dGyro_y = rate.y();
+    sample.dGyro_z = rate.z();
+    SetTilt(sample, felt.normalized(), sensorType);
 }
 
 inline std::vector<PoseSensorData> MakeTurn(const World& world, const Plan& plan)
@@ -102,7 +121,9 @@ inline std::vector<PoseSensorData> MakeTurn(const World& world, const Plan& plan
         sample.dMag_x_2 = b.x();
         sample.dMag_y_2 = b.y();
         sample.dMag_z_2 = b.z();
-        SetTilt(sample, attitude.transpose() * Vector3d::UnitZ(), world.sensorType);
+        const Vector3d up = attitude.transpose() * Vector3d::UnitZ();
+        SetTilt(sample, up, world.sensorType);
+        if (plan.outward) SetMotion(sample, plan, up, world.sensorType);
         sample.dPitch += noise(world.tiltNoise);
         sample.dRoll += noise(world.tiltNoise);
         turn.push_back(sample);

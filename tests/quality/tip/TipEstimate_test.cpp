@@ -185,6 +185,71 @@ TEST(TipEstimate, NamesAPositionThatIsOff)
     EXPECT_EQ(EstimateTip(antennas, 2.0).suspectIndex, 8U) << "counted as given";
 }
 
+xyhCoord AtTilt(double tilt, double azimuth, double distance)
+{
+    const double t = tilt * kRadians, a = azimuth * kRadians;
+    return {distance * std::sin(t) * std::cos(a), distance * std::sin(t) * std::sin(a),
+            distance * std::cos(t)};
+}
+
+// Eight exact positions around at tilt 30°, one of them d farther away: each has the share 3/8 in
+// the tip, so d·√(5/8)/σ is the studentized residual, and the others say nothing against σ. The
+// largest of eight stays below the Student quantile 5.2405 (probability 1 − 0.001/8, two-sided, 4
+// degrees of freedom of the others and 10 of the stated errors) in 999 sets of 1000.
+TEST(TipEstimate, TakesForAnOutlierWhatOneSetInAThousandHas)
+{
+    constexpr double kSigma = 1e-4;
+    const double bound = 5.2405 * kSigma / std::sqrt(5.0 / 8.0);
+    for (const double share : {0.1, 0.99, 1.01}) {
+        std::vector<xyhCoord> antennas;
+        for (int k = 0; k < 8; ++k)
+            antennas.push_back(AtTilt(30.0, 45.0 * k, k == 5 ? 2.0 + share * bound : 2.0));
+        const TipEstimate estimate = EstimateTip(antennas, 2.0, {kSigma, kSigma, 0, 0, 0});
+        EXPECT_EQ(estimate.suspectIndex, 5U);
+        EXPECT_NEAR(estimate.suspectRatio, share, 1e-3 * share);
+        EXPECT_EQ(estimate.verdict == TipVerdict::Outlier, share > 1.0) << share;
+    }
+}
+
+// m positions straight above and m around at tilt 60°: the normal equations of height and radius are
+// m·[1 + 1/4, −(1 + 1/2); −(1 + 1/2), 2], so the radius has the variance 5σ²/m.
+std::vector<xyhCoord> AboveAndAround(int m, double radius, double apart)
+{
+    std::vector<xyhCoord> antennas;
+    for (int k = 0; k < m; ++k) {
+        antennas.push_back(AtTilt(0.0, 0.0, radius + (k % 2 ? apart : -apart)));
+        antennas.push_back(AtTilt(60.0, 360.0 * k / m, radius));
+    }
+    return antennas;
+}
+
+// m = 5 without residuals: Student's 4.0150 (99.9 %, 6 degrees of freedom and 10 of the stated
+// errors) times σ.
+TEST(TipEstimate, TakesForAWrongHeightWhatOneSetInAThousandHas)
+{
+    constexpr double kSigma = 0.001;
+    constexpr double kLimit = 4.0150 * kSigma;
+    for (const double share : {0.0, 0.98, 1.02}) {
+        const TipEstimate estimate = EstimateTip(AboveAndAround(5, 2.0 + share * kLimit, 0.0), 2.0,
+                                                 {kSigma, kSigma, 0, 0, 0});
+        EXPECT_NEAR(estimate.radiusExcess, share * kLimit, 5e-3 * kLimit);
+        EXPECT_NEAR(estimate.radiusExcessLimit, kLimit, 5e-3 * kLimit);
+        EXPECT_EQ(estimate.verdict == TipVerdict::WrongRadius, share > 1.0) << share;
+    }
+}
+
+// m = 6, those above 10σ too high and too low in turn: tip and radius do not follow. The misfit of
+// 600 contradicts σ, so it counts alone: Student's 5.0413 (8 degrees of freedom) times
+// σ·√(600/8·5/6).
+TEST(TipEstimate, WidensTheLimitOfTheHeightWhereResidualsContradictTheStatedErrors)
+{
+    constexpr double kSigma = 0.001;
+    const TipEstimate estimate =
+        EstimateTip(AboveAndAround(6, 2.0, 10.0 * kSigma), 2.0, {kSigma, kSigma, 0, 0, 0});
+    EXPECT_NEAR(estimate.radiusExcess, 0.0, 1e-6);
+    EXPECT_NEAR(estimate.radiusExcessLimit, 5.0413 * kSigma * std::sqrt(62.5), 1e-5);
+}
+
 TEST(TipEstimate, NoticesAWrongAntennaHeightInAWideCone)
 {
     const auto antennas = Antennas({.count = 40, .tilt = 45.0, .height = 2.2}, 4);
@@ -243,6 +308,63 @@ TEST(TipEstimate, StoresNothingWhereASecondTipFitsAsWell)
         EXPECT_NEAR(farther, 2.0 * kAside, 0.1) << seed;
     }
     EXPECT_GT(ambiguous, 450);
+}
+
+// Positions 2 m from the origin at y = aside ± wobble for each x, and each of them once `apart`
+// farther and once nearer, moved within its plane of constant y. From the mirror image of the origin
+// at y = 2·aside each distance is off by aside·wobble besides, one way or the other, which no shift
+// of that tip undoes.
+std::vector<xyhCoord> TwoSidedSwing(double aside, double wobble, double apart)
+{
+    std::vector<xyhCoord> antennas;
+    for (int k = -5; k < 5; ++k)
+        for (const double y : {aside + wobble, aside - wobble})
+            for (const double off : {apart, -apart}) {
+                const double x = 0.35 * (k + 0.5), out = std::sqrt(4.0 - y * y);
+                const double moved = 1.0 + 2.0 * off / (out * out);
+                antennas.push_back({moved * x, y, moved * std::sqrt(out * out - x * x)});
+            }
+    return antennas;
+}
+
+// The misfit of the second tip exceeds the first one's by n·(aside·wobble/σ)², to be compared with
+// the 99.9 % quantile of chi-square with three degrees of freedom, 16.266, times the variance: 1,
+// and where the residuals contradict σ, that of the residuals.
+TEST(TipEstimate, CallsATipAmbiguousWhereChanceAllowsTheSecond)
+{
+    constexpr double kSigma = 0.001;
+    constexpr double kAside = 0.8;
+    for (const double apart : {0.0, 2.0 * kSigma}) {
+        const double variance = apart > 0.0 ? 40.0 * 4.0 / 37.0 : 1.0;
+        const double wobble = std::sqrt(16.266 * variance / 40.0) * kSigma / kAside;
+        const auto isAmbiguous = [&](double share) {
+            return EstimateTip(TwoSidedSwing(kAside, share * wobble, apart), 2.0,
+                               {kSigma, kSigma, 0, 0, 0})
+                .ambiguous;
+        };
+        EXPECT_TRUE(isAmbiguous(0.98)) << apart;
+        EXPECT_FALSE(isAmbiguous(1.02)) << apart;
+    }
+}
+
+TEST(TipEstimate, CountsNoSecondTipWithinTheTolerance)
+{
+    const auto isAmbiguous = [](double aside) {
+        return EstimateTip(TwoSidedSwing(aside, 0.0, 0.0), 2.0).ambiguous;
+    };
+    EXPECT_FALSE(isAmbiguous(0.49 * quality::kTipTolerance));
+    EXPECT_TRUE(isAmbiguous(0.51 * quality::kTipTolerance));
+}
+
+// Positions around at one tilt lie in a level plane: the second tip is the mirror image above it.
+TEST(TipEstimate, CountsNoSecondTipAboveThePositions)
+{
+    std::vector<xyhCoord> antennas;
+    for (int k = 0; k < 8; ++k)
+        antennas.push_back(AtTilt(30.0, 45.0 * k, 2.0));
+    const TipEstimate estimate = EstimateTip(antennas, 2.0);
+    EXPECT_FALSE(estimate.ambiguous);
+    EXPECT_NEAR(estimate.tip.h, 0.0, 1e-9);
 }
 
 TEST(TipEstimate, KeepsToTheRightSideOfASwingThatLeavesItsPlane)

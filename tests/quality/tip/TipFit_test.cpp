@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <gtest/gtest.h>
+#include <limits>
 #include <memory>
 #include <numbers>
 #include <random>
@@ -133,6 +134,15 @@ TEST(TipFit, EndsAtTheSamePlaceWhateverTheOrderOfThePositions)
                 << setup.count << " positions to " << setup.tilt << " degrees, set " << set;
         }
     }
+}
+
+TEST(TipFit, DoesNotConvergeOnAPositionThatIsNotFinite)
+{
+    std::mt19937 random(15);
+    std::vector<Antenna> antennas = Positions({8, 40.0, 1.0}, random);
+    antennas[5].position.z() = std::numeric_limits<double>::quiet_NaN();
+    TipFit fit(antennas, kHeight, kDeviation);
+    EXPECT_FALSE(fit.Converge());
 }
 
 // Moving every antenna along its own line of sight by dL is a change of the antenna height by dL.

@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+#include "simulation/trials/FieldFaults.h"
+
+#include "quality/CalibrationReport.h"
+#include "quality/JointFit.h"
+#include "simulation/trials/Conditions.h"
+#include <algorithm>
+#include <cmath>
+#include <gtest/gtest.h>
+
+using quality::CalibrationTurns;
+using quality::Verdict;
+using study::RecordTurns;
+using study::Setting;
+
+namespace {
+
+// A careful operator's pole, the same for one seed with any fault.
+Setting SettingWith(std::uint64_t seed, const study::RecordingFaults& faults)
+{
+    simulation::Generator random(seed, simulation::Stream::Placement);
+    Setting s = study::Ordinary(random);
+    study::Handle(s, 0.3, random);
+    s.faults = faults;
+    return s;
+}
+
+CalibrationTurns TurnsWith(const study::RecordingFaults& faults)
+{
+    return RecordTurns(SettingWith(3, faults), 3);
+}
+
+TEST(FieldFaults, DriftTheOffsetsOfPitchAndRollUpToThoseThatStay)
+{
+    const CalibrationTurns clean = TurnsWith({});
+    const CalibrationTurns drifted = TurnsWith({.pitchDrift = 2.0, .rollStep = 1.0});
+    const auto& first = drifted.horizontal.front();
+    EXPECT_NEAR(first.dPitch - clean.horizontal.front().dPitch, -2.0, 1e-9);
+    EXPECT_NEAR(first.dRoll - clean.horizontal.front().dRoll, -1.0, 1e-9);
+    EXPECT_NEAR(drifted.vertical.back().dPitch - clean.vertical.back().dPitch, 0.0, 0.01);
+    EXPECT_EQ(drifted.vertical.back().dRoll, clean.vertical.back().dRoll);
+}
+
+TEST(FieldFaults, StepTheGainsBetweenTheTurns)
+{
+    study::RecordingFaults faults;
+    faults.gainStep[1].z = 1.25;
+    const CalibrationTurns clean = TurnsWith({});
+    const CalibrationTurns stepped = TurnsWith(faults);
+    EXPECT_DOUBLE_EQ(stepped.horizontal[5].dMag_z_2, clean.horizontal[5].dMag_z_2 / 1.25);
+    EXPECT_EQ(stepped.horizontal[5].dMag_z, clean.horizontal[5].dMag_z);
+    EXPECT_EQ(stepped.vertical[5].dMag_z_2, clean.vertical[5].dMag_z_2);
+}
+
+TEST(FieldFaults, SwingTheVerticalTurnAwayFromThePole)
+{
+    const CalibrationTurns clean = TurnsWith({});
+    const CalibrationTurns swung = TurnsWith({.swing = 0.2});
+    EXPECT_EQ(swung.horizontal[9].dPitch, clean.horizontal[9].dPitch);
+    EXPECT_DOUBLE_EQ(swung.vertical[9].dAcc_z, clean.vertical[9].dAcc_z - 0.2);
+    EXPECT_NE(swung.vertical[9].dPitch, clean.vertical[9].dPitch);
+}
+
+TEST(FieldFaults, KeepOneOfSoManySamples)
+{
+    const CalibrationTurns clean = TurnsWith({});
+    const CalibrationTurns sparse = TurnsWith({.keepEvery = 8});
+    EXPECT_EQ(sparse.vertical.size(), (clean.vertical.size() + 7) / 8);
+    EXPECT_EQ(sparse.vertical[2].dMag_x, clean.vertical[16].dMag_x);
+}
+
+// The joint fit's own calibration differs from the fit by next to nothing, so that only what is said
+// of hidden errors keeps it from being called good.
+class HiddenErrors : public ::testing::Test
+{
+protected:
+    static quality::CalibrationReport Assess(const CalibrationTurns& turns)
+    {
+        quality::CalibrationRun run;
+        run.recorded = turns;
+        run.used = turns;
+        run.calibration = quality::FitJointly(turns).calibration;
+        return quality::AssessCalibration(run);
+    }
+
+    // How many of these calibrations are called good.
+    static int CalledGood(const study::RecordingFaults& faults, double pitchOffset = 0.0)
+    {
+        int good = 0;
+        for (std::uint64_t seed = 40; seed < 46; ++seed) {
+            Setting s = SettingWith(seed, faults);
+            s.sensor.pitchOffset = pitchOffset;
+            s.sensor.rollOffset = 0.0;
+            if (Assess(RecordTurns(s, seed)).verdict == Verdict::Good) ++good;
+        }
+        return good;
+    }
+};
+
+TEST_F(HiddenErrors, LeaveMostTurnsWithoutFaultGood)
+{
+    EXPECT_GE(CalledGood({}), 3);
+}
+
+TEST_F(HiddenErrors, AreSeenOfPitchThatIsOff)
+{
+    EXPECT_EQ(CalledGood({}, 1.5), 0);
+}
+
+TEST_F(HiddenErrors, AreSeenOfPitchAndRollThatDrift)
+{
+    EXPECT_EQ(CalledGood({.pitchDrift = 3.0, .rollDrift = 3.0}), 0);
+}
+
+TEST_F(HiddenErrors, AreSeenOfAFieldOfAnotherDipInTheSecondTurn)
+{
+    const study::RecordingFaults faults = {.dipChange = 3.0, .noGyros = true};
+    EXPECT_EQ(CalledGood(faults), 0);
+    const auto report = Assess(RecordTurns(SettingWith(41, faults), 41));
+    EXPECT_EQ(report.reason, quality::Finding::TurnsDiffer);
+    EXPECT_NEAR(report.a.heading->hidden.dipDifference, 3.0, 0.5);
+}
+
+// Without gyros a dip that differs could as well be a tilt that has moved.
+TEST_F(HiddenErrors, ForgiveAFieldOfAnotherDipWhereGyrosSeeNoStep)
+{
+    EXPECT_GE(CalledGood({.dipChange = 3.0}), 2);
+    EXPECT_EQ(CalledGood({.rollStep = 2.0}), 0);
+    EXPECT_EQ(CalledGood({.pitchStep = 2.0}), 0);
+}
+
+// What two turns cannot show of pitch and roll, gyros do.
+TEST_F(HiddenErrors, LeaveNothingGoodWithoutGyros)
+{
+    int unseen = 0;
+    for (std::uint64_t seed = 40; seed < 46; ++seed) {
+        const auto with = Assess(RecordTurns(SettingWith(seed, {}), seed));
+        const auto without = Assess(RecordTurns(SettingWith(seed, {.noGyros = true}), seed));
+        EXPECT_NE(without.verdict, Verdict::Good) << seed;
+        if (without.headingBound >= quality::kGoodHeading) continue;
+        ++unseen;
+        EXPECT_EQ(without.verdict, Verdict::Usable) << seed;
+        EXPECT_EQ(without.reason, quality::Finding::TiltUnseen) << seed;
+        EXPECT_NE(with.reason, quality::Finding::TiltUnseen) << seed;
+    }
+    EXPECT_GE(unseen, 2);
+}
+
+// Usable is what stays below the limit with everything but the difference counted twice.
+TEST_F(HiddenErrors, CountTwiceForUsableWithoutGyros)
+{
+    for (const bool noGyros : {false, true}) {
+        const auto report = Assess(RecordTurns(SettingWith(41, {.noGyros = noGyros}), 41));
+        const auto expected = [noGyros](quality::HeadingError error) {
+            error.hidden.tilt = error.hidden.tiltInUse;
+            const double all = error.With(quality::kUsableCertainty);
+            const double unseen = std::sqrt(all * all - error.rms * error.rms);
+            return std::hypot(error.rms, noGyros ? 2.0 * unseen : unseen);
+        };
+        EXPECT_NEAR(report.headingUncertainty,
+                    std::max(expected(*report.a.heading), expected(*report.b.heading)), 1e-9);
+    }
+}
+
+TEST_F(HiddenErrors, AreSeenOfRollThatIsOffWhereThereAreGyros)
+{
+    const auto withRoll = [](bool noGyros) {
+        Setting s = SettingWith(42, {.noGyros = noGyros});
+        s.sensor.pitchOffset = 0.0;
+        s.sensor.rollOffset = 1.5;
+        return Assess(RecordTurns(s, 42));
+    };
+    const auto seen = withRoll(false);
+    EXPECT_NE(seen.verdict, Verdict::Good);
+    // tan(dip)·1.5/√2 or more, and what stays does no harm in use.
+    EXPECT_GT(seen.a.heading->hidden.tilt, 1.0);
+    EXPECT_LT(seen.a.heading->hidden.tiltInUse, 0.7);
+    EXPECT_FALSE(withRoll(true).tilt.gyros);
+}
+
+TEST_F(HiddenErrors, AreSeenOfTheGainOfOneAxisThatChanges)
+{
+    study::RecordingFaults faults;
+    faults.gainStep[0].x = 1.05;
+    EXPECT_EQ(CalledGood(faults), 0);
+}
+
+TEST_F(HiddenErrors, TellHowFarPitchIsOff)
+{
+    Setting s = SettingWith(42, {});
+    s.sensor.pitchOffset = 1.5;
+    s.sensor.rollOffset = 0.0;
+    const auto offset = Assess(RecordTurns(s, 42)).tilt.offset;
+    EXPECT_NEAR(offset.pitch, 1.5, 3.0 * offset.pitchDeviation);
+    EXPECT_LT(offset.pitchDeviation, 0.4);
+}
+
+TEST_F(HiddenErrors, LeaveSparseLogsThatGoAllRoundAccepted)
+{
+    const auto report = Assess(TurnsWith({.keepEvery = 8}));
+    EXPECT_FALSE(report.weak);
+    EXPECT_TRUE(quality::IsAccepted(report.verdict));
+}
+
+} // namespace
