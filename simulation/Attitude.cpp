@@ -59,6 +59,12 @@ Point3 ToSensorAxes(int sensorType, const Point3& body)
     return {body.y, body.x, -body.z};
 }
 
+// Both exchanges are their own inverse.
+Point3 FromSensorAxes(int sensorType, const Point3& components)
+{
+    return ToSensorAxes(sensorType, components);
+}
+
 Point3 ToSensorAxesB(int sensorType, const Point3& body)
 {
     const Point3 a = ToSensorAxes(sensorType, body);

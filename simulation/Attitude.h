@@ -43,6 +43,9 @@ Matrix RotationAbout(const Point3& axis, double degrees);
 /// accelerometers; which axes a sensor type has: survey/SensorAxes.h.
 Point3 ToSensorAxes(int sensorType, const Point3& body);
 
+/// The reverse: the body vector of components along those axes.
+Point3 FromSensorAxes(int sensorType, const Point3& components);
+
 /// The same along the axes of magnetometer B: those of A with x and y opposed.
 Point3 ToSensorAxesB(int sensorType, const Point3& body);
 

@@ -13,6 +13,7 @@ constexpr int kAngleDecimals = 8;
 constexpr int kCountDecimals = 6;
 constexpr int kMetreDecimals = 6;
 constexpr int kSecondDecimals = 3;
+constexpr int kSecondDecimalsOfPoint = 6;
 constexpr std::size_t kBytesPerLine = 400;
 
 constexpr const char* kSensorColumns =
@@ -42,8 +43,21 @@ public:
     {
         fmt::format_to(std::back_inserter(m_text), "{},{:02}:{:02}:{:02}", index, s.nHour,
                        s.nMinute, s.nSecond);
-        Numbers(kAngleDecimals, s.dPitch, s.dRoll, s.dRot, s.dGyro_x, s.dGyro_y, s.dGyro_z,
-                s.dAcc_x, s.dAcc_y, s.dAcc_z);
+        Numbers(kAngleDecimals, s.dPitch, s.dRoll, s.dRot);
+        InertialAndMagnetic(s);
+    }
+
+    void SensorAt(int point, double seconds, const PoseSensorData& s)
+    {
+        fmt::format_to(std::back_inserter(m_text), "{}", point);
+        Numbers(kSecondDecimalsOfPoint, seconds);
+        Numbers(kAngleDecimals, s.dPitch, s.dRoll);
+        InertialAndMagnetic(s);
+    }
+
+    void InertialAndMagnetic(const PoseSensorData& s)
+    {
+        Numbers(kAngleDecimals, s.dGyro_x, s.dGyro_y, s.dGyro_z, s.dAcc_x, s.dAcc_y, s.dAcc_z);
         Numbers(kCountDecimals, s.dMag_x, s.dMag_y, s.dMag_z, s.dMag_x_2, s.dMag_y_2, s.dMag_z_2);
     }
 
@@ -93,6 +107,41 @@ std::string TextOf(const Walk& walk)
         lines.Whole(truth.point);
         lines.Points(truth.tip);
         lines.Points(truth.antenna);
+        lines.Text("\n");
+    }
+    return lines.Take();
+}
+
+std::string TextOf(const Occupations& log)
+{
+    Lines lines(log.rows.size());
+    lines.Text("point,seconds,dPitch,dRoll,dGyro_x,dGyro_y,dGyro_z,dAcc_x,dAcc_y,dAcc_z,"
+               "dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,dMag_z_2,x,y,h,"
+               "heading_true,pitch_true,roll_true,disturbed_true,tip_x_true,tip_y_true,"
+               "tip_h_true\n");
+    for (const OccupationRow& row : log.rows) {
+        const PoseTruth& pose = row.truth.pose;
+        lines.SensorAt(row.point, pose.seconds, row.sample);
+        if (row.antenna)
+            lines.Points(*row.antenna);
+        else
+            lines.Text(",,,");
+        lines.Numbers(kAngleDecimals, pose.angles.heading, pose.angles.pitch, pose.angles.roll);
+        lines.Whole(pose.disturbed ? 1 : 0);
+        lines.Points(row.truth.tip);
+        lines.Text("\n");
+    }
+    return lines.Take();
+}
+
+std::string TipsOf(const Occupations& log)
+{
+    Lines lines(log.points.size());
+    lines.Text("point,N,E,h,N_end,E_end,h_end\n");
+    for (std::size_t i = 0; i < log.points.size(); ++i) {
+        lines.Text(fmt::format("{}", i + 1).c_str());
+        lines.Points(log.points[i].tip);
+        lines.Points(log.points[i].tipAtEnd);
         lines.Text("\n");
     }
     return lines.Take();

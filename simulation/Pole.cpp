@@ -81,8 +81,9 @@ Point3 SolvedStep(int sensorType, const PoseAngles& angles)
 }
 
 // The coefficient (2T - t)/(2T + t) is exp(-t/T) to (t/T)^3/12 and needs no exponential.
-AntennaErrors::AntennaErrors(const AntennaNoise& noise, double interval, std::uint64_t seed)
-    : m_noise(noise), m_keep(0.0), m_random(seed, Stream::Antenna)
+AntennaErrors::AntennaErrors(const AntennaNoise& noise, double interval, std::uint64_t seed,
+                             std::uint64_t index)
+    : m_noise(noise), m_keep(0.0), m_random(seed, Stream::Antenna, index)
 {
     const double twice = 2.0 * noise.correlation;
     if (twice > interval) m_keep = (twice - interval) / (twice + interval);

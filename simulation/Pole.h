@@ -16,8 +16,8 @@ namespace simulation {
 
 /// How the antenna stands over the tip.
 enum class PoleGeometry : std::uint8_t {
-    AsSolved, // where CInclineSensor_Position has to find it to arrive at the tip
-    Rigid,    // on a straight pole along the body's down axis
+    Rigid,     // on a straight pole along the body's down axis
+    ByFormula, // where CInclineSensor_Position has to find it to arrive at the tip
 };
 
 /// From the antenna to the tip of a pole 1 m long, straight along the body's down axis.
@@ -44,7 +44,9 @@ class AntennaErrors
 {
 public:
     /// @param interval  between two errors [s]
-    AntennaErrors(const AntennaNoise& noise, double interval, std::uint64_t seed);
+    /// @param index     tells sequences of one seed apart
+    AntennaErrors(const AntennaNoise& noise, double interval, std::uint64_t seed,
+                  std::uint64_t index = 0);
     /// The error of the next position [m].
     Point3 Next();
 

@@ -13,7 +13,8 @@ namespace {
 
 constexpr double kGravity = 9.80665; // [m/s^2] per g
 constexpr double kSecondsADay = 86400.0;
-constexpr double kMagnetRise = 0.5; // [s] from nothing to full strength
+constexpr double kMagnetRise = 0.5;         // [s] from nothing to full strength
+constexpr double kMagnetometersApart = 0.1; // [m] B below A, along the pole
 
 Point3 FromPolar(double strength, double azimuth, double below)
 {
@@ -23,9 +24,9 @@ Point3 FromPolar(double strength, double azimuth, double below)
 }
 
 // 0 outside the span, 1 inside, a smooth rise and fall between.
-double PresenceOf(const Magnet& magnet, double seconds)
+double PresenceOf(double from, double to, double seconds)
 {
-    const double inside = std::min(seconds - magnet.from, magnet.to - seconds);
+    const double inside = std::min(seconds - from, to - seconds);
     if (inside <= 0.0) return 0.0;
     const double share = std::min(inside / kMagnetRise, 1.0);
     return share * share * (3.0 - 2.0 * share);
@@ -38,9 +39,29 @@ Point3 FieldOf(const Magnet& magnet, double presence, const Matrix& toBody)
     return magnet.onPole ? full : toBody * full;
 }
 
+// strength (3 (m.u) u - m) / r^3 with the axis m and the direction u from the dipole to the place,
+// level frame. Closer than kClosest the field stays what it is there.
+Point3 FieldOf(const Dipole& dipole, double presence, const Point3& place)
+{
+    constexpr double kClosest = 0.05; // [m]
+    const Point3 away = place - dipole.place;
+    const double distance = Length(away);
+    const Point3 axis = FromPolar(1.0, dipole.azimuth, -dipole.elevation);
+    const double r = std::max(distance, kClosest);
+    const Point3 u = distance > 0.0 ? 1.0 / distance * away : axis;
+    const double scale = presence * dipole.strength / (r * r * r);
+    return scale * (3.0 * Dot(axis, u) * u - axis);
+}
+
 double RoundedTo(double step, double value)
 {
     return step > 0.0 ? std::floor(value / step + 0.5) * step : value;
+}
+
+// Cut to +-range; unchanged where the range is 0.
+double Limited(double range, double value)
+{
+    return range > 0.0 ? std::clamp(value, -range, range) : value;
 }
 
 Point3 NormalVector(Generator& random)
@@ -64,7 +85,7 @@ void SetTime(double secondOfDay, PoseSensorData& sample)
 // The right axis lies cos p sin r below the horizon.
 PoseAngles ReportedAngles(RollReport report, const PoseAngles& angles)
 {
-    if (report == RollReport::Levelling) return angles;
+    if (report == RollReport::Leveling) return angles;
     const SineCosine pitch = SineCosineOf(angles.pitch);
     const SineCosine roll = SineCosineOf(angles.roll);
     const double below = pitch.cosine * roll.sine;
@@ -125,34 +146,64 @@ SensorReadings::SensorReadings(const PoseSensor& sensor, const EarthField& field
     : m_sensor(sensor), m_magnets(magnets), m_field(LevelField(field)),
       m_noiseA(seed, Stream::MagnetometerA, index), m_noiseB(seed, Stream::MagnetometerB, index),
       m_noiseTilt(seed, Stream::Tilt, index), m_noiseInertial(seed, Stream::Inertial, index)
-{}
+{
+    if (sensor.filterTime > 0.0) m_filter.emplace(sensor.filterTime);
+}
 
 PoseSensorData SensorReadings::Read(const Motion& before, const Motion& now, const Motion& after,
                                     double interval, double secondOfDay, double seconds,
                                     PoseTruth& truth)
 {
+    const Point3 bodyRate = RateBetween(before.attitude, after.attitude, 2.0 * interval);
+    const Point3 bend = before.position + after.position - 2.0 * now.position;
+    const Point3 acceleration = 1.0 / (interval * interval * kGravity) * bend;
+    return ReadAll(now, bodyRate, acceleration, interval, secondOfDay, seconds, truth);
+}
+
+PoseSensorData SensorReadings::Read(const Instant& now, double interval, double secondOfDay,
+                                    double seconds, PoseTruth& truth)
+{
+    const Point3 acceleration = 1.0 / kGravity * now.acceleration;
+    return ReadAll(now.motion, now.rate, acceleration, interval, secondOfDay, seconds, truth);
+}
+
+// The acceleration is in g, level frame; at rest the specific force is 1 upward.
+PoseSensorData SensorReadings::ReadAll(const Motion& now, const Point3& bodyRate,
+                                       const Point3& acceleration, double interval,
+                                       double secondOfDay, double seconds, PoseTruth& truth)
+{
+    constexpr Point3 kGravityDown{0.0, 0.0, 1.0};
     PoseSensorData sample{};
     truth.seconds = seconds;
     truth.angles = AnglesOf(now.attitude);
     SetTime(secondOfDay, sample);
-    ReadTilt(truth.angles, sample);
-    ReadInertial(before, now, after, interval, sample);
-    ReadMagnetometers(now.attitude.Transposed(), seconds, sample, truth);
+    ReadInertial(bodyRate, now.attitude.Transposed() * (acceleration - kGravityDown), sample);
+    ReadTilt(truth.angles, interval, sample);
+    ReadMagnetometers(now, seconds, sample, truth);
     return sample;
 }
 
-void SensorReadings::ReadMagnetometers(const Matrix& toBody, double seconds, PoseSensorData& sample,
+void SensorReadings::ReadMagnetometers(const Motion& now, double seconds, PoseSensorData& sample,
                                        PoseTruth& truth)
 {
+    const Matrix toBody = now.attitude.Transposed();
     Point3 atA = toBody * m_field;
     Point3 atB = atA;
     truth.disturbed = false;
     for (const Magnet& magnet : m_magnets) {
-        const double presence = PresenceOf(magnet, seconds);
+        const double presence = PresenceOf(magnet.from, magnet.to, seconds);
         if (presence == 0.0) continue;
         const Point3 disturbance = FieldOf(magnet, presence, toBody);
         atA = atA + disturbance;
         atB = atB + magnet.shareAtB * disturbance;
+        truth.disturbed = true;
+    }
+    for (const Dipole& dipole : m_dipoles) {
+        const double presence = PresenceOf(dipole.from, dipole.to, seconds);
+        if (presence == 0.0) continue;
+        const Point3 below = kMagnetometersApart * now.attitude.Column(2);
+        atA = atA + toBody * FieldOf(dipole, presence, now.position);
+        atB = atB + toBody * FieldOf(dipole, presence, now.position + below);
         truth.disturbed = true;
     }
     const Point3 a = Distorted(m_sensor.a, ToSensorAxes(m_sensor.type, atA), m_noiseA);
@@ -170,9 +221,16 @@ Point3 SensorReadings::Distorted(const MagnetometerModel& magnetometer, const Po
     return {RoundedTo(step, raw.x), RoundedTo(step, raw.y), RoundedTo(step, raw.z)};
 }
 
-void SensorReadings::ReadTilt(const PoseAngles& angles, PoseSensorData& sample)
+void SensorReadings::ReadTilt(const PoseAngles& angles, double interval, PoseSensorData& sample)
 {
-    const PoseAngles reported = ReportedAngles(m_sensor.rollReport, angles);
+    PoseAngles tilt = angles;
+    if (m_filter) {
+        const Point3 rate{sample.dGyro_x, sample.dGyro_y, sample.dGyro_z};
+        const Point3 force{sample.dAcc_x, sample.dAcc_y, sample.dAcc_z};
+        tilt = m_filter->Next(FromSensorAxes(m_sensor.type, rate),
+                              FromSensorAxes(m_sensor.type, force), interval);
+    }
+    const PoseAngles reported = ReportedAngles(m_sensor.rollReport, tilt);
     sample.dPitch = reported.pitch + m_sensor.pitchOffset;
     sample.dRoll = reported.roll + m_sensor.rollOffset;
     if (m_sensor.tiltNoise > 0.0) {
@@ -181,21 +239,23 @@ void SensorReadings::ReadTilt(const PoseAngles& angles, PoseSensorData& sample)
     }
 }
 
-void SensorReadings::ReadInertial(const Motion& before, const Motion& now, const Motion& after,
-                                  double interval, PoseSensorData& sample)
+void SensorReadings::ReadInertial(const Point3& bodyRate, const Point3& bodyForce,
+                                  PoseSensorData& sample)
 {
-    const Point3 bodyRate = RateBetween(before.attitude, after.attitude, 2.0 * interval);
-    Point3 rate = ToSensorAxes(m_sensor.type, bodyRate) + m_sensor.gyroBias;
-    const Point3 bend = before.position + after.position - 2.0 * now.position;
-    const Point3 gravity{0.0, 0.0, 1.0};
-    const Point3 force = 1.0 / (interval * interval * kGravity) * bend - gravity;
-    Point3 acceleration = ToSensorAxes(m_sensor.type, now.attitude.Transposed() * force);
+    const Point3 trueRate = ToSensorAxes(m_sensor.type, bodyRate);
+    const Point3& scale = m_sensor.gyroScale;
+    Point3 rate = trueRate
+                  + Point3{scale.x * trueRate.x, scale.y * trueRate.y, scale.z * trueRate.z}
+                  + m_sensor.gyroBias;
+    Point3 acceleration = ToSensorAxes(m_sensor.type, bodyForce);
+    const Point3& bias = m_sensor.accelerationBias;
+    if (bias != Point3{}) acceleration = acceleration + bias; // -0 stays -0 without one
     if (m_sensor.gyroNoise > 0.0) rate = rate + m_sensor.gyroNoise * NormalVector(m_noiseInertial);
     if (m_sensor.accelerationNoise > 0.0)
         acceleration = acceleration + m_sensor.accelerationNoise * NormalVector(m_noiseInertial);
-    sample.dGyro_x = rate.x;
-    sample.dGyro_y = rate.y;
-    sample.dGyro_z = rate.z;
+    sample.dGyro_x = Limited(m_sensor.gyroRange, rate.x);
+    sample.dGyro_y = Limited(m_sensor.gyroRange, rate.y);
+    sample.dGyro_z = Limited(m_sensor.gyroRange, rate.z);
     sample.dAcc_x = acceleration.x;
     sample.dAcc_y = acceleration.y;
     sample.dAcc_z = acceleration.z;

@@ -26,6 +26,9 @@ enum class Stream : std::uint64_t {
     Placement = 8,
     Incline = 9,
     Outliers = 10,
+    Mounting = 11,
+    Epochs = 12,
+    Gyros = 13,
 };
 
 /// One step of splitmix64: advances `state` and returns its output.

@@ -14,13 +14,28 @@ Tremor::Tremor(Generator& random) : m_waves{}
     }
 }
 
+namespace {
+
 // Each wave of amplitude 1 has variance 1/2: three of them sum to 3/2.
+constexpr double kToUnit = 0.81649658092772603273; // sqrt(2/3)
+
+} // namespace
+
 double Tremor::At(double seconds) const
 {
-    constexpr double kToUnit = 0.81649658092772603273; // sqrt(2/3)
     double sum = 0.0;
     for (const Wave& wave : m_waves)
         sum += SineCosineOf(360.0 * wave.frequency * seconds + wave.phase).sine;
+    return kToUnit * sum;
+}
+
+Moving Tremor::MovingAt(double seconds) const
+{
+    Moving sum;
+    for (const Wave& wave : m_waves) {
+        const double turning = 360.0 * wave.frequency;
+        sum = sum + SineOf({turning * seconds + wave.phase, turning, 0.0});
+    }
     return kToUnit * sum;
 }
 

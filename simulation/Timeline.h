@@ -3,6 +3,7 @@
 // What all recordings share: when samples are taken, which are lost, how a hand trembles.
 #pragma once
 
+#include "simulation/Moving.h"
 #include "simulation/PoseSensor.h"
 #include <array>
 #include <string>
@@ -26,6 +27,8 @@ struct Losses
 
 /// Tells recordings with one seed apart: 0 and 1 are the turns.
 constexpr std::uint64_t kWalkIndex = 2;
+/// The first of the points of an occupation log, the others follow.
+constexpr std::uint64_t kOccupationIndex = 16;
 
 /// Samples and what they show, one beside the other.
 struct Recording
@@ -40,6 +43,8 @@ class Tremor
 public:
     explicit Tremor(Generator& random);
     double At(double seconds) const;
+    /// The same with its derivatives.
+    Moving MovingAt(double seconds) const;
 
 private:
     struct Wave
@@ -50,7 +55,7 @@ private:
     std::array<Wave, 3> m_waves;
 };
 
-/// Tells which samples are lost; asked once for each sample, in order.
+/// Decides which samples are lost; called once for each sample, in order.
 class LossDecision
 {
 public:

@@ -1,9 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
 // Everything that was set for a simulation, as a JSON text beside the log: what a host under test
-// should find. Keys say their unit where it is not degrees, meters, seconds or counts.
+// should find. Names follow the JSON outputs of the commands: in lower case, with the unit as their
+// last word. docs/schemas/simulate-truth.schema.json describes the format.
 #pragma once
 
+#include "simulation/Occupation.h"
 #include "simulation/Points.h"
 #include "simulation/Turn.h"
 #include "simulation/Walk.h"
@@ -29,9 +31,12 @@ struct TurnResult
 /// @param turns  one or two
 std::string TruthOfTurns(const Scene& scene, const std::vector<TurnResult>& turns);
 
+std::string TruthOfOccupations(const Scene& scene, const OccupationPlan& plan,
+                               const Occupations& log);
+
 std::string TruthOfWalk(const Scene& scene, const WalkPlan& plan, const Walk& walk);
 
-/// @param positions  as written
+/// @param positions  those of the file beside which the truth is written
 std::string TruthOfPoints(std::uint64_t seed, const PointsPlan& plan,
                           const std::vector<AntennaPosition>& positions);
 

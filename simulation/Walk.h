@@ -27,7 +27,7 @@ struct WalkPlan
     double mostLean = 30.0;                   // on the points [degrees], below 45
     double tremor = 0.05; // of the hand, standard deviation of heading, pitch and roll [degrees]
     double sensorHeight = 1.5; // of the pose sensor above the tip, along the pole [m]
-    PoleGeometry geometry = PoleGeometry::AsSolved;
+    PoleGeometry geometry = PoleGeometry::Rigid;
     AntennaNoise noise{};
     Losses losses{};
     std::vector<Magnet> magnets{};

@@ -5,6 +5,7 @@
 
 #include "simulation/Random.h"
 #include "simulation/Turn.h"
+#include "simulation/trials/FieldFaults.h"
 #include <string_view>
 #include <vector>
 
@@ -18,6 +19,7 @@ struct Setting
     simulation::TurnPlan horizontal;
     simulation::TurnPlan vertical;
     bool screened = true; // by the sample filters, before the solver
+    RecordingFaults faults{};
 };
 
 /// A fault of the operator, the field or the sensor, of random size.
@@ -39,5 +41,9 @@ const std::vector<Condition>& Conditions();
 /// Poles and recordings unlike those of Conditions(): other fields and units, few samples, exact
 /// turns, several revolutions. They check thresholds that were found elsewhere.
 const std::vector<Condition>& Variations();
+
+/// Faults of sensors, surroundings and logs, for an ordinary and for a careful operator; the first two
+/// add none.
+const std::vector<Condition>& FieldFaults();
 
 } // namespace study

@@ -7,6 +7,7 @@
 #include <Eigen/LU>
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 namespace study {
 
@@ -118,9 +119,7 @@ double UnaskedError(const CalibrationRun& run, const Truth& truth)
 
 Trial Simulate(const Setting& s, std::uint64_t seed)
 {
-    quality::CalibrationTurns recorded;
-    recorded.horizontal = SimulateTurn(s.sensor, s.field, s.horizontal, seed).samples;
-    recorded.vertical = SimulateTurn(s.sensor, s.field, s.vertical, seed).samples;
+    quality::CalibrationTurns recorded = RecordTurns(s, seed);
     CalibrationRun run = s.screened
                              ? quality::RunSolver(std::move(recorded), s.sensor.type)
                              : quality::RunSolverUnscreened(std::move(recorded), s.sensor.type);
@@ -131,8 +130,7 @@ Trial Simulate(const Setting& s, std::uint64_t seed)
 
     const tiltpole::quality::JointModel model =
         tiltpole::quality::FitBoth(run.recorded, s.sensor.type);
-    const quality::JointFit fit =
-        tiltpole::quality::InEightValues(model, run.recorded, s.sensor.type);
+    quality::JointFit fit = tiltpole::quality::InEightValues(model, run.recorded, s.sensor.type);
     trial.jointFitted = fit.outcome == quality::JointFitOutcome::Fitted;
     if (!trial.jointFitted) {
         trial.jointUnasked = UnaskedError(run, truth);
@@ -140,6 +138,8 @@ Trial Simulate(const Setting& s, std::uint64_t seed)
     }
     trial.jointFull = truth.ErrorOf(model.a.correction, 0.0, model.b.correction, 0.0);
     run.calibration = fit.calibration;
+    run.used = std::move(fit.used);
+    run.isJoint = true;
     run.solverAnswer = 1;
     trial.joint = Judged(run, truth);
     return trial;

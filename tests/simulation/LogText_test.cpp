@@ -85,7 +85,11 @@ TEST(LogText, SameSeedGivesTheSameBytesEverywhere)
     };
     EXPECT_EQ(turn(TurnAxis::Horizontal), 13766956827784917854U);
     EXPECT_EQ(turn(TurnAxis::Vertical), 830661337156822543U);
-    EXPECT_EQ(HashOf(TextOf(SimulateWalk(BusySensor(), field, {}, 42))), 13404832548715045495U);
+    const auto walk = [&field](PoleGeometry geometry) {
+        return HashOf(TextOf(SimulateWalk(BusySensor(), field, {.geometry = geometry}, 42)));
+    };
+    EXPECT_EQ(walk(PoleGeometry::Rigid), 7920922771101205064U);
+    EXPECT_EQ(walk(PoleGeometry::ByFormula), 13404832548715045495U);
     EXPECT_EQ(HashOf(TextOf(SimulatePoints({.inclineNoise = 0.1, .outliers = 2}, 42))),
               6638836972040919168U);
 }
@@ -169,7 +173,7 @@ TEST(TruthText, HoldsTheCorrectionThatUndoesTheDistortion)
                                                       {.plan = {}, .samples = 500}
     }));
     EXPECT_EQ(truth["seed"], 1);
-    EXPECT_EQ(truth["bias_angle_a"], -3.5);
+    EXPECT_EQ(truth["bias_a_deg"], -3.5);
     EXPECT_EQ(truth["sensor"]["magnetometer_a"]["correction"]["y0"], -20.0);
     EXPECT_TRUE(truth["sensor"]["magnetometer_b"]["correction"].is_null());
     EXPECT_EQ(truth["horizontal_turn"]["samples_written"], 500);
@@ -182,7 +186,7 @@ TEST(TruthText, NamesEveryTipOfAWalk)
     const Walk walk = SimulateWalk({}, {}, plan, 1);
     const auto truth = nlohmann::json::parse(TruthOfWalk({}, plan, walk));
     ASSERT_EQ(truth["tips"].size(), 4U);
-    EXPECT_EQ(truth["tips"][2]["x"], walk.tips[2].x);
+    EXPECT_EQ(truth["tips"][2]["n_m"], walk.tips[2].x);
     EXPECT_EQ(truth["samples_written"], walk.samples.size());
 }
 
@@ -192,7 +196,7 @@ TEST(TruthText, NamesTheOutliersOfAPointSet)
     const std::vector<AntennaPosition> positions = SimulatePoints(plan, 1);
     const auto truth = nlohmann::json::parse(TruthOfPoints(1, plan, positions));
     EXPECT_THAT(truth["outliers"], ElementsAre(5, 10));
-    EXPECT_EQ(truth["tip"]["h"], 100.0);
+    EXPECT_EQ(truth["tip"]["h_m"], 100.0);
 }
 
 } // namespace

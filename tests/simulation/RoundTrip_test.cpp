@@ -8,6 +8,7 @@
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <vector>
 
 namespace {
 
@@ -62,13 +63,75 @@ void CheckWalk(int type, const PoseSensor& sensor, PoleGeometry geometry)
 TEST(RoundTrip, NoiseFreeWalkGivesTrueHeadingsAndTips)
 {
     for (const int type : {0, 1, 2, 3})
-        CheckWalk(type, DistortedSensor(type), PoleGeometry::AsSolved);
+        CheckWalk(type, DistortedSensor(type), PoleGeometry::ByFormula);
 }
 
 // Type 2 is solved as the straight pole that it is.
 TEST(RoundTrip, StraightPoleOfTypeTwoGivesTrueTips)
 {
     CheckWalk(2, DistortedSensor(2), PoleGeometry::Rigid);
+}
+
+// Errors on the points of a walk without any noise.
+struct Misses
+{
+    std::vector<double> plan; // [mm], ascending
+    double height = 0.0;      // [mm], the largest
+    double heading = 0.0;     // [degrees], the largest
+};
+
+Misses MissesOf(RollReport roll, double mostLean)
+{
+    PoseSensor sensor;
+    sensor.rollReport = roll;
+    WalkPlan walking;
+    walking.points = 200;
+    walking.leastLean = 0.0;
+    walking.mostLean = mostLean;
+    walking.noise = kSilent;
+    const Walk walk = SimulateWalk(sensor, {}, walking, 5);
+    CInclineSensor_Position position = PositionFor(sensor, {});
+    Misses misses;
+    for (std::size_t i = 0; i < walk.samples.size(); ++i) {
+        const WalkTruth& truth = walk.truth[i];
+        if (truth.point == 0) continue;
+        PoseSensorData sample = walk.samples[i];
+        xyhCoordinate point{walk.antenna[i].x, walk.antenna[i].y, walk.antenna[i].z};
+        position.Position(sample, walking.poleLength, point);
+        misses.plan.push_back(1e3 * std::hypot(point.x - truth.tip.x, point.y - truth.tip.y));
+        misses.height = std::max(misses.height, 1e3 * std::fabs(point.h - truth.tip.z));
+        misses.heading = std::max(misses.heading, Between(sample.dYaw, truth.pose.angles.heading));
+    }
+    std::ranges::sort(misses.plan);
+    return misses;
+}
+
+// docs/simulation.md shows these figures.
+TEST(RoundTrip, FormulaOfTypeOneMissesAStraightPoleThatLeansFar)
+{
+    struct Case
+    {
+        RollReport roll;
+        double mostLean;           // [degrees]
+        double half, mostly, plan; // p50, p90 and the largest [mm]
+        double height, heading;
+    };
+    constexpr Case cases[] = {
+        {RollReport::Leveling,    15.0, 0.24, 2.91,  6.23,  1.01,  0.0  },
+        {RollReport::Leveling,    30.0, 2.01, 24.47, 53.35, 17.56, 0.0  },
+        {RollReport::Inclination, 15.0, 0.03, 0.97,  2.35,  0.0,   0.283},
+        {RollReport::Inclination, 30.0, 0.37, 13.25, 41.47, 0.0,   2.51 },
+    };
+    for (const Case& c : cases) {
+        SCOPED_TRACE(c.plan);
+        const Misses misses = MissesOf(c.roll, c.mostLean);
+        ASSERT_EQ(misses.plan.size(), 12000U);
+        EXPECT_NEAR(misses.plan[6000], c.half, 0.01);
+        EXPECT_NEAR(misses.plan[10800], c.mostly, 0.01);
+        EXPECT_NEAR(misses.plan.back(), c.plan, 0.01);
+        EXPECT_NEAR(misses.height, c.height, 0.01);
+        EXPECT_NEAR(misses.heading, c.heading, 0.001);
+    }
 }
 
 // The tip from magnetometer B, whose x axis looks backwards, is the same.
@@ -78,7 +141,7 @@ TEST(RoundTrip, TipFromMagnetometerBIsTrueToo)
     const EarthField field{534.0, 66.0, 3.5};
     const WalkPlan plan{
         .start = {100.0, 200.0, 10.0},
-          .noise = kSilent
+          .geometry = PoleGeometry::ByFormula, .noise = kSilent
     };
     const Walk walk = SimulateWalk(sensor, field, plan, 9);
     CInclineSensor_Position position = PositionFor(sensor, field);

@@ -8,6 +8,7 @@
 namespace {
 
 using namespace simulation;
+using tiltpole::survey::Deg2Rad;
 using tiltpole::survey::Rad2Deg;
 
 constexpr double kSurveyRoundOff = 3e-9; // meters, of northings of 4 500 000 m
@@ -73,11 +74,35 @@ TEST(Walk, LeanStaysInItsRangeOnThePoints)
     EXPECT_GT(most - least, 5.0);
 }
 
-TEST(Walk, RigidPoleIsAsLongAsPlanned)
+TEST(Walk, PoleIsAsLongAsPlanned)
 {
-    const Walk walk = WalkOf({.poleLength = 1.8, .geometry = PoleGeometry::Rigid});
-    for (const WalkTruth& truth : walk.truth)
-        EXPECT_NEAR(Distance(truth.antenna, truth.tip), 1.8, kSurveyRoundOff);
+    for (const PoleGeometry geometry : {PoleGeometry::Rigid, PoleGeometry::ByFormula}) {
+        const Walk walk = WalkOf({.poleLength = 1.8, .geometry = geometry});
+        for (const WalkTruth& truth : walk.truth)
+            EXPECT_NEAR(Distance(truth.antenna, truth.tip), 1.8, kSurveyRoundOff);
+    }
+}
+
+// The body's down axis after roll about the forward axis, then pitch, then heading, multiplied out.
+TEST(Walk, TheAntennaStandsOnTheBodysAxisUnlessPlacedByFormula)
+{
+    const auto farthest = [](const WalkPlan& plan) {
+        double most = 0.0;
+        for (const WalkTruth& truth : WalkOf(plan).truth) {
+            const auto [heading, pitch, roll] = truth.pose.angles;
+            const double h = Deg2Rad(heading), p = Deg2Rad(pitch), r = Deg2Rad(roll);
+            const double forward = std::sin(p) * std::cos(r);
+            const double rightward = -std::sin(r);
+            const Point3 expected{
+                truth.tip.x - 2.0 * (forward * std::cos(h) - rightward * std::sin(h)),
+                truth.tip.y - 2.0 * (forward * std::sin(h) + rightward * std::cos(h)),
+                truth.tip.z + 2.0 * std::cos(p) * std::cos(r)};
+            most = std::max(most, Distance(truth.antenna, expected));
+        }
+        return most;
+    };
+    EXPECT_LT(farthest({}), kSurveyRoundOff);
+    EXPECT_GT(farthest({.geometry = PoleGeometry::ByFormula}), 0.005);
 }
 
 TEST(Walk, AntennaNoiseIsTheDifferenceToTheTruth)
