@@ -1,0 +1,13 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "field/Bridge.h"
+
+#include <string_view>
+
+namespace tiltpole::field {
+
+/// A reason in a word or two, as $PTLTS has it: "moving", "no pose".
+std::string_view ReasonName(::field::Reason::Code code);
+
+} // namespace tiltpole::field

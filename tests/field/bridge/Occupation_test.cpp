@@ -1,0 +1,70 @@
+// SPDX-License-Identifier: MIT
+//
+// A planted pole that moves, through the whole engine: the occupation's tip may be stored while the
+// antenna moves.
+#include "tests/field/bridge/PlantedPole.h"
+
+#include <gtest/gtest.h>
+
+namespace {
+
+using namespace live_pole;
+using field::OccupationAdvice;
+using field::State;
+
+double OccupationError(const Report& report)
+{
+    const xyhCoordinate d = field::Difference(kTip, *report.occupationTip);
+    return std::hypot(d.x, d.y);
+}
+
+TEST(LiveOccupation, FindsTheTipThatASingleEpochMisses)
+{
+    const auto reports = ReportsOf(TrackSetup(), RecordsOf(LeanInTrack(8.0, 6.0)));
+    const Report& last = reports.back();
+    ASSERT_TRUE(last.tip && last.occupation && last.occupationTip) << ReasonsOf(last);
+    EXPECT_GT(PlanError(last), 0.050) << "heading off by 6 degrees";
+    EXPECT_LT(OccupationError(last), 0.020);
+    EXPECT_EQ(last.occupation->advice, OccupationAdvice::Store) << OccupationText(*last.occupation);
+    EXPECT_EQ(last.verdict.state, State::Store) << ReasonsOf(last);
+}
+
+TEST(LiveOccupation, MayBeStoredWhileTheAntennaMoves)
+{
+    std::size_t stored = 0;
+    for (const Report& report : ReportsOf(TrackSetup(), RecordsOf(RockedTrack()))) {
+        if (!report.tip || report.verdict.state != State::Store) continue;
+        if (report.tip->antennaSpeed < 0.05) continue;
+        ++stored;
+        ASSERT_TRUE(report.occupationTip);
+        EXPECT_EQ(report.occupation->advice, OccupationAdvice::Store);
+        EXPECT_FALSE(Has(report, field::Reason::Code::Moving));
+        EXPECT_TRUE(report.byOccupation);
+        EXPECT_NE(FieldOf(LineOf(report, "$PTLTS"), 3), "STORE") << report.nmea;
+    }
+    EXPECT_GT(stored, 0U);
+}
+
+TEST(LiveOccupation, BeginsAnewAtAnotherTip)
+{
+    Track track = LeanInTrack(12.0, 1.0);
+    for (TrackRow& row : track) {
+        if (row.seconds > 6.0) row.antenna.x += 2.0; // carried on at once, as the gaits of a walk
+    }
+    Options options;
+    options.epoch = [](EpochFields& epoch) { epoch.speed = 30.0; };
+    for (const Report& report : ReportsOf(TrackSetup(), RecordsOf(track, options))) {
+        const double t = SecondsOf(report);
+        if (t > 6.05 && t < 7.9) {
+            EXPECT_FALSE(report.occupation) << t;
+        }
+    }
+}
+
+TEST(LiveOccupation, NeedsGyros)
+{
+    for (const Report& report : ReportsOf(TrackSetup(), RecordsOf(StandingTrack(5.0))))
+        EXPECT_FALSE(report.occupation);
+}
+
+} // namespace
