@@ -126,7 +126,9 @@ void PaintAxes(Painter& painter, const Chart& chart, const Area& area, const Fra
                 {x, f.y + f.height}
         },
             {kGridColor, 0.8});
-        painter.Text({x, f.y + f.height + kTickGap + kTickText.size}, xTexts[i], style);
+        const double half = painter.TextWidth(xTexts[i], style) / 2.0;
+        const double inside = std::clamp(x, outer.x + half, outer.x + outer.width - half);
+        painter.Text({inside, f.y + f.height + kTickGap + kTickText.size}, xTexts[i], style);
     }
     const auto yTicks = Ticks(area.y, Most(f.height, kPointsPerRow));
     const auto yTexts = TickTexts(yTicks);
@@ -142,10 +144,26 @@ void PaintAxes(Painter& painter, const Chart& chart, const Area& area, const Fra
         painter.Text({f.x - kTickGap, y + 0.36 * kTickText.size}, yTexts[i], style);
     }
     painter.Text({f.x + f.width / 2.0, f.y + f.height + kTickGap + 2.9 * kTickText.size},
-                 chart.labels.x, kLabelText);
-    TextStyle upright = kLabelText;
+                 chart.labels.x, painter.Fitted(chart.labels.x, kLabelText, f.width));
+    TextStyle upright = painter.Fitted(chart.labels.y, kLabelText, f.height);
     upright.upright = true;
     painter.Text({outer.x + kLabelText.size, f.y + f.height / 2.0}, chart.labels.y, upright);
+}
+
+// To the upper right of its point, or where that leaves the plotting area, as near as inside it.
+void PaintNote(Painter& painter, const Chart::Annotation& note, const Area& area)
+{
+    constexpr double kGap = 6.0;
+    constexpr double kInside = 4.0;
+    const TextStyle style{.size = 10.0, .color = note.color, .boxed = true};
+    const Frame& f = area.frame;
+    const double width = painter.TextWidth(note.text, style);
+    PlotPoint at = area.At(note.at);
+    if (at.x < f.x || at.x > f.x + f.width || at.y < f.y || at.y > f.y + f.height) return;
+    at.x = std::clamp(at.x + kGap, f.x + kInside,
+                      std::max(f.x + kInside, f.x + f.width - width - kInside));
+    at.y = std::clamp(at.y - kGap, f.y + style.size + kInside, f.y + f.height - kInside);
+    painter.Text(at, note.text, style);
 }
 
 void PaintSeries(Painter& painter, const Chart& chart, const Area& area)
@@ -166,11 +184,8 @@ void PaintSeries(Painter& painter, const Chart& chart, const Area& area)
                 painter.MarkAt(point, *series.marks);
         }
     }
-    for (const Chart::Annotation& note : chart.texts) {
-        const PlotPoint at = area.At(note.at);
-        painter.Text({at.x + 6.0, at.y - 6.0}, note.text,
-                     {.size = 10.0, .color = note.color, .halo = true});
-    }
+    for (const Chart::Annotation& note : chart.texts)
+        PaintNote(painter, note, area);
     cairo_restore(context);
 }
 
@@ -207,7 +222,8 @@ void PaintChart(Painter& painter, const Chart& chart, const Frame& frame)
         left = LeftMargin(painter, area.y, area.frame.height);
     }
 
-    painter.Text({frame.x, frame.y + 0.8 * kLineHeight}, chart.title, kTitleText);
+    painter.Text({frame.x, frame.y + 0.8 * kLineHeight}, chart.title,
+                 painter.Fitted(chart.title, kTitleText, frame.width));
     PaintLegend(painter, legend, {frame.x, frame.y + titleHeight});
     PaintAxes(painter, chart, area, frame);
     PaintSeries(painter, chart, area);

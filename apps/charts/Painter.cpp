@@ -10,8 +10,8 @@ using tiltpole::survey::kPi;
 
 namespace {
 
-constexpr Color kHaloColor{1.0, 1.0, 1.0, 0.9};
-constexpr double kHaloWidth = 4.0;
+constexpr Color kWhite{1.0, 1.0, 1.0};
+constexpr double kBoxMargin = 2.0; // around a boxed text, points
 
 } // namespace
 
@@ -41,6 +41,31 @@ double Painter::TextWidth(const std::string& text, const TextStyle& style)
     return extents.x_advance;
 }
 
+TextStyle Painter::Fitted(const std::string& text, TextStyle style, double width)
+{
+    const double needed = TextWidth(text, style);
+    if (needed > width) style.size *= width / needed;
+    return style;
+}
+
+std::vector<std::string> Painter::Wrapped(const std::string& text, const TextStyle& style,
+                                          double width)
+{
+    std::vector<std::string> lines(1);
+    for (std::size_t at = 0; at <= text.size();) {
+        const std::size_t end = std::min(text.find(' ', at), text.size());
+        const std::string word = text.substr(at, end - at);
+        const std::string longer = lines.back().empty() ? word : lines.back() + ' ' + word;
+        if (!lines.back().empty() && TextWidth(longer, style) > width) {
+            lines.push_back(word);
+        } else {
+            lines.back() = longer;
+        }
+        at = end + 1;
+    }
+    return lines;
+}
+
 void Painter::Text(PlotPoint baseline, const std::string& text, const TextStyle& style)
 {
     if (text.empty()) return;
@@ -53,13 +78,14 @@ void Painter::Text(PlotPoint baseline, const std::string& text, const TextStyle&
     cairo_save(Get());
     cairo_translate(Get(), baseline.x, baseline.y);
     if (style.upright) cairo_rotate(Get(), -kPi / 2.0);
-    if (style.halo) {
-        cairo_move_to(Get(), shift, 0.0);
-        cairo_text_path(Get(), text.c_str());
-        Use(kHaloColor);
-        cairo_set_line_width(Get(), kHaloWidth);
-        cairo_set_line_join(Get(), CAIRO_LINE_JOIN_ROUND);
-        cairo_stroke(Get());
+    if (style.boxed) {
+        cairo_text_extents_t extents;
+        cairo_text_extents(Get(), text.c_str(), &extents);
+        Use(kWhite);
+        cairo_rectangle(Get(), shift + extents.x_bearing - kBoxMargin,
+                        extents.y_bearing - kBoxMargin, extents.width + 2.0 * kBoxMargin,
+                        extents.height + 2.0 * kBoxMargin);
+        cairo_fill(Get());
         Use(style.color);
     }
     cairo_move_to(Get(), shift, 0.0);

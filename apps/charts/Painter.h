@@ -19,7 +19,7 @@ struct TextStyle
     bool bold = false;
     Color color = palette::kBlack;
     Align align = Align::Left;
-    bool halo = false;    // a light outline, legible on top of data
+    bool boxed = false;   // on a white box, legible on top of data
     bool upright = false; // runs upward instead of to the right
 };
 
@@ -35,6 +35,10 @@ public:
     void Use(const Color& color);
     void Text(PlotPoint baseline, const std::string& text, const TextStyle& style);
     double TextWidth(const std::string& text, const TextStyle& style);
+    /// The style with the size reduced, if needed, until the text is no wider.
+    TextStyle Fitted(const std::string& text, TextStyle style, double width);
+    /// The text in lines that are no wider, broken at blanks.
+    std::vector<std::string> Wrapped(const std::string& text, const TextStyle& style, double width);
     void Line(const std::vector<PlotPoint>& points, const LineStyle& style);
     void MarkAt(PlotPoint at, const PointStyle& style);
 

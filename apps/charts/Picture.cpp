@@ -6,13 +6,19 @@
 #include "apps/tables/Output.h"
 #include <cairo-svg.h>
 #include <memory>
+#include <utility>
 
 namespace charts {
 
 namespace {
 
-constexpr double kMargin = 14.0;        // around the picture, points
-constexpr double kTitleHeight = 24.0;   // of each title line, points
+constexpr double kMargin = 14.0;         // around the picture, points
+constexpr double kTitleHeight = 24.0;    // points
+constexpr double kSubtitleHeight = 16.0; // of each line
+constexpr TextStyle kTitle{.size = 16.0, .bold = true};
+constexpr TextStyle kSubtitle{
+    .size = 11.0, .color = {0.36, 0.37, 0.39}
+};
 constexpr double kPixelsPerPoint = 2.0; // of a PNG
 
 bool EndsWith(std::string_view text, std::string_view ending)
@@ -31,11 +37,20 @@ using Surface = std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy
 
 } // namespace
 
+Picture::Picture(std::string title, const std::string& subtitle, double width, double height)
+    : m_title(std::move(title)), m_width(width), m_height(height)
+{
+    if (subtitle.empty()) return;
+    const Surface any(cairo_image_surface_create(CAIRO_FORMAT_RGB24, 1, 1), &cairo_surface_destroy);
+    m_subtitle = Painter(any.get()).Wrapped(subtitle, kSubtitle, width - 2.0 * kMargin);
+}
+
 Frame Picture::Body() const
 {
     double top = kMargin;
     if (!m_title.empty()) top += kTitleHeight;
-    if (!m_subtitle.empty()) top += kTitleHeight;
+    if (!m_subtitle.empty())
+        top += kSubtitleHeight * static_cast<double>(m_subtitle.size()) + kMargin / 2.0;
     return {kMargin, top, m_width - 2.0 * kMargin, m_height - top - kMargin};
 }
 
@@ -54,9 +69,13 @@ void Picture::Save(const std::string& path) const
         if (!asSvg) cairo_scale(painter.Get(), kPixelsPerPoint, kPixelsPerPoint);
         painter.Clear();
         double baseline = kMargin + 0.6 * kTitleHeight;
-        painter.Text({kMargin, baseline}, m_title, {.size = 16.0, .bold = true});
-        baseline += kTitleHeight;
-        painter.Text({kMargin, baseline}, m_subtitle, {.size = 11.0, .color = palette::kGray});
+        painter.Text({kMargin, baseline}, m_title,
+                     painter.Fitted(m_title, kTitle, m_width - 2.0 * kMargin));
+        baseline += kTitleHeight - 4.0;
+        for (const std::string& line : m_subtitle) {
+            painter.Text({kMargin, baseline}, line, kSubtitle);
+            baseline += kSubtitleHeight;
+        }
         for (const Placed& placed : m_charts)
             PaintChart(painter, placed.chart, placed.frame);
     }

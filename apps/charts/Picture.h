@@ -12,7 +12,6 @@
 #include "apps/charts/Chart.h"
 #include <string>
 #include <string_view>
-#include <utility>
 #include <vector>
 
 namespace charts {
@@ -20,10 +19,8 @@ namespace charts {
 class Picture
 {
 public:
-    Picture(std::string title, std::string subtitle, double width, double height)
-        : m_title(std::move(title)), m_subtitle(std::move(subtitle)), m_width(width),
-          m_height(height)
-    {}
+    /// @param subtitle  below the title, in as many lines as it needs
+    Picture(std::string title, const std::string& subtitle, double width, double height);
 
     /// The area for charts: the picture without its margins and title lines.
     Frame Body() const;
@@ -42,7 +39,7 @@ private:
     };
 
     std::string m_title;
-    std::string m_subtitle;
+    std::vector<std::string> m_subtitle; // lines
     double m_width;
     double m_height;
     std::vector<Placed> m_charts;

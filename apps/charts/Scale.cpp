@@ -8,6 +8,14 @@ namespace charts {
 
 namespace {
 
+constexpr std::size_t kFewest = 3;
+// Bounds for ranges too narrow for the numbers in them.
+constexpr int kMostTicks = 100;
+constexpr int kMostRefinements = 8;
+
+// Steps are these times a power of ten, the finer ones first.
+constexpr double kFactors[] = {1.0, 2.0, 4.0, 5.0};
+
 // The smallest of 1, 2, 5 times a power of ten that is not below `least`.
 double RoundStep(double least)
 {
@@ -18,18 +26,38 @@ double RoundStep(double least)
     return 10.0 * power;
 }
 
+// The largest step below this one.
+double FinerStep(double step)
+{
+    const double power = std::pow(10.0, std::floor(std::log10(step) + 1e-6));
+    double finer = 0.5 * power;
+    for (const double factor : kFactors)
+        if (factor * power < step * (1.0 - 1e-6)) finer = factor * power;
+    return finer;
+}
+
+std::vector<double> Multiples(const Range& range, double step)
+{
+    std::vector<double> ticks;
+    const double slack = 1e-9 * range.Width();
+    const double first = std::ceil((range.low - slack) / step);
+    for (int i = 0; i < kMostTicks; ++i) {
+        const double tick = (first + i) * step;
+        if (!(tick <= range.high + slack)) break;
+        ticks.push_back(tick);
+    }
+    return ticks;
+}
+
 } // namespace
 
 std::vector<double> Ticks(const Range& range, int most)
 {
-    std::vector<double> ticks;
-    const double step = RoundStep(range.Width() / (most - 1));
-    const double slack = 1e-9 * range.Width();
-    const double first = std::ceil((range.low - slack) / step);
-    for (int i = 0; i < most; ++i) {
-        const double tick = (first + i) * step;
-        if (tick > range.high + slack) break;
-        ticks.push_back(tick);
+    double step = RoundStep(range.Width() / (most - 1));
+    std::vector<double> ticks = Multiples(range, step);
+    for (int tries = 0; tries < kMostRefinements && ticks.size() < kFewest; ++tries) {
+        step = FinerStep(step);
+        ticks = Multiples(range, step);
     }
     return ticks;
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "apps/tables/Csv.h"
 
+#include "apps/tables/Dialect.h"
+#include "apps/tables/FileKind.h"
 #include "apps/tables/Numbers.h"
 #include "apps/tables/ReadFile.h"
 #include <algorithm>
@@ -8,9 +10,11 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fmt/format.h>
+#include <fmt/ranges.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <utility>
 
 namespace tables {
 
@@ -31,20 +35,25 @@ std::string Shown(std::string_view text)
     return std::string(text.substr(0, kMost)) + "...";
 }
 
-bool IsBlank(const char* begin, const char* end)
+// A line with nothing but separators and blanks contains no row.
+bool IsEmptyLine(std::string_view line)
 {
-    return Trim({begin, static_cast<std::size_t>(end - begin)}).empty();
+    return line.find_first_not_of(" \t,;") == std::string_view::npos;
 }
 
-// The separator is the first one outside quotes; a header with one column has none.
-char SeparatorOf(const char* begin, const char* end)
+bool IsComment(std::string_view line)
 {
-    bool quoted = false;
-    for (const char* at = begin; at != end; ++at) {
-        if (*at == '"') quoted = !quoted;
-        if (!quoted && (*at == ';' || *at == ',')) return *at;
-    }
-    return ',';
+    const std::string_view text = Trim(line);
+    return !text.empty() && text.front() == '#';
+}
+
+// `sep=;`, which spreadsheets write and read as a first line.
+std::optional<char> DeclaredSeparator(std::string_view line)
+{
+    line = line.substr(0, line.find_last_not_of('"') + 1);
+    line.remove_prefix(std::min(line.find_first_not_of('"'), line.size()));
+    if (line.size() != 5 || !line.starts_with("sep=")) return std::nullopt;
+    return line[4];
 }
 
 } // namespace
@@ -74,22 +83,74 @@ CsvReader::~CsvReader()
 
 void CsvReader::ReadHeader()
 {
+    m_atEnd = !Fill();
+    if (const std::string kind = ForeignKind({m_buffer.data(), m_end}); !kind.empty())
+        throw InputError(m_name, kind);
     char* begin = nullptr;
     char* end = nullptr;
-    do {
-        if (!NextLine(begin, end)) {
-            throw HeaderError("the file is empty; its first line must name the columns");
-        }
-        if (m_line == 1 && end - begin >= 3 && std::memcmp(begin, "\xEF\xBB\xBF", 3) == 0) {
-            begin += 3;
-        }
-    } while (IsBlank(begin, end));
+    if (!NextRowLine(begin, end))
+        throw HeaderError("the file is empty; its first line must name the columns");
 
+    const auto declared = DeclaredSeparator({begin, static_cast<std::size_t>(end - begin)});
+    if (declared && !NextRowLine(begin, end))
+        throw HeaderError("the file is empty; its first line must name the columns");
     m_headerLine = m_line;
-    m_separator = SeparatorOf(begin, end);
-    Split(begin, end);
+    std::string header(begin, end);
+    if (header.find('\0') != std::string::npos || header.find('\r') != std::string::npos)
+        throw HeaderError(
+            "the line contains NUL or CR characters; save the file as plain text with "
+            "LF or CR LF at the end of each line");
+    m_separator = declared ? *declared : DecideSeparator(header);
+    if (const char* problem =
+            SplitLine(header.data(), header.data() + header.size(), m_separator, m_fields))
+        throw HeaderError(problem);
     if (m_fields.size() > 1 && m_fields.back().empty()) m_fields.pop_back();
-    m_columns.assign(m_fields.begin(), m_fields.end());
+    if (std::all_of(m_fields.begin(), m_fields.end(),
+                    [](std::string_view field) { return ParseNumber(field).has_value(); }))
+        throw HeaderError(
+            fmt::format("the first line must name the columns, but consists of "
+                        "numbers{}",
+                        m_comments > 0 ? "; lines that start with # are not read" : ""));
+    if (m_separator == kBlanks) {
+        m_columns = JoinUnits(m_fields);
+    } else {
+        m_columns.assign(m_fields.begin(), m_fields.end());
+    }
+}
+
+// Where the header leaves a choice, the first row is read ahead; Next returns it.
+char CsvReader::DecideSeparator(const std::string& header)
+{
+    const std::vector<char> candidates = SeparatorsIn(header);
+    if (candidates.size() > 1) {
+        try {
+            char* begin = nullptr;
+            char* end = nullptr;
+            if (NextRowLine(begin, end)) m_firstRow.emplace(begin, end);
+        } catch (const InputError&) {
+            m_firstFailure = std::current_exception();
+        }
+    }
+    std::string problem;
+    const char separator = SeparatorOf(header, candidates, m_firstRow, problem);
+    if (!problem.empty()) throw HeaderError(problem);
+    return separator;
+}
+
+// The next line that is neither empty nor a comment.
+bool CsvReader::NextRowLine(char*& begin, char*& end)
+{
+    for (;;) {
+        if (!NextLine(begin, end)) return false;
+        if (m_line == 1 && end - begin >= 3 && std::memcmp(begin, "\xEF\xBB\xBF", 3) == 0)
+            begin += 3;
+        const std::string_view line(begin, static_cast<std::size_t>(end - begin));
+        if (IsComment(line)) {
+            ++m_comments;
+        } else if (!IsEmptyLine(line)) {
+            return true;
+        }
+    }
 }
 
 std::optional<std::size_t> CsvReader::Find(std::string_view name) const
@@ -105,24 +166,36 @@ std::optional<std::size_t> CsvReader::Find(std::string_view name) const
 std::size_t CsvReader::Require(std::string_view name) const
 {
     const auto column = Find(name);
-    if (!column) throw HeaderError(fmt::format("there is no column {}", name));
+    if (!column) throw MissingColumns({std::string(name)});
     return *column;
+}
+
+InputError CsvReader::MissingColumns(const std::vector<std::string>& keys) const
+{
+    return HeaderError(fmt::format("missing in the header: {}; it names {}", fmt::join(keys, ", "),
+                                   fmt::join(m_columns, ", ")));
 }
 
 bool CsvReader::Next()
 {
+    if (m_firstFailure) std::rethrow_exception(std::exchange(m_firstFailure, nullptr));
     char* begin = nullptr;
     char* end = nullptr;
-    do {
-        if (!NextLine(begin, end)) return false;
-    } while (IsBlank(begin, end));
-
-    Split(begin, end);
+    if (m_firstRow) {
+        m_ownRow = std::move(*m_firstRow);
+        m_firstRow.reset();
+        begin = m_ownRow.data();
+        end = begin + m_ownRow.size();
+    } else if (!NextRowLine(begin, end)) {
+        return false;
+    }
+    if (const char* problem = SplitLine(begin, end, m_separator, m_fields)) throw Error(problem);
     // A separator at the end of the line does not start another field.
     if (m_fields.size() == m_columns.size() + 1 && m_fields.back().empty()) m_fields.pop_back();
     if (m_fields.size() != m_columns.size()) {
-        throw Error(fmt::format("{} fields where the header names {} columns", m_fields.size(),
-                                m_columns.size()));
+        throw Error(fmt::format("{} fields where the header names {} columns{}", m_fields.size(),
+                                m_columns.size(),
+                                FieldCountHint(m_fields, m_columns.size(), m_separator)));
     }
     return true;
 }
@@ -131,8 +204,8 @@ double CsvReader::Number(std::size_t column) const
 {
     const auto value = ParseNumber(m_fields[column]);
     if (!value) {
-        throw Error(fmt::format("{} is '{}', not a finite number", m_columns[column],
-                                Shown(m_fields[column])));
+        throw Error(fmt::format("{} is '{}', not a finite number{}", m_columns[column],
+                                Shown(m_fields[column]), NumberHint(m_fields[column])));
     }
     return *value;
 }
@@ -205,46 +278,6 @@ void CsvReader::DropRestOfLine()
         m_begin = static_cast<std::size_t>(lineEnd - m_buffer.data()) + 1;
         return;
     }
-}
-
-void CsvReader::Split(char* begin, char* end)
-{
-    m_fields.clear();
-    for (char* at = begin;; ++at) {
-        while (at != end && (*at == ' ' || *at == '\t'))
-            ++at;
-        if (at != end && *at == '"') {
-            at = SplitQuoted(at, end);
-        } else {
-            char* const stop = std::find(at, end, m_separator);
-            m_fields.push_back(Trim({at, static_cast<std::size_t>(stop - at)}));
-            at = stop;
-        }
-        if (at == end) return;
-    }
-}
-
-// Adds the quoted field that opens at `at`; doubled quotes are reduced in place. Returns the
-// position of the separator behind it, or `end`.
-char* CsvReader::SplitQuoted(char* at, char* end)
-{
-    char* const first = at + 1;
-    char* last = first;
-    char* next = first;
-    for (;; ++next) {
-        if (next == end) throw Error("a quoted field is not closed on its line");
-        if (*next == '"') {
-            if (next + 1 == end || next[1] != '"') break;
-            ++next;
-        }
-        *last++ = *next;
-    }
-    m_fields.emplace_back(first, static_cast<std::size_t>(last - first));
-    ++next;
-    while (next != end && (*next == ' ' || *next == '\t'))
-        ++next;
-    if (next != end && *next != m_separator) throw Error("text follows a quoted field");
-    return next;
 }
 
 } // namespace tables

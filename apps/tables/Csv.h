@@ -2,8 +2,10 @@
 //
 // Delimited text, read one row at a time by column names.
 //
-//   separator   `,` or `;`, whichever the header line uses; the decimal sign is always a point
-//   lines       end with LF or CR LF; blank lines and a UTF-8 byte-order mark are skipped
+//   separator   one of , ; TAB, or runs of blanks; the header and, where it leaves a choice, the
+//               first row decide for the whole file (Dialect.h). The decimal sign is a point
+//   lines       end with LF or CR LF; skipped are a UTF-8 byte-order mark, empty lines, those that
+//               start with # and, before the header, a line `sep=;`
 //   fields      may be quoted with ", quotes inside are doubled; a quoted field ends on its line
 //   memory      one line at a time, and no line beyond kLongestLine; files may be of any size
 //               unless the caller keeps their rows and gives a limit
@@ -16,6 +18,7 @@
 #include "apps/tables/Errors.h"
 #include <cstddef>
 #include <cstdint>
+#include <exception>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -31,7 +34,8 @@ public:
     /// Opens the file and reads its header line.
     /// @param path  "-" is standard input, shown as <stdin> in messages
     /// @param mostBytes  a longer file is an InputError once that much has been read
-    /// @throws InputError when it cannot be read or has no header
+    /// @throws InputError when it cannot be read, is no plain text, has no header, or has one that
+    ///         could be split in two ways
     explicit CsvReader(const std::string& path, std::uint64_t mostBytes = UINT64_MAX);
     ~CsvReader();
     CsvReader(const CsvReader&) = delete;
@@ -70,6 +74,9 @@ public:
         return {m_name, m_headerLine, reason};
     }
 
+    /// An error that names columns which the header lacks, and those that it has.
+    InputError MissingColumns(const std::vector<std::string>& keys) const;
+
     /// True after a failed read, after which there are no more rows: unlike a bad row, it cannot
     /// be skipped.
     bool Failed() const { return m_failed; }
@@ -84,8 +91,8 @@ private:
     bool Fill();
     void DropRestOfLine();
     void ReadHeader();
-    void Split(char* begin, char* end);
-    char* SplitQuoted(char* at, char* end);
+    char DecideSeparator(const std::string& header);
+    bool NextRowLine(char*& begin, char*& end);
 
     std::string m_name;
     int m_file;
@@ -101,7 +108,11 @@ private:
     std::size_t m_begin = 0; // unread bytes of m_buffer
     std::size_t m_end = 0;
     std::vector<std::string> m_columns;
-    std::vector<std::string_view> m_fields; // point into m_buffer
+    std::vector<std::string_view> m_fields; // point into m_buffer or m_ownRow
+    std::uint64_t m_comments = 0;
+    std::optional<std::string> m_firstRow; // read ahead of Next
+    std::exception_ptr m_firstFailure;     // likewise, where it cannot be read
+    std::string m_ownRow;
 };
 
 } // namespace tables

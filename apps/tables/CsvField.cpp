@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/tables/CsvField.h"
 
+#include "apps/tables/Numbers.h"
 #include <algorithm>
 #include <iterator>
 
@@ -9,8 +10,9 @@ namespace tables {
 void AppendField(fmt::memory_buffer& row, std::string_view text)
 {
     const auto out = std::back_inserter(row);
-    const bool padded = !text.empty() && (text.front() == ' ' || text.back() == ' ');
-    if (!padded && text.find_first_of(",;\"\r") == std::string_view::npos) {
+    const bool trimmed = Trim(text).size() != text.size();
+    const bool comment = text.starts_with('#');
+    if (!trimmed && !comment && text.find_first_of(",;\t\"\r") == std::string_view::npos) {
         std::copy(text.begin(), text.end(), out);
         return;
     }

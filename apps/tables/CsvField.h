@@ -8,7 +8,8 @@
 
 namespace tables {
 
-/// Appends one field, in quotes where its text contains separators, quotes or outer spaces.
+/// Appends one field, in quotes where its text contains separators, quotes or outer blanks, or
+/// starts like a comment.
 void AppendField(fmt::memory_buffer& row, std::string_view text);
 
 } // namespace tables

@@ -2,15 +2,16 @@
 #include "apps/tables/Output.h"
 
 #include "apps/tables/Errors.h"
+#include "framework/core/Paths.h"
+#include <algorithm>
+#include <array>
 #include <cerrno>
-#include <climits>
-#include <cstdlib>
-#include <fcntl.h>
 #include <filesystem>
-#include <memory>
+#include <fmt/format.h>
 #include <sys/stat.h>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 namespace tables {
 
@@ -18,42 +19,80 @@ namespace {
 
 constexpr std::size_t kBufferSize = std::size_t{1} << 16; // bytes
 
-// The file behind symbolic links, so that renaming replaces the file and not the link.
-std::string Resolve(const std::string& path)
+bool IsStandardOutput(std::string_view path)
 {
-    const std::unique_ptr<char, decltype(&std::free)> real(realpath(path.c_str(), nullptr),
-                                                           &std::free);
-    return real ? real.get() : path;
+    constexpr std::array<std::string_view, 4> names{"-", "/dev/stdout", "/dev/fd/1",
+                                                    "/proc/self/fd/1"};
+    return std::find(names.begin(), names.end(), path) != names.end();
+}
+
+std::string ShownName(const std::string& path)
+{
+    return IsStandardOutput(path) ? "<stdout>" : path;
+}
+
+bool IsReadOnly(const std::string& path)
+{
+    struct stat status = {};
+    return stat(path.c_str(), &status) == 0 && S_ISREG(status.st_mode)
+           && (status.st_mode & (S_IWUSR | S_IWGRP | S_IWOTH)) == 0;
+}
+
+[[noreturn]] void Fail(const std::string& name, int reason)
+{
+    if (reason == EACCES && IsReadOnly(name)) {
+        throw InputError(name, "is a read-only file and was left as it is; choose another output "
+                               "file, or allow writing with chmod u+w");
+    }
+    throw InputError(name, "cannot be written: " + std::generic_category().message(reason));
+}
+
+void WriteToStandardOutput(std::string_view rest)
+{
+    while (!rest.empty()) {
+        const ssize_t count = write(STDOUT_FILENO, rest.data(), rest.size());
+        if (count < 0 && errno == EINTR) continue;
+        if (count < 0 && errno == EPIPE) throw OutputClosed();
+        if (count < 0 && errno == EBADF)
+            throw InputError("<stdout>", "cannot be written: it is closed");
+        if (count < 0) Fail("<stdout>", errno);
+        rest.remove_prefix(static_cast<std::size_t>(count));
+    }
+}
+
+// What two paths have in common exactly if they lead to the same file.
+struct Identity
+{
+    dev_t device;     // of the file, or of the folder it is to be made in
+    ino_t number;     // likewise
+    std::string name; // of a file still to be made
+    bool operator==(const Identity&) const = default;
+};
+
+std::optional<Identity> IdentityOf(const std::string& path, int standardStream)
+{
+    struct stat status = {};
+    const bool isStream = path == "-";
+    if ((isStream ? fstat(standardStream, &status) : stat(path.c_str(), &status)) == 0) {
+        const bool isShared =
+            S_ISREG(status.st_mode) || S_ISFIFO(status.st_mode) || S_ISBLK(status.st_mode);
+        if (!isShared) return std::nullopt;
+        return Identity{status.st_dev, status.st_ino, {}};
+    }
+    if (isStream || path.empty()) return std::nullopt;
+    const std::filesystem::path target = framework::FollowLinks(path);
+    const std::string folder = target.has_parent_path() ? target.parent_path().string() : ".";
+    if (stat(folder.c_str(), &status) != 0) return std::nullopt;
+    return Identity{status.st_dev, status.st_ino, target.filename().string()};
 }
 
 } // namespace
 
-Output::Output(const std::string& path) : m_name(path == "-" ? "<stdout>" : path)
+Output::Output(const std::string& path) : m_name(ShownName(path))
 {
-    if (path == "-") {
-        m_file = STDOUT_FILENO;
-        return;
-    }
-    m_target = Resolve(path);
-    struct stat status = {};
-    const bool exists = stat(m_target.c_str(), &status) == 0;
-    if (exists && !S_ISREG(status.st_mode)) {
-        m_file = open(m_target.c_str(), O_WRONLY | O_CLOEXEC);
-    } else {
-        m_beside = m_target + "." + std::to_string(getpid()) + ".part";
-        m_file = open(m_beside.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-        if (m_file >= 0 && exists) (void)fchmod(m_file, status.st_mode & 07777);
-    }
-    if (m_file < 0) {
-        m_beside.clear();
-        Fail();
-    }
-}
-
-Output::~Output()
-{
-    if (m_file >= 0 && m_file != STDOUT_FILENO) close(m_file);
-    if (!m_beside.empty()) unlink(m_beside.c_str());
+    if (IsStandardOutput(path)) return;
+    m_file.emplace(path);
+    if (m_file->Error() != 0) Fail(m_name, m_file->Error());
 }
 
 void Output::Write(std::string_view text)
@@ -65,46 +104,42 @@ void Output::Write(std::string_view text)
 void Output::Finish()
 {
     Flush();
-    if (m_file == STDOUT_FILENO) return;
-
-    const bool flushed = m_beside.empty() || fsync(m_file) == 0;
-    const int reason = errno;
-    const bool closed = close(m_file) == 0;
-    m_file = -1;
-    if (!flushed) errno = reason;
-    if (!flushed || !closed) Fail();
-    if (m_beside.empty()) return;
-    if (rename(m_beside.c_str(), m_target.c_str()) != 0) Fail();
-    m_beside.clear();
+    if (m_file && !m_file->Commit()) Fail(m_name, m_file->Error());
 }
 
 void Output::Flush()
 {
-    std::string_view rest = m_buffered;
-    while (!rest.empty()) {
-        const ssize_t count = write(m_file, rest.data(), rest.size());
-        if (count < 0 && errno == EINTR) continue;
-        if (count < 0 && errno == EPIPE && m_file == STDOUT_FILENO) throw OutputClosed();
-        if (count < 0) Fail();
-        rest.remove_prefix(static_cast<std::size_t>(count));
-    }
+    if (!m_file)
+        WriteToStandardOutput(m_buffered);
+    else if (!m_file->Write(m_buffered))
+        Fail(m_name, m_file->Error());
     m_buffered.clear();
 }
 
-void Output::Fail() const
+void KeepApart(std::initializer_list<std::string> outputs,
+               std::initializer_list<std::string> inputs)
 {
-    throw InputError(m_name, "cannot be written: " + std::generic_category().message(errno));
-}
+    std::vector<Identity> read;
+    for (const std::string& input : inputs)
+        if (auto identity = IdentityOf(input, STDIN_FILENO)) read.push_back(std::move(*identity));
 
-void KeepInputs(std::initializer_list<std::string> outputs,
-                std::initializer_list<std::string> inputs)
-{
-    for (const std::string& output : outputs)
-        for (const std::string& input : inputs) {
-            std::error_code error; // one of the names is not a file: nothing to protect
-            if (std::filesystem::equivalent(output, input, error))
-                throw InputError(output, "is an input of this command; choose another output file");
-        }
+    std::vector<std::pair<Identity, std::string>> written;
+    for (const std::string& output : outputs) {
+        if (output.empty()) continue;
+        const bool isStream = IsStandardOutput(output);
+        const auto identity = IdentityOf(isStream ? "-" : output, STDOUT_FILENO);
+        if (!identity) continue;
+        if (std::find(read.begin(), read.end(), *identity) != read.end())
+            throw InputError(ShownName(output),
+                             "is an input of this command; choose another output file");
+        for (const auto& [other, name] : written)
+            if (other == *identity)
+                throw InputError(ShownName(output),
+                                 fmt::format("is the same file as the output {}; choose another "
+                                             "name for one of them",
+                                             name));
+        written.emplace_back(*identity, ShownName(output));
+    }
 }
 
 void WriteFile(const std::string& path, std::string_view content)

@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// Output files of the commands. A file is replaced atomically: it is written under a temporary name
-// in the same folder, flushed to disk and renamed. Standard output is buffered, and every failed
-// write is reported.
+// Output files of the commands. A file is replaced in one step when it is complete, as
+// framework/core/AtomicFile.h describes. Output is buffered, and every failed write is reported.
 #pragma once
 
+#include "framework/core/AtomicFile.h"
 #include <initializer_list>
+#include <optional>
 #include <string>
 #include <string_view>
 
@@ -14,41 +15,41 @@ namespace tables {
 class Output
 {
 public:
-    /// @param path  "-" is standard output; a device or a pipe is written directly
+    /// @param path  "-" is standard output, and so is /dev/stdout; a device or a pipe is written
+    ///              directly
     /// @throws InputError when it cannot be opened for writing
     explicit Output(const std::string& path);
 
     /// Discards a file that was not finished; the previous file remains.
-    ~Output();
+    ~Output() = default;
     Output(const Output&) = delete;
     Output& operator=(const Output&) = delete;
 
     /// @throws InputError when a write fails, OutputClosed when standard output has no reader
     void Write(std::string_view text);
 
-    /// Writes what is still buffered and renames the file. Nothing may be written afterward.
+    /// Writes what is still buffered and replaces the file. Nothing may be written afterward.
     /// @throws as Write
     void Finish();
 
 private:
     void Flush();
-    [[noreturn]] void Fail() const;
 
-    std::string m_name;   // for messages
-    std::string m_target; // final name
-    std::string m_beside; // temporary name; empty when written directly
-    int m_file = -1;
+    std::string m_name;                               // for messages
+    std::optional<framework::FileReplacement> m_file; // none: standard output
     std::string m_buffered;
 };
 
-/// Prevents a command from overwriting its own input, also under another name: recordings often
-/// exist only once. Empty names and "-" are ignored.
+/// Refuses files that a command must not use together: an output that is an input - recordings
+/// often exist only once - and an output that is another output. Links are followed, files that are
+/// still to be made are compared by folder and name. Empty names are ignored, "-" is standard input
+/// or standard output; terminals and other character devices can be used more than once.
 /// @throws InputError naming the output file
-void KeepInputs(std::initializer_list<std::string> outputs,
-                std::initializer_list<std::string> inputs);
+void KeepApart(std::initializer_list<std::string> outputs,
+               std::initializer_list<std::string> inputs);
 
-/// Replaces the file atomically.
-/// @throws InputError when that fails
+/// Replaces the file in one step.
+/// @throws as Output
 void WriteFile(const std::string& path, std::string_view content);
 
 } // namespace tables

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/tables/Progress.h"
 
+#include "apps/tables/Messages.h"
 #include <cmath>
 #include <fmt/format.h>
 #include <unistd.h>
@@ -50,8 +51,7 @@ Progress::~Progress()
 void Progress::Wipe()
 {
     if (!m_shown) return;
-    std::fputs("\r\x1b[K", stderr);
-    std::fflush(stderr);
+    TellText("\r\x1b[K");
     m_shown = false;
 }
 
@@ -61,8 +61,7 @@ void Progress::Draw(std::uint64_t done)
     if (now < m_next) return;
     m_next = now + kBetween;
     const double seconds = std::chrono::duration<double>(now - m_start).count();
-    fmt::print(stderr, "\r{}\x1b[K", ProgressText(done, m_total, seconds, m_unit));
-    std::fflush(stderr);
+    Tell("\r{}\x1b[K", ProgressText(done, m_total, seconds, m_unit));
     m_shown = true;
 }
 

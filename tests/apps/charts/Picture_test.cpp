@@ -35,13 +35,14 @@ bool IsRed(const unsigned char* pixel) // blue, green, red, unused
     return pixel[2] > 200 && pixel[1] < 60 && pixel[0] < 60;
 }
 
-TEST(Picture, APngShowsTheChart)
+// The red pixels of a picture that is 300 x 200 points.
+int RedPixels(const Picture& picture)
 {
     const ScratchFolder folder;
-    Disc().Save(folder.Path("disc.png"));
+    picture.Save(folder.Path("red.png"));
     cairo_surface_t* const image =
-        cairo_image_surface_create_from_png(folder.Path("disc.png").c_str());
-    ASSERT_EQ(cairo_surface_status(image), CAIRO_STATUS_SUCCESS);
+        cairo_image_surface_create_from_png(folder.Path("red.png").c_str());
+    EXPECT_EQ(cairo_surface_status(image), CAIRO_STATUS_SUCCESS);
     EXPECT_EQ(cairo_image_surface_get_width(image), 600);
     EXPECT_EQ(cairo_image_surface_get_height(image), 400);
     const unsigned char* const pixels = cairo_image_surface_get_data(image);
@@ -52,7 +53,62 @@ TEST(Picture, APngShowsTheChart)
             red += IsRed(pixels + y * stride + 4 * x) ? 1 : 0;
     }
     cairo_surface_destroy(image);
-    EXPECT_NEAR(red, 3.14159 * 80 * 80, 400) << "a disc of 80 pixels, its rim blended";
+    return red;
+}
+
+TEST(Picture, APngShowsTheChart)
+{
+    EXPECT_NEAR(RedPixels(Disc()), 3.14159 * 80 * 80, 400)
+        << "a disc of 80 pixels, its rim blended";
+}
+
+Picture Note(charts::PlotPoint at)
+{
+    Chart chart("", {"", ""});
+    chart.SetRange(Range{-1.0, 1.0}, Range{-1.0, 1.0});
+    chart.AddText(at, "99 %: 102 mm", {1.0, 0.0, 0.0});
+    Picture picture("", "", 300.0, 200.0);
+    picture.Place(std::move(chart), picture.Body());
+    return picture;
+}
+
+// A text that the plotting area cut off would have fewer pixels.
+TEST(Picture, ANoteStaysInsideThePlottingArea)
+{
+    const int whole = RedPixels(Note({0.0, 0.0}));
+    ASSERT_GT(whole, 100);
+    for (const charts::PlotPoint corner : {
+             charts::PlotPoint{1.0,  1.0 },
+             {1.0,  -1.0},
+             {-1.0, 1.0 }
+    })
+        EXPECT_NEAR(RedPixels(Note(corner)), whole, 0.15 * whole) << corner.x << ' ' << corner.y;
+    EXPECT_EQ(RedPixels(Note({0.0, 1.1})), 0) << "its point is not shown";
+}
+
+TEST(Picture, ANoteCoversTheDataBehindIt)
+{
+    Chart chart("", {"", ""});
+    chart.SetRange(Range{-1.0, 1.0}, Range{-1.0, 1.0});
+    chart.AddPoints("",
+                    {
+                        {0.0, 0.0}
+    },
+                    {.color = {1.0, 0.0, 0.0}, .size = 40.0});
+    chart.AddText({-0.2, 0.0}, "99 %: 102 mm", {0.0, 0.0, 0.0});
+    Picture picture("", "", 300.0, 200.0);
+    picture.Place(std::move(chart), picture.Body());
+    EXPECT_LT(RedPixels(picture), 0.95 * RedPixels(Disc()));
+}
+
+TEST(Picture, ALongSubtitleTakesMoreLines)
+{
+    const Picture one("Title", "Store it.", 300.0, 200.0);
+    const Picture two("Title",
+                      "Store the least-squares tip: it uses all positions at once, and more.",
+                      300.0, 200.0);
+    EXPECT_GT(two.Body().y, one.Body().y + 10.0);
+    EXPECT_LT(two.Body().height, one.Body().height - 10.0);
 }
 
 TEST(Picture, AnSvgIsText)

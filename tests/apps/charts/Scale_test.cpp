@@ -20,11 +20,18 @@ TEST(Ticks, AreRoundNumbers)
                 ElementsAre("\u22120.02", "0.00", "0.02"));
 }
 
+TEST(Ticks, AreAtLeastThree)
+{
+    EXPECT_THAT(charts::Ticks({1.0, 14.9}, 3), ElementsAre(4.0, 8.0, 12.0));
+    EXPECT_THAT(charts::TickTexts(charts::Ticks({0.11, 0.29}, 2)),
+                ElementsAre("0.15", "0.20", "0.25"));
+}
+
 RC_GTEST_PROP(Ticks, LieInTheRangeAndAreFew, (int low, unsigned width))
 {
     const Range range{low / 1000.0, low / 1000.0 + (width + 1U) / 7000.0};
     const auto ticks = charts::Ticks(range, 6);
-    RC_ASSERT(ticks.size() >= 2U);
+    RC_ASSERT(ticks.size() >= 3U);
     RC_ASSERT(ticks.size() <= 6U);
     for (const double tick : ticks) {
         RC_ASSERT(tick >= range.low - 1e-6 * range.Width());

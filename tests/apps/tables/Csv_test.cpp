@@ -56,17 +56,22 @@ TEST(Csv, ReadsTheSameRowsWhateverTheDialect)
         {"-3", ""   }
     };
     const std::pair<const char*, const char*> cases[] = {
-        {"a,b\n1,two\n-3,\n",                   "comma and LF"          },
-        {"a;b\n1;two\n-3;\n",                   "semicolon"             },
-        {"a,b\r\n1,two\r\n-3,\r\n",             "CR LF"                 },
+        {"a,b\n1,two\n-3,\n",                      "comma and LF"          },
+        {"a;b\n1;two\n-3;\n",                      "semicolon"             },
+        {"a,b\r\n1,two\r\n-3,\r\n",                "CR LF"                 },
         {"\xEF\xBB\xBF"
-         "a,b\n1,two\n-3,\n",          "byte-order mark"       },
-        {"a,b\n1,two\n-3,",                     "no line end at the end"},
-        {"\n\na,b\n\n1,two\n  \n-3,\n\n",       "blank lines"           },
-        {"a,b\n 1 ,\ttwo\n-3, \n",              "padding"               },
-        {"\"a\",\"b\"\n\"1\",\"two\"\n-3,\"\"", "quotes"                },
-        {"a,b,\n1,two\n-3,\n",                  "header ends in a comma"},
-        {"a,b\n1,two,\n-3,,\n",                 "rows end in a comma"   },
+         "a,b\n1,two\n-3,\n",             "byte-order mark"       },
+        {"a,b\n1,two\n-3,",                        "no line end at the end"},
+        {"\n\na,b\n\n1,two\n  \n-3,\n\n",          "blank lines"           },
+        {"a,b\n 1 ,\ttwo\n-3, \n",                 "padding"               },
+        {"\"a\",\"b\"\n\"1\",\"two\"\n-3,\"\"",    "quotes"                },
+        {"a,b,\n1,two\n-3,\n",                     "header ends in a comma"},
+        {"a,b\n1,two,\n-3,,\n",                    "rows end in a comma"   },
+        {"a\tb\n1\ttwo\n-3\t\n",                   "TAB"                   },
+        {"# by hand\na,b\n #1,one\n1,two\n#\n-3,", "comments"              },
+        {"\xEF\xBB\xBF# by hand\na,b\n1,two\n-3,", "mark and comment"      },
+        {"sep=;\na;b\n1;two\n-3;\n",               "declared separator"    },
+        {"a,b\n1,two\n-3,\n,\n \t;;\n",            "rows of separators"    },
     };
     for (const auto& [content, why] : cases)
         EXPECT_EQ(RowsOf(content), expected) << why;
@@ -86,14 +91,93 @@ TEST(Csv, ASeparatorInsideAQuotedNameIsIgnored)
     }));
 }
 
-TEST(Csv, TheFirstSeparatorInTheHeaderDecides)
+TEST(Csv, BlanksSeparateWhereNothingElseDoes)
 {
-    EXPECT_EQ(RowsOf("a,b;c\n1,2;3\n"), (Rows{
-                                            {"1", "2;3"}
+    const Rows expected = {
+        {"P1",      "4.5"},
+        {"Point 2", "-3" }
+    };
+    for (const char* content :
+         {"name N\nP1 4.5\n\"Point 2\" -3\n", "  name   N  \n P1   4.5\n\t\"Point 2\"\t -3 \n"})
+        EXPECT_EQ(RowsOf(content), expected) << content;
+}
+
+TEST(Csv, AUnitBehindABlankBelongsToTheNameBeforeIt)
+{
+    const ScratchFolder folder;
+    CsvReader reader(folder.Write("rows.csv", "N [m] E (m) name\n1 2 P\n"));
+    EXPECT_THAT(reader.Columns(), ElementsAre("N [m]", "E (m)", "name"));
+    ASSERT_TRUE(reader.Next());
+    EXPECT_EQ(reader.Field(2), "P");
+}
+
+// TABs separate, so that names and texts may contain blanks.
+TEST(Csv, BlanksDoNotSeparateBesideOthers)
+{
+    EXPECT_EQ(RowsOf("point name\tN\nP 1\t5\n"), (Rows{
+                                                     {"P 1", "5"}
     }));
-    EXPECT_EQ(RowsOf("a;b,c\n1;2,3\n"), (Rows{
-                                            {"1", "2,3"}
+}
+
+TEST(Csv, TheFirstRowDecidesBetweenSeparatorsInTheHeader)
+{
+    EXPECT_EQ(RowsOf("a, plain;b\n1;2\n3;4,5\n"), (Rows{
+                                                      {"1", "2"  },
+                                                      {"3", "4,5"}
     }));
+    EXPECT_EQ(RowsOf("a;b,c\n1,2\n"), (Rows{
+                                          {"1", "2"}
+    }));
+    EXPECT_EQ(RowsOf("a,b;c\n"), Rows{});
+}
+
+TEST(Csv, ATableThatCouldBeSplitInTwoWaysIsRefused)
+{
+    constexpr const char* kTwoWays = "rows.csv:1: the header could be separated by commas or by "
+                                     "semicolons, and more than one of "
+                                     "them divide the first row into as many fields; put names "
+                                     "that contain a separator in quotes";
+    EXPECT_EQ(ComplaintAbout("a,b;c\n1,2;3\n"), kTwoWays);
+    EXPECT_THAT(ComplaintAbout("a;b,c\n1;2,5;3,4\n"), HasSubstr("none of them divides"));
+}
+
+TEST(Csv, HintsAtWhatIsWrongWithTheFile)
+{
+    constexpr const char* kComma = " (decimal comma? The decimal sign is a point)";
+    const std::pair<std::string, std::string> cases[] = {
+        {"N,E\n1,5,2,5\n",        std::string("4 fields where the header names 2 columns") + kComma},
+        {"name,N,E\nP,1,5,2\n",   std::string("4 fields where the header names 3 columns") + kComma},
+        {"N,E\n1.5,2,3\n",        "3 fields where the header names 2 columns"                      },
+        {"N E\n1,2\n",            "(separated by commas, but the header by blanks?)"               },
+        {"N;E\n1\t2\n",           "(separated by TABs, but the header by semicolons?)"             },
+        {"\x1F\x8B\b",            "rows.csv: is compressed (gzip)? Unpack it first"                },
+        {"PK\x03\x04xx",
+         "rows.csv: is compressed (zip)? Unpack it first; save a spreadsheet as CSV"               },
+        {"\xFD"
+         "7zXZ",         "rows.csv: is compressed (xz)? Unpack it first"                  },
+        {"\xFF\xFEN",             "rows.csv: is not UTF-8 (UTF-16?): save it as UTF-8"             },
+        {std::string("N\0,\0E\0", 6),                                                                "rows.csv: is not UTF-8 (UTF-16?): save it as UTF-8"},
+        {"N,E\r1,2\r",                       "the line contains NUL or CR characters; save the file as plain text "
+                       "with LF or CR LF at the end of each line"                                                                            },
+        {"1,2\n3,4\n",                       "the first line must name the columns, but consists of numbers"},
+        {"# N E\n1 2\n",                       "but consists of numbers; lines that start with # are not read"                                                                          },
+    };
+    for (const auto& [content, hint] : cases)
+        EXPECT_THAT(ComplaintAbout(content), EndsWith(hint));
+}
+
+TEST(Csv, ARowReadAheadKeepsItsLineAndItsError)
+{
+    const ScratchFolder folder;
+    const std::string endless(CsvReader::kLongestLine + 1, 'x');
+    CsvReader reader(folder.Write("rows.csv", "# a\n\"a\";b,c\n\n1;2\n" + endless + "\n3;4\n"));
+    ASSERT_TRUE(reader.Next());
+    EXPECT_EQ(reader.Line(), 4U);
+    EXPECT_EQ(reader.Number(1), 2.0);
+    EXPECT_THROW(reader.Next(), InputError);
+    ASSERT_TRUE(reader.Next());
+    EXPECT_EQ(reader.Number(1), 4.0);
+    EXPECT_FALSE(reader.Next());
 }
 
 TEST(Csv, ReportsTheProblemAndTheLine)
@@ -102,7 +186,7 @@ TEST(Csv, ReportsTheProblemAndTheLine)
         {"",                "rows.csv:1: the file is empty; its first line must name the columns"},
         {"\n\n",            "rows.csv:1: the file is empty; its first line must name the columns"},
         {"a,b\n1,2\n\n3\n", "rows.csv:4: 1 fields where the header names 2 columns"              },
-        {"a,b\n1,2,3\n",    "rows.csv:2: 3 fields where the header names 2 columns"              },
+        {"a,b\n1,x,y\n",    "rows.csv:2: 3 fields where the header names 2 columns"              },
         {"a,b\n1,\"2\n",    "rows.csv:2: a quoted field is not closed on its line"               },
         {"a,b\n\"1\"x,2\n", "rows.csv:2: text follows a quoted field"                            },
     };
@@ -196,7 +280,8 @@ TEST(Csv, AnInvalidNumberIsReportedWithColumnAndText)
         (void)reader.Number(1);
         FAIL() << "taken";
     } catch (const InputError& error) {
-        EXPECT_THAT(error.what(), EndsWith("rows.csv:2: h is '112,5', not a finite number"));
+        EXPECT_THAT(error.what(), EndsWith("rows.csv:2: h is '112,5', not a finite number (decimal "
+                                           "comma? The decimal sign is a point)"));
     }
 }
 

@@ -5,6 +5,7 @@
 #include "tests/apps/ScratchFile.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -50,20 +51,88 @@ TEST(Output, KeepsTheModeAndTheLinkOfTheOldFile)
     EXPECT_EQ(fs::status(path).permissions(), fs::perms::owner_read | fs::perms::owner_write);
 }
 
-TEST(Output, AnInputFileIsProtected)
+std::string Refusal(std::initializer_list<std::string> outputs,
+                    std::initializer_list<std::string> inputs)
+{
+    try {
+        tables::KeepApart(outputs, inputs);
+    } catch (const tables::InputError& error) {
+        return error.what();
+    }
+    return "";
+}
+
+TEST(Output, IsNotAnInputUnderAnyName)
 {
     const ScratchFolder folder;
     const std::string log = folder.Write("log.csv", "readings");
     const std::string link = folder.Path("latest.csv");
     fs::create_symlink(log, link);
-    EXPECT_THROW(tables::KeepInputs({"", log}, {"other.csv", log}), tables::InputError);
-    EXPECT_THROW(tables::KeepInputs({link}, {log}), tables::InputError) << "by another name";
-    EXPECT_NO_THROW(tables::KeepInputs({"", "-", folder.Path("new.csv")}, {log, "-", ""}));
+    const std::string hardLink = folder.Path("same.csv");
+    fs::create_hard_link(log, hardLink);
+    const std::string reason = ": is an input of this command; choose another output file";
+    EXPECT_EQ(Refusal({"", log}, {"other.csv", log}), log + reason);
+    EXPECT_EQ(Refusal({link}, {log}), link + reason);
+    EXPECT_EQ(Refusal({log}, {link}), log + reason);
+    EXPECT_EQ(Refusal({hardLink}, {log}), hardLink + reason);
+    EXPECT_EQ(Refusal({"", "-", folder.Path("new.csv")}, {log, "-", ""}), "");
+}
+
+TEST(Output, IsNotAnotherOutputUnderAnyName)
+{
+    const ScratchFolder folder;
+    const std::string made = folder.Path("made.csv");
+    const std::string dangling = folder.Path("latest.csv");
+    fs::create_symlink("made.csv", dangling);
+    const std::string roundabout = folder.Path("./sub/../made.csv");
+    fs::create_directory(folder.Path("sub"));
+    for (const std::string& other : {made, dangling, roundabout}) {
+        EXPECT_EQ(Refusal({made, "", other}, {}), other + ": is the same file as the output " + made
+                                                      + "; choose another name for one of them");
+    }
+    folder.Write("made.csv", "there already");
+    EXPECT_NE(Refusal({made, dangling}, {}), "");
+    EXPECT_EQ(Refusal({made, folder.Path("sub/made.csv"), folder.Path("none/made.csv")}, {}), "");
+}
+
+TEST(Output, MayBeADeviceMoreThanOnce)
+{
+    EXPECT_EQ(Refusal({"/dev/null", "/dev/null"}, {"/dev/null"}), "");
+}
+
+TEST(Output, IsNotAPipeTwice)
+{
+    const ScratchFolder folder;
+    const std::string pipe = folder.Path("pipe");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_NE(Refusal({pipe, pipe}, {}), "");
+    EXPECT_NE(Refusal({pipe}, {pipe}), "");
+}
+
+TEST(Output, LeavesAReadOnlyFileAlone)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Write("tips.csv", "old");
+    fs::permissions(path, fs::perms::owner_read);
+    try {
+        tables::WriteFile(path, "new");
+        FAIL() << "written";
+    } catch (const tables::InputError& error) {
+        EXPECT_EQ(error.what(), path
+                                    + ": is a read-only file and was left as it is; choose another "
+                                      "output file, or allow writing with chmod u+w");
+    }
+    EXPECT_EQ(ReadAll(path), "old");
 }
 
 TEST(Output, AFullDeviceIsAnError)
 {
-    EXPECT_THROW(tables::WriteFile("/dev/full", "content"), tables::InputError);
+    try {
+        tables::WriteFile("/dev/full", "content");
+        FAIL() << "written";
+    } catch (const tables::InputError& error) {
+        EXPECT_STREQ(error.what(), "/dev/full: cannot be written: No space left on device");
+    }
 }
 
 TEST(Output, AMissingFolderIsReported)

@@ -15,6 +15,7 @@ using tables::InputError;
 using tables::SampleLog;
 using testing::ElementsAre;
 using testing::EndsWith;
+using testing::StartsWith;
 
 std::string Complaint(const std::string& content, bool antenna = true)
 {
@@ -84,7 +85,8 @@ TEST(SampleLog, ReadsTheTextFormOfASample)
 TEST(SampleLog, NamesEveryMissingColumn)
 {
     EXPECT_EQ(Complaint("dPitch,dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,x,y\n"),
-              "log.csv:1: missing in the header: dRoll, dMag_z_2, h");
+              "log.csv:1: missing in the header: dRoll, dMag_z_2, h; it names dPitch, dMag_x, "
+              "dMag_y, dMag_z, dMag_x_2, dMag_y_2, x, y");
 }
 
 TEST(SampleLog, RequiresTheAntennaOnlyOnRequest)
@@ -92,7 +94,44 @@ TEST(SampleLog, RequiresTheAntennaOnlyOnRequest)
     const std::string turn = "dPitch,dRoll,dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,dMag_z_2\n"
                              "0,0,1,2,3,4,5,6\n";
     EXPECT_EQ(Complaint(turn, false), "");
-    EXPECT_EQ(Complaint(turn, true), "log.csv:1: missing in the header: x, y, h");
+    EXPECT_THAT(Complaint(turn, true), StartsWith("log.csv:1: missing in the header: N, E, h; "));
+}
+
+TEST(SampleLog, RequiresGyrosAndAccelerometersOnRequest)
+{
+    const ScratchFolder folder;
+    const auto complaint = [&folder](const std::string& content) -> std::string {
+        try {
+            SampleLog log(folder.Write("log.csv", content),
+                          {.inertial = true, .magnetometers = false, .onBadRow = {}});
+            while (log.Next()) {
+            }
+        } catch (const InputError& error) {
+            return std::string(error.what()).substr(folder.Path("").size());
+        }
+        return {};
+    };
+    EXPECT_THAT(complaint("dPitch,dRoll,dGyro_x,dGyro_y,dAcc_x,dAcc_y,dAcc_z\n"),
+                StartsWith("log.csv:1: missing in the header: dGyro_z; "));
+    const std::string header = "dPitch,dRoll,dGyro_x,dGyro_y,dGyro_z,dAcc_x,dAcc_y,dAcc_z,dMag_x\n";
+    EXPECT_EQ(complaint(header + "0,0,1,2,3,0,0,1,\n"), "");
+    EXPECT_EQ(complaint(header + "0,0,1,,3,0,0,1,\n"),
+              "log.csv:2: dGyro_y is '', not a finite number");
+}
+
+TEST(SampleLog, MayHaveRowsWithoutAnAntenna)
+{
+    const ScratchFolder folder;
+    const std::string blank = "10:57:07,0,0,400,0,0,-400,0,0,,,\n";
+    SampleLog log(folder.Write("log.csv", kLogHeader + LogRow("0", "0") + blank + LogRow("0", "0")
+                                              + "10:57:07,0,0,400,0,0,-400,0,0,1,,3\n"),
+                  {.antenna = true, .blankAntenna = true, .onBadRow = {}});
+    for (const bool expected : {true, false, true}) {
+        ASSERT_TRUE(log.Next());
+        EXPECT_EQ(log.HasAntenna(), expected);
+    }
+    EXPECT_THROW(log.Next(), InputError);
+    EXPECT_THAT(Complaint(kLogHeader + blank), EndsWith("x is '', not a finite number"));
 }
 
 TEST(SampleLog, CarriesColumnsItDoesNotKnowAndTheTime)
@@ -106,10 +145,59 @@ TEST(SampleLog, CarriesColumnsItDoesNotKnowAndTheTime)
 
 TEST(SampleLog, RejectsValuesThatAreNotFinite)
 {
-    for (const char* bad : {"nan", "inf", "-inf", "1e999", "", "ten", "1,0"}) {
+    for (const char* bad : {"nan", "inf", "-inf", "1e999", "", "ten", "1,0,0"}) {
         const std::string quoted = std::string("\"") + bad + '"';
         EXPECT_EQ(Complaint(kLogHeader + LogRow("0", "0") + LogRow("1", quoted)),
                   std::string("log.csv:3: dRoll is '") + bad + "', not a finite number");
+    }
+}
+
+TEST(SampleLog, RejectsValuesThatCannotBe)
+{
+    struct Case
+    {
+        const char* pitch;
+        const char* roll;
+        const char* complaint;
+    };
+    constexpr Case cases[] = {
+        {"-360", "360",    ""                                                 },
+        {"400",  "0",      "dPitch is 400, not between -360 and 360 degrees"  },
+        {"0",    "-360.5", "dRoll is -360.5, not between -360 and 360 degrees"},
+        {"0",    "1e308",  "dRoll is 1e+308, not between -360 and 360 degrees"},
+    };
+    for (const Case& c : cases) {
+        const std::string expected = *c.complaint ? std::string("log.csv:2: ") + c.complaint : "";
+        EXPECT_EQ(Complaint(kLogHeader + LogRow(c.pitch, c.roll)), expected);
+    }
+}
+
+// One value of each kind at its limit and beyond it.
+TEST(SampleLog, LimitsReadingsCoordinatesAndOptionalValues)
+{
+    struct Case
+    {
+        const char* row;
+        const char* complaint;
+    };
+    constexpr Case cases[] = {
+        {"10:57:07,0,0,1e6,0,0,0,0,-1e6,1e8,-1e8,1e5,1e6", ""                                             },
+        {"10:57:07,0,0,1e9,0,0,0,0,0,0,0,0,0",
+         "dMag_x is 1000000000, not between -1000000 and 1000000 counts"                                  },
+        {"10:57:07,0,0,0,0,0,0,0,-1000001,0,0,0,0",
+         "dMag_z_2 is -1000001, not between -1000000 and 1000000 counts"                                  },
+        {"10:57:07,0,0,0,0,0,0,0,0,100000001,0,0,0",
+         "x is 100000001, not between -100000000 and 100000000 m"                                         },
+        {"10:57:07,0,0,0,0,0,0,0,0,0,-1e9,0,0",
+         "y is -1000000000, not between -100000000 and 100000000 m"                                       },
+        {"10:57:07,0,0,0,0,0,0,0,0,0,0,500000,0",          "h is 500000, not between -100000 and 100000 m"},
+        {"10:57:07,0,0,0,0,0,0,0,0,0,0,0,1e7",
+         "dGyro_x is 10000000, not between -1000000 and 1000000"                                          },
+    };
+    const std::string header = kLogHeader.substr(0, kLogHeader.size() - 1) + ",dGyro_x\n";
+    for (const Case& c : cases) {
+        const std::string expected = *c.complaint ? std::string("log.csv:2: ") + c.complaint : "";
+        EXPECT_EQ(Complaint(header + c.row + "\n", true), expected);
     }
 }
 
@@ -118,6 +206,42 @@ TEST(SampleLog, ABlankOptionalFieldIsZero)
     EXPECT_EQ(Complaint("dGyro_x," + kLogHeader + "," + LogRow("0", "0")), "");
     EXPECT_EQ(Complaint("dGyro_x," + kLogHeader + "fast," + LogRow("0", "0")),
               "log.csv:2: dGyro_x is 'fast', not a finite number");
+}
+
+TEST(SampleLog, AcceptsOtherSpellingsOfItsColumns)
+{
+    const ScratchFolder folder;
+    SampleLog log(folder.Write("log.csv", "# exported\nPITCH [deg]\troll\tmag_x\tMag A y\tMag-A-z"
+                                          "\tmag_b_x\tmag_y_2\tdMag_z_2 [counts]\tACC_X [g]\t"
+                                          "Northing [m]\tEasting [m]\tHeight [m]\tnote\n"
+                                          "1\t2\t3\t4\t5\t6\t7\t8\t9\t10\t11\t12\ta, b\n"),
+                  {.antenna = true, .onBadRow = {}});
+    ASSERT_TRUE(log.Next());
+    const PoseSensorData& p = log.Pose();
+    const double values[] = {p.dPitch, p.dRoll,         p.dMag_x,        p.dMag_y,
+                             p.dMag_z, p.dMag_x_2,      p.dMag_y_2,      p.dMag_z_2,
+                             p.dAcc_x, log.Antenna().x, log.Antenna().y, log.Antenna().h};
+    double expected = 0.0;
+    for (const double value : values)
+        EXPECT_EQ(value, expected += 1.0);
+    EXPECT_THAT(log.CarriedColumns(), ElementsAre(12U));
+}
+
+TEST(SampleLog, ReadsTheColumnsThatTheCallerChose)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Write(
+        "log.csv",
+        "p,q,dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,dMag_z_2,pitch\n1,2,3,4,5,6,7,8,9\n");
+    SampleLog log(
+        path, {
+                  .antenna = false, .onBadRow = {              },
+                       .columns = { {"dPitch", "p"}, {"dRoll", "q"}}
+    });
+    ASSERT_TRUE(log.Next());
+    EXPECT_EQ(log.Pose().dPitch, 1.0);
+    EXPECT_EQ(log.Pose().dRoll, 2.0);
+    EXPECT_THAT(log.CarriedColumns(), ElementsAre(8U));
 }
 
 TEST(SampleLog, TheTimeIsATimeOfDay)
