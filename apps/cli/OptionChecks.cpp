@@ -3,39 +3,51 @@
 
 #include "apps/charts/Picture.h"
 #include "apps/tables/Numbers.h"
+#include <charconv>
 #include <fmt/format.h>
+#include <system_error>
 
 namespace cli {
 
-CLI::Validator FiniteNumber()
+CLI::Validator NumberIn(const tables::Range& range)
 {
-    return {[](std::string& text) {
-                return tables::ParseNumber(text) ? std::string{}
-                                                 : "'" + text + "' is not a finite number";
-            },
-            "", "finite number"};
-}
-
-CLI::Validator PositiveNumber()
-{
-    return {[](std::string& text) {
+    return {[range](std::string& text) {
                 const auto value = tables::ParseNumber(text);
-                return value && *value > 0.0 ? std::string{}
-                                             : "'" + text + "' is not a number above zero";
+                return value ? tables::OutsideOf(range, *value)
+                             : "'" + text + "' is not a finite number";
             },
-            "", "positive number"};
+            "", "number in a range"};
 }
 
-CLI::Validator NumberList(std::size_t count)
+CLI::Validator IntegerIn(std::uint64_t low, std::uint64_t high)
 {
-    return {[count](std::string& text) {
-                return tables::ParseNumbers(text, count)
-                           ? std::string{}
-                           : fmt::format("'{}' is not {} numbers with commas "
-                                         "between them",
-                                         text, count);
+    return {[low, high](std::string& text) {
+                std::uint64_t value = 0;
+                const char* const end = text.data() + text.size();
+                const auto [stop, error] = std::from_chars(text.data(), end, value);
+                const bool fits =
+                    error == std::errc() && stop == end && low <= value && value <= high;
+                return fits ? std::string{}
+                            : fmt::format("'{}' is not an integer from {} to {}", text, low, high);
             },
-            "", "numbers"};
+            "", "integer in a range"};
+}
+
+CLI::Validator PointInSpace()
+{
+    return {[](std::string& text) {
+                const auto values = tables::ParseNumbers(text, 3);
+                if (!values) {
+                    return fmt::format("'{}' is not 3 numbers with commas between them", text);
+                }
+                for (std::size_t k = 0; k < values->size(); ++k) {
+                    const auto& range = k < 2 ? tables::kCoordinate : tables::kHeight;
+                    const std::string problem = tables::OutsideOf(range, (*values)[k]);
+                    if (!problem.empty()) return fmt::format("{} {}", "NEh"[k], problem);
+                }
+                return std::string{};
+            },
+            "", "point"};
 }
 
 CLI::Validator PictureName()

@@ -4,18 +4,17 @@
 #include "apps/cli/CommandLine.h"
 #include "apps/cli/ExitCode.h"
 #include "apps/cli/calibrate/Calibrate.h"
+#include "apps/cli/job/Job.h"
+#include "apps/cli/live/Live.h"
+#include "apps/cli/live/Merge.h"
 #include "apps/cli/measure/Measure.h"
+#include "apps/cli/occupy/Occupy.h"
 #include "apps/cli/simulate/Simulate.h"
 #include "apps/cli/solve/Solve.h"
 #include "apps/cli/transform/Transform.h"
-#include "apps/tables/Errors.h"
+#include "framework/core/Version.h"
+
 #include <CLI/CLI.hpp>
-#include <csignal>
-#include <cstdio>
-#include <exception>
-#include <fmt/format.h>
-#include <string>
-#include <vector>
 
 namespace {
 
@@ -24,7 +23,11 @@ namespace {
 void AddCommands(CLI::App& program, int& exitCode)
 {
     cli::AddCalibrateCommand(program, exitCode);
+    cli::AddJobCommand(program, exitCode);
+    cli::AddLiveCommand(program, exitCode);
     cli::AddMeasureCommand(program, exitCode);
+    cli::AddMergeCommand(program, exitCode);
+    cli::AddOccupyCommand(program, exitCode);
     cli::AddSimulateCommand(program, exitCode);
     cli::AddSolveCommand(program, exitCode);
     cli::AddTransformCommand(program, exitCode);
@@ -34,7 +37,7 @@ int RunCommand(int argc, char** argv)
 {
     CLI::App program{"Computes tip coordinates of a tilted survey pole from recorded data.",
                      "tiltpole"};
-    program.set_version_flag("--version", "tiltpole " TILTPOLE_VERSION);
+    program.set_version_flag("--version", "tiltpole " TILTPOLE_VERSION_STRING);
     program.require_subcommand(1);
     program.footer("Exit codes: 0 success, 1 negative result, 2 wrong use or unreadable input.\n"
                    "See tiltpole COMMAND --help for the options of a command.");
@@ -44,8 +47,6 @@ int RunCommand(int argc, char** argv)
         program.parse(argc, argv);
     } catch (const CLI::ParseError& error) {
         return cli::Explain(program, error);
-    } catch (const tables::OutputClosed&) {
-        return cli::kDone;
     }
     return exitCode;
 }
@@ -54,11 +55,5 @@ int RunCommand(int argc, char** argv)
 
 int main(int argc, char** argv)
 {
-    std::signal(SIGPIPE, SIG_IGN); // a closed pipe is reported by write()
-    try {
-        return RunCommand(argc, argv);
-    } catch (const std::exception& error) {
-        std::fprintf(stderr, "%s\n", error.what());
-    }
-    return cli::kUnreadable;
+    return cli::RunMain("", argc, argv, RunCommand);
 }

@@ -1,18 +1,23 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/calibrate/Calibrate.h"
 
+#include "apps/cli/ColumnsOption.h"
 #include "apps/cli/ExitCode.h"
+#include "apps/cli/JsonOutput.h"
 #include "apps/cli/OptionChecks.h"
-#include "apps/cli/ParameterCheck.h"
+#include "apps/cli/calibrate/CalibrateOnTheSpot.h"
 #include "apps/cli/calibrate/CalibrationDump.h"
 #include "apps/cli/calibrate/CalibrationOutput.h"
+#include "apps/cli/calibrate/CalibrationRecord.h"
+#include "apps/cli/calibrate/CalibrationRuns.h"
+#include "apps/cli/calibrate/LibraryMessages.h"
+#include "apps/cli/occupy/OccupationLog.h"
+#include "apps/tables/Messages.h"
 #include "apps/tables/Output.h"
 #include "apps/tables/ReadFile.h"
 #include "apps/tables/SampleLog.h"
-#include "framework/core/MessageBox.h"
-#include "framework/core/Paths.h"
-#include "framework/core/TextConversion.h"
-#include "quality/SolverRun.h"
+#include "quality/JointFit.h"
+#include <algorithm>
 #include <fmt/format.h>
 #include <optional>
 
@@ -21,13 +26,15 @@ namespace cli {
 namespace {
 
 using quality::CalibrationReport;
-using quality::CalibrationRun;
 
 struct CalibrateOptions
 {
     std::string horizontal;
     std::string vertical;
     std::string dump;
+    std::string spot;             // log of a calibration on the spot
+    double poleLength = 0.0;      // of the same [m]
+    tables::ColumnChoice columns; // of both turns
     std::string out;
     std::string report;
     std::string plot;
@@ -37,129 +44,89 @@ struct CalibrateOptions
     std::optional<double> biasA;
     std::optional<double> biasB;
     std::string biasFrom;
+    bool acceptUnchecked = false;
     bool force = false;
+    bool json = false;
 };
 
 constexpr const char* kFooter = R"(
 The turns are sample logs as `tiltpole measure` reads them, without antenna columns: in one the
 upright pole is turned about its own axis (--horizontal), in the other it is turned over head
 about the sensor's y axis (--vertical). The library's sample filters select samples, its solver
-calibrates. --method joint uses the joint fit of both turns instead, which tolerates slanting
-axes, an unsteady hand and magnets, but needs valid pitch and roll and 270 degrees of each turn.
+calibrates. Where its calibration is not accepted, the joint fit of both turns is shown beside
+it. --method joint takes that instead: it tolerates slanting axes, an unsteady hand and magnets,
+as turns made by hand have them, but needs valid pitch and roll and 270 degrees of each turn.
 
 The report goes to standard output, the library's messages to standard error. The parameter
-file (--out) is only written when the calibration is accepted, that is good or usable; --force
-writes it anyway. Bias angles given by --bias, --bias-b or --bias-from account for the mounting
-of the sensor and for magnetic declination: they are added to those of the calibration and not
-assessed. Without them, the bias angles of an existing parameter file are lost.
+file (--out) is only written when the calibration is accepted, that is good or usable. One that
+is unchecked, because there is no joint fit to check it, is written with --accept-unchecked;
+--force writes any, and leaves the exit code at 1.
 
---dump reads the file Debug_MagneticAdjust_ErrorData_A.csv (or _B), to which the library appends
-the horizontal samples of each failed calibration, and reports which fit fails on them.
+A bias angle is subtracted from the heading. Given by --bias and --bias-b, it leads from
+magnetic north to the north that is wanted: minus the declination for true north. It does not
+stand for how the sensor sits on the pole: lean and heading share the sensor's axes, so that
+such an angle cancels, and entering it moves the tip. The joint fit finds an angle of its own
+for each magnetometer, to which the given one is added. Beside the parameter file a record
+(pole.cfg.json beside pole.cfg) keeps the two apart; --bias-from takes the given angles of an
+earlier calibration from it. Without --bias and --bias-from they are 0.
+
+--on-the-spot needs no turntable: plant the tip on any fixed point, then rock the pole in all
+directions by 15 degrees and turn it about its axis once, for 20 s. The log is one as `tiltpole
+occupy` reads it, of one point. Antenna track and gyros give the attitude at every moment, and from
+it follow the magnetometers' hard and soft iron and their bias angles (here all of them is found),
+the axis of the pole in the sensor, and the errors of accelerometers and gyros. What the parameter
+file has no keys for is written beside it (pole.cfg.spot.json), for `tiltpole occupy --calibration`.
+A calibration that cannot be used is told with its reason, and nothing is written.
+
+--dump describes Debug_MagneticAdjust_ErrorData_A.csv (or _B), to which the library appends the
+horizontal samples of each failed calibration, and tells which fit fails on them. Only
+--sensor-type can be given with it.
 
 Examples:
   tiltpole calibrate --horizontal h.csv --vertical v.csv --out pole.cfg --plot turns.png
   tiltpole calibrate --horizontal h.csv --vertical v.csv --method joint --out pole.cfg
+  tiltpole calibrate --on-the-spot rocked.csv --pole 2.0 --out pole.cfg
   tiltpole calibrate --dump Debug_MagneticAdjust_ErrorData_A.csv
 
-Exit codes: 0 accepted (or dump read), 1 not accepted, forced or not, 2 wrong use or unreadable
-input.)";
+Exit codes: 0 accepted (or dump read), 1 not accepted or unchecked, forced or not, 2 wrong use or
+unreadable input.)";
 
-struct Gloss
-{
-    std::wstring_view text;
-    const char* english;
-};
-
-constexpr Gloss kGlosses[] = {
-    {L"椭圆拟合失败,绕Z轴旋转数据有误!",
-     "the ellipse fit failed: the data of the turn about Z are wrong" },
-    {L"直线拟合失败,绕Z轴旋转数据有误!",
-     "a line fit failed: the data of the turn about Z are wrong"      },
-    {L"椭圆拟合失败,绕Y轴旋转数据有误!",
-     "the ellipse fit failed: the data of the turn about Y are wrong" },
-    {L"直线拟合失败,绕Y轴旋转数据有误!",
-     "the line fit failed: the data of the turn about Y are wrong"    },
-    {L"循环次数超限，磁力计校准参数精度不可靠!",
-     "the pass limit was reached: the calibration may not be accurate"},
-};
-
-// Prints the library's messages on standard error, Chinese ones with a translation.
-int ShowMessage(const wchar_t* text, const wchar_t* title, unsigned)
-{
-    std::string meaning;
-    for (const Gloss& gloss : kGlosses)
-        if (gloss.text == text) meaning = fmt::format(" ({})", gloss.english);
-    fmt::print(stderr, "{}: {}{}\n", framework::ToUtf8(title), framework::ToUtf8(text), meaning);
-    return IDOK;
-}
-
-// Restores the previous handler at the end of the scope.
-class MessagesOnStandardError
-{
-public:
-    MessagesOnStandardError() : m_former(framework::SetMessageBoxHandler(ShowMessage)) {}
-    ~MessagesOnStandardError() { framework::SetMessageBoxHandler(m_former); }
-    MessagesOnStandardError(const MessagesOnStandardError&) = delete;
-    MessagesOnStandardError& operator=(const MessagesOnStandardError&) = delete;
-
-private:
-    framework::MessageBoxHandler m_former;
-};
-
-std::vector<PoseSensorData> ReadTurn(const std::string& path)
+std::vector<PoseSensorData> ReadTurn(const std::string& path, const tables::ColumnChoice& columns)
 {
     std::vector<PoseSensorData> samples;
-    tables::SampleLog log(path, {.mostBytes = tables::kMostInMemory, .onBadRow = {}});
+    tables::SampleLog log(path,
+                          {.mostBytes = tables::kMostInMemory, .onBadRow = {}, .columns = columns});
     while (log.Next())
         samples.push_back(log.Pose());
     return samples;
 }
 
-struct BiasAngles
+bool IsJoint(const CalibrateOptions& options)
 {
-    double a = 0.0;
-    double b = 0.0;
-};
+    return options.method == "joint";
+}
 
 BiasAngles GivenBias(const CalibrateOptions& options)
 {
     BiasAngles bias;
-    if (!options.biasFrom.empty()) {
-        CInclineSensor_Position position;
-        LoadParameters(options.biasFrom, position);
-        bias = {position.GetMagneticBiasAngle_A(), position.GetMagneticBiasAngle_B()};
+    const bool needsFile = !options.biasA || !options.biasB;
+    if (!options.biasFrom.empty() && needsFile) {
+        bias = GivenAnglesOf(options.biasFrom, IsJoint(options));
     }
     return {options.biasA.value_or(bias.a), options.biasB.value_or(bias.b)};
 }
 
-CalibrationRun Calibrate(const CalibrateOptions& options)
+nlohmann::ordered_json ReportJson(const CalibrateOptions& options, const Assessed& chosen,
+                                  const std::optional<Assessed>& alternative)
 {
-    CalibrationRun run =
-        quality::RunSolver({ReadTurn(options.horizontal), ReadTurn(options.vertical)},
-                           options.sensorType, options.select);
-    if (options.method == "adjust") {
-        if (run.solverAnswer == 0) {
-            fmt::print(stderr, "The horizontal samples were appended to the dumps in {}.\n",
-                       framework::ToUtf8(framework::ApplicationDataFolder().GetString()));
-        }
-        return run;
+    nlohmann::ordered_json json = JsonOf(chosen.report, chosen.run);
+    json["method"] = options.method;
+    json["alternative"] = nullptr;
+    if (alternative) {
+        json["alternative"] = JsonOf(alternative->report, alternative->run);
+        json["alternative"]["method"] = "joint";
     }
-    const quality::JointFit fit = quality::FitJointly(run.recorded, options.sensorType);
-    run.solverAnswer = fit.outcome == quality::JointFitOutcome::Fitted ? 1 : 0;
-    if (run.solverAnswer == 1) {
-        run.calibration = fit.calibration;
-    } else {
-        fmt::print(stderr, "The joint fit was rejected: {}.\n", Describe(fit.outcome));
-    }
-    return run;
-}
-
-void WriteReport(const std::string& path, const CalibrationReport& report,
-                 const CalibrationRun& run, const std::string& method)
-{
-    nlohmann::ordered_json json = JsonOf(report, run);
-    json["method"] = method;
-    tables::WriteFile(path, json.dump(2) + "\n");
+    return json;
 }
 
 void Print(const std::string& text)
@@ -169,50 +136,95 @@ void Print(const std::string& text)
     output.Finish();
 }
 
-int Conclude(const CalibrateOptions& options, const CalibrationReport& report,
-             const CalibrationRun& run)
+// Why the parameter file is not written, and what would write one.
+std::string Refusal(const CalibrationReport& report, const std::optional<Assessed>& alternative)
 {
-    const bool accepted = IsAccepted(report.verdict);
-    if (options.out.empty()) return accepted ? kDone : kNegative;
-    if (!accepted && !options.force) {
-        fmt::print(stderr,
-                   "{}: not written, because the calibration is not accepted (--force "
-                   "writes it)\n",
-                   options.out);
-        return kNegative;
+    if (report.verdict == quality::Verdict::Unchecked) {
+        return "not written, because nothing checks the calibration (--accept-unchecked writes it)";
     }
-    const BiasAngles bias = GivenBias(options);
-    quality::Calibration calibration = run.calibration;
-    calibration.biasAngleA += bias.a;
-    calibration.biasAngleB += bias.b;
-    SaveParameters(options.out, calibration);
-    for (const ParameterProblem& problem : CheckParameters(options.out))
-        fmt::print(stderr, "{}: {} {}\n", options.out, problem.key, problem.what);
-    return accepted ? kDone : kNegative;
+    std::string text = "not written, because the calibration is not accepted (";
+    if (alternative && IsAccepted(alternative->report.verdict)) {
+        text += "--method joint writes the joint fit, which is accepted; ";
+    }
+    return text + "--force writes it)";
+}
+
+int Conclude(const CalibrateOptions& options, const BiasAngles& bias, const Assessed& chosen,
+             const std::optional<Assessed>& alternative)
+{
+    const CalibrationReport& report = chosen.report;
+    const bool accepted =
+        IsAccepted(report.verdict)
+        || (options.acceptUnchecked && report.verdict == quality::Verdict::Unchecked);
+    const int exitCode = accepted ? kDone : kNegative;
+    if (options.out.empty()) return exitCode;
+    if (!accepted && !options.force) {
+        tables::Tell("{}: {}\n", options.out, Refusal(report, alternative));
+        return exitCode;
+    }
+    SaveWithRecord(options.out, chosen.run.calibration, bias,
+                   {report.isJoint ? "joint" : "adjust", std::string(Name(report.verdict))});
+    return exitCode;
 }
 
 int CalibrateTurns(const CalibrateOptions& options)
 {
-    GivenBias(options); // reports a bad file before any work is done
-    tables::KeepInputs({options.out, options.report, options.plot},
-                       {options.horizontal, options.vertical});
-    const CalibrationRun run = Calibrate(options);
-    const CalibrationReport report = quality::AssessCalibration(run);
-    std::string text = ToText(report);
-    if (options.method == "joint" && report.a.heading) {
-        text +=
-            "Calibrated with the joint fit: the heading error is the part that eight values cannot "
-            "express.\nThe uncertainty of the fit itself is listed separately, and the verdict "
-            "allows for it.\n";
+    const std::string record = RecordOf(options.out);
+    tables::KeepApart(
+        {"-", options.out, record, options.report, options.plot},
+        {options.horizontal, options.vertical, options.biasFrom, RecordOf(options.biasFrom)});
+    CheckRecordName(options.out);
+    const BiasAngles bias = GivenBias(options); // reports a bad file before any work is done
+    const quality::CalibrationTurns turns = {ReadTurn(options.horizontal, options.columns),
+                                             ReadTurn(options.vertical, options.columns)};
+    const auto assess = IsJoint(options) ? AssessJointFit : AssessSolver;
+    const Assessed chosen = assess(turns, options.sensorType, options.select);
+    std::optional<Assessed> alternative;
+    if (!IsJoint(options) && !IsAccepted(chosen.report.verdict)) {
+        alternative = AssessJointFit(turns, options.sensorType, options.select);
     }
-    Print(text);
-    if (!options.report.empty()) WriteReport(options.report, report, run, options.method);
-    if (!options.plot.empty()) SaveCalibrationPicture(options.plot, report, run);
-    return Conclude(options, report, run);
+    const nlohmann::ordered_json json = ReportJson(options, chosen, alternative);
+    Print(options.json
+              ? JsonText(json)
+              : ToText(chosen.report)
+                    + (alternative ? DescribeAlternative(alternative->report) : std::string()));
+    if (IsJoint(options) && chosen.run.solverAnswer == 0) {
+        tables::Tell("The joint fit was rejected: {}.\n", Describe(chosen.report.jointFit));
+    }
+    if (!options.report.empty()) tables::WriteFile(options.report, JsonText(json));
+    if (!options.plot.empty()) SaveCalibrationPicture(options.plot, chosen.report, chosen.run);
+    return Conclude(options, bias, chosen, alternative);
+}
+
+// Options that a way of working does not use would be ignored.
+// @param why  what it does instead
+void RefuseOthersThan(const CLI::App& command, const std::vector<std::string>& used,
+                      const std::string& why)
+{
+    std::string others;
+    for (const CLI::Option* option : command.get_options()) {
+        const std::string name = option->get_name();
+        if (option->count() == 0 || std::ranges::find(used, name) != used.end()) continue;
+        others += (others.empty() ? "" : ", ") + name;
+    }
+    if (others.empty()) return;
+    throw CLI::ValidationError(fmt::format("{}: leave out {}", why, others),
+                               CLI::ExitCodes::ValidationError);
+}
+
+int CalibrateSpot(const CLI::App& command, const CalibrateOptions& options)
+{
+    RefuseOthersThan(command,
+                     {"--on-the-spot", "--pole", "--out", "--columns", "--sensor-type", "--json"},
+                     "--on-the-spot finds all angles from one log");
+    if (command.get_option("--pole")->count() == 0) throw CLI::RequiredError("--pole");
+    return CalibrateOnTheSpot({options.spot, options.poleLength, options.sensorType,
+                               options.columns, options.out, options.json});
 }
 
 int LookIntoDump(const CalibrateOptions& options)
 {
+    tables::KeepApart({"-"}, {options.dump});
     const auto attempts = ReadDump(options.dump);
     std::string text = fmt::format("{} failed calibration{} in {}\n", attempts.size(),
                                    attempts.size() == 1 ? "" : "s", options.dump);
@@ -228,9 +240,18 @@ void AddOptions(CLI::App& command, CalibrateOptions& options)
         ->type_name("FILE");
     command.add_option("--vertical", options.vertical, "Log of the turn about the y axis")
         ->type_name("FILE");
+    AddColumnsOption(command, options.columns, {"N", "E", "h"}, OccupationKeys());
+    command
+        .add_option("--on-the-spot", options.spot,
+                    "Log of a pole that is rocked and turned about its axis on a fixed tip")
+        ->type_name("FILE");
+    command
+        .add_option("--pole", options.poleLength,
+                    "With --on-the-spot: pole length, antenna to tip [m]")
+        ->type_name("LENGTH")
+        ->check(NumberIn(tables::kPoleLength));
     command.add_option("--dump", options.dump, "Error dump of failed calibrations to inspect")
-        ->type_name("FILE")
-        ->excludes("--horizontal", "--vertical");
+        ->type_name("FILE");
     command.add_option("--out", options.out, "Parameter file to write")->type_name("FILE");
     command.add_option("--report", options.report, "Write the report as JSON")->type_name("FILE");
     command
@@ -249,16 +270,21 @@ void AddOptions(CLI::App& command, CalibrateOptions& options)
         .add_option("--sensor-type", options.sensorType,
                     "Type of the sensor: its axis convention [1]")
         ->type_name("WHOLE");
-    command.add_option("--bias", options.biasA, "Bias angle of magnetometer A to add [degrees]")
+    command
+        .add_option("--bias", options.biasA,
+                    "From magnetic north to the north wanted, magnetometer A [degrees]")
         ->type_name("ANGLE")
-        ->check(FiniteNumber());
+        ->check(NumberIn(tables::kAngle));
     command.add_option("--bias-b", options.biasB, "The same for magnetometer B [degrees]")
         ->type_name("ANGLE")
-        ->check(FiniteNumber());
+        ->check(NumberIn(tables::kAngle));
     command
         .add_option("--bias-from", options.biasFrom,
-                    "Parameter file to take bias angles from, such as the previous one")
+                    "Parameter file whose given bias angles to take, such as the previous one")
         ->type_name("FILE");
+    command.add_flag("--accept-unchecked", options.acceptUnchecked,
+                     "Accept a calibration whose headings nothing could check");
+    command.add_flag("--json", options.json, "Print the report as JSON instead of text");
     command.add_flag("--force", options.force,
                      "Write the parameter file regardless of the verdict");
 }
@@ -272,14 +298,23 @@ void AddCalibrateCommand(CLI::App& program, int& exitCode)
     auto options = std::make_shared<CalibrateOptions>();
     AddOptions(*command, *options);
     command->footer(kFooter);
-    command->callback([options, &exitCode] {
+    command->callback([options, command, &exitCode] {
         const MessagesOnStandardError messages;
         if (!options->dump.empty()) {
+            RefuseOthersThan(*command, {"--dump", "--sensor-type"},
+                             "--dump only describes a dump, without a calibration");
             exitCode = LookIntoDump(*options);
             return;
         }
+        if (!options->spot.empty()) {
+            exitCode = CalibrateSpot(*command, *options);
+            return;
+        }
+        if (command->get_option("--pole")->count() > 0)
+            throw CLI::ValidationError("--pole belongs to --on-the-spot",
+                                       CLI::ExitCodes::ValidationError);
         if (options->horizontal.empty() || options->vertical.empty()) {
-            throw CLI::RequiredError("--horizontal and --vertical, or --dump,");
+            throw CLI::RequiredError("--horizontal and --vertical, or --on-the-spot, or --dump,");
         }
         exitCode = CalibrateTurns(*options);
     });

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/calibrate/CalibrationOutput.h"
-#include <cmath>
+
+#include "apps/cli/JsonOutput.h"
 
 namespace cli {
 
@@ -10,10 +11,25 @@ using nlohmann::ordered_json;
 using quality::MagnetometerFigures;
 using quality::TurnFigures;
 
-// NaN and infinities become null: JSON cannot express them.
 ordered_json Number(double value)
 {
-    return std::isfinite(value) ? ordered_json(value) : ordered_json(nullptr);
+    return Figure(value);
+}
+
+ordered_json Optional(const std::optional<double>& value)
+{
+    return value ? Number(*value) : ordered_json(nullptr);
+}
+
+// Null where the log has no accelerations, which then were not checked.
+ordered_json AccelerationJson(const std::optional<quality::TurnAcceleration>& a)
+{
+    if (!a) return nullptr;
+    ordered_json json;
+    json["length_g"] = Number(a->length);
+    json["left_out_share"] = Number(a->leftOut);
+    json["outward_g"] = Optional(a->outward);
+    return json;
 }
 
 ordered_json TurnJson(const TurnFigures& t)
@@ -27,11 +43,12 @@ ordered_json TurnJson(const TurnFigures& t)
     json["covered_deg"] = Number(t.covered);
     json["missing_sectors"] = missing;
     json["turning_back_share"] = Number(t.turningBack);
-    json["off_circle_A_share"] = Number(t.circleA);
-    json["off_circle_B_share"] = Number(t.circleB);
+    json["off_circle_a_share"] = Number(t.circleA);
+    json["off_circle_b_share"] = Number(t.circleB);
     json["axis_error_deg"] = Number(t.axisError);
     json["wobble_deg"] = Number(t.wobble);
-    json["level_error_deg"] = t.levelError ? Number(*t.levelError) : ordered_json(nullptr);
+    json["level_error_deg"] = Optional(t.levelError);
+    json["acceleration"] = AccelerationJson(t.acceleration);
     return json;
 }
 
@@ -41,6 +58,16 @@ ordered_json DirectionJson(const quality::Direction& d)
         {"azimuth_deg",   Number(d.azimuth)  },
         {"elevation_deg", Number(d.elevation)}
     };
+}
+
+ordered_json HiddenJson(const quality::HiddenError& hidden)
+{
+    ordered_json json;
+    json["tilt_deg"] = Number(hidden.tilt);
+    json["turns_deg"] = Number(hidden.turns);
+    json["noise_deg"] = Number(hidden.noise);
+    json["dip_difference_deg"] = Number(hidden.dipDifference);
+    return json;
 }
 
 ordered_json HeadingJson(const std::optional<quality::HeadingError>& heading)
@@ -55,6 +82,35 @@ ordered_json HeadingJson(const std::optional<quality::HeadingError>& heading)
     json["joint_fit_uncertainty_deg"] = Number(heading->uncertainty);
     json["tip_tilt15_mm"] = Number(heading->tip15);
     json["tip_tilt30_mm"] = Number(heading->tip30);
+    json["hidden"] = HiddenJson(heading->hidden);
+    return json;
+}
+
+ordered_json FieldChangeJson(const std::optional<quality::FieldChange>& change)
+{
+    if (!change) return nullptr;
+    ordered_json json;
+    json["length_share"] = Number(change->length);
+    json["dip_deg"] = Number(change->dip);
+    return json;
+}
+
+ordered_json TiltErrorJson(const quality::TiltError& error)
+{
+    ordered_json json;
+    json["pitch_deg"] = Number(error.pitch);
+    json["pitch_deviation_deg"] = Number(error.pitchDeviation);
+    json["roll_deg"] = Number(error.roll);
+    json["roll_deviation_deg"] = Number(error.rollDeviation);
+    return json;
+}
+
+ordered_json TiltJson(const quality::TiltEvidence& tilt)
+{
+    ordered_json json;
+    json["offset"] = TiltErrorJson(tilt.offset);
+    json["drift"] = TiltErrorJson(tilt.drift);
+    json["swing_deg"] = Number(tilt.swing);
     return json;
 }
 
@@ -70,6 +126,7 @@ ordered_json MagnetometerJson(const MagnetometerFigures& m)
     json["soft_iron_direction"] = DirectionJson(m.softIron);
     json["disturbed_share"] = Number(m.disturbed);
     json["heading_error"] = HeadingJson(m.heading);
+    json["field_change"] = FieldChangeJson(m.change);
     return json;
 }
 
@@ -87,23 +144,23 @@ ordered_json CorrectionJson(const Incline_MagneticCorrectParameter& v)
     return json;
 }
 
+} // namespace
+
 ordered_json CalibrationJson(const quality::Calibration& c)
 {
     ordered_json json;
-    json["magnetometer_A"] = CorrectionJson(c.correctionA);
-    json["magnetometer_B"] = CorrectionJson(c.correctionB);
+    json["magnetometer_a"] = CorrectionJson(c.correctionA);
+    json["magnetometer_b"] = CorrectionJson(c.correctionB);
     json["translation"] = {Number(c.translation.dX), Number(c.translation.dY),
                            Number(c.translation.dZ)};
-    json["bias_A_deg"] = Number(c.biasAngleA);
-    json["bias_B_deg"] = Number(c.biasAngleB);
+    json["bias_a_deg"] = Number(c.biasAngleA);
+    json["bias_b_deg"] = Number(c.biasAngleB);
     return json;
 }
 
-} // namespace
-
 ordered_json JsonOf(const quality::CalibrationReport& report, const quality::CalibrationRun& run)
 {
-    ordered_json json;
+    ordered_json json = JsonHeader("calibrate");
     json["verdict"] = Name(report.verdict);
     json["accepted"] = IsAccepted(report.verdict);
     json["weaker"] = report.weak;
@@ -114,19 +171,24 @@ ordered_json JsonOf(const quality::CalibrationReport& report, const quality::Cal
     json["advice"] = Advice(report.reason);
     const bool judged = !report.weak && report.a.heading;
     json["heading_error_deg"] = judged ? Number(report.headingError) : ordered_json(nullptr);
+    json["heading_uncertainty_deg"] =
+        judged ? Number(report.headingUncertainty) : ordered_json(nullptr);
     json["heading_bound_deg"] = judged ? Number(report.headingBound) : ordered_json(nullptr);
     json["sensor_type"] = run.sensorType;
     json["horizontal"] = TurnJson(report.horizontal);
     json["vertical"] = TurnJson(report.vertical);
-    json["magnetometer_A"] = MagnetometerJson(report.a);
-    json["magnetometer_B"] = MagnetometerJson(report.b);
-    json["agreement_A_B"] = nullptr;
+    json["magnetometer_a"] = MagnetometerJson(report.a);
+    json["magnetometer_b"] = MagnetometerJson(report.b);
+    json["tilt"] = report.a.heading ? TiltJson(report.tilt) : ordered_json(nullptr);
+    json["suspects"] = report.suspects;
+    json["agreement_a_b"] = nullptr;
     if (report.agreement) {
         ordered_json agreement;
         agreement["mean_deg"] = Number(report.agreement->mean);
         agreement["deviation_deg"] = Number(report.agreement->deviation);
         agreement["largest_deg"] = Number(report.agreement->largest);
-        json["agreement_A_B"] = agreement;
+        agreement["systematic_deg"] = Number(report.agreement->systematic);
+        json["agreement_a_b"] = agreement;
     }
     json["calibration"] = CalibrationJson(run.calibration);
     return json;

@@ -14,14 +14,16 @@ namespace cli {
 nlohmann::ordered_json JsonOf(const quality::CalibrationReport& report,
                               const quality::CalibrationRun& run);
 
+/// The values of a calibration, as in its report.
+nlohmann::ordered_json CalibrationJson(const quality::Calibration& calibration);
+
 /// Raw and corrected readings of both turns in their planes, missing sectors marked; PNG or SVG.
 /// @throws InputError when the file cannot be written
 void SaveCalibrationPicture(const std::string& path, const quality::CalibrationReport& report,
                             const quality::CalibrationRun& run);
 
-/// Writes the parameter file under a temporary name, reads it back to verify it, and renames it.
-/// @throws InputError, leaving an existing file unchanged, when a value is not finite, when the file
-///         cannot be written, or when reading it back gives other values
+/// Replaces the parameter file.
+/// @throws as WriteParameters
 void SaveParameters(const std::string& path, const quality::Calibration& calibration);
 
 } // namespace cli

@@ -6,6 +6,7 @@
 #include "survey/Correction.h"
 #include "survey/Reading.h"
 #include "survey/TurnAxis.h"
+#include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 
@@ -61,11 +62,34 @@ PlotPoint OnCircle(const TurnCircle& c, double azimuth, double radius)
             c.second + radius * std::cos(survey::Deg2Rad(azimuth))};
 }
 
-void MarkMissing(Chart& chart, const TurnFigures& figures, const TurnCircle& circle)
+// The circle of B's readings: as wide as they are.
+TurnCircle CircleOf(const std::vector<PlotPoint>& points)
 {
+    if (points.empty()) return {};
+    const auto [left, right] =
+        std::minmax_element(points.begin(), points.end(),
+                            [](const PlotPoint& p, const PlotPoint& q) { return p.x < q.x; });
+    const auto [low, high] =
+        std::minmax_element(points.begin(), points.end(),
+                            [](const PlotPoint& p, const PlotPoint& q) { return p.y < q.y; });
+    return {(left->x + right->x) / 2.0, (low->y + high->y) / 2.0,
+            (right->x - left->x + high->y - low->y) / 4.0};
+}
+
+// A sector of A as B's readings have it: B's x and y are reversed, its z is not.
+MissingSector AtB(const MissingSector& sector, TurnAxis axis)
+{
+    if (axis == TurnAxis::Horizontal) return {(sector.from + 180) % 360, (sector.to + 180) % 360};
+    return {(720 - sector.to) % 360, (720 - sector.from) % 360};
+}
+
+// `of` is the letter of the magnetometer before the names, or empty.
+void MarkMissing(Chart& chart, const std::vector<MissingSector>& missing, const TurnCircle& circle,
+                 const std::string& of, bool first = true)
+{
+    if (!(circle.radius > 0.0) || !std::isfinite(circle.radius)) return;
     const double radius = 1.12 * circle.radius;
-    bool first = true;
-    for (const MissingSector& sector : figures.missing) {
+    for (const MissingSector& sector : missing) {
         const int width = (sector.to - sector.from + 359) % 360 + 1;
         std::vector<PlotPoint> arc = {OnCircle(circle, sector.from, 0.92 * circle.radius)};
         for (int i = 0; i <= width; ++i)
@@ -73,7 +97,7 @@ void MarkMissing(Chart& chart, const TurnFigures& figures, const TurnCircle& cir
         arc.push_back(OnCircle(circle, sector.from + width, 0.92 * circle.radius));
         chart.AddLine(first ? "missing sector" : "", arc, {.color = palette::kRed, .width = 3.0});
         chart.AddText(OnCircle(circle, sector.from + width / 2.0, 1.14 * circle.radius),
-                      sector.Name(), palette::kRed);
+                      of + sector.Name(), palette::kRed);
         first = false;
     }
 }
@@ -113,13 +137,19 @@ Chart RawChart(const TurnView& turn)
                         {0.0, 0.0}
     },
                     {.color = palette::kBlack, .mark = Mark::Plus, .size = 5.0});
-    if (c.radius > 0.0 && std::isfinite(c.radius)) {
+    // Readings that are no turn have a circle that is far wider than they are, and hides them.
+    const double widest = 3.0 * CircleOf(PointsOf(turn.recorded, a)).radius;
+    if (c.radius > 0.0 && c.radius < widest) {
         chart.AddPoints("center of A",
                         {
                             {c.x, c.second}
         },
                         {.color = palette::kBlue, .mark = Mark::Cross, .size = 4.0});
-        MarkMissing(chart, turn.figures, c);
+        MarkMissing(chart, turn.figures.missing, c, "A ");
+        std::vector<MissingSector> missingAtB;
+        for (const MissingSector& sector : turn.figures.missing)
+            missingAtB.push_back(AtB(sector, turn.axis));
+        MarkMissing(chart, missingAtB, CircleOf(PointsOf(turn.used, b)), "B ", false);
     }
     return chart;
 }
@@ -151,17 +181,14 @@ Chart CorrectedChart(const TurnView& turn, const quality::Calibration& calibrati
     if (radius > 0.0) {
         chart.AddCircle("circle about zero", {0.0, 0.0}, radius,
                         {.color = palette::kGray, .dashed = true});
-        MarkMissing(chart, turn.figures, {0.0, 0.0, radius});
+        MarkMissing(chart, turn.figures.missing, {0.0, 0.0, radius}, "");
     }
     return chart;
 }
 
 std::string Subtitle(const CalibrationReport& report)
 {
-    std::string text = fmt::format("{}: {}", Name(report.verdict), Explain(report.reason));
-    if (!report.weak && report.a.heading)
-        text += fmt::format(" Heading error {:.2f} degrees RMS.", report.headingError);
-    return text;
+    return fmt::format("{}. {}", Headline(report), Explain(report.reason));
 }
 
 } // namespace
@@ -177,12 +204,15 @@ void SaveCalibrationPicture(const std::string& path, const CalibrationReport& re
     };
     charts::Picture picture("Calibration of the magnetometers", Subtitle(report), kWidth, kHeight);
     const charts::Frame body = picture.Body();
-    const double width = body.width / 2.0;
+    // A refused calibration corrects nothing that is worth a look.
+    const bool corrected = report.verdict != quality::Verdict::Refused && run.solverAnswer == 1;
+    const double width = corrected ? body.width / 2.0 : body.width;
     const double height = body.height / 2.0;
     constexpr double kGap = 12.0;
     for (int row = 0; row < 2; ++row) {
         const TurnView& turn = turns[row];
         picture.Place(RawChart(turn), {body.x, body.y + row * height, width, height - kGap});
+        if (!corrected) continue;
         picture.Place(CorrectedChart(turn, run.calibration),
                       {body.x + width, body.y + row * height, width, height - kGap});
     }

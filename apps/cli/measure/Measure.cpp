@@ -1,26 +1,35 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/measure/Measure.h"
 
+#include "apps/cli/ColumnsOption.h"
 #include "apps/cli/ExitCode.h"
+#include "apps/cli/JsonOutput.h"
 #include "apps/cli/OptionChecks.h"
 #include "apps/cli/ParameterCheck.h"
+#include "apps/cli/SensorOptions.h"
+#include "apps/cli/measure/FieldWatch.h"
 #include "apps/cli/measure/MeasurePicture.h"
 #include "apps/cli/measure/TipTable.h"
 #include "apps/tables/Errors.h"
+#include "apps/tables/Messages.h"
 #include "apps/tables/Numbers.h"
 #include "apps/tables/Output.h"
 #include "apps/tables/Progress.h"
 #include "apps/tables/SampleLog.h"
+#include "field/ExactAttitude.h"
+#include "survey/Correction.h"
 #include <cmath>
-#include <nlohmann/json.hpp>
 
 namespace cli {
+
+namespace survey = tiltpole::survey;
 
 namespace {
 
 struct MeasureOptions
 {
     std::string log;
+    tables::ColumnChoice columns;
     double poleLength = 0.0;
     std::string config;
     bool partialConfig = false;
@@ -30,6 +39,9 @@ struct MeasureOptions
     std::string truth; // N,E,h
     std::string out;   // empty: standard output
     std::string plot;
+    std::string field; // STRENGTH,DIP
+    bool turns = false;
+    bool exact = false;
     bool skipBad = false;
     bool json = false;
 };
@@ -39,10 +51,13 @@ The log is a text file with a header that names the columns and one row per samp
   dPitch, dRoll                    inclination of the pole [degrees]
   dMag_x, dMag_y, dMag_z           magnetometer A [counts]
   dMag_x_2, dMag_y_2, dMag_z_2     magnetometer B [counts]
-  x, y, h                          antenna: N (x), E (y) and height [m]
-Time (hh:mm:ss) and the sensor's other columns are read if present; columns with other
-names are carried through to the result. Fields are separated by , or ; and the decimal
-sign is a point.
+  N, E, h or x, y, h               antenna: N (x), E (y) and height [m]; rows on which all three
+                                   are blank have no tip and are counted
+  point                            names of points; the mean tip is given for each
+Names may be spelt as in Northing [m], antenna_N_m or mag_a_x; --columns names others. Two
+columns that could both be meant are an error. Time (hh:mm:ss) and the sensor's other
+columns are read if present; columns with other names are carried through to the result.
+Fields are separated by , ; TAB or blanks and the decimal sign is a point.
 
 The result has one row per sample. These columns follow the carried ones:
   antenna_N_m, antenna_E_m, antenna_h_m           antenna: N (x), E (y), height
@@ -51,6 +66,7 @@ The result has one row per sample. These columns follow the carried ones:
                                                   the tilt direction
   tilt_deg                                        from the plumb line
   still, interference                             1 or 0
+with --field, field_strength, field_dip_deg and field_disturbed (1 or 0);
 and, with --truth, error_N_m, error_E_m, error_plan_m, error_h_m (tip minus truth).
 The rows go to standard output, a summary to standard error. With --json the summary goes
 to standard output instead, and the rows are only written to the file given by --out.
@@ -74,6 +90,11 @@ CInclineSensor_Position MakePosition(const MeasureOptions& options)
     return position;
 }
 
+field::PitchRoll MeaningOf(const MeasureOptions& options)
+{
+    return options.turns ? field::PitchRoll::Turns : field::PitchRoll::Slopes;
+}
+
 MeasureSetup SetupOf(const MeasureOptions& options, const CInclineSensor_Position& position)
 {
     MeasureSetup setup{options.log,
@@ -82,11 +103,32 @@ MeasureSetup SetupOf(const MeasureOptions& options, const CInclineSensor_Positio
                        options.sensorType,
                        position.GetMagneticBiasAngle_A(),
                        position.GetMagneticBiasAngle_B(),
+                       std::nullopt,
                        std::nullopt};
+    if (options.exact) setup.exact = MeaningOf(options);
     if (const auto truth = tables::ParseNumbers(options.truth, 3)) {
         setup.truth = xyhCoordinate{(*truth)[0], (*truth)[1], (*truth)[2]};
     }
     return setup;
+}
+
+FieldWatchSetup WatchSetup(const MeasureOptions& options, const CInclineSensor_Position& position)
+{
+    FieldWatchSetup setup;
+    if (const auto shape = tables::ParseNumbers(options.field, 2))
+        setup.expected = {(*shape)[0], (*shape)[1]};
+    setup.meaning = MeaningOf(options);
+    setup.sensorType = options.sensorType;
+    setup.a = position.GetMagneticCorrectPar_A();
+    setup.b = position.GetMagneticCorrectPar_B();
+    return setup;
+}
+
+// In [0, 360).
+double InTurn(double angle)
+{
+    const double turned = std::fmod(angle, 360.0);
+    return turned < 0.0 ? turned + 360.0 : turned;
 }
 
 bool IsFinite(const Measurement& m)
@@ -95,11 +137,28 @@ bool IsFinite(const Measurement& m)
            && std::isfinite(m.pose.dYaw) && std::isfinite(m.pose.dYaw_2);
 }
 
-std::optional<Measurement> MeasureSample(CInclineSensor_Position& position,
-                                         const tables::SampleLog& log, double poleLength)
+// Headings of both magnetometers by the exact attitude, and the tip by that of A.
+void MakeExact(Measurement& m, const CInclineSensor_Position& position, const MeasureSetup& setup)
 {
-    Measurement m{log.Antenna(), log.Antenna(), log.Pose(), 0.0, false, false};
-    if (position.Position(m.pose, poleLength, m.tip) != 1 || !IsFinite(m)) return std::nullopt;
+    const field::Tilt tilt{m.pose.dPitch, m.pose.dRoll, *setup.exact, setup.sensorType};
+    const survey::Reading a = survey::Corrected(position.GetMagneticCorrectPar_A(),
+                                                survey::ReadingOf(m.pose, survey::Magnetometer::A));
+    const survey::Reading b = survey::Corrected(position.GetMagneticCorrectPar_B(),
+                                                survey::ReadingOf(m.pose, survey::Magnetometer::B));
+    const double headingY = m.pose.dYaw_Y - m.pose.dYaw;
+    m.pose.dYaw = InTurn(field::MagneticHeading(tilt, {a.x, a.y, a.z}) - setup.biasA);
+    m.pose.dYaw_2 = InTurn(field::MagneticHeading(tilt, {-b.x, -b.y, b.z}) - setup.biasB);
+    m.pose.dYaw_Y = InTurn(m.pose.dYaw + headingY);
+    m.tip = field::ExactTip(m.antenna, setup.poleLength, tilt, m.pose.dYaw);
+}
+
+std::optional<Measurement> MeasureSample(CInclineSensor_Position& position,
+                                         const tables::SampleLog& log, const MeasureSetup& setup)
+{
+    Measurement m{log.Antenna(), log.Antenna(), log.Pose(), 0.0, false, false, {}};
+    if (position.Position(m.pose, setup.poleLength, m.tip) != 1) return std::nullopt;
+    if (setup.exact) MakeExact(m, position, setup);
+    if (!IsFinite(m)) return std::nullopt;
     m.tilt = 90.0 - position.GetAngleofPoletoHorizontal(m.pose.dPitch, m.pose.dRoll);
     m.still = position.IsStationary() != 0;
     m.interference = position.IsMagneticInterference() != 0;
@@ -112,41 +171,57 @@ class Run
 public:
     explicit Run(const MeasureOptions& options)
         : m_options(options), m_position(MakePosition(options)),
-          m_summary(SetupOf(options, m_position)),
-          m_log(options.log, {.antenna = true, .onBadRow = BadRowHandler()}),
-          m_picture(m_summary.Setup().truth), m_progress(m_log.Rows().Size(), tables::Unit::Bytes)
+          m_summary(SetupOf(options, m_position)), m_log(options.log, {.antenna = true,
+                                                                       .blankAntenna = true,
+                                                                       .onBadRow = BadRowHandler(),
+                                                                       .columns = options.columns}),
+          m_point(m_log.Rows().Find("point")), m_picture(m_summary.Setup().truth),
+          m_progress(m_log.Rows().Size(), tables::Unit::Bytes)
     {
+        if (!options.field.empty()) m_watch.emplace(WatchSetup(options, m_position), m_log);
+        m_summary.SetColumns(tables::DescribeColumns(m_log.Rows(), m_log.UsedColumns()));
         const bool rowsGoOut = !options.out.empty() || !options.json;
         if (!rowsGoOut) return;
         m_output.emplace(options.out.empty() ? "-" : options.out);
-        m_table.emplace(*m_output, m_log, m_summary.Setup().truth);
+        m_table.emplace(*m_output, m_log, m_summary.Setup().truth, m_watch.has_value());
     }
 
     int Measure()
     {
         while (m_log.Next()) {
             m_progress.Update(m_log.Rows().BytesRead());
-            const auto measurement = MeasureSample(m_position, m_log, m_options.poleLength);
-            if (!measurement) {
-                m_log.Reject("the values are too large to compute a tip");
-                continue;
-            }
-            m_summary.Add(*measurement);
-            if (!m_options.plot.empty()) m_picture.Add(*measurement);
-            if (m_table) m_table->Add(*measurement);
+            MeasureRow();
         }
         m_progress.Wipe();
         return Conclude();
     }
 
 private:
+    // A row without an antenna position still says whether the pole is still and the field quiet.
+    void MeasureRow()
+    {
+        auto measurement = MeasureSample(m_position, m_log, m_summary.Setup());
+        if (!measurement) {
+            m_log.Reject(m_options.exact
+                             ? "the values are too large, or pitch and roll too steep, for a tip"
+                             : "the values are too large to compute a tip");
+            return;
+        }
+        if (m_watch) measurement->field = m_watch->Add(m_log.Pose());
+        if (!m_log.HasAntenna()) return m_summary.PassWithoutAntenna();
+        const auto name = m_point ? std::optional(m_log.Rows().Field(*m_point)) : std::nullopt;
+        m_summary.Add(*measurement, name);
+        if (!m_options.plot.empty()) m_picture.Add(*measurement);
+        if (m_table) m_table->Add(*measurement);
+    }
+
     std::function<void(const std::string&)> BadRowHandler()
     {
         if (!m_options.skipBad) return {};
         return [this](const std::string& message) {
             if (!m_summary.Skip(message)) return;
             m_progress.Wipe();
-            fmt::print(stderr, "{} (skipped)\n", message);
+            tables::Tell("{} (skipped)\n", message);
         };
     }
 
@@ -155,66 +230,89 @@ private:
         const std::uint64_t unnamed =
             m_summary.Skipped()
             - std::min<std::uint64_t>(m_summary.Skipped(), MeasureSummary::kMostNamed);
-        if (unnamed > 0) fmt::print(stderr, "{} more rows were skipped.\n", unnamed);
+        if (unnamed > 0) tables::Tell("{} more rows were skipped.\n", unnamed);
         if (m_output) m_output->Finish();
-        if (m_options.json) WriteJson();
+        if (m_options.json) PrintJson(Json());
         if (m_summary.Samples() == 0) {
-            fmt::print(stderr, "{}: no sample could be measured\n", m_log.Rows().Name());
+            tables::Tell("{}: no sample could be measured{}\n", m_log.Rows().Name(),
+                         m_summary.WithoutAntenna() > 0 ? ": no row has an antenna position" : "");
             return kNegative;
         }
         if (!m_options.plot.empty()) m_picture.Save(m_options.plot, m_summary);
-        if (!m_options.json) fmt::print(stderr, "{}", m_summary.Text());
+        if (!m_options.json) tables::TellText(m_summary.Text() + (m_watch ? m_watch->Text() : ""));
         return kDone;
     }
 
-    void WriteJson()
+    nlohmann::ordered_json Json()
     {
-        using nlohmann::ordered_json;
-        tables::Output output("-");
-        output.Write(m_summary.Json().dump(2, ' ', false, ordered_json::error_handler_t::replace));
-        output.Write("\n");
-        output.Finish();
+        nlohmann::ordered_json json = m_summary.Json();
+        if (m_watch && m_summary.Samples() > 0) json["field"] = m_watch->Json();
+        return json;
     }
 
     const MeasureOptions& m_options;
     CInclineSensor_Position m_position;
     MeasureSummary m_summary;
     tables::SampleLog m_log;
+    std::optional<std::size_t> m_point; // column with the names of points
+    std::optional<FieldWatch> m_watch;
     MeasurePicture m_picture;
     tables::Progress m_progress;
     std::optional<tables::Output> m_output;
     std::optional<TipTable> m_table;
 };
 
+CLI::Validator FieldShapeText()
+{
+    const auto problemOf = [](const std::string& text) -> std::string {
+        const auto shape = tables::ParseNumbers(text, 2);
+        if (!shape) return "'" + text + "' is not STRENGTH,DIP";
+        if (!((*shape)[0] > 0.0)) return "the strength must be above 0";
+        const std::string dip = tables::OutsideOf(tables::simulated::kSlant, (*shape)[1]);
+        return dip.empty() ? dip : "the dip " + dip;
+    };
+    return {problemOf, "", "STRENGTH,DIP"};
+}
+
 void AddInputOptions(CLI::App& command, MeasureOptions& options)
 {
     command.add_option("LOG", options.log, "Sample log; - is standard input")
         ->required()
         ->type_name("FILE");
+    AddColumnsOption(command, options.columns, {"N", "E", "h"}, tables::SampleLog::ColumnKeys());
     command.add_option("--pole", options.poleLength, "Pole length, antenna to tip [m]")
         ->required()
         ->type_name("LENGTH")
-        ->check(PositiveNumber());
-    command
-        .add_option("--config", options.config,
-                    "Parameter file of the calibration; without it, raw readings are used")
-        ->type_name("FILE");
-    command.add_flag("--partial-config", options.partialConfig,
-                     "Accept a parameter file with missing keys, which keep their defaults");
-    command
-        .add_option("--sensor-type", options.sensorType,
-                    "1 (default): x forward, y left, z up the pole; other values: x right, y "
-                    "forward, z up. Type 2 also adds the tilt direction to the projection")
-        ->type_name("N");
-    command
-        .add_option("--bias", options.biasA,
-                    "Heading bias of magnetometer A [degrees], subtracted from the heading; "
-                    "overrides --config")
-        ->type_name("ANGLE")
-        ->check(FiniteNumber());
+        ->check(NumberIn(tables::kPoleLength));
+    AddConfigOptions(command, options.config, options.partialConfig);
+    AddSensorTypeOption(command, options.sensorType,
+                        ". Type 2 also adds the tilt direction to the projection");
+    AddBiasOption(command, options.biasA);
     command.add_option("--bias-b", options.biasB, "The same for magnetometer B")
         ->type_name("ANGLE")
-        ->check(FiniteNumber());
+        ->check(NumberIn(tables::kAngle));
+    command
+        .add_option(
+            "--field", options.field,
+            "Strength [counts] and dip [degrees] of the undisturbed field, as the report of "
+            "the calibration has them; marks the samples whose field differs")
+        ->type_name("STRENGTH,DIP")
+        ->check(FieldShapeText());
+    command
+        .add_option_function<std::string>(
+            "--attitude", [&options](const std::string& word) { options.exact = word == "exact"; },
+            "standard (default): heading and tip by the library's position class, which is off by "
+            "14 mm at a lean of 20 degrees and more beyond; exact: see --pitch-roll")
+        ->check(CLI::IsMember({"standard", "exact"}))
+        ->type_name("WORD");
+    command
+        .add_option_function<std::string>(
+            "--pitch-roll",
+            [&options](const std::string& word) { options.turns = word == "turns"; },
+            "What pitch and roll are, for --attitude exact and --field: slopes (default) of the "
+            "forward and the left axis, or turns")
+        ->check(CLI::IsMember({"slopes", "turns"}))
+        ->type_name("WORD");
     command.add_flag("--skip-bad", options.skipBad,
                      "Skip rows that cannot be read; they are listed and counted");
 }
@@ -223,7 +321,7 @@ void AddOutputOptions(CLI::App& command, MeasureOptions& options)
 {
     command.add_option("--truth", options.truth, "True tip [m]; adds the errors of the tips")
         ->type_name("N,E,h")
-        ->check(NumberList(3));
+        ->check(PointInSpace());
     command.add_option("--out", options.out, "Output file of the rows, replaced when complete")
         ->type_name("FILE");
     command.add_option("--plot", options.plot, "Plot of antenna and tips, .png or .svg")
@@ -243,7 +341,9 @@ void AddMeasureCommand(CLI::App& program, int& exitCode)
     AddInputOptions(*command, *options);
     AddOutputOptions(*command, *options);
     command->callback([options, &exitCode] {
-        tables::KeepInputs({options->out, options->plot}, {options->log, options->config});
+        const bool usesStandardOutput = options->json || options->out.empty();
+        tables::KeepApart({usesStandardOutput ? "-" : "", options->out, options->plot},
+                          {options->log, options->config});
         exitCode = Run(*options).Measure();
     });
 }

@@ -60,7 +60,11 @@ void MeasurePicture::Save(const std::string& path, MeasureSummary& summary) cons
     std::string subtitle =
         fmt::format("{} samples at tilts from {:.1f}° to {:.1f}°, {:.3f} m pole", summary.Samples(),
                     summary.Tilts().Min(), summary.Tilts().Max(), setup.poleLength);
-    if (m_truth) subtitle += "; the dashed circles hold 50, 90 and 99 % of the tips";
+    if (m_truth)
+        subtitle += fmt::format(
+            "; half of the tips are within {:.0f} mm of the true one, 90 % within "
+            "{:.0f} mm (dashed circles: 50, 90 and 99 %)",
+            1000.0 * summary.PlanErrors().At(0.5), 1000.0 * summary.PlanErrors().At(0.9));
     charts::Picture picture(
         "Antenna and pole tip: "
             + (slash == std::string::npos ? setup.log : setup.log.substr(slash + 1)),

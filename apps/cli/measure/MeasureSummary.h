@@ -5,8 +5,8 @@
 #pragma once
 
 #include "apps/cli/measure/Measurement.h"
+#include "apps/cli/measure/TipsByPoint.h"
 #include "apps/tables/Statistics.h"
-#include <array>
 #include <nlohmann/json_fwd.hpp>
 #include <string>
 #include <vector>
@@ -20,7 +20,15 @@ public:
 
     explicit MeasureSummary(MeasureSetup setup) : m_setup(std::move(setup)) {}
 
-    void Add(const Measurement& measurement);
+    /// Which columns were read under other names, as DescribeColumns() says it.
+    void SetColumns(std::string columns) { m_columns = std::move(columns); }
+
+    /// @param point  the name of the row; nullopt where the log does not name points
+    void Add(const Measurement& measurement, std::optional<std::string_view> point);
+
+    /// Counts a row without an antenna position.
+    void PassWithoutAntenna() { ++m_withoutAntenna; }
+    std::uint64_t WithoutAntenna() const { return m_withoutAntenna; }
 
     /// Counts a skipped row.
     /// @return whether it is among those that are listed
@@ -39,14 +47,20 @@ public:
     nlohmann::ordered_json Json();
 
 private:
+    /// Why the heights of the tips are wrong, where the antenna's are no heights.
+    std::optional<std::string> HeightProblem() const;
+
     MeasureSetup m_setup;
-    tables::Percentiles m_tilt;          // degrees
-    tables::Percentiles m_reach;         // antenna to tip in the plane [m]
-    std::array<tables::Extent, 3> m_tip; // N, E, h [m]
-    tables::Percentiles m_planError;     // m
-    tables::Percentiles m_heightError;   // absolute [m]
+    std::string m_columns;
+    tables::Percentiles m_tilt;  // degrees
+    tables::Percentiles m_reach; // antenna to tip in the plane [m]
+    TipsByPoint m_tips;
+    tables::Extent m_antennaHeight;    // m
+    tables::Percentiles m_planError;   // m
+    tables::Percentiles m_heightError; // absolute [m]
     std::uint64_t m_still = 0;
     std::uint64_t m_interference = 0;
+    std::uint64_t m_withoutAntenna = 0;
     std::uint64_t m_skipped = 0;
     std::vector<std::string> m_named;
 };

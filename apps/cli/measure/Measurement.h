@@ -3,6 +3,8 @@
 // One measured sample of `tiltpole measure`.
 #pragma once
 
+#include "field/DisturbanceMonitor.h"
+#include "field/ExactAttitude.h"
 #include "positioning/PoseSensorData.h"
 #include <optional>
 #include <string>
@@ -17,6 +19,7 @@ struct Measurement
     double tilt;           // from the plumb line [degrees]
     bool still;
     bool interference;
+    std::optional<field::MonitorVerdict> field; // with --field
 };
 
 /// The settings of a run.
@@ -28,7 +31,8 @@ struct MeasureSetup
     int sensorType;
     double biasA; // in effect [degrees]
     double biasB;
-    std::optional<xyhCoordinate> truth; // the true tip
+    std::optional<xyhCoordinate> truth;    // the true tip
+    std::optional<field::PitchRoll> exact; // the exact attitude, with what pitch and roll are
 };
 
 /// Horizontal distance between tip and truth [m].

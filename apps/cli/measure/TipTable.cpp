@@ -17,12 +17,16 @@ constexpr std::array<std::string_view, 12> kColumns{
 constexpr std::array<std::string_view, 4> kErrorColumns{"error_N_m", "error_E_m", "error_plan_m",
                                                         "error_h_m"};
 
+constexpr std::array<std::string_view, 3> kFieldColumns{"field_strength", "field_dip_deg",
+                                                        "field_disturbed"};
+
 // A carried column keeps its name unless a column of the table has the same name.
 std::string CarriedName(const std::string& name)
 {
     const bool taken =
         std::find(kColumns.begin(), kColumns.end(), name) != kColumns.end()
-        || std::find(kErrorColumns.begin(), kErrorColumns.end(), name) != kErrorColumns.end();
+        || std::find(kErrorColumns.begin(), kErrorColumns.end(), name) != kErrorColumns.end()
+        || std::find(kFieldColumns.begin(), kFieldColumns.end(), name) != kFieldColumns.end();
     return taken ? "log_" + name : name;
 }
 
@@ -39,7 +43,7 @@ double PlanError(const xyhCoordinate& tip, const xyhCoordinate& truth)
 }
 
 TipTable::TipTable(tables::Output& output, const tables::SampleLog& log,
-                   std::optional<xyhCoordinate> truth)
+                   std::optional<xyhCoordinate> truth, bool watched)
     : m_output(output), m_log(log), m_truth(truth)
 {
     for (const std::size_t column : log.CarriedColumns()) {
@@ -47,6 +51,7 @@ TipTable::TipTable(tables::Output& output, const tables::SampleLog& log,
         m_row.push_back(',');
     }
     fmt::format_to(std::back_inserter(m_row), "{}", fmt::join(kColumns, ","));
+    if (watched) fmt::format_to(std::back_inserter(m_row), ",{}", fmt::join(kFieldColumns, ","));
     if (truth) fmt::format_to(std::back_inserter(m_row), ",{}", fmt::join(kErrorColumns, ","));
     m_row.push_back('\n');
     m_output.Write(Text(m_row));
@@ -64,6 +69,9 @@ void TipTable::Add(const Measurement& m)
                    m.antenna.h, m.tip.x, m.tip.y, m.tip.h);
     fmt::format_to(out, "{:.6f},{:.6f},{:.6f},{:.6f},{:d},{:d}", m.pose.dYaw, m.pose.dYaw_2,
                    m.pose.dYaw_Y, m.tilt, m.still, m.interference);
+    if (m.field)
+        fmt::format_to(out, ",{:.6f},{:.6f},{:d}", m.field->shape.strength, m.field->shape.dip,
+                       m.field->disturbed);
     if (m_truth) {
         fmt::format_to(out, ",{:.6f},{:.6f},{:.6f},{:.6f}", m.tip.x - m_truth->x,
                        m.tip.y - m_truth->y, PlanError(m.tip, *m_truth), m.tip.h - m_truth->h);

@@ -14,8 +14,9 @@ class TipTable
 {
 public:
     /// Writes the header. `output` and `log` must outlive the table.
+    /// @param watched  measurements have a verdict on the field
     TipTable(tables::Output& output, const tables::SampleLog& log,
-             std::optional<xyhCoordinate> truth);
+             std::optional<xyhCoordinate> truth, bool watched);
 
     void Add(const Measurement& measurement);
 

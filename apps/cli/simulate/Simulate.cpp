@@ -2,7 +2,10 @@
 #include "apps/cli/simulate/Simulate.h"
 
 #include "apps/cli/ExitCode.h"
+#include "apps/cli/JsonOutput.h"
+#include "apps/cli/simulate/OccupationsCommand.h"
 #include "apps/cli/simulate/SimulateOptions.h"
+#include "apps/cli/simulate/SimulateOutput.h"
 #include "apps/tables/Errors.h"
 #include "apps/tables/Output.h"
 #include "simulation/LogText.h"
@@ -14,19 +17,10 @@ namespace cli {
 
 namespace {
 
+using nlohmann::ordered_json;
 using simulation::TurnAxis;
 using simulation::TurnPlan;
-
-void Say(const std::string& sentence)
-{
-    fmt::print(stderr, "{}\n", sentence);
-}
-
-CLI::Option* AddFile(CLI::App& command, const char* option, std::string& path,
-                     const char* description)
-{
-    return command.add_option(option, path, description)->type_name("FILE");
-}
+namespace in = tables::simulated;
 
 // One option for both turns: one number for both, or two with that of the horizontal turn first.
 struct Pair
@@ -38,10 +32,11 @@ struct Pair
     double Of(TurnAxis axis) const { return axis == TurnAxis::Horizontal ? horizontal : vertical; }
 };
 
-CLI::Option* AddPair(CLI::App& command, const char* option, Pair& pair, const char* description)
+CLI::Option* AddPair(CLI::App& command, const char* option, Pair& pair, const tables::Range& range,
+                     const char* description)
 {
     return AddNumbers(
-        command, option, {"BOTH|H,V", 1, 2},
+        command, option, {"BOTH|H,V", 1, 2}, {range},
         [&pair](const std::vector<double>& n) {
             pair.horizontal = n.front();
             pair.vertical = n.back();
@@ -67,6 +62,8 @@ private:
     std::string m_horizontal;
     std::string m_vertical;
     std::string m_truth;
+    ordered_json m_logs = ordered_json::array();
+    bool m_json = false;
     TurnPlan m_plan;
     Pair m_extent{TurnPlan{}.extent};
     Pair m_heading{0.0};
@@ -82,13 +79,14 @@ void Turns::AddTo(CLI::App& command)
     AddFile(command, "--horizontal", m_horizontal, "Log of the turn about the sensor's z axis");
     AddFile(command, "--vertical", m_vertical, "Log of the turn about the sensor's y axis");
     AddFile(command, "--truth", m_truth, "JSON file with the true values");
+    AddJson(command, m_json);
     UnderHeading(command, "Turns");
-    command.add_option("--samples", m_plan.samples, "Samples of each turn, before losses [500]")
-        ->type_name("WHOLE");
-    AddAmount(command, "--rate", m_plan.rate, "Samples per second");
-    AddPair(command, "--extent", m_extent,
+    AddCount(command, "--samples", m_plan.samples, 2, 10000000,
+             "Samples of each turn, before losses");
+    AddNumber(command, "--rate", m_plan.rate, in::kRate, "Samples per second");
+    AddPair(command, "--extent", m_extent, in::kTurn,
             "Total turn, degrees; negative: in the opposite direction");
-    AddPair(command, "--start-heading", m_heading, "Heading at the start, degrees");
+    AddPair(command, "--start-heading", m_heading, tables::kAngle, "Heading at the start, degrees");
     AddStartTime(command, m_plan.startOfDay);
     AddOperator(command);
     AddLosses(command, m_plan.losses);
@@ -104,24 +102,26 @@ void Turns::AddTo(CLI::App& command)
 void Turns::AddOperator(CLI::App& command)
 {
     UnderHeading(command, "Operator");
-    AddPair(command, "--level-error", m_level,
+    AddPair(command, "--level-error", m_level, in::kSlant,
             "Angle between the turn's axis and the plumb line (or the horizon), degrees");
-    AddPair(command, "--level-direction", m_levelDirection,
+    AddPair(command, "--level-direction", m_levelDirection, tables::kAngle,
             "Direction of that error from the start heading, degrees");
-    AddPair(command, "--axis-error", m_axis,
+    AddPair(command, "--axis-error", m_axis, in::kSlant,
             "Angle between the axis of the turn and that of the sensor, degrees");
-    AddPair(command, "--axis-direction", m_axisDirection,
+    AddPair(command, "--axis-direction", m_axisDirection, tables::kAngle,
             "Direction of that error about the axis, degrees");
-    AddAmount(command, "--wobble", m_plan.wobble, "Tremor about the other axes, degrees");
-    AddAmount(command, "--uneven", m_plan.unevenness, "Unevenness of the speed, 0 to below 1");
+    AddNumber(command, "--wobble", m_plan.wobble, in::kAngleNoise,
+              "Tremor about the other axes, degrees");
+    AddNumber(command, "--uneven", m_plan.unevenness, in::kShare,
+              "Unevenness of the speed, 0 to below 1");
     AddRepeated(
-        command, "--stop", {"DEGREES:SECONDS", 2, 2},
+        command, "--stop", {"DEGREES:SECONDS", 2, 2}, {in::kTurnedBy, in::kTime},
         [this](const std::vector<double>& n) {
             m_plan.stops.push_back({n[0], n[1]});
         },
         "Pause after so many degrees; repeatable");
     AddRepeated(
-        command, "--turn-back", {"DEGREES:BY", 2, 2},
+        command, "--turn-back", {"DEGREES:BY", 2, 2}, {in::kTurnedBy},
         [this](const std::vector<double>& n) {
             m_plan.turningsBack.push_back({n[0], n[1]});
         },
@@ -151,6 +151,13 @@ void Turns::Write(TurnAxis axis, const std::string& path)
     tables::WriteFile(path, TextOf(turn));
     m_results.push_back({plan, turn.samples.size()});
     const char* name = axis == TurnAxis::Horizontal ? "horizontal" : "vertical";
+    m_logs.push_back({
+        {"log",             path               },
+        {"axis",            name               },
+        {"samples_taken",   plan.samples       },
+        {"samples_written", turn.samples.size()}
+    });
+    if (m_json) return;
     Say(fmt::format("{}: {} turn, {} of {} samples written", path, name, turn.samples.size(),
                     plan.samples));
 }
@@ -159,13 +166,23 @@ int Turns::Run()
 {
     if (m_horizontal.empty() && m_vertical.empty())
         throw tables::InputError("give a log to write with --horizontal or --vertical");
+    RefuseLogOnJson(m_json, m_horizontal);
+    RefuseLogOnJson(m_json, m_vertical);
     m_scene = m_options.Result();
     RefuseProblem(ProblemOf(PlanOf(TurnAxis::Horizontal)));
     RefuseProblem(ProblemOf(PlanOf(TurnAxis::Vertical)));
+    tables::KeepApart({m_horizontal, m_vertical, m_truth, m_options.ParameterFile()}, {});
     m_options.WriteParameters();
     Write(TurnAxis::Horizontal, m_horizontal);
     Write(TurnAxis::Vertical, m_vertical);
     if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfTurns(m_scene, m_results));
+    if (m_json) {
+        ordered_json json = JsonHeader("simulate turns");
+        json["seed"] = m_scene.seed;
+        json["turns"] = m_logs;
+        json["truth"] = NameOrNull(m_truth);
+        PrintJson(json);
+    }
     return kDone;
 }
 
@@ -183,8 +200,10 @@ private:
     std::string m_out = "-";
     std::string m_truth;
     simulation::WalkPlan m_plan;
-    bool m_rigid = false;
+    bool m_rigid = false; // the default; accepted so that a command line may say it
+    bool m_byFormula = false;
     bool m_silent = false;
+    bool m_json = false;
 };
 
 void WalkCommand::AddTo(CLI::App& command)
@@ -192,18 +211,24 @@ void WalkCommand::AddTo(CLI::App& command)
     UnderHeading(command, "Output");
     AddFile(command, "--out", m_out, "The log; - is standard output [-]");
     AddFile(command, "--truth", m_truth, "JSON file with the true values");
+    AddJson(command, m_json);
     UnderHeading(command, "Walk");
-    command.add_option("--points", m_plan.points, "Points to measure [8]")->type_name("WHOLE");
-    AddAmount(command, "--rate", m_plan.rate, "Samples per second");
-    AddAmount(command, "--dwell", m_plan.dwell, "Time on each point, s");
-    AddAmount(command, "--travel", m_plan.travel, "Time between two points, s");
+    AddCount(command, "--points", m_plan.points, 1, 1000000, "Points to measure");
+    AddNumber(command, "--rate", m_plan.rate, in::kRate, "Samples per second");
+    AddNumber(command, "--dwell", m_plan.dwell, in::kTime, "Time on each point, s");
+    AddNumber(command, "--travel", m_plan.travel, in::kTime, "Time between two points, s");
     AddPoint(command, "--start", m_plan.start, "First tip: N (x), E (y), h in meters");
-    AddAmount(command, "--spacing", m_plan.spacing, "Distance between neighboring points, m");
-    AddAmount(command, "--relief", m_plan.relief, "Spread of the points' heights, m");
-    AddAmount(command, "--pole", m_plan.poleLength, "Pole length, antenna to tip, m");
-    AddAmount(command, "--least-lean", m_plan.leastLean, "Smallest lean on a point, degrees");
-    AddAmount(command, "--most-lean", m_plan.mostLean, "Largest lean on a point, degrees");
-    AddAmount(command, "--tremor", m_plan.tremor, "Tremor of the hand, degrees");
+    AddNumber(command, "--spacing", m_plan.spacing, in::kDistance,
+              "Distance between neighboring points, m");
+    AddNumber(command, "--relief", m_plan.relief, in::kDistance,
+              "Spread of the points' heights, m");
+    AddNumber(command, "--pole", m_plan.poleLength, tables::kPoleLength,
+              "Pole length, antenna to tip, m");
+    AddNumber(command, "--least-lean", m_plan.leastLean, in::kLean,
+              "Smallest lean on a point, degrees");
+    AddNumber(command, "--most-lean", m_plan.mostLean, in::kLean,
+              "Largest lean on a point, degrees");
+    AddNumber(command, "--tremor", m_plan.tremor, in::kAngleNoise, "Tremor of the hand, degrees");
     AddStartTime(command, m_plan.startOfDay);
     AddAntenna(command);
     AddLosses(command, m_plan.losses);
@@ -217,29 +242,40 @@ void WalkCommand::AddTo(CLI::App& command)
 void WalkCommand::AddAntenna(CLI::App& command)
 {
     UnderHeading(command, "Antenna");
-    simulation::AntennaNoise& noise = m_plan.noise;
-    AddAmount(command, "--white-plan", noise.whitePlan, "White noise of N and E, m");
-    AddAmount(command, "--white-height", noise.whiteHeight, "White noise of h, m");
-    AddAmount(command, "--slow-plan", noise.slowPlan, "Slow noise of N and E, m");
-    AddAmount(command, "--slow-height", noise.slowHeight, "Slow noise of h, m");
-    AddAmount(command, "--correlation", noise.correlation, "Correlation time of the slow noise, s");
+    AddAntennaNoise(command, m_plan.noise);
     command.add_flag("--silent-antenna", m_silent, "An antenna without noise");
-    command.add_flag("--rigid", m_rigid,
-                     "A straight pole; by default the antenna is placed where the solution for the "
-                     "sensor type assumes it");
+    CLI::Option* rigid = command.add_flag("--rigid", m_rigid, "A straight pole, the default");
+    command
+        .add_flag(
+            "--by-formula", m_byFormula,
+            "Place the antenna where measure's own formula for the sensor type finds the tip: "
+            "a walk that shows nothing of that formula's errors")
+        ->excludes(rigid);
 }
 
 int WalkCommand::Run()
 {
+    RefuseLogOnJson(m_json, m_out);
     const simulation::Scene scene = m_options.Result();
     m_plan.magnets = m_magnets.Magnets();
-    if (m_rigid) m_plan.geometry = simulation::PoleGeometry::Rigid;
-    if (m_silent) m_plan.noise = {0.0, 0.0, 0.0, 0.0, m_plan.noise.correlation};
+    if (m_byFormula) m_plan.geometry = simulation::PoleGeometry::ByFormula;
+    if (m_silent) m_plan.noise = Silent(m_plan.noise);
     RefuseProblem(ProblemOf(m_plan));
+    tables::KeepApart({m_out, m_truth, m_options.ParameterFile()}, {});
     m_options.WriteParameters();
     const simulation::Walk walk = SimulateWalk(scene.sensor, scene.field, m_plan, scene.seed);
     tables::WriteFile(m_out, TextOf(walk));
     if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfWalk(scene, m_plan, walk));
+    if (m_json) {
+        ordered_json json = JsonHeader("simulate walk");
+        json["seed"] = scene.seed;
+        json["log"] = m_out;
+        json["samples_written"] = walk.samples.size();
+        json["points"] = walk.tips.size();
+        json["truth"] = NameOrNull(m_truth);
+        PrintJson(json);
+        return kDone;
+    }
     Say(fmt::format("{}: {} samples of {} points written", m_out, walk.samples.size(),
                     walk.tips.size()));
     return kDone;
@@ -253,6 +289,7 @@ public:
 
 private:
     std::uint64_t m_seed = 1;
+    bool m_json = false;
     std::string m_out = "-";
     std::string m_truth;
     simulation::PointsPlan m_plan;
@@ -264,31 +301,39 @@ void PointsCommand::AddTo(CLI::App& command)
     AddFile(command, "--out", m_out, "The positions; - is standard output [-]");
     AddFile(command, "--truth", m_truth, "JSON file with the true values");
     AddSeed(command, m_seed);
+    AddJson(command, m_json);
     UnderHeading(command, "Positions");
     m_plan.spacing = 0.3;
-    command.add_option("--points", m_plan.points, "Antenna positions [20]")->type_name("WHOLE");
+    AddCount(command, "--points", m_plan.points, 1, 1000000, "Antenna positions");
     AddPoint(command, "--tip", m_plan.tip, "Tip: N (x), E (y), h in meters");
-    AddAmount(command, "--height", m_plan.poleLength, "Antenna height along the pole, m");
-    AddAmount(command, "--least-lean", m_plan.leastLean, "Smallest lean, degrees");
-    AddAmount(command, "--most-lean", m_plan.mostLean,
+    AddNumber(command, "--height", m_plan.poleLength, tables::kPoleLength,
+              "Antenna height along the pole, m");
+    AddNumber(command, "--least-lean", m_plan.leastLean, in::kLean, "Smallest lean, degrees");
+    AddNumber(command, "--most-lean", m_plan.mostLean, in::kLean,
               "Largest lean, degrees; small: a narrow cone");
-    AddNumber(command, "--azimuth", m_plan.azimuth,
+    AddNumber(command, "--azimuth", m_plan.azimuth, tables::kAngle,
               "Center of the range of lean directions, degrees");
-    AddAmount(command, "--width", m_plan.width, "Width of that range, degrees");
-    AddAmount(command, "--spacing", m_plan.spacing,
+    AddNumber(command, "--width", m_plan.width, in::kWidth, "Width of that range, degrees");
+    AddNumber(command, "--spacing", m_plan.spacing, in::kDistance,
               "Smallest distance between two positions in plan, m");
-    AddAmount(command, "--plan-noise", m_plan.planNoise, "Noise of N and E, m");
-    AddAmount(command, "--height-noise", m_plan.heightNoise, "Noise of h, m");
-    AddAmount(command, "--incline-noise", m_plan.inclineNoise, "Noise of the incline, degrees");
-    command.add_option("--outliers", m_plan.outliers, "Number of outliers [0]")->type_name("WHOLE");
-    AddAmount(command, "--outlier-size", m_plan.outlierSize, "Size of the outliers, m");
+    AddNumber(command, "--plan-noise", m_plan.planNoise, tables::kDeviationOrZero,
+              "Noise of N and E, m");
+    AddNumber(command, "--height-noise", m_plan.heightNoise, tables::kDeviationOrZero,
+              "Noise of h, m");
+    AddNumber(command, "--incline-noise", m_plan.inclineNoise, in::kAngleNoise,
+              "Noise of the incline, degrees");
+    AddCount(command, "--outliers", m_plan.outliers, 0, 1000000, "Number of outliers");
+    AddNumber(command, "--outlier-size", m_plan.outlierSize, in::kDistance,
+              "Size of the outliers, m");
     command.footer("Example: tiltpole simulate points --most-lean 15 --spacing 0.05 --out p.csv\n"
                    "tiltpole solve p.csv --height 2.0 reads it.");
 }
 
 int PointsCommand::Run() const
 {
+    RefuseLogOnJson(m_json, m_out);
     RefuseProblem(ProblemOf(m_plan));
+    tables::KeepApart({m_out, m_truth}, {});
     const auto positions = SimulatePoints(m_plan, m_seed);
     const auto count = static_cast<int>(positions.size());
     if (count < m_plan.points)
@@ -298,6 +343,15 @@ int PointsCommand::Run() const
                         count, m_plan.points));
     tables::WriteFile(m_out, TextOf(positions));
     if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfPoints(m_seed, m_plan, positions));
+    if (m_json) {
+        ordered_json json = JsonHeader("simulate points");
+        json["seed"] = m_seed;
+        json["log"] = m_out;
+        json["points"] = count;
+        json["truth"] = NameOrNull(m_truth);
+        PrintJson(json);
+        return kDone;
+    }
     Say(fmt::format("{}: {} positions written", m_out, count));
     return kDone;
 }
@@ -323,6 +377,9 @@ void AddSimulateCommand(CLI::App& program, int& exitCode)
         "describes the model.");
     AddKind<Turns>(*simulate, "turns", "The two turns of a magnetometer calibration", exitCode);
     AddKind<WalkCommand>(*simulate, "walk", "A measuring walk with antenna coordinates", exitCode);
+    AddKind<OccupationsCommand>(
+        *simulate, "occupations",
+        "Occupied points: inertial sensors and antenna while the pole moves", exitCode);
     AddKind<PointsCommand>(*simulate, "points", "Antenna positions around one tip", exitCode);
 }
 

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/simulate/SimulateOptions.h"
 
+#include "apps/cli/OptionChecks.h"
+#include "apps/cli/ParameterOutput.h"
 #include "apps/tables/Errors.h"
 #include "apps/tables/Numbers.h"
 #include "positioning/InclineSensor_Position.h"
 #include <algorithm>
-#include <cmath>
 #include <fmt/format.h>
+#include <limits>
 
 namespace cli {
 
@@ -38,9 +40,9 @@ simulation::PoseSensor UsualSensor()
     return sensor;
 }
 
-constexpr double kMost = 1e9; // upper limit of all simulated quantities
+namespace in = tables::simulated;
 
-constexpr NumberForm kOne{"NUMBER", 1, 1};
+constexpr tables::Range kClock{0.0, 60.0, ""};
 
 char Upper(char letter)
 {
@@ -58,8 +60,17 @@ Point3 VectorFrom(const std::vector<double>& numbers)
     return {numbers[0], numbers[1], numbers[2]};
 }
 
-} // namespace
+// Three numbers, one for each of the sensor's axes.
+void AddVector(CLI::App& command, const char* option, Point3& target, const tables::Range& range,
+               const char* description)
+{
+    AddNumbers(
+        command, option, {"X,Y,Z", 3, 3}, {range},
+        [&target](const std::vector<double>& n) { target = VectorFrom(n); },
+        fmt::format("{} [{},{},{}]", description, target.x, target.y, target.z));
+}
 
+// The numbers of `1,2,3` or `1:2:3`.
 std::vector<double> NumbersIn(const std::string& text, char separator, const NumberForm& form,
                               const std::string& option)
 {
@@ -71,8 +82,6 @@ std::vector<double> NumbersIn(const std::string& text, char separator, const Num
         const auto number = tables::ParseNumber(part);
         if (!number)
             throw CLI::ValidationError(option, fmt::format("'{}' is not a finite number", part));
-        if (std::fabs(*number) > kMost)
-            throw CLI::ValidationError(option, fmt::format("'{}' is too large", part));
         numbers.push_back(*number);
         begin = end + 1;
     }
@@ -81,22 +90,39 @@ std::vector<double> NumbersIn(const std::string& text, char separator, const Num
     return numbers;
 }
 
+// The same, within their ranges.
+std::vector<double> NumbersWithin(const Ranges& ranges, const std::string& text, char separator,
+                                  const NumberForm& form, const std::string& option)
+{
+    std::vector<double> numbers = NumbersIn(text, separator, form, option);
+    for (std::size_t k = 0; k < numbers.size(); ++k) {
+        const tables::Range& range = ranges[std::min(k, ranges.size() - 1)];
+        const std::string problem = tables::OutsideOf(range, numbers[k]);
+        if (problem.empty()) continue;
+        throw CLI::ValidationError(
+            option, form.most == 1 ? problem : fmt::format("number {} {}", k + 1, problem));
+    }
+    return numbers;
+}
+
+} // namespace
+
 CLI::Option* AddNumbers(CLI::App& command, const std::string& option, const NumberForm& form,
-                        UseNumbers use, const std::string& description)
+                        const Ranges& ranges, UseNumbers use, const std::string& description)
 {
     const auto take = [=, use = std::move(use)](const std::string& text) {
-        use(NumbersIn(text, ',', form, option));
+        use(NumbersWithin(ranges, text, ',', form, option));
     };
     return command.add_option_function<std::string>(option, take, description)
         ->type_name(form.text);
 }
 
 CLI::Option* AddRepeated(CLI::App& command, const std::string& option, const NumberForm& form,
-                         UseNumbers use, const std::string& description)
+                         const Ranges& ranges, UseNumbers use, const std::string& description)
 {
     const auto take = [=, use = std::move(use)](const std::vector<std::string>& texts) {
         for (const std::string& text : texts)
-            use(NumbersIn(text, ':', form, option));
+            use(NumbersWithin(ranges, text, ':', form, option));
     };
     return command.add_option_function<std::vector<std::string>>(option, take, description)
         ->expected(1)
@@ -105,36 +131,32 @@ CLI::Option* AddRepeated(CLI::App& command, const std::string& option, const Num
 }
 
 CLI::Option* AddNumber(CLI::App& command, const std::string& option, double& target,
-                       const std::string& description)
+                       const tables::Range& range, const std::string& description)
 {
     return AddNumbers(
-        command, option, kOne,
+        command, option, {"NUMBER", 1, 1}, {range},
         [&target](const std::vector<double>& numbers) { target = numbers[0]; },
         fmt::format("{} [{}]", description, target));
 }
 
-CLI::Option* AddAmount(CLI::App& command, const std::string& option, double& target,
-                       const std::string& description)
+CLI::Option* AddCount(CLI::App& command, const std::string& option, int& target, int low, int high,
+                      const std::string& description)
 {
-    return AddNumbers(
-        command, option, kOne,
-        [option, &target](const std::vector<double>& numbers) {
-            if (numbers[0] < 0.0)
-                throw CLI::ValidationError(option, fmt::format("'{}' is negative", numbers[0]));
-            target = numbers[0];
-        },
-        fmt::format("{} [{}]", description, target));
+    return command.add_option(option, target, fmt::format("{} [{}]", description, target))
+        ->check(IntegerIn(static_cast<std::uint64_t>(low), static_cast<std::uint64_t>(high)))
+        ->type_name("WHOLE");
 }
 
 CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point3& target,
                       const std::string& description)
 {
     return AddNumbers(
-        command, option, {"N,E,h", 3, 3},
-        [&target](const std::vector<double>& n) {
-            target = {n[0], n[1], n[2]};
-        },
-        fmt::format("{} [{},{},{}]", description, target.x, target.y, target.z));
+               command, option, {"N,E,h", 3, 3}, {tables::kCoordinate},
+               [&target](const std::vector<double>& n) {
+                   target = {n[0], n[1], n[2]};
+               },
+               fmt::format("{} [{},{},{}]", description, target.x, target.y, target.z))
+        ->check(PointInSpace());
 }
 
 void UnderHeading(CLI::App& command, const char* heading)
@@ -148,17 +170,14 @@ void AddSeed(CLI::App& command, std::uint64_t& seed)
         .add_option("--seed", seed,
                     "Integer; the same seed and options give the same bytes on every "
                     "platform [1]")
-        ->check([](const std::string& text) {
-            const bool whole = text.find_first_not_of("0123456789") == std::string::npos;
-            return whole ? std::string{} : "'" + text + "' is not an integer from 0 up";
-        })
+        ->check(IntegerIn(0, std::numeric_limits<std::uint64_t>::max()))
         ->type_name("WHOLE");
 }
 
 void AddStartTime(CLI::App& command, double& secondOfDay)
 {
     AddRepeated(
-        command, "--start-time", {"hh:mm:ss", 3, 3},
+        command, "--start-time", {"hh:mm:ss", 3, 3}, {kClock},
         [&secondOfDay](const std::vector<double>& t) {
             const bool onTheClock = t[0] >= 0.0 && t[0] < 24.0 && t[1] >= 0.0 && t[1] < 60.0
                                     && t[2] >= 0.0 && t[2] < 60.0;
@@ -168,12 +187,32 @@ void AddStartTime(CLI::App& command, double& secondOfDay)
         "Time of day of the first sample; a log may cross midnight [10:00:00]");
 }
 
+void AddAntennaNoise(CLI::App& command, simulation::AntennaNoise& noise)
+{
+    AddNumber(command, "--white-plan", noise.whitePlan, tables::kDeviationOrZero,
+              "White noise of N and E, m");
+    AddNumber(command, "--white-height", noise.whiteHeight, tables::kDeviationOrZero,
+              "White noise of h, m");
+    AddNumber(command, "--slow-plan", noise.slowPlan, tables::kDeviationOrZero,
+              "Slow noise of N and E, m");
+    AddNumber(command, "--slow-height", noise.slowHeight, tables::kDeviationOrZero,
+              "Slow noise of h, m");
+    AddNumber(command, "--correlation", noise.correlation, in::kTime,
+              "Correlation time of the slow noise, s");
+}
+
+simulation::AntennaNoise Silent(const simulation::AntennaNoise& noise)
+{
+    return {0.0, 0.0, 0.0, 0.0, noise.correlation};
+}
+
 void AddLosses(CLI::App& command, simulation::Losses& losses)
 {
     UnderHeading(command, "Losses");
-    AddAmount(command, "--drop", losses.share, "Share of the samples lost at random, 0 to below 1");
+    AddNumber(command, "--drop", losses.share, in::kShare,
+              "Share of the samples lost at random, 0 to below 1");
     AddRepeated(
-        command, "--gap", {"FROM:TO", 2, 2},
+        command, "--gap", {"FROM:TO", 2, 2}, {in::kTime},
         [&losses](const std::vector<double>& t) {
             losses.gaps.push_back({t[0], t[1]});
         },
@@ -185,6 +224,7 @@ void MagnetOptions::AddTo(CLI::App& command)
     UnderHeading(command, "Magnets");
     AddRepeated(
         command, "--magnet", {"FROM:TO:STRENGTH[:AZIMUTH[:ELEVATION]]", 3, 5},
+        {in::kTime, in::kTime, in::kOffset, tables::kAngle, in::kSlant},
         [this](const std::vector<double>& n) {
             if (!(n[0] < n[1])) throw CLI::ValidationError("--magnet", "FROM must be before TO");
             Magnet magnet;
@@ -198,7 +238,8 @@ void MagnetOptions::AddTo(CLI::App& command)
         "A magnet nearby from FROM to TO [s]: its field at magnetometer A [counts] and the "
         "direction "
         "of the field, degrees; repeatable");
-    AddNumber(command, "--magnet-at-b", m_shareAtB, "Share of the magnets' fields that reaches B");
+    AddNumber(command, "--magnet-at-b", m_shareAtB, in::kReach,
+              "Share of the magnets' fields that reaches B");
     command.add_flag("--magnet-on-pole", m_onPole,
                      "The magnets turn with the pole; by default they are fixed in space");
 }
@@ -213,9 +254,15 @@ std::vector<Magnet> MagnetOptions::Magnets() const
     return magnets;
 }
 
+SceneOptions::SceneOptions() : SceneOptions(UsualSensor()) {}
+
+SceneOptions::SceneOptions(const simulation::PoseSensor& sensor)
+{
+    m_scene.sensor = sensor;
+}
+
 void SceneOptions::AddTo(CLI::App& command)
 {
-    m_scene.sensor = UsualSensor();
     UnderHeading(command, "Field");
     AddField(command);
     UnderHeading(command, "Sensor");
@@ -233,21 +280,22 @@ void SceneOptions::AddTo(CLI::App& command)
 void SceneOptions::AddField(CLI::App& command)
 {
     simulation::EarthField& field = m_scene.field;
-    AddAmount(command, "--strength", field.strength, "Strength of the Earth's field, counts");
-    AddNumber(command, "--dip", field.dip, "Its dip below the horizon, degrees");
-    AddNumber(command, "--declination", field.declination,
+    AddNumber(command, "--strength", field.strength, in::kField,
+              "Strength of the Earth's field, counts");
+    AddNumber(command, "--dip", field.dip, in::kSlant, "Its dip below the horizon, degrees");
+    AddNumber(command, "--declination", field.declination, tables::kAngle,
               "Magnetic north, east of the plane's x axis, degrees");
 }
 
 void SceneOptions::AddMagnetometer(CLI::App& command, char name, MagnetometerModel& magnetometer)
 {
     CLI::Option* hard = AddNumbers(
-        command, fmt::format("--hard-iron-{}", name), {"X,Y,Z", 3, 3},
+        command, fmt::format("--hard-iron-{}", name), {"X,Y,Z", 3, 3}, {in::kOffset},
         [&magnetometer](const std::vector<double>& n) { magnetometer.hardIron = VectorFrom(n); },
         fmt::format("Reading of magnetometer {} without a field, counts [{},{},{}]", Upper(name),
                     magnetometer.hardIron.x, magnetometer.hardIron.y, magnetometer.hardIron.z));
     CLI::Option* soft = AddNumbers(
-        command, fmt::format("--soft-iron-{}", name), {"XX,XY,...,ZZ", 9, 9},
+        command, fmt::format("--soft-iron-{}", name), {"XX,XY,...,ZZ", 9, 9}, {in::kSoftIron},
         [&magnetometer](const std::vector<double>& n) {
             magnetometer.softIron.rows = {
                 {{n[0], n[1], n[2]}, {n[3], n[4], n[5]}, {n[6], n[7], n[8]}}
@@ -272,32 +320,59 @@ void SceneOptions::AddSensor(CLI::App& command)
     AddMagnetometer(command, 'a', sensor.a);
     AddMagnetometer(command, 'b', sensor.b);
 
-    const auto addNoise = [&](const char* option, double& target, const char* description) {
-        CLI::Option* given = AddAmount(command, option, target, description);
-        m_zeroUnlessGiven.emplace_back([given, &target] {
-            if (given->count() == 0) target = 0.0;
-        });
-    };
-    addNoise("--noise-a", sensor.a.noise, "Noise of magnetometer A, counts");
-    addNoise("--noise-b", sensor.b.noise, "Noise of magnetometer B, counts");
-    addNoise("--tilt-noise", sensor.tiltNoise, "Noise of pitch and roll, degrees");
-    addNoise("--gyro-noise", sensor.gyroNoise, "Noise of the gyros, degrees/s");
-    addNoise("--acc-noise", sensor.accelerationNoise, "Noise of the accelerometers, g");
-    AddAmount(command, "--step", sensor.magneticStep,
+    AddNoise(command, "--noise-a", sensor.a.noise, in::kField, "Noise of magnetometer A, counts");
+    AddNoise(command, "--noise-b", sensor.b.noise, in::kField, "Noise of magnetometer B, counts");
+    AddNoise(command, "--tilt-noise", sensor.tiltNoise, in::kAngleNoise,
+             "Noise of pitch and roll, degrees");
+    AddInertial(command);
+    AddNumber(command, "--step", sensor.magneticStep, in::kField,
               "Resolution of the magnetometers, counts; 0: not rounded");
-    AddNumber(command, "--pitch-offset", sensor.pitchOffset, "Error of every pitch, degrees");
-    AddNumber(command, "--roll-offset", sensor.rollOffset, "Error of every roll, degrees");
+    AddNumber(command, "--pitch-offset", sensor.pitchOffset, in::kSlant,
+              "Error of every pitch, degrees");
+    AddNumber(command, "--roll-offset", sensor.rollOffset, in::kSlant,
+              "Error of every roll, degrees");
     command
         .add_option_function<std::string>(
             "--roll",
             [&sensor](const std::string& report) {
                 sensor.rollReport = report == "inclination" ? simulation::RollReport::Inclination
-                                                            : simulation::RollReport::Levelling;
+                                                            : simulation::RollReport::Leveling;
             },
-            "Roll as the sensor defines it: 'levelling' about the forward axis, or 'inclination' "
-            "of the right axis [levelling]")
-        ->check(CLI::IsMember({"levelling", "inclination"}))
+            fmt::format("Roll as the sensor defines it: 'leveling' about the forward axis, or "
+                        "'inclination' of the right axis [{}]",
+                        sensor.rollReport == simulation::RollReport::Inclination ? "inclination"
+                                                                                 : "leveling"))
+        ->check(CLI::IsMember({"leveling", "inclination"}))
         ->type_name("WORD");
+}
+
+void SceneOptions::AddInertial(CLI::App& command)
+{
+    simulation::PoseSensor& sensor = m_scene.sensor;
+    AddNumber(command, "--tilt-filter", sensor.filterTime, in::kFilterTime,
+              "Time constant of a filter that forms pitch and roll from gyros and accelerometers, "
+              "s; 0: true pitch and roll");
+    AddNoise(command, "--gyro-noise", sensor.gyroNoise, in::kGyroNoise,
+             "Noise of the gyros, degrees/s");
+    AddVector(command, "--gyro-bias", sensor.gyroBias, in::kGyroBias,
+              "Reading of the gyros at rest, degrees/s");
+    AddVector(command, "--gyro-scale", sensor.gyroScale, in::kScaleError,
+              "Scale errors of the gyros; 0.01: 1 % too much");
+    AddNumber(command, "--gyro-range", sensor.gyroRange, in::kGyroNoise,
+              "Largest rate that the gyros read, degrees/s; 0: no limit");
+    AddNoise(command, "--acc-noise", sensor.accelerationNoise, in::kAccelerationNoise,
+             "Noise of the accelerometers, g");
+    AddVector(command, "--acc-bias", sensor.accelerationBias, in::kAccelerationBias,
+              "Errors of the accelerometers, g");
+}
+
+void SceneOptions::AddNoise(CLI::App& command, const std::string& option, double& target,
+                            const tables::Range& range, const std::string& description)
+{
+    CLI::Option* given = AddNumber(command, option, target, range, description);
+    m_zeroUnlessGiven.emplace_back([given, &target] {
+        if (given->count() == 0) target = 0.0;
+    });
 }
 
 simulation::Scene SceneOptions::Result() const
@@ -322,8 +397,7 @@ void SceneOptions::WriteParameters() const
     position.SetMagneticCorrectPar_B(*b);
     position.SetMagneticBiasAngle_A(BiasAngleOf(scene.field));
     position.SetMagneticBiasAngle_B(BiasAngleOf(scene.field));
-    if (position.ConfigSave(CString(m_config.c_str())) == 0)
-        throw tables::InputError(m_config, "cannot be written");
+    cli::WriteParameters(m_config, position);
 }
 
 void RefuseProblem(const std::string& problem)

@@ -4,6 +4,7 @@
 // and options with several numbers.
 #pragma once
 
+#include "apps/tables/Ranges.h"
 #include "simulation/TruthText.h"
 #include <CLI/CLI.hpp>
 #include <functional>
@@ -21,35 +22,39 @@ struct NumberForm
     std::size_t most;
 };
 
-/// The numbers of `1,2,3` or `1:2:3`.
-/// @throws CLI::ValidationError naming the option unless all are finite and as many as `form` allows
-std::vector<double> NumbersIn(const std::string& text, char separator, const NumberForm& form,
-                              const std::string& option);
+/// One for each number of an option; the last is also that of all further numbers.
+using Ranges = std::vector<tables::Range>;
 
 using UseNumbers = std::function<void(const std::vector<double>&)>;
 
-/// An option of numbers separated by commas, which are passed to `use`.
+/// An option of numbers within their ranges, separated by commas, which are passed to `use`.
 CLI::Option* AddNumbers(CLI::App& command, const std::string& option, const NumberForm& form,
-                        UseNumbers use, const std::string& description);
+                        const Ranges& ranges, UseNumbers use, const std::string& description);
 
-/// A repeatable option of numbers separated by colons.
+/// The same for a repeatable option of numbers separated by colons.
 CLI::Option* AddRepeated(CLI::App& command, const std::string& option, const NumberForm& form,
-                         UseNumbers use, const std::string& description);
+                         const Ranges& ranges, UseNumbers use, const std::string& description);
 
-/// An option with one finite number; the help page shows the initial value of `target`.
+/// An option with one number in the range; the help page shows the initial value of `target`.
 CLI::Option* AddNumber(CLI::App& command, const std::string& option, double& target,
-                       const std::string& description);
+                       const tables::Range& range, const std::string& description);
 
-/// The same for a number that is not negative.
-CLI::Option* AddAmount(CLI::App& command, const std::string& option, double& target,
-                       const std::string& description);
+/// An option with an integer from `low`, at least 0, to `high`.
+CLI::Option* AddCount(CLI::App& command, const std::string& option, int& target, int low, int high,
+                      const std::string& description);
 
-/// An option of three numbers: x, y, h of a point.
+/// An option of three numbers: x, y, h of a point, within their ranges.
 CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point3& target,
                       const std::string& description);
 
 /// --start-time hh:mm:ss
 void AddStartTime(CLI::App& command, double& secondOfDay);
+
+/// --white-plan, --white-height, --slow-plan, --slow-height, --correlation
+void AddAntennaNoise(CLI::App& command, simulation::AntennaNoise& noise);
+
+/// The same noise without any amplitude.
+simulation::AntennaNoise Silent(const simulation::AntennaNoise& noise);
 
 /// --drop, --gap
 void AddLosses(CLI::App& command, simulation::Losses& losses);
@@ -71,15 +76,25 @@ private:
 class SceneOptions
 {
 public:
+    SceneOptions();
+    /// Another sensor by default.
+    explicit SceneOptions(const simulation::PoseSensor& sensor);
     void AddTo(CLI::App& command);
     simulation::Scene Result() const;
 
     /// Writes the parameter file that corrects the simulated iron, if --config was given.
     /// @throws InputError when it cannot be written, or when no eight values correct the iron
     void WriteParameters() const;
+    /// The name given by --config; empty without it.
+    const std::string& ParameterFile() const { return m_config; }
+
+    /// An option with one number, which --clean sets to 0 unless the option is given.
+    void AddNoise(CLI::App& command, const std::string& option, double& target,
+                  const tables::Range& range, const std::string& description);
 
 private:
     void AddSensor(CLI::App& command);
+    void AddInertial(CLI::App& command);
     void AddMagnetometer(CLI::App& command, char name, simulation::MagnetometerModel& magnetometer);
     void AddField(CLI::App& command);
 

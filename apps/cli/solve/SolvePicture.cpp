@@ -2,6 +2,7 @@
 #include "apps/cli/solve/SolvePicture.h"
 
 #include "apps/charts/Picture.h"
+#include "apps/cli/solve/SolveReport.h"
 #include <cmath>
 #include <fmt/format.h>
 
@@ -102,8 +103,9 @@ Chart ResidualChart(const SolvedTip& solved)
 void SaveSolvePicture(const std::string& path, const SolvedTip& solved)
 {
     charts::Picture picture(fmt::format("Tip from {} antenna positions", solved.taken.size()),
-                            fmt::format("antenna height {:.3f} m, grade of the search {}",
-                                        solved.setup.antennaHeight, solved.state.nStatus),
+                            Recommendation(solved)
+                                + fmt::format(" Antenna height {:.3f} m, grade of the search {}.",
+                                              solved.setup.antennaHeight, solved.state.nStatus),
                             kWidth, kHeight);
     const xyhCoord origin = OriginOf(solved);
     charts::Frame frame = picture.Body();

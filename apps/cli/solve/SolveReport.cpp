@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/solve/SolveReport.h"
 
+#include "apps/cli/JsonOutput.h"
 #include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
@@ -171,33 +172,22 @@ const char* VerdictName(TipVerdict verdict)
 
 nlohmann::ordered_json PointJson(const xyhCoord& point)
 {
-    return {
-        {"N", point.x},
-        {"E", point.y},
-        {"h", point.h}
-    };
-}
-
-// JSON cannot express infinities: a figure that is not finite, or not known, is null.
-nlohmann::ordered_json Figure(double value, bool known = true)
-{
-    if (!known || !std::isfinite(value)) return nullptr;
-    return value;
+    return cli::PointJson(point.x, point.y, point.h);
 }
 
 nlohmann::ordered_json SearchJson(const SolvedTip& solved)
 {
     const GradeWords words = WordsOf(solved.state.nStatus);
     nlohmann::ordered_json json = {
-        {"status",  solved.state.nStatus},
+        {"grade",   solved.state.nStatus},
         {"meaning", words.meaning       },
         {"advice",  words.advice        }
     };
     if (!solved.HasSearched()) return json;
     json["tip"] = PointJson(solved.searched);
-    json["radius"] = Figure(solved.state.dRadius);
-    json["radius_excess"] = Figure(solved.state.dRadiusExcess);
-    json["point_error"] = Figure(solved.state.dPointError);
+    json["radius_m"] = Figure(solved.state.dRadius);
+    json["radius_excess_m"] = Figure(solved.state.dRadiusExcess);
+    json["point_error_m"] = Figure(solved.state.dPointError);
     json["geometry_figure"] = Figure(solved.state.dGeometryFigure);
     json["height_cofactor"] = Figure(solved.state.dHeightCofactor);
     return json;
@@ -212,31 +202,31 @@ nlohmann::ordered_json EstimateJson(const SolvedTip& solved)
     if (!solved.HasEstimate()) return json;
     const quality::AntennaErrors& errors = solved.setup.errors;
     json["stated_errors"] = {
-        {"plan",           errors.plan         },
-        {"height",         errors.height       },
-        {"shared_plan",    errors.sharedPlan   },
-        {"shared_height",  errors.sharedHeight },
-        {"antenna_height", errors.antennaHeight}
+        {"plan_m",           errors.plan         },
+        {"height_m",         errors.height       },
+        {"shared_plan_m",    errors.sharedPlan   },
+        {"shared_height_m",  errors.sharedHeight },
+        {"antenna_height_m", errors.antennaHeight}
     };
     json["tip"] = PointJson(e.tip);
-    json["covariance"] = e.covariance;
+    json["covariance_m2"] = e.covariance;
     json["ellipse95"] = {
-        {"major",   Figure(e.ellipseMajor)},
-        {"minor",   Figure(e.ellipseMinor)},
-        {"azimuth", e.ellipseAzimuth      }
+        {"major_m",     Figure(e.ellipseMajor)  },
+        {"minor_m",     Figure(e.ellipseMinor)  },
+        {"azimuth_deg", Figure(e.ellipseAzimuth)}
     };
-    json["height95"] = Figure(e.heightHalfInterval);
-    json["residual_rms"] = e.residualRms;
+    json["height95_m"] = Figure(e.heightHalfInterval);
+    json["residual_rms_m"] = Figure(e.residualRms);
     json["largest_residual"] = {
-        {"point", solved.RowOf(e.largestResidualIndex).name},
-        {"value", e.largestResidual                        }
+        {"point",   solved.RowOf(e.largestResidualIndex).name},
+        {"value_m", Figure(e.largestResidual)                }
     };
     json["suspect"]["point"] = solved.RowOf(e.suspectIndex).name;
-    json["suspect"]["value"] = e.suspectResidual;
+    json["suspect"]["value_m"] = Figure(e.suspectResidual);
     json["suspect"]["ratio"] = Figure(e.suspectRatio, HasTests(e));
-    json["radius_excess"] = Figure(e.radiusExcess, HasTests(e));
-    json["radius_excess_limit"] = Figure(e.radiusExcessLimit, HasTests(e));
-    json["direction_spread"] = e.directionSpread;
+    json["radius_excess_m"] = Figure(e.radiusExcess, HasTests(e));
+    json["radius_excess_limit_m"] = Figure(e.radiusExcessLimit, HasTests(e));
+    json["direction_spread_deg"] = Figure(e.directionSpread);
     json["narrow_cone"] = e.narrowCone;
     if (e.ambiguous) json["other_tip"] = PointJson(e.otherTip);
     return json;
@@ -326,6 +316,7 @@ std::string SolveText(const SolvedTip& solved)
 {
     const SolveSetup& setup = solved.setup;
     std::string text = Line("file", setup.file);
+    if (!setup.columns.empty()) text += Line("columns", setup.columns);
     text += Line("antenna height", fmt::format("{:.4f} m, cut-off {:.4g} degrees",
                                                setup.antennaHeight, setup.cutoff));
     text += PositionLines(solved);
@@ -339,24 +330,25 @@ nlohmann::ordered_json SolveJson(const SolvedTip& solved)
     nlohmann::ordered_json points = nlohmann::ordered_json::array();
     for (const AntennaRow& row : solved.rows) {
         nlohmann::ordered_json point = {
-            {"name",  row.name           },
-            {"line",  row.line           },
-            {"taken", row.refusal.empty()}
+            {"name",     row.name           },
+            {"line",     row.line           },
+            {"accepted", row.refusal.empty()}
         };
         if (!row.refusal.empty()) point["reason"] = row.refusal;
         points.push_back(point);
     }
     const SolveSetup& setup = solved.setup;
-    return {
-        {"file",           setup.file            },
-        {"order",          "N,E,h"               },
-        {"antenna_height", setup.antennaHeight   },
-        {"cutoff",         setup.cutoff          },
-        {"points",         points                },
-        {"search",         SearchJson(solved)    },
-        {"estimate",       EstimateJson(solved)  },
-        {"recommendation", Recommendation(solved)}
-    };
+    nlohmann::ordered_json json = JsonHeader("solve");
+    json["file"] = setup.file;
+    json["columns"] = setup.columns;
+    json["antenna_height_m"] = setup.antennaHeight;
+    json["cutoff_deg"] = setup.cutoff;
+    json["points"] = points;
+    json["search"] = SearchJson(solved);
+    json["estimate"] = EstimateJson(solved);
+    json["store"] = solved.estimate.verdict == TipVerdict::Store;
+    json["recommendation"] = Recommendation(solved);
+    return json;
 }
 
 } // namespace cli

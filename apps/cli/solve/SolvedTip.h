@@ -25,6 +25,7 @@ struct AntennaRow
 struct SolveSetup
 {
     std::string file;
+    std::string columns;        // those whose names are not the keys: "N from Northing"
     double antennaHeight = 0.0; // [m]
     double cutoff = 45.0;       // [degrees]
     quality::AntennaErrors errors;

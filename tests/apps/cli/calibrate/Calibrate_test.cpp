@@ -1,55 +1,38 @@
 // SPDX-License-Identifier: MIT
-#include "positioning/InclineSensor_Position.h"
-#include "tests/apps/RunProgram.h"
-#include "tests/apps/ScratchFile.h"
+#include "tests/apps/cli/calibrate/CalibrateFixture.h"
+#include <algorithm>
+#include <cairo.h>
+#include <cstdint>
 #include <cstdlib>
+#include <cstring>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sstream>
 
 namespace {
 
 using apps::test::Outcome;
 using apps::test::RunProgram;
-using apps::test::ScratchFolder;
 using testing::HasSubstr;
 using testing::Not;
 using testing::StartsWith;
 
-std::string Content(const std::string& path)
+// Takes pitch and roll out of a log of simulated turns.
+std::string WithoutTilt(const std::string& log)
 {
-    std::ifstream file(path, std::ios::binary);
-    return {std::istreambuf_iterator<char>(file), {}};
+    std::string result;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+        const std::size_t pitch = line.find(',', line.find(',') + 1) + 1; // the third column
+        const std::size_t end = line.find(',', line.find(',', pitch) + 1);
+        if (!result.empty()) line.replace(pitch, end - pitch, "0,0");
+        result += line + '\n';
+    }
+    return result;
 }
 
-// Runs the program on turns in files.
-class Calibrate : public ::testing::Test
-{
-protected:
-    void Simulate(const std::vector<std::string>& faults = {})
-    {
-        std::vector<std::string> arguments = {
-            "simulate",   "turns",         "--horizontal", Path("h.csv"),
-            "--vertical", Path("v.csv"),   "--seed",       "4",
-            "--noise-a",  "0.3",           "--noise-b",    "0.3",
-            "--config",   Path("true.cfg")};
-        arguments.insert(arguments.end(), faults.begin(), faults.end());
-        const Outcome outcome = RunProgram(arguments);
-        ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
-    }
-
-    Outcome Run(const std::vector<std::string>& more = {})
-    {
-        std::vector<std::string> arguments = {"calibrate", "--horizontal", Path("h.csv"),
-                                              "--vertical", Path("v.csv")};
-        arguments.insert(arguments.end(), more.begin(), more.end());
-        return RunProgram(arguments);
-    }
-
-    std::string Path(const std::string& name) const { return m_folder.Path(name); }
-
-    const ScratchFolder m_folder;
-};
+using Calibrate = apps::test::CalibrateFixture;
 
 void CheckNear(const Incline_MagneticCorrectParameter& found,
                const Incline_MagneticCorrectParameter& expected)
@@ -84,7 +67,7 @@ TEST_F(Calibrate, PrintsTheReport)
     Simulate();
     const Outcome outcome = Run();
     EXPECT_EQ(outcome.exitCode, 0) << outcome.out;
-    EXPECT_THAT(outcome.out, StartsWith("Calibration: good"));
+    EXPECT_THAT(outcome.out, StartsWith("Calibration: usable"));
     EXPECT_THAT(outcome.out, HasSubstr("500 recorded"));
 }
 
@@ -96,7 +79,7 @@ TEST_F(Calibrate, LeavesTheOldFileWhenTheCalibrationIsNotAccepted)
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.out, StartsWith("Calibration: poor"));
     EXPECT_THAT(outcome.err, HasSubstr("not written"));
-    EXPECT_EQ(Content(Path("pole.cfg")), "old");
+    EXPECT_EQ(m_folder.Read("pole.cfg"), "old");
 }
 
 TEST_F(Calibrate, WritesAnyFiniteCalibrationWhenForcedAndStillReturns1)
@@ -105,7 +88,7 @@ TEST_F(Calibrate, WritesAnyFiniteCalibrationWhenForcedAndStillReturns1)
     m_folder.Write("pole.cfg", "old");
     const Outcome outcome = Run({"--out", Path("pole.cfg"), "--force"});
     EXPECT_EQ(outcome.exitCode, 1);
-    EXPECT_THAT(Content(Path("pole.cfg")), StartsWith("[MagneticA.a]"));
+    EXPECT_THAT(m_folder.Read("pole.cfg"), StartsWith("[MagneticA.a]"));
 }
 
 TEST_F(Calibrate, NeverWritesValuesThatAreNotFinite)
@@ -116,7 +99,7 @@ TEST_F(Calibrate, NeverWritesValuesThatAreNotFinite)
     const Outcome outcome = Run({"--out", Path("pole.cfg"), "--force"});
     EXPECT_EQ(outcome.exitCode, 2);
     EXPECT_THAT(outcome.out, StartsWith("Calibration: refused"));
-    EXPECT_EQ(Content(Path("pole.cfg")), "old");
+    EXPECT_EQ(m_folder.Read("pole.cfg"), "old");
     EXPECT_EQ(m_folder.Names().size(), before) << "nothing is left beside the file";
 }
 
@@ -130,7 +113,7 @@ TEST_F(Calibrate, ExplainsTheLibrarysMessagesInEnglish)
 TEST_F(Calibrate, AddsTheGivenBiasAngles)
 {
     Simulate();
-    m_folder.Write("bias.cfg", Content(Path("true.cfg")));
+    m_folder.Write("bias.cfg", m_folder.Read("true.cfg"));
     CInclineSensor_Position old;
     ASSERT_EQ(old.ConfigRead(Path("bias.cfg").c_str()), 1);
     old.SetMagneticBiasAngle_A(1.5);
@@ -150,14 +133,28 @@ TEST_F(Calibrate, WritesTheReportAsJson)
 {
     Simulate({"--axis-error", "0,12", "--axis-direction", "45"});
     EXPECT_EQ(Run({"--report", Path("report.json")}).exitCode, 1);
-    const auto json = nlohmann::json::parse(Content(Path("report.json")));
+    const auto json = nlohmann::json::parse(m_folder.Read("report.json"));
     EXPECT_EQ(json["verdict"], "poor");
     EXPECT_EQ(json["accepted"], false);
     EXPECT_EQ(json["reason"], "vertical-axis");
     EXPECT_EQ(json["method"], "adjust");
     EXPECT_NEAR(json["vertical"]["axis_error_deg"].get<double>(), 12.0, 1.5);
-    EXPECT_GT(json["magnetometer_A"]["heading_error"]["tip_tilt30_mm"].get<double>(), 30.0);
-    EXPECT_TRUE(json["calibration"]["magnetometer_B"]["x0"].is_number());
+    EXPECT_GT(json["magnetometer_a"]["heading_error"]["tip_tilt30_mm"].get<double>(), 30.0);
+    EXPECT_TRUE(json["calibration"]["magnetometer_b"]["x0"].is_number());
+}
+
+TEST_F(Calibrate, WritesWhatTheTurnsTellAsJson)
+{
+    Simulate({"--roll-offset", "2"});
+    Run({"--report", Path("report.json")});
+    const auto json = nlohmann::json::parse(m_folder.Read("report.json"));
+    EXPECT_NEAR(json["tilt"]["offset"]["roll_deg"].get<double>(), 2.0, 1.0);
+    EXPECT_GT(json["magnetometer_a"]["heading_error"]["hidden"]["tilt_deg"].get<double>(), 0.5);
+    for (const char* turn : {"horizontal", "vertical"}) {
+        EXPECT_NEAR(json[turn]["acceleration"]["length_g"].get<double>(), 1.0, 0.01) << turn;
+        EXPECT_TRUE(json[turn]["acceleration"]["outward_g"].is_number()) << turn;
+    }
+    EXPECT_NEAR(json["magnetometer_b"]["field_change"]["length_share"].get<double>(), 0.0, 0.01);
 }
 
 TEST_F(Calibrate, DrawsBothTurns)
@@ -165,16 +162,52 @@ TEST_F(Calibrate, DrawsBothTurns)
     Simulate({"--gap", "3:6"});
     for (const std::string name : {"turns.png", "turns.svg"}) {
         EXPECT_EQ(Run({"--plot", Path(name)}).exitCode, 0);
-        EXPECT_GT(Content(Path(name)).size(), 10000u) << name;
+        EXPECT_GT(m_folder.Read(name).size(), 10000u) << name;
     }
-    EXPECT_THAT(Content(Path("turns.png")), StartsWith("\x89PNG"));
+    EXPECT_THAT(m_folder.Read("turns.png"), StartsWith("\x89PNG"));
+}
+
+// The longest row of equal pixels that are not white, as a share of the picture's width: the frame
+// of the widest chart.
+double WidestFrame(const std::string& path)
+{
+    cairo_surface_t* const picture = cairo_image_surface_create_from_png(path.c_str());
+    const int width = cairo_image_surface_get_width(picture);
+    const unsigned char* const bytes = cairo_image_surface_get_data(picture);
+    int longest = 0;
+    for (int y = 0; y < cairo_image_surface_get_height(picture); ++y) {
+        std::uint32_t before = 0xFFFFFFFF;
+        for (int x = 0, run = 0; x < width; ++x) {
+            std::uint32_t pixel = 0;
+            std::memcpy(&pixel, bytes + y * cairo_image_surface_get_stride(picture) + 4 * x,
+                        sizeof pixel);
+            run = pixel == before ? run + 1 : 1;
+            before = pixel;
+            if ((pixel & 0xFFFFFF) != 0xFFFFFF) longest = std::max(longest, run);
+        }
+    }
+    cairo_surface_destroy(picture);
+    return static_cast<double>(longest) / width;
+}
+
+// A calibration that is worth nothing corrects nothing: only the raw turns are drawn, all across.
+TEST_F(Calibrate, DrawsNoCorrectedTurnsForARefusedCalibration)
+{
+    Simulate();
+    EXPECT_EQ(Run({"--plot", Path("good.png")}).exitCode, 0);
+    EXPECT_NEAR(WidestFrame(Path("good.png")), 0.41, 0.05);
+
+    Simulate({"--axis-error", "0,60", "--axis-direction", "90"});
+    const Outcome refused = Run({"--plot", Path("refused.png")});
+    EXPECT_THAT(refused.out, StartsWith("Calibration: refused"));
+    EXPECT_NEAR(WidestFrame(Path("refused.png")), 0.89, 0.05);
 }
 
 TEST_F(Calibrate, ThinsTheTurnsForTheSolver)
 {
     Simulate();
     EXPECT_EQ(Run({"--select", "20", "--report", Path("report.json")}).exitCode, 0);
-    const auto json = nlohmann::json::parse(Content(Path("report.json")));
+    const auto json = nlohmann::json::parse(m_folder.Read("report.json"));
     EXPECT_EQ(json["vertical"]["samples_recorded"], 500);
     EXPECT_LT(json["vertical"]["samples_used"].get<int>(), 35);
 }
@@ -185,7 +218,7 @@ TEST_F(Calibrate, ReportsWhyTheJointFitIsRejected)
     const Outcome outcome = Run({"--method", "joint", "--out", Path("pole.cfg")});
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.err, HasSubstr("the vertical turn covers less than 270 degrees"));
-    EXPECT_EQ(Content(Path("pole.cfg")), "");
+    EXPECT_EQ(m_folder.Read("pole.cfg"), "");
 }
 
 TEST_F(Calibrate, DescribesEachFailureOfADump)
@@ -193,7 +226,7 @@ TEST_F(Calibrate, DescribesEachFailureOfADump)
     // A vertical turn of three samples stops the solver twice; both dumps go into one file.
     setenv("XDG_DATA_HOME", m_folder.Path("data").c_str(), 1);
     Simulate();
-    std::string vertical = Content(Path("v.csv"));
+    std::string vertical = m_folder.Read("v.csv");
     std::size_t end = 0;
     for (int line = 0; line < 4; ++line)
         end = vertical.find('\n', end) + 1;
@@ -204,6 +237,10 @@ TEST_F(Calibrate, DescribesEachFailureOfADump)
                                       "the data of the turn about Y are wrong)"));
     EXPECT_THAT(failed.err, HasSubstr("A calculation of the magnetometer calibration fails"));
     EXPECT_THAT(failed.out, StartsWith("Calibration: refused"));
+    EXPECT_THAT(failed.err,
+                HasSubstr("The horizontal samples were appended to "
+                          + Path("data/tiltpole/Debug_MagneticAdjust_ErrorData_A.csv") + ".\n"));
+    EXPECT_THAT(failed.err, Not(HasSubstr("ErrorData_B")));
     Run();
 
     const std::string dump = Path("data/tiltpole/Debug_MagneticAdjust_ErrorData_A.csv");
@@ -216,10 +253,94 @@ TEST_F(Calibrate, DescribesEachFailureOfADump)
     unsetenv("XDG_DATA_HOME");
 }
 
+TEST_F(Calibrate, SaysWhereNoDumpCouldBeWritten)
+{
+    setenv("XDG_DATA_HOME", m_folder.Write("data", "a file, not a folder").c_str(), 1);
+    Simulate({"--axis-error", "0,60", "--axis-direction", "90", "--extent", "380,10"});
+    const Outcome outcome = Run();
+    unsetenv("XDG_DATA_HOME");
+    EXPECT_THAT(outcome.err, HasSubstr("A calculation of the magnetometer calibration fails"));
+    EXPECT_THAT(outcome.err, HasSubstr("The horizontal samples could not be appended to a dump in "
+                                       + Path("data/tiltpole") + ".\n"));
+    EXPECT_THAT(outcome.err, Not(HasSubstr("were appended")));
+}
+
+TEST_F(Calibrate, LeavesTheSolverAloneWhereTheJointFitIsWanted)
+{
+    Simulate({"--axis-error", "0,60", "--axis-direction", "90"});
+    EXPECT_THAT(Run().err, HasSubstr("the pass limit was reached"));
+    EXPECT_THAT(Run({"--method", "joint"}).err, StartsWith("The joint fit was rejected: "));
+}
+
+TEST_F(Calibrate, TellsOfTheJointFitHowUncertainItIs)
+{
+    Simulate();
+    const Outcome outcome = Run({"--method", "joint"});
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.out, StartsWith("Calibration: usable, heading uncertain by "));
+    EXPECT_THAT(outcome.out, Not(HasSubstr("heading error")));
+}
+
+TEST_F(Calibrate, WritesWhatNothingChecksOnlyWhenThatIsAccepted)
+{
+    Simulate({"--start-heading", "0,30"});
+    for (const std::string name : {"h.csv", "v.csv"})
+        m_folder.Write(name, WithoutTilt(m_folder.Read(name)));
+    const Outcome outcome = Run({"--out", Path("pole.cfg")});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.out,
+                StartsWith("Calibration: unchecked: pitch and roll do not follow the turns\n"));
+    EXPECT_THAT(outcome.out, HasSubstr("  verdict                       none: pitch and roll"));
+    EXPECT_THAT(outcome.err, HasSubstr("(--accept-unchecked writes it)"));
+    EXPECT_EQ(m_folder.Read("pole.cfg"), "");
+    EXPECT_EQ(Run().exitCode, 1);
+
+    EXPECT_EQ(Run({"--out", Path("pole.cfg"), "--accept-unchecked"}).exitCode, 0);
+    EXPECT_THAT(m_folder.Read("pole.cfg"), StartsWith("[MagneticA.a]"));
+    EXPECT_THAT(m_folder.Read("pole.cfg.json"), HasSubstr("\"verdict\": \"unchecked\""));
+}
+
+TEST_F(Calibrate, AcceptsNoPoorCalibrationForUnchecked)
+{
+    Simulate({"--axis-error", "0,12", "--axis-direction", "45"});
+    EXPECT_EQ(Run({"--out", Path("pole.cfg"), "--accept-unchecked"}).exitCode, 1);
+    EXPECT_EQ(m_folder.Read("pole.cfg"), "");
+}
+
+TEST_F(Calibrate, RefusesWhatADumpHasNoUseFor)
+{
+    Simulate();
+    const std::vector<std::string> cases[] = {
+        {"--horizontal",       Path("h.csv")},
+        {"--vertical",                    Path("v.csv")},
+        {"--out",Path("pole.cfg")},
+        {"--report",              Path("report.json")},
+        {"--plot",                    Path("plot.png")},
+        {"--method","joint"},
+        {"--select",             "20"},
+        {"--columns",                    "dPitch=p"},
+        {"--bias",                          "1"},
+        {"--bias-b",           "1"},
+        {"--bias-from",                    Path("true.cfg")},
+        {"--accept-unchecked"},
+        {"--force"            },
+    };
+    for (const std::vector<std::string>& more : cases) {
+        std::vector<std::string> arguments = {"calibrate", "--dump", Path("h.csv")};
+        arguments.insert(arguments.end(), more.begin(), more.end());
+        const Outcome outcome = RunProgram(arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << more.front();
+        EXPECT_THAT(outcome.err, HasSubstr("--dump only describes a dump, without a calibration: "
+                                           "leave out "
+                                           + more.front()));
+    }
+    EXPECT_EQ(RunProgram({"calibrate", "--dump", Path("h.csv"), "--sensor-type", "2"}).exitCode, 0);
+}
+
 TEST_F(Calibrate, RejectsADumpWithAnInvalidRow)
 {
     Simulate();
-    const std::string dump = m_folder.Write("dump.csv", Content(Path("h.csv")) + "nonsense\n");
+    const std::string dump = m_folder.Write("dump.csv", m_folder.Read("h.csv") + "nonsense\n");
     const Outcome outcome = RunProgram({"calibrate", "--dump", dump});
     EXPECT_EQ(outcome.exitCode, 2);
     EXPECT_THAT(outcome.err, HasSubstr("dump.csv:502: "));

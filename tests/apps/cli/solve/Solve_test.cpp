@@ -4,6 +4,7 @@
 #include "tests/apps/RunLine.h"
 #include "tests/apps/ScratchFile.h"
 
+#include <algorithm>
 #include <cmath>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
@@ -63,13 +64,36 @@ TEST_F(Solve, FindsTheTipBothWays)
 
     const nlohmann::json json = Json(Sphere());
     for (const char* of : {"search", "estimate"}) {
-        EXPECT_NEAR(json[of]["tip"]["N"], 4500000.0, 0.001) << of;
-        EXPECT_NEAR(json[of]["tip"]["E"], 500000.0, 0.001) << of;
-        EXPECT_NEAR(json[of]["tip"]["h"], 100.0, 0.001) << of;
+        EXPECT_NEAR(json[of]["tip"]["n_m"], 4500000.0, 0.001) << of;
+        EXPECT_NEAR(json[of]["tip"]["e_m"], 500000.0, 0.001) << of;
+        EXPECT_NEAR(json[of]["tip"]["h_m"], 100.0, 0.001) << of;
     }
-    EXPECT_EQ(json["order"], "N,E,h");
-    EXPECT_EQ(json["search"]["status"], 1);
+    EXPECT_EQ(json["format"], "tiltpole solve");
+    EXPECT_EQ(json["store"], true);
+    EXPECT_EQ(json["search"]["grade"], 1);
     EXPECT_EQ(json["estimate"]["verdict"], "store");
+}
+
+TEST_F(Solve, RefusesValuesThatCannotBe)
+{
+    const auto complaint = [this](const std::string& row) {
+        const LineOutcome outcome = Run("N,E,h,incline\n" + row + "\n");
+        EXPECT_EQ(outcome.exitCode, 2) << row;
+        return outcome.output.substr(m_path.size());
+    };
+    EXPECT_EQ(complaint("1e308,0,0,0"),
+              ":2: N is 1e+308, not between -100000000 and 100000000 m\n");
+    EXPECT_EQ(complaint("0,-2e8,0,0"),
+              ":2: E is -200000000, not between -100000000 and 100000000 m\n");
+    EXPECT_EQ(complaint("0,0,500000,0"), ":2: h is 500000, not between -100000 and 100000 m\n");
+    EXPECT_EQ(complaint("0,0,0,400"), ":2: incline is 400, not between -360 and 360 degrees\n");
+    for (const char* arguments :
+         {"--height 1e9", "--height -2", "--height 2 --cutoff -1", "--height 2 --cutoff 400",
+          "--height 2 --plan-error 0", "--height 2 --shared-plan-error -1"}) {
+        const LineOutcome outcome = Run(Sphere(), arguments);
+        EXPECT_EQ(outcome.exitCode, 2) << arguments;
+        EXPECT_THAT(outcome.output, HasSubstr(", not between ")) << arguments;
+    }
 }
 
 TEST_F(Solve, ListsEachPositionAsAcceptedOrRejected)
@@ -78,8 +102,8 @@ TEST_F(Solve, ListsEachPositionAsAcceptedOrRejected)
                               "steep,4500009.0,500000.0,102.0,45.5\n";
     const nlohmann::json points = Json(Sphere() + close)["points"];
     ASSERT_EQ(points.size(), 19U);
-    EXPECT_TRUE(points[0]["taken"]);
-    EXPECT_TRUE(points[16]["taken"]);
+    EXPECT_TRUE(points[0]["accepted"]);
+    EXPECT_TRUE(points[16]["accepted"]);
     EXPECT_EQ(points[17]["reason"], "too close to near: 0.141 m in plan");
     EXPECT_EQ(points[18]["reason"], "incline 45.5 degrees is above the cut-off of 45");
     EXPECT_THAT(Run(Sphere() + close).output, HasSubstr("19 read, 17 accepted, 2 rejected"));
@@ -101,6 +125,63 @@ TEST_F(Solve, ReadsTheColumnsByTheirOtherNamesAndWithoutIncline)
     EXPECT_THAT(outcome.output, HasSubstr("fewer than the 15 positions"));
     EXPECT_THAT(outcome.output, HasSubstr("N 0.0000  E 0.0000"));
     EXPECT_EQ(Json(text)["points"][1]["name"], "line 3");
+}
+
+// The same positions under other names, separated by TABs; a comment stands above.
+TEST_F(Solve, ReadsTablesAsOthersWriteThem)
+{
+    std::string text = Sphere();
+    const std::string plain = Run(text).output;
+    std::replace(text.begin(), text.end(), ',', '\t');
+    text.replace(0, text.find('\n'), "# exported\nPoint\tNorthing [m]\tEASTING (m)\tZ_m\tTilt");
+    const LineOutcome outcome = Run(text);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_THAT(outcome.output,
+                HasSubstr("columns                 N from Northing [m], E from EASTING (m), h from "
+                          "Z_m, incline from Tilt, name from Point\n"));
+    const auto tip = [](const std::string& report) {
+        return report.substr(report.find("Search over"));
+    };
+    EXPECT_EQ(tip(outcome.output), tip(plain));
+}
+
+TEST_F(Solve, ReadsWhatMeasureWrites)
+{
+    const std::string tips = m_folder.Path("tips.csv");
+    ASSERT_EQ(
+        RunLine("measure " TILTPOLE_SOURCE_DIR "/examples/pole-replay.csv --pole 2 --out " + tips)
+            .exitCode,
+        0);
+    const LineOutcome outcome = RunLine("solve --height 2 " + tips);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_THAT(outcome.output, HasSubstr("N from antenna_N_m, E from antenna_E_m"));
+    const auto json = nlohmann::json::parse(RunLine("solve --json --height 2 " + tips).output);
+    EXPECT_EQ(json["points"].size(), 2071U);
+}
+
+TEST_F(Solve, RefusesATableThatCouldBeReadTwoWays)
+{
+    std::string text = Sphere();
+    text.replace(0, text.find('\n'), "N,Northing,E,h,incline");
+    const LineOutcome outcome = Run(text);
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.output,
+              m_path
+                  + ":1: N could be the column N or the column Northing: choose with --columns\n");
+}
+
+TEST_F(Solve, TakesChosenColumnsInOneArgument)
+{
+    std::string text = Sphere();
+    text.replace(0, text.find('\n'), "name,Hochwert,Rechtswert,Hoehe,incline");
+    m_path = m_folder.Write("points.csv", text);
+    const LineOutcome outcome =
+        RunLine("solve --columns Hochwert,Rechtswert,Hoehe " + m_path + " --height 2");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.output;
+    for (const char* wrong : {"N,E", "N=a,x=b", "N=a,N=b", "N=", "N=a,", ""})
+        EXPECT_EQ(
+            RunLine("solve --height 2 --columns=" + std::string(wrong) + " " + m_path).exitCode, 2)
+            << wrong;
 }
 
 TEST_F(Solve, ReportsAWrongAntennaHeight)
@@ -130,10 +211,10 @@ TEST_F(Solve, ClaimsNothingThatFourPositionsDoNotDetermine)
                 HasSubstr("radius, if estimated  these positions do not check the antenna height"));
     EXPECT_THAT(text, Not(HasSubstr("the limit for chance")));
     const nlohmann::json json = Json(points);
-    EXPECT_TRUE(json["search"]["point_error"].is_null());
+    EXPECT_TRUE(json["search"]["point_error_m"].is_null());
     EXPECT_TRUE(json["estimate"]["suspect"]["ratio"].is_null());
-    EXPECT_TRUE(json["estimate"]["radius_excess"].is_null());
-    EXPECT_TRUE(json["estimate"]["radius_excess_limit"].is_null());
+    EXPECT_TRUE(json["estimate"]["radius_excess_m"].is_null());
+    EXPECT_TRUE(json["estimate"]["radius_excess_limit_m"].is_null());
 }
 
 // Four positions about the tip 4500000, 500000, 100 whose residuals are small by luck: the fit is
@@ -148,7 +229,7 @@ TEST_F(Solve, StoresNothingBecauseResidualsAreSmallByLuck)
     const LineOutcome outcome = Run(points);
     EXPECT_EQ(outcome.exitCode, 1) << outcome.output;
     const nlohmann::json estimate = Json(points)["estimate"];
-    EXPECT_LT(estimate["residual_rms"], 0.001);
+    EXPECT_LT(estimate["residual_rms_m"], 0.001);
     EXPECT_EQ(estimate["verdict"], "too_uncertain");
 }
 
@@ -160,7 +241,7 @@ TEST_F(Solve, StatesTheErrorsThatItsRegionsRestOn)
     EXPECT_THAT(text, HasSubstr("semi-axes"));
     EXPECT_THAT(text, HasSubstr("antenna height checked only to"));
     const auto height = [this](const std::string& options) {
-        return Json(Sphere(), "--height 2.0 " + options)["estimate"]["height95"].get<double>();
+        return Json(Sphere(), "--height 2.0 " + options)["estimate"]["height95_m"].get<double>();
     };
     const double alone =
         height("--shared-plan-error 0 --shared-height-error 0 --antenna-height-error 0");
@@ -186,7 +267,7 @@ TEST_F(Solve, RejectsBothOfTwoTipsThatFit)
     const nlohmann::json estimate = Json(swing)["estimate"];
     EXPECT_EQ(estimate["verdict"], "ambiguous");
     const double apart =
-        estimate["tip"]["E"].get<double>() - estimate["other_tip"]["E"].get<double>();
+        estimate["tip"]["e_m"].get<double>() - estimate["other_tip"]["e_m"].get<double>();
     EXPECT_NEAR(std::fabs(apart), 1.6, 0.05);
 }
 

@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+//
+// What a calibration on the spot found beside the values of the parameter file: pole.cfg.spot.json
+// beside pole.cfg. docs/schemas/spot-calibration.schema.json describes it.
+#pragma once
+
+#include "field/DisturbanceMonitor.h"
+#include "field/SpotCalibration.h"
+#include "quality/Calibration.h"
+#include <nlohmann/json.hpp>
+#include <string>
+
+namespace cli {
+
+/// The name of the sidecar of a parameter file; empty where there is no record either, see RecordOf.
+std::string SpotSidecarOf(const std::string& parameterFile);
+
+/// What a calibration on the spot is used with.
+struct SpotSidecar
+{
+    field::SpotResult result; // as far as the sidecar keeps it
+    double poleLength = 0.0;  // [m]
+    int sensorType = 1;
+    std::string madeUtc; // "2026-05-04T13:07:58Z"
+};
+
+/// The values that the parameter file takes: corrections and bias angles as they were found.
+quality::Calibration CalibrationOf(const field::SpotResult& result);
+
+nlohmann::ordered_json SpotJson(const SpotSidecar& sidecar);
+
+/// @throws InputError where it cannot be read, or is not a sidecar of this version
+SpotSidecar ReadSpotSidecar(const std::string& path);
+
+/// "2 days 3 hours": from then to now; empty where the time cannot be read or lies in the future.
+std::string AgeOf(const SpotSidecar& sidecar);
+
+/// The time now, as in `madeUtc`.
+std::string NowUtc();
+
+} // namespace cli

@@ -1,0 +1,166 @@
+// SPDX-License-Identifier: MIT
+//
+// tiltpole calibrate --on-the-spot, and tiltpole occupy with what it found.
+#include "tests/apps/RunLine.h"
+#include "tests/apps/ScratchFile.h"
+
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+
+namespace {
+
+using apps::test::RunLine;
+using apps::test::RunProgram;
+using apps::test::ScratchFolder;
+using nlohmann::json;
+using testing::HasSubstr;
+
+class OnTheSpot : public testing::Test
+{
+protected:
+    // A log of the motion `free` of one seed, whose sensor has the same errors in every log.
+    std::string Rocked(const std::string& options = {}) const
+    {
+        Simulate("--motion free --points 1 " + options, "rocked.csv");
+        return m_folder.Path("rocked.csv");
+    }
+    void Simulate(const std::string& options, const std::string& name) const
+    {
+        const auto done = RunLine("simulate occupations --seed 12 " + options + " --out "
+                                  + m_folder.Path(name) + " --truth " + m_folder.Path("tips.csv")
+                                  + " --scene " + m_folder.Path("scene.json"));
+        ASSERT_EQ(done.exitCode, 0) << done.output;
+    }
+    apps::test::Outcome Calibrate(const std::string& log, const std::string& options = {}) const
+    {
+        std::vector<std::string> arguments{"calibrate", "--on-the-spot", log, "--pole", "2"};
+        std::istringstream words(options);
+        for (std::string word; words >> word;)
+            arguments.push_back(word);
+        return RunProgram(arguments);
+    }
+    std::string Out() const { return " --out " + m_folder.Path("pole.cfg"); }
+    std::string Sidecar() const { return m_folder.Path("pole.cfg.spot.json"); }
+    void ExpectNothingWritten() const
+    {
+        for (const std::string& name : m_folder.Names())
+            EXPECT_FALSE(name.starts_with("pole.cfg")) << name;
+    }
+
+    ScratchFolder m_folder;
+};
+
+TEST_F(OnTheSpot, WritesParameterFileRecordAndSidecar)
+{
+    const auto done = Calibrate(Rocked(), Out());
+    ASSERT_EQ(done.exitCode, 0) << done.err;
+    EXPECT_THAT(done.out, HasSubstr("calibration             usable\n"));
+    const json record = json::parse(m_folder.Read("pole.cfg.json"));
+    const json sidecar = json::parse(m_folder.Read("pole.cfg.spot.json"));
+    EXPECT_EQ(record["method"], "spot");
+    EXPECT_EQ(record["bias_given_a_deg"], 0.0);
+    const json& a = sidecar["values"]["magnetometer_a"];
+    EXPECT_NEAR(record["bias_found_a_deg"].get<double>(), a["bias_found_deg"].get<double>(), 1e-9);
+    EXPECT_NEAR(record["calibration"]["magnetometer_a"]["x0"].get<double>(),
+                a["correction"]["x0"].get<double>(), 1e-9);
+    EXPECT_THAT(m_folder.Read("pole.cfg"), HasSubstr("MagneticBiasAngle_A"));
+}
+
+TEST_F(OnTheSpot, FindsWhatTheSceneSays)
+{
+    const json found = json::parse(Calibrate(Rocked(), "--json").out)["values"];
+    const json truth = json::parse(m_folder.Read("scene.json"));
+    const json& errors = truth["points"][0];
+    for (std::size_t i = 0; i < 3; ++i) {
+        EXPECT_NEAR(found["magnetometer_a"]["hard_iron_counts"]["value"][i].get<double>(),
+                    errors["hard_iron_a_counts"][i].get<double>(), 3.0);
+        EXPECT_NEAR(found["accelerometer_bias_g"]["value"][i].get<double>(),
+                    errors["acceleration_bias_g"][i].get<double>(), 0.0015);
+    }
+}
+
+TEST_F(OnTheSpot, WritesNothingWhereItCannotBeUsed)
+{
+    const auto done = Calibrate(Rocked("--turn 90"), Out());
+    EXPECT_EQ(done.exitCode, 1);
+    EXPECT_THAT(done.out,
+                HasSubstr("not usable: turn the pole about its axis: it was turned by 9"));
+    EXPECT_THAT(done.err,
+                HasSubstr("pole.cfg: not written, because the calibration cannot be used"));
+    ExpectNothingWritten();
+}
+
+TEST_F(OnTheSpot, RefusesInputThatItCannotUse)
+{
+    const std::string log = Rocked();
+    const std::string on = "calibrate --on-the-spot " + log;
+    const std::pair<std::string, std::string> cases[] = {
+        {on + Out(),                                         "--pole is required"              },
+        {on + " --pole 2 --bias 1",                          "leave out --bias"                },
+        {"calibrate --pole 2 --horizontal a --vertical b",   "--pole belongs to --on-the-spot" },
+        {"calibrate --on-the-spot no.csv --pole 2",          "no.csv"                          },
+        {on + " --pole 2 --out " + log,                      "rocked.csv"                      },
+        {"occupy " + log + " --pole 2 --calibration " + log, "is not a calibration on the spot"},
+    };
+    for (const auto& [line, expected] : cases) {
+        const auto done = RunLine(line);
+        EXPECT_EQ(done.exitCode, 2) << line;
+        EXPECT_THAT(done.output, HasSubstr(expected)) << line;
+    }
+    Simulate("--motion free --points 2 --duration 11", "two.csv");
+    const auto two = Calibrate(m_folder.Path("two.csv"), Out());
+    EXPECT_EQ(two.exitCode, 2);
+    EXPECT_THAT(two.err, HasSubstr("has more than one point"));
+    ExpectNothingWritten();
+}
+
+TEST_F(OnTheSpot, MakesOccupationsBetter)
+{
+    ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
+    Simulate("--lean-to 30 --points 6", "leaned.csv");
+    const std::string occupy =
+        "occupy " + m_folder.Path("leaned.csv") + " --pole 2 --truth " + m_folder.Path("tips.csv");
+    const auto errorOf = [](const std::string& line) {
+        return json::parse(RunLine(line + " --json").output)["errors"]["all"]["horizontal_m"]["max"]
+            .get<double>();
+    };
+    const double before = errorOf(occupy);
+    const double after = errorOf(occupy + " --calibration " + Sidecar());
+    EXPECT_LT(after, 0.012);
+    EXPECT_LT(after, before);
+    const auto text = RunLine(occupy + " --calibration " + Sidecar()).output;
+    EXPECT_THAT(text, HasSubstr("ago)\n"));
+    EXPECT_THAT(text, HasSubstr("at N 4500000.0"));
+}
+
+TEST_F(OnTheSpot, IsRefusedInAnotherField)
+{
+    ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
+    const auto refused = [this](const std::string& field) {
+        Simulate("--points 1 " + field, "elsewhere.csv");
+        return RunLine("occupy " + m_folder.Path("elsewhere.csv") + " --pole 2 --calibration "
+                       + Sidecar());
+    };
+    const auto weaker = refused("--strength 480");
+    EXPECT_EQ(weaker.exitCode, 1);
+    EXPECT_THAT(weaker.output, HasSubstr("% weaker than at the calibration"));
+    const auto flatter = refused("--dip 60");
+    EXPECT_EQ(flatter.exitCode, 1);
+    EXPECT_THAT(flatter.output, HasSubstr("degrees flatter than at the calibration"));
+    EXPECT_EQ(RunLine("occupy " + m_folder.Path("elsewhere.csv")
+                      + " --pole 2 --no-magnetometer --calibration " + Sidecar())
+                  .exitCode,
+              0);
+}
+
+TEST_F(OnTheSpot, IsRefusedForAnotherSensorType)
+{
+    ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
+    const auto done =
+        RunLine("occupy " + Rocked() + " --pole 2 --sensor-type 2 --calibration " + Sidecar());
+    EXPECT_EQ(done.exitCode, 2);
+    EXPECT_THAT(done.output, HasSubstr("is of a sensor of type 1"));
+}
+
+} // namespace

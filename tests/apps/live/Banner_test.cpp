@@ -1,0 +1,60 @@
+// SPDX-License-Identifier: MIT
+#include "apps/live/Banner.h"
+
+#include "tests/apps/live/Recorded.h"
+#include <gmock/gmock.h>
+
+namespace {
+
+using testing::HasSubstr;
+
+// What is shown of a pole after its recording.
+std::string Heard(const field::Setup& setup)
+{
+    live::Banner banner(setup, "pole.cfg", "$PTPS");
+    field::Bridge bridge(setup);
+    std::string shown;
+    for (const field::Record& record : live_pole::RecordsOf(live_pole::StandingTrack(3.0))) {
+        field::Play(bridge, record);
+        for (const field::Report& report : bridge.Take())
+            banner.Add(report, bridge.Count());
+        if (const auto text = banner.Take()) shown += *text;
+    }
+    return shown;
+}
+
+TEST(Banner, SaysOnceWhatReceiverAndSensorSend)
+{
+    const std::string shown = Heard(live_pole::TrackSetup());
+    EXPECT_THAT(shown, HasSubstr("receiver   GGA RMC GST at 10 Hz, 7 decimals, station 0207\n"));
+    EXPECT_THAT(shown, HasSubstr("pose       $PTPS at 50 Hz, device clock\n"));
+    EXPECT_THAT(shown, HasSubstr("the model is off"));
+    EXPECT_EQ(apps::test::Count(shown, "receiver"), 1U);
+}
+
+TEST(Banner, NamesTheDeclinationAndAnOffsetThatLooksLikeIt)
+{
+    field::Setup setup = live_pole::TrackSetup();
+    setup.north = field::NorthSource::Model;
+    setup.calibration.sensor.SetMagneticBiasAngle_A(-5.8);
+    const std::string shown = Heard(setup);
+    EXPECT_THAT(shown, HasSubstr("north      true, declination +5."));
+    EXPECT_THAT(shown, HasSubstr("(WMM2025, valid to 2030.0), axis offset -5.80 (bias A of "
+                                 "pole.cfg)\n"));
+    EXPECT_THAT(shown, HasSubstr("warning    the axis offset is the declination"));
+}
+
+TEST(Banner, AsksForTheAntennaHeightThatIsRight)
+{
+    field::Setup setup;
+    setup.poleLength = 2.0;
+    setup.phaseCenter = 0.1165;
+    const live::Banner banner(setup, "", "$PTPS");
+    EXPECT_EQ(banner.Opening({"tcp 127.0.0.1:10110"}),
+              "height     antenna 2.1165 m above the tip; SET THE ANTENNA HEIGHT OF THE APP TO 0\n"
+              "serving    tcp 127.0.0.1:10110\n");
+    setup.appHeight = 1.8;
+    EXPECT_THAT(banner.Opening({}), HasSubstr("OF THE APP TO 1.8000 m"));
+}
+
+} // namespace

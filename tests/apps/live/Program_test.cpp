@@ -1,0 +1,226 @@
+// SPDX-License-Identifier: MIT
+//
+// tiltpole live and merge as a user runs them.
+#include "tests/apps/RunLine.h"
+#include "tests/apps/RunProgram.h"
+#include "tests/apps/live/Recorded.h"
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <nlohmann/json.hpp>
+#include <sstream>
+
+namespace {
+
+using namespace apps::test;
+using nlohmann::json;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::vector<std::string> LinesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+// The recorded pole of examples/pole-replay.csv.
+struct Recorded
+{
+    Recorded()
+        : config(ParameterFile(folder, 0.75)),
+          recording(folder.Write("day.tprec",
+                                 RecordingOf(live_pole::RecordsOf(live_pole::ReplayTrack()))))
+    {}
+    Outcome Replay(const std::vector<std::string>& more) const
+    {
+        return RunProgram(
+            Joined(Joined({"live", "--replay", recording}, PoleOptions(config)), more));
+    }
+    ScratchFolder folder;
+    std::string config;
+    std::string recording;
+};
+
+TEST(LiveReplay, GivesTheSameBytesEachTime)
+{
+    const Recorded r;
+    const Outcome first = r.Replay({"--json", "--serve", "file:" + r.folder.Path("a.nmea")});
+    EXPECT_EQ(first.exitCode, 0) << first.err;
+    const Outcome second = r.Replay({"--json", "--serve", "file:" + r.folder.Path("b.nmea")});
+    EXPECT_TRUE(first.out == second.out);
+    const std::string nmea = r.folder.Read("a.nmea");
+    EXPECT_TRUE(nmea == r.folder.Read("b.nmea"));
+    EXPECT_EQ(Count(nmea, "$GNGGA,"), LinesOf(first.out).size());
+    EXPECT_TRUE(r.Replay({"--serve", "-"}).out == nmea);
+}
+
+TEST(LiveReplay, WritesTheTipOfTheRecordedPole)
+{
+    const Recorded r;
+    const Outcome outcome = r.Replay({"--json"});
+    std::vector<double> errors;
+    for (const std::string& line : LinesOf(outcome.out)) {
+        const json object = json::parse(line);
+        ASSERT_TRUE(object.contains("utc"));
+        ASSERT_THAT((std::vector<std::string>{"store", "wait", "block"}),
+                    testing::Contains(object["state"].get<std::string>()));
+        if (object["tip"].is_null()) continue;
+        const field::Geodetic tip{object["tip"]["latitude"], object["tip"]["longitude"],
+                                  object["tip"]["ellipsoidalHeight"]};
+        const xyhCoordinate d = field::Difference(live_pole::kTip, tip);
+        errors.push_back(std::hypot(d.x, d.y));
+    }
+    EXPECT_GT(errors.size(), 420U);
+    EXPECT_LE(live_pole::Percentile(errors, 0.5), 0.010);
+    EXPECT_LE(live_pole::Percentile(errors, 0.9), 0.038);
+    EXPECT_THAT(outcome.err, HasSubstr("432 epochs"));
+}
+
+TEST(LiveReplay, FindsTheDelayOfTheRecordedPole)
+{
+    const Recorded r;
+    const Outcome outcome = r.Replay({"--find-delay"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    ASSERT_THAT(outcome.out, StartsWith("delay "));
+    const double found = std::stod(outcome.out.substr(6));
+    EXPECT_NEAR(found, 117.0, 10.0) << outcome.out;
+    EXPECT_THAT(outcome.out, HasSubstr(" m as set; heading offset "));
+}
+
+TEST(LiveReplay, LeavesOutHalfALineAtTheEndAndRefusesOtherDamage)
+{
+    const Recorded r;
+    const std::string whole = r.folder.Read("day.tprec");
+    r.folder.Write("day.tprec", whole.substr(0, whole.size() - 10));
+    const Outcome cut = r.Replay({"--serve", "-"});
+    EXPECT_EQ(cut.exitCode, 0);
+    r.folder.Write("day.tprec", whole.substr(0, 5000) + "\n+garbage\n" + whole.substr(5000));
+    const Outcome damaged = r.Replay({"--serve", "-"});
+    EXPECT_EQ(damaged.exitCode, 2);
+    EXPECT_THAT(damaged.err, HasSubstr("day.tprec: line "));
+    r.folder.Write("day.tprec", "$GNGGA,130758.00\r\n");
+    EXPECT_THAT(r.Replay({}).err, HasSubstr("not a recording"));
+}
+
+struct Mistake
+{
+    const char* line;
+    const char* sentence;
+};
+
+TEST(Live, RefusesWhatCannotBeInOneSentence)
+{
+    constexpr Mistake mistakes[] = {
+        {"live",                                                    "--pole is required"                 },
+        {"live --pole 2",                                           "--gnss and --pose are both required"},
+        {"live --pole 2 --gnss - --pose -",                         "cannot both be standard input"      },
+        {"live --pole 2 --gnss x --pose -",                         "'x' is not a source"                },
+        {"live --pole 2 --gnss tcp:h:1 --pose - --serve udp:1",     "lacks ADDR or PORT"                 },
+        {"live --pole 2 --gnss - --pose file:/nowhere",             "there is no such file for --pose"   },
+        {"live --pole 2 --replay a --gnss -",                       "leave --gnss and --pose"            },
+        {"live --pole 2 --replay /nowhere",                         "/nowhere: cannot be read"           },
+        {"live --pole 2 --replay /dev/null",                        "is not a recording"                 },
+        {"live --pole 2 --replay a --serve tcp:0",                  "is not a sink of --replay"          },
+        {"live --pole 2 --replay a --json --serve -",               "both write to standard output"      },
+        {"live --pole 2 --gnss - --pose tcp:h:1 --allow x",         "'x' is not ADDRESS/BITS"            },
+        {"live --pole 2 --gnss - --pose tcp:h:1 --delay x",         "is not DELAY or DELAY,SD"           },
+        {"live --pole 2 --gnss - --pose tcp:h:1 --max-lean 0",      "between"                            },
+        {"live --pole 2 --gnss - --pose tcp:h:1 --config /nowhere", "/nowhere"                           },
+        {"live --pole 2 --gnss - --pose tcp:h:1 --json --serve -",  "standard output is asked for"       },
+        {"live --pole 2 --find-delay --replay a --json",            "serves nothing"                     },
+        {"merge --pole 2 --gnss a --pose b --out c --clock x",      "x not in"                           },
+        {"merge --pole 2 --gnss /nowhere --pose b --out c",         "/nowhere"                           },
+        {"merge --pole 2 --gnss a --pose b --out c --date x",       "is not YYYY-MM-DD"                  },
+    };
+    for (const Mistake& m : mistakes) {
+        const LineOutcome outcome = RunLine(m.line);
+        EXPECT_EQ(outcome.exitCode, 2) << m.line;
+        EXPECT_THAT(outcome.output, HasSubstr(m.sentence)) << m.line;
+        EXPECT_EQ(Count(outcome.output, "\n"), 1U) << outcome.output;
+    }
+}
+
+TEST(Live, EndsWithItsInputAndSumsUp)
+{
+    const ScratchFolder folder;
+    folder.Write("pose", "");
+    const Outcome outcome = RunProgram(
+        {"live", "--pole", "2", "--gnss", "-", "--pose", "file:" + folder.Path("pose")},
+        "$GNGGA,130758.00,4733.9633191,N,01900.5012567,E,4,12,0.72,193.4440,M,39.4290,M,1.0,"
+        "0207*66\r\n$GNGGA,cut");
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr("SET THE ANTENNA HEIGHT OF THE APP TO 0"));
+    EXPECT_THAT(outcome.err, HasSubstr("BLOCK"));
+    EXPECT_THAT(outcome.err, HasSubstr("1 epochs"));
+    EXPECT_EQ(outcome.out, "");
+}
+
+// Both logs of a pole that stands still, as loggers of their own keep them.
+struct Logs
+{
+    Logs()
+    {
+        const auto track = live_pole::StandingTrack(5.0);
+        std::ostringstream pose;
+        pose.precision(12);
+        pose << "utc,dPitch,dRoll,dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,dMag_z_2\n";
+        for (const auto& row : track) {
+            pose << "2026-11-22T13:07:" << 58.0 + row.seconds << "Z," << row.pitch << ','
+                 << row.roll;
+            for (int i = 0; i < 6; ++i)
+                pose << ',' << row.readings[static_cast<std::size_t>(i)];
+            pose << '\n';
+        }
+        std::string text = pose.str();
+        for (std::size_t at = 0; (at = text.find("13:07:6")) != std::string::npos;)
+            text.replace(at, 7, "13:08:0");
+        folder.Write("pose.csv", text);
+        std::string nmea;
+        for (const auto& record : live_pole::RecordsOf(track))
+            if (record.channel == field::Channel::Receiver) nmea += record.bytes;
+        folder.Write("rover.nmea", nmea);
+    }
+    Outcome Merge(const std::vector<std::string>& more) const
+    {
+        return RunProgram(
+            Joined({"merge", "--gnss", folder.Path("rover.nmea"), "--pose", folder.Path("pose.csv"),
+                    "--pole", "2.0", "--north", "file", "--heading-sd", "1.0", "--config", config,
+                    "--out", folder.Path("tips.csv")},
+                   more));
+    }
+    ScratchFolder folder;
+    std::string config = ParameterFile(folder);
+};
+
+TEST(Merge, FindsTheTipFromSeparateLogs)
+{
+    const Logs logs;
+    const Outcome outcome = logs.Merge({"--clock", "pose:utc"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto rows = LinesOf(logs.folder.Read("tips.csv"));
+    ASSERT_EQ(rows.size(), 1U + 49U) << outcome.err;
+    EXPECT_THAT(rows[0], StartsWith("date,utc,latitude,longitude,ellipsoidal_height_m,"));
+    std::istringstream cells(rows[30]);
+    std::vector<std::string> fields;
+    for (std::string cell; std::getline(cells, cell, ',');)
+        fields.push_back(cell);
+    ASSERT_GE(fields.size(), 16U) << rows[30];
+    EXPECT_EQ(fields[0], "2026-11-22");
+    EXPECT_EQ(fields[1], "130801.00");
+    EXPECT_NEAR(std::stod(fields[2]), live_pole::kTip.latitude, 2e-7) << rows[30];
+    EXPECT_NEAR(std::stod(fields[3]), live_pole::kTip.longitude, 3e-7) << rows[30];
+    EXPECT_NEAR(std::stod(fields[4]), live_pole::kTip.ellipsoidalHeight, 0.005) << rows[30];
+    EXPECT_EQ(fields[15], "STORE") << rows[30];
+}
+
+TEST(Merge, SeesAPoseClockThatIsAnother)
+{
+    const Logs logs;
+    const Outcome outcome = logs.Merge({"--clock", "pose:gps"});
+    EXPECT_EQ(outcome.exitCode, 1) << outcome.err; // no pose within 18 s of an epoch
+    EXPECT_THAT(outcome.err, HasSubstr("0 store"));
+}
+
+} // namespace
