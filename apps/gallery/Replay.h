@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A recording of a pole: poses with headings, and antenna positions.
+// The log of a pole: poses with headings, and antenna positions.
 #pragma once
 
 #include "positioning/InclineSensor_Position.h"

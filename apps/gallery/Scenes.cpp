@@ -5,8 +5,10 @@
 #include "apps/tables/Errors.h"
 #include "survey/Angle.h"
 
+#include <cerrno>
 #include <cmath>
 #include <functional>
+#include <system_error>
 
 namespace gallery {
 namespace {
@@ -38,8 +40,11 @@ public:
     void Add(CWnd& window, const std::string& name)
     {
         const std::string path = m_folder + "/" + name + ".png";
-        if (!framework::SaveWindowImage(window, CString(path.c_str())))
-            throw tables::InputError(path, "the picture cannot be written");
+        if (!framework::SaveWindowImage(window, CString(path.c_str()))) {
+            const int reason = errno;
+            throw tables::InputError(path, "cannot be written: "
+                                               + std::generic_category().message(reason));
+        }
         m_names.push_back(path);
     }
 
@@ -138,9 +143,8 @@ void AddTiltGraphs(Album& album)
     Host host;
     GroundView view;
     view.Create(nullptr, nullptr, kChild, CRect(0, 0, 320, 320), &host, 1);
-    CTiltPositionGraph& graph = view.graph;
-    graph.SetView(&view);
-    graph.InvalidateCtrl();
+    view.Renew();
+    CTiltPositionGraph& graph = *view.graph;
     view.UpdateWindow();
     album.Add(view, "tilt-empty");
     for (int i = 0; i < 12; ++i) {

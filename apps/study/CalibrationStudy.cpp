@@ -25,8 +25,8 @@ Chosen Is(Verdict verdict)
 std::string ConditionHead()
 {
     return "                       joint     solver       joint eight    full\n"
-           "condition                  %     RMS median     RMS median    RMS    good usab. poor  "
-           "ref.  weak  below 1, above 3\n";
+           "condition                  %     RMS median     RMS median    RMS    good usab. unch. "
+           "poor  ref.  weak  below 1, above 3\n";
 }
 
 std::string ConditionLine(std::string_view name, const Trials& trials)
@@ -34,14 +34,15 @@ std::string ConditionLine(std::string_view name, const Trials& trials)
     const Chosen all = [](const Trial&) { return true; };
     const Figure joint = [](const Trial& t) { return t.joint.error.asUsed; };
     return fmt::format(
-        "{:24}{:6.1f}{:8.2f}{:7.2f}{:8.2f}{:7.2f}{:8.2f}{:8.0f}{:6.0f}{:6.0f}{:6.0f}{:6.0f}{:8.0f}"
-        "{:9.0f}\n",
+        "{:24}{:6.1f}{:8.2f}{:7.2f}{:8.2f}{:7.2f}{:8.2f}{:8.0f}{:6.0f}{:6.0f}{:6.0f}{:6.0f}{:6.0f}"
+        "{:8.0f}{:9.0f}\n",
         name, ShareOf(trials, all, Comparable), RmsOf(trials, Comparable, SolverError),
         QuantileOf(trials, Comparable, SolverError, 0.5), RmsOf(trials, Comparable, joint),
         QuantileOf(trials, Comparable, joint, 0.5),
         RmsOf(trials, Comparable, [](const Trial& t) { return t.jointFull.asUsed; }),
         ShareOf(trials, all, Is(Verdict::Good)), ShareOf(trials, all, Is(Verdict::Usable)),
-        ShareOf(trials, all, Is(Verdict::Poor)), ShareOf(trials, all, Is(Verdict::Refused)),
+        ShareOf(trials, all, Is(Verdict::Unchecked)), ShareOf(trials, all, Is(Verdict::Poor)),
+        ShareOf(trials, all, Is(Verdict::Refused)),
         ShareOf(trials, all, [](const Trial& t) { return t.solver.report.weak; }),
         ShareOf(trials, all, [](const Trial& t) { return SolverError(t) < 1.0; }),
         ShareOf(trials, all, [](const Trial& t) { return !(SolverError(t) <= 3.0); }));
@@ -71,24 +72,14 @@ std::string Refusals(const Trials& trials)
 
 } // namespace
 
-std::string CalibrationStudy(const std::vector<Condition>& conditions, int runs, std::uint64_t seed)
+std::string CalibrationStudy(const Plan& plan)
 {
     std::string text = ConditionHead();
     std::string closeness = ClosenessHead();
-    Trials all;
-    std::uint64_t next = seed * 1000003;
-    for (const Condition& condition : conditions) {
-        Trials trials;
-        for (int i = 0; i < runs; ++i) {
-            simulation::Generator random(++next, simulation::Stream::Placement);
-            Setting setting = Ordinary(random);
-            condition.apply(setting, random);
-            trials.push_back(Simulate(setting, next));
-        }
-        text += ConditionLine(condition.name, trials);
-        closeness += Closeness(condition.name, trials);
-        all.insert(all.end(), trials.begin(), trials.end());
-    }
+    const Trials all = SimulateAll(plan, [&](std::string_view name, const Trials& trials) {
+        text += ConditionLine(name, trials);
+        closeness += Closeness(name, trials);
+    });
     text += ConditionLine("all", all);
     closeness += Closeness("all", all);
     return fmt::format("{}\n{}\n{}\n{}\n{}\n{}", text, closeness, Correlations(all),

@@ -3,10 +3,9 @@
 // How well calibrations come out under every condition, and how well their report knows it.
 #pragma once
 
-#include "simulation/trials/Conditions.h"
-#include <cstdint>
+#include "apps/study/Trials.h"
+
 #include <string>
-#include <vector>
 
 namespace study {
 
@@ -15,7 +14,6 @@ namespace study {
 ///     the verdict's figure lies to the true error
 ///   - over all: rank correlation of each figure with the true error, how often the verdicts
 ///     accept wrongly, and what other limits would do
-std::string CalibrationStudy(const std::vector<Condition>& conditions, int runs,
-                             std::uint64_t seed);
+std::string CalibrationStudy(const Plan& plan);
 
 } // namespace study

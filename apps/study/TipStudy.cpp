@@ -2,6 +2,7 @@
 #include "apps/study/TipStudy.h"
 
 #include "apps/tables/Errors.h"
+#include "apps/tables/ReadFile.h"
 #include "simulation/trials/TipTrials.h"
 #include <fmt/format.h>
 #include <functional>
@@ -53,10 +54,13 @@ std::vector<Errors> KindsOfError(const std::string& recording)
         {"slow",      simulation::SlowErrors    }
     };
     if (recording.empty()) return kinds;
+    tables::ReadFile(recording); // says why it cannot be read
     const auto recorded = std::make_shared<simulation::RecordedErrors>(recording);
     constexpr std::size_t kNeeded = std::size_t{60} * 15;
     if (recorded->Count() <= kNeeded)
-        throw tables::InputError(fmt::format("{}: fewer than {} epochs", recording, kNeeded + 1));
+        throw tables::InputError(recording,
+                                 fmt::format("has {} epochs \"E N h time\", fewer than {}",
+                                             recorded->Count(), kNeeded + 1));
     for (const std::size_t seconds : {1U, 4U, 15U}) {
         kinds.push_back({fmt::format("recorded, {} s", seconds),
                          [recorded, seconds](std::size_t count, std::mt19937& random) {

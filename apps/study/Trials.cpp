@@ -31,6 +31,26 @@ std::vector<double> Ranks(const std::vector<double>& values)
 
 } // namespace
 
+Trials SimulateAll(const Plan& plan,
+                   const std::function<void(std::string_view, const Trials&)>& report)
+{
+    Trials all;
+    std::uint64_t next = plan.seed * 1000003;
+    for (const Condition& condition : plan.conditions) {
+        Trials trials;
+        for (int i = 0; i < plan.runs; ++i) {
+            simulation::Generator random(++next, simulation::Stream::Placement);
+            Setting setting = Ordinary(random);
+            condition.apply(setting, random);
+            setting.faults.noGyros = plan.noGyros;
+            trials.push_back(Simulate(setting, next));
+        }
+        report(condition.name, trials);
+        all.insert(all.end(), trials.begin(), trials.end());
+    }
+    return all;
+}
+
 bool Comparable(const Trial& t)
 {
     return t.solver.finite && t.answered && t.jointFitted && t.solver.report.agreement;

@@ -5,7 +5,9 @@
 
 #include "simulation/trials/Trial.h"
 
+#include <cstdint>
 #include <functional>
+#include <string_view>
 #include <vector>
 
 namespace study {
@@ -13,6 +15,20 @@ namespace study {
 using Trials = std::vector<Trial>;
 using Figure = std::function<double(const Trial&)>;
 using Chosen = std::function<bool(const Trial&)>;
+
+/// What is simulated. The same seed gives the same trials.
+struct Plan
+{
+    std::vector<Condition> conditions;
+    int runs = 0; // of each condition
+    std::uint64_t seed = 0;
+    bool noGyros = false; // in the logs
+};
+
+/// @param report  called once for each condition, with its name and its trials
+/// @return the trials of all conditions
+Trials SimulateAll(const Plan& plan,
+                   const std::function<void(std::string_view, const Trials&)>& report);
 
 /// The solver answered, its values are finite and the joint fit judged them.
 bool Comparable(const Trial& trial);

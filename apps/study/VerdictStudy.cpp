@@ -91,7 +91,7 @@ std::string AcceptanceTable(const Trials& trials, Result Trial::*method, const F
     line("usable", judged(Verdict::Usable, false));
     line("poor", judged(Verdict::Poor, false));
     if (!isJoint) {
-        line("usable, weaker", judged(Verdict::Usable, true));
+        line("unchecked", judged(Verdict::Unchecked, true));
         line("poor, weaker", judged(Verdict::Poor, true));
         line("refused", judged(Verdict::Refused, false));
     }

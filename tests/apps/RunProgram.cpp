@@ -3,10 +3,12 @@
 
 #include "tests/apps/ScratchFile.h"
 #include <cerrno>
+#include <chrono>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
 #include <stdexcept>
+#include <string_view>
 #include <sys/resource.h>
 #include <sys/wait.h>
 #include <thread>
@@ -50,7 +52,8 @@ struct Pipe
     Descriptor reader, writer;
 };
 
-pid_t Start(const std::vector<std::string>& arguments, int in, int out, int err)
+pid_t Start(const std::vector<std::string>& arguments, int in, int out, int err,
+            const std::vector<int>& closed = {})
 {
     std::vector<std::string> words = {TILTPOLE_PROGRAM};
     words.insert(words.end(), arguments.begin(), arguments.end());
@@ -64,6 +67,8 @@ pid_t Start(const std::vector<std::string>& arguments, int in, int out, int err)
     dup2(in, STDIN_FILENO);
     dup2(out, STDOUT_FILENO);
     dup2(err, STDERR_FILENO);
+    for (const int stream : closed)
+        close(stream);
     execv(TILTPOLE_PROGRAM, argv.data());
     _exit(127);
 }
@@ -96,7 +101,7 @@ void Await(pid_t child, Outcome& outcome)
     int status = 0;
     rusage usage = {};
     wait4(child, &status, 0, &usage);
-    outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    outcome.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
     outcome.peakMemory = usage.ru_maxrss;
 }
 
@@ -148,6 +153,66 @@ Outcome RunProgramInto(const std::string& output, const std::vector<std::string>
     const Descriptor err = Create(folder.Path("err"));
     Outcome outcome = Run(arguments, Once({}), out.Get(), err.Get());
     outcome.err = ReadAll(folder.Path("err"));
+    return outcome;
+}
+
+Outcome RunProgramWithErrorsInto(const std::string& errors,
+                                 const std::vector<std::string>& arguments)
+{
+    const ScratchFolder folder;
+    const Descriptor out = Create(folder.Path("out"));
+    const Descriptor err = Create(errors);
+    Outcome outcome = Run(arguments, Once({}), out.Get(), err.Get());
+    outcome.out = ReadAll(folder.Path("out"));
+    return outcome;
+}
+
+Outcome RunProgramFrom(const std::string& input, const std::vector<std::string>& arguments)
+{
+    const ScratchFolder folder;
+    const Descriptor in(open(input.c_str(), O_RDONLY | O_CLOEXEC));
+    const Descriptor out = Create(folder.Path("out"));
+    const Descriptor err = Create(folder.Path("err"));
+    Outcome outcome;
+    Await(Start(arguments, in.Get(), out.Get(), err.Get()), outcome);
+    outcome.out = ReadAll(folder.Path("out"));
+    outcome.err = ReadAll(folder.Path("err"));
+    return outcome;
+}
+
+Outcome RunProgramWithClosed(const std::vector<int>& streams,
+                             const std::vector<std::string>& arguments)
+{
+    const ScratchFolder folder;
+    const Descriptor in(open("/dev/null", O_RDONLY | O_CLOEXEC));
+    const Descriptor out = Create(folder.Path("out"));
+    const Descriptor err = Create(folder.Path("err"));
+    Outcome outcome;
+    Await(Start(arguments, in.Get(), out.Get(), err.Get(), streams), outcome);
+    outcome.out = ReadAll(folder.Path("out"));
+    outcome.err = ReadAll(folder.Path("err"));
+    return outcome;
+}
+
+Outcome RunProgramAndSignal(const std::vector<std::string>& arguments, const std::string& input,
+                            const std::function<bool()>& isReady, int signal)
+{
+    const Descriptor nothing(open("/dev/null", O_WRONLY | O_CLOEXEC));
+    Pipe in = Pipe::Make();
+    const pid_t child = Start(arguments, in.reader.Get(), nothing.Get(), nothing.Get());
+    in.reader.Close();
+    std::thread feeder([&] {
+        std::string_view rest = input;
+        for (ssize_t count;
+             !rest.empty() && (count = write(in.writer.Get(), rest.data(), rest.size())) > 0;)
+            rest.remove_prefix(static_cast<std::size_t>(count));
+    });
+    for (int i = 0; i < 3000 && !isReady(); ++i)
+        std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    kill(child, signal);
+    Outcome outcome;
+    Await(child, outcome);
+    feeder.join();
     return outcome;
 }
 

@@ -9,6 +9,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -21,6 +22,7 @@ namespace {
 
 using apps::test::Outcome;
 using apps::test::RunProgram;
+using apps::test::RunProgramAndSignal;
 
 constexpr const char* kLog = TILTPOLE_SOURCE_DIR "/examples/pole-replay.csv";
 
@@ -94,6 +96,23 @@ TEST(Render, DrawsEveryPictureThatItNames)
         EXPECT_THAT(outcome.out, testing::HasSubstr(control));
 }
 
+TEST(Render, DrawsTheSamePixelsAtEveryScaleOfTheScreen)
+{
+    const ScratchFolder pictures;
+    const Surroundings surroundings;
+    for (const std::string scale : {"1", "1.5", "2"}) {
+        ::setenv("QT_SCALE_FACTOR", scale.c_str(), 1);
+        const Outcome outcome = RunProgram({kLog, "--render", pictures.Path(scale)});
+        ::unsetenv("QT_SCALE_FACTOR");
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+        for (const auto& file : std::filesystem::directory_iterator(pictures.Path("1"))) {
+            const std::string name = file.path().filename().string();
+            EXPECT_EQ(pictures.Read(scale + '/' + name), pictures.Read("1/" + name))
+                << name << " at " << scale;
+        }
+    }
+}
+
 TEST(Render, LeavesNothingBesideItsPictures)
 {
     const ScratchFolder pictures;
@@ -106,6 +125,22 @@ TEST(Render, LeavesNothingBesideItsPictures)
     EXPECT_EQ(failed.exitCode, 2);
     EXPECT_EQ(std::count(failed.err.begin(), failed.err.end(), '\n'), 1) << failed.err;
     EXPECT_THAT(surroundings.temporary.Names(), testing::IsEmpty());
+}
+
+// Between two of its pictures, or in the middle of one.
+TEST(Render, LeavesOnlyWholePicturesWhenItIsEnded)
+{
+    for (const int signal : {SIGTERM, SIGINT, SIGHUP}) {
+        const ScratchFolder pictures;
+        const Surroundings surroundings;
+        const Outcome outcome = RunProgramAndSignal(
+            {kLog, "--render", pictures.Path("new")}, "",
+            [&] { return std::filesystem::exists(pictures.Path("new/gallery.png")); }, signal);
+        EXPECT_EQ(outcome.exitCode, -signal);
+        EXPECT_THAT(surroundings.temporary.Names(), testing::IsEmpty());
+        for (const auto& file : std::filesystem::directory_iterator(pictures.Path("new")))
+            EXPECT_GT(ColorsOf(file.path().string()).size(), 1U) << file.path();
+    }
 }
 
 TEST(Render, ReportsAnUnreadableLog)

@@ -2,6 +2,7 @@
 //
 // The study program: one calibration under each condition.
 #include "simulation/trials/Conditions.h"
+#include "simulation/trials/OccupationCases.h"
 
 #include "tests/apps/RunProgram.h"
 
@@ -24,8 +25,11 @@ struct Row
     std::string name;
     std::vector<double> figures;
 
-    // Shares that were called good, usable, poor and refused [percent].
-    double Called() const { return figures[6] + figures[7] + figures[8] + figures[9]; }
+    // Shares that were called good, usable, unchecked, poor and refused [percent].
+    double Called() const
+    {
+        return figures[6] + figures[7] + figures[8] + figures[9] + figures[10];
+    }
 };
 
 std::vector<Row> FirstTable(const std::string& text)
@@ -57,7 +61,7 @@ TEST(Study, GivesEachConditionARowAndEachCalibrationAVerdict)
     ASSERT_EQ(rows.size(), conditions.size() + 1);
     for (std::size_t k = 0; k < conditions.size(); ++k) {
         EXPECT_EQ(rows[k].name, conditions[k].name);
-        ASSERT_EQ(rows[k].figures.size(), 13U) << rows[k].name;
+        ASSERT_EQ(rows[k].figures.size(), 14U) << rows[k].name;
         EXPECT_EQ(rows[k].Called(), 100.0) << rows[k].name;
     }
     EXPECT_EQ(rows.back().name, "all");
@@ -78,11 +82,88 @@ TEST(Study, PrintsTheSameForTheSameSeedOnly)
     EXPECT_NE(printed("6"), first);
 }
 
+// The cells of the lines of tables that are neither a header nor its rule.
+std::vector<std::vector<std::string>> Cells(const std::string& text)
+{
+    std::istringstream lines(text);
+    std::vector<std::vector<std::string>> rows;
+    bool body = false;
+    for (std::string line; std::getline(lines, line);) {
+        if (body && !line.empty()) {
+            std::vector<std::string> cells;
+            for (std::size_t at = 2, end = 0; (end = line.find(" |", at)) != std::string::npos;
+                 at = end + 3)
+                cells.push_back(line.substr(at, end - at));
+            rows.push_back(cells);
+        }
+        if (line.starts_with("|---")) body = true;
+        if (line.empty()) body = false;
+    }
+    return rows;
+}
+
+TEST(Study, GivesOccupationsOfEachMotionAndFaultARow)
+{
+    const std::vector<std::string> arguments{"--occupations",
+                                             "--runs",
+                                             "3",
+                                             "--seed",
+                                             "2",
+                                             "--bias",
+                                             "0.75",
+                                             "--log",
+                                             TILTPOLE_SOURCE_DIR "/examples/occupations.csv",
+                                             "--truth",
+                                             TILTPOLE_SOURCE_DIR "/examples/occupations-truth.csv"};
+    const Outcome outcome = RunProgram(arguments);
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto rows = Cells(outcome.out);
+    const auto motions = simulation::OccupationMotions();
+    const auto faults = simulation::OccupationFaults();
+    ASSERT_EQ(rows.size(), 1 + 2 * motions.size() + faults.size());
+    EXPECT_EQ(rows[0][0], "recorded");
+    EXPECT_EQ(rows[0][1], "24");
+    EXPECT_THAT(rows[0][2], testing::StartsWith("31.2 / 61.8 / 92.9")) << "as `occupy` has it";
+    for (std::size_t i = 0; i < motions.size(); ++i) {
+        EXPECT_EQ(rows[1 + 2 * i][0], motions[i].name);
+        EXPECT_EQ(rows[1 + 2 * i][1], "3");
+        EXPECT_EQ(rows[2 + 2 * i][0], motions[i].name + ", calibrated");
+        EXPECT_EQ(rows[2 + 2 * i][1], "3");
+    }
+    for (std::size_t i = 0; i < faults.size(); ++i) {
+        const auto& row = rows[1 + 2 * motions.size() + i];
+        EXPECT_EQ(row[0], faults[i].name);
+        EXPECT_NEAR(std::stod(row[1]) + std::stod(row[2]) + std::stod(row[3]), 100.0, 0.2);
+    }
+    EXPECT_EQ(RunProgram(arguments).out, outcome.out);
+}
+
+TEST(Study, OccupationsTakeTheirErrorsFromTheSeed)
+{
+    const auto printed = [](const char* seed) {
+        return RunProgram({"--occupations", "--runs", "2", "--only", "lean in, 5", "--seed", seed})
+            .out;
+    };
+    EXPECT_EQ(Cells(printed("5")).size(), 4U);
+    EXPECT_NE(printed("5"), printed("6"));
+    const Outcome none = RunProgram({"--occupations", "--only", "nothing like it"});
+    EXPECT_EQ(none.exitCode, 2);
+    EXPECT_EQ(none.err, "tiltpole_study: no occupation has 'nothing like it' in its name\n");
+    EXPECT_EQ(RunProgram({"--occupations", "--log", "points.csv"}).exitCode, 2);
+}
+
 TEST(Study, TellsWrongUseInOneSentence)
 {
     const Outcome name = RunProgram({"--only", "nothing like it"});
     EXPECT_EQ(name.exitCode, 2);
     EXPECT_EQ(name.err, "tiltpole_study: no condition has 'nothing like it' in its name\n");
+    const Outcome missing = RunProgram({"--tips", "--recording", "/dev/null/none"});
+    EXPECT_EQ(missing.exitCode, 2);
+    EXPECT_EQ(missing.err, "tiltpole_study: /dev/null/none: Not a directory\n");
+    const Outcome empty = RunProgram({"--tips", "--recording", "/dev/null"});
+    EXPECT_EQ(empty.exitCode, 2);
+    EXPECT_EQ(empty.err,
+              "tiltpole_study: /dev/null: has 0 epochs \"E N h time\", fewer than 901\n");
     const Outcome number = RunProgram({"--runs", "none"});
     EXPECT_EQ(number.exitCode, 2);
     EXPECT_EQ(std::count(number.err.begin(), number.err.end(), '\n'), 1) << number.err;
