@@ -46,7 +46,7 @@ Turn MakeTurn(const benchmark::State& state, TurnAxis axis = TurnAxis::Horizonta
     return turns::Make(shape, axis);
 }
 
-// What a careful author writes without remembering anything: no azimuth before it is asked for,
+// What a careful author writes without keeping anything: no azimuth before it is needed,
 // standard sort.
 struct ByHand
 {

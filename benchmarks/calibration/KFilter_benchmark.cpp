@@ -1,45 +1,19 @@
 // SPDX-License-Identifier: MIT
 //
-// One step of the Kalman filter, 6 states and 6 measurements, beside Eigen with fixed sizes and a
-// literal port. Argument 0: a general model, 1: identities, no control and diagonal covariances, as
-// the screening uses, 2: the same with a full covariance of the state.
-#include "benchmarks/calibration/PlainMatrix.h"
+// One step of the Kalman filter, 6 states and 6 measurements, beside Eigen with fixed sizes
+// (KFilter_peers.cpp) and a literal port. KalmanModel.h explains the argument.
+#include "benchmarks/calibration/KalmanModel.h"
 #include "calibration/KFilter.h"
+#include "tests/reference/LiteralMatrix.h"
 
-#include <Eigen/Dense>
 #include <benchmark/benchmark.h>
 
-#include <random>
+#include <functional>
 
 namespace {
 
-constexpr int kOrder = 6;
-
-struct Model
-{
-    double Phi[36], B[36], Gamma[36], H[36], D[36], R[36], Q[36], P[36], x[6], z[6], u[6];
-
-    explicit Model(const benchmark::State& state)
-    {
-        const bool identities = state.range(0) != 0;
-        std::mt19937 random(3);
-        std::uniform_real_distribution<double> value(-0.4, 0.4);
-        for (int i = 0; i < 36; ++i) {
-            const double one = i % 7 == 0;
-            for (double* matrix : {Phi, Gamma, H})
-                matrix[i] = identities ? one : one + value(random);
-            for (double* matrix : {B, D})
-                matrix[i] = identities ? 0 : value(random);
-            R[i] = Q[i] = 16 * one;
-            P[i] = 25 * one + (state.range(0) == 2 ? 5 : 0);
-        }
-        for (int i = 0; i < 6; ++i) {
-            x[i] = 100 * value(random);
-            z[i] = x[i] + value(random);
-            u[i] = identities ? 0 : value(random);
-        }
-    }
-};
+using kalman::kOrder;
+using kalman::Model;
 
 void Kalman_Ours(benchmark::State& state)
 {
@@ -57,30 +31,28 @@ void Kalman_Ours(benchmark::State& state)
     }
 }
 
-void Kalman_Eigen(benchmark::State& state)
+namespace port {
+
+using literal::Matrix;
+
+Matrix operator*(const Matrix& a, const Matrix& b)
 {
-    using Square = Eigen::Matrix<double, kOrder, kOrder, Eigen::RowMajor>;
-    using Vector = Eigen::Matrix<double, kOrder, 1>;
-    const Model m(state);
-    const Square Phi(m.Phi), B(m.B), Gamma(m.Gamma), H(m.H), D(m.D), R(m.R), Q(m.Q);
-    Square P(m.P);
-    Vector x(m.x);
-    const Vector z(m.z), u(m.u);
-    for (auto _ : state) {
-        const Square predicted = Phi * P * Phi.transpose() + Gamma * Q * Gamma.transpose();
-        const Square S = H * predicted * H.transpose() + R;
-        const Square K = predicted * H.transpose() * S.inverse();
-        P = (Square::Identity() - K * H) * predicted;
-        const Vector before = Phi * x + B * u;
-        x = before + K * (z - D * u - H * before);
-        benchmark::DoNotOptimize(x);
-        benchmark::DoNotOptimize(P);
-    }
+    return literal::Product(a, b);
 }
+Matrix operator+(const Matrix& a, const Matrix& b)
+{
+    return literal::Combined(a, b, std::plus<>());
+}
+Matrix operator-(const Matrix& a, const Matrix& b)
+{
+    return literal::Combined(a, b, std::minus<>());
+}
+
+} // namespace port
 
 void Kalman_LiteralPort(benchmark::State& state)
 {
-    using plain::Matrix;
+    using namespace port;
     const Model m(state);
     const auto fill = [](const double* v, int rows, int columns) {
         Matrix matrix(rows, columns);
@@ -93,10 +65,10 @@ void Kalman_LiteralPort(benchmark::State& state)
                  z = fill(m.z, 6, 1), u = fill(m.u, 6, 1);
     Matrix P = fill(m.P, 6, 6), x = fill(m.x, 6, 1);
     for (auto _ : state) {
-        const Matrix predicted = Phi * P * Phi.Transpose() + Gamma * Q * Gamma.Transpose();
-        const Matrix S = H * predicted * H.Transpose() + R;
-        const Matrix K = predicted * H.Transpose() * S.Inverse();
-        P = (Matrix::Identity(6) - K * H) * predicted;
+        const Matrix predicted = Phi * P * Transpose(Phi) + Gamma * Q * Transpose(Gamma);
+        const Matrix S = H * predicted * Transpose(H) + R;
+        const Matrix K = predicted * Transpose(H) * Inverted(S);
+        P = (literal::Identity(6) - K * H) * predicted;
         const Matrix before = Phi * x + B * u;
         x = before + K * (z - D * u - H * before);
         benchmark::DoNotOptimize(x.Get(0, 0));
@@ -104,7 +76,6 @@ void Kalman_LiteralPort(benchmark::State& state)
 }
 
 BENCHMARK(Kalman_Ours)->DenseRange(0, 2);
-BENCHMARK(Kalman_Eigen)->DenseRange(0, 2);
 BENCHMARK(Kalman_LiteralPort)->DenseRange(0, 2);
 
 } // namespace

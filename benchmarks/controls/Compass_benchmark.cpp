@@ -54,7 +54,7 @@ void SetValueAndShow(benchmark::State& state)
     int argc = 1;
     char name[] = "benchmark";
     char* argv[] = {name, nullptr};
-    framework::Application events(argc, argv, framework::Display::None);
+    framework::Application events(argc, argv, framework::Display::Memory);
     ShownDial shown;
     events.DispatchPending();
     int heading = 0;
@@ -153,7 +153,7 @@ BENCHMARK(QwtCompassRepaint)->UseManualTime()->Iterations(1);
 int main(int argc, char** argv)
 {
     benchmark::Initialize(&argc, argv);
-    const framework::Application application(argc, argv, framework::Display::None);
+    const framework::Application application(argc, argv, framework::Display::Memory);
     benchmark::RunSpecifiedBenchmarks();
     return 0;
 }

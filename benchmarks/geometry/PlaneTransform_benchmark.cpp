@@ -1,15 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
 // Fit and application of the plane transform over a million points, from memory, and over a
-// thousand, from the cache, beside Eigen's umeyama, Boost.Geometry's affine transform and PROJ's
-// helmert. Times are per call over all points; the counter gives the time of one point.
+// thousand, from the cache, beside Eigen's umeyama (PlaneTransform_peers.cpp), Boost.Geometry's affine
+// transform and PROJ's helmert. Times are per call over all points; the counter gives the time of one
+// point.
+#include "benchmarks/geometry/PlanePlaces.h"
 #include "geometry/MagneticConvert.h"
 
-#include <Eigen/Geometry>
-#include <benchmark/benchmark.h>
-#include <cmath>
-#include <random>
-#include <vector>
 #if defined(TILTPOLE_BENCHMARK_BOOST)
 #include <boost/geometry.hpp>
 #include <boost/geometry/geometries/point_xy.hpp>
@@ -20,35 +17,7 @@
 
 namespace {
 
-constexpr double kScale = 1.0000015504;
-constexpr double kRotation = 7.5874e-6; // [radians]
-
-struct Place
-{
-    double x, y;
-};
-
-std::vector<Place> Places(const benchmark::State& state)
-{
-    std::mt19937 random(1);
-    std::uniform_real_distribution<double> share(0.0, 100000.0);
-    std::vector<Place> places(static_cast<std::size_t>(state.range(0)));
-    for (Place& p : places)
-        p = {4500000.0 + share(random), 500000.0 + share(random)};
-    return places;
-}
-
-void CountPoints(benchmark::State& state)
-{
-    state.counters["per point"] =
-        benchmark::Counter(static_cast<double>(state.range(0) * state.iterations()),
-                           benchmark::Counter::kIsRate | benchmark::Counter::kInvert);
-}
-
-void Sizes(benchmark::internal::Benchmark* work)
-{
-    work->ArgName("points")->Arg(1000)->Arg(1000000)->Unit(benchmark::kMicrosecond);
-}
+using namespace plane;
 
 void FitOurs(benchmark::State& state)
 {
@@ -64,24 +33,6 @@ void FitOurs(benchmark::State& state)
     }
     for (auto _ : state)
         benchmark::DoNotOptimize(convert.CalFourParameter());
-    CountPoints(state);
-}
-
-void FitUmeyama(benchmark::State& state)
-{
-    CMagneticConvert forward;
-    forward.SetFourParameter(-129.5, -208.2, kRotation, kScale, 0, 0);
-    Eigen::Matrix2Xd source(2, state.range(0));
-    Eigen::Matrix2Xd target(2, state.range(0));
-    Eigen::Index k = 0;
-    for (const Place& p : Places(state)) {
-        Place to = p;
-        forward.XYtoXY(to.x, to.y);
-        source.col(k) << p.x, p.y;
-        target.col(k++) << to.x, to.y;
-    }
-    for (auto _ : state)
-        benchmark::DoNotOptimize(Eigen::umeyama(source, target).eval());
     CountPoints(state);
 }
 
@@ -139,7 +90,6 @@ BENCHMARK(ForwardProj)->Apply(Sizes);
 #endif
 
 BENCHMARK(FitOurs)->Apply(Sizes);
-BENCHMARK(FitUmeyama)->Apply(Sizes);
 BENCHMARK(ConvertOurs<&CMagneticConvert::XYtoXY>)->Name("ForwardOurs")->Apply(Sizes);
 BENCHMARK(ConvertOurs<&CMagneticConvert::XYtoXY1>)->Name("BackwardOurs")->Apply(Sizes);
 

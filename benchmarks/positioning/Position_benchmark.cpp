@@ -8,19 +8,18 @@
 //                  makes do with (arc tangents of a quotient; the angle of the projection waits
 //                  until ConverseYaw asks for it)
 //   Fusion         one step of a complementary filter with the same tip arithmetic, on Eigen
+//                  (Fusion_peers.cpp)
 //
 // Read the ratios, by CPU time; a single number depends on the machine.
+#include "benchmarks/positioning/PoseSamples.h"
 #include "positioning/InclineSensor_Position.h"
 #include "positioning/detail/Heading.h"
 #include "positioning/detail/Tilt.h"
 #include "survey/Correction.h"
 #include "tests/reference/LiteralPosition.h"
 
-#include <Eigen/Geometry>
-#include <array>
 #include <benchmark/benchmark.h>
 #include <cmath>
-#include <random>
 
 namespace positioning = tiltpole::positioning;
 namespace survey = tiltpole::survey;
@@ -28,41 +27,9 @@ using survey::Magnetometer;
 
 namespace {
 
-constexpr std::size_t kSamples = 1024; // a power of two
-constexpr double kPoleLength = 2.0;    // [m]
-constexpr double kBias = 0.75;         // [degrees]
+using namespace poses;
 
-// A pole that leans up to 45 degrees in a field of 45 000 nT, read in counts of 100 nT.
-std::array<PoseSensorData, kSamples> MakeSamples()
-{
-    std::mt19937 random(7);
-    std::uniform_real_distribution<double> lean(-45, 45);
-    std::uniform_real_distribution<double> field(-450, 450);
-    std::array<PoseSensorData, kSamples> samples;
-    for (PoseSensorData& s : samples) {
-        s.dPitch = lean(random);
-        s.dRoll = lean(random);
-        s.dGyro_x = field(random) / 450;
-        s.dGyro_y = field(random) / 450;
-        s.dGyro_z = field(random) / 450;
-        s.dAcc_x = std::sin(s.dPitch / 57.3);
-        s.dAcc_y = std::sin(s.dRoll / 57.3);
-        s.dAcc_z = std::cos(s.dRoll / 57.3);
-        s.dMag_x = field(random);
-        s.dMag_y = field(random);
-        s.dMag_z = field(random);
-        s.dMag_x_2 = -s.dMag_x + 0.1 * field(random);
-        s.dMag_y_2 = -s.dMag_y + 0.1 * field(random);
-        s.dMag_z_2 = s.dMag_z + 0.1 * field(random);
-    }
-    return samples;
-}
-
-const std::array<PoseSensorData, kSamples>& Samples()
-{
-    static const auto samples = MakeSamples();
-    return samples;
-}
+constexpr double kBias = 0.75; // [degrees]
 
 constexpr Incline_MagneticCorrectParameter kCorrection{3.5,   -2.25, 8.0,  0.01,
                                                        -0.02, 0.005, 1.03, 0.98};
@@ -163,54 +130,5 @@ BENCHMARK(Trigonometry)
     ->Args({6, 1})
     ->Args({5, 2})
     ->Args({6, 2});
-
-// One step of a complementary filter on a quaternion (Mahony, Hamel, Pflimlin, IEEE Trans. Autom.
-// Control 53 (2008) 1203): the rate is corrected by how far the measured gravity and field lie from
-// the expected, then integrated; the pole's end follows from the turned axis.
-class Fusion
-{
-public:
-    Eigen::Vector3d Step(const PoseSensorData& s, const Eigen::Vector3d& antenna)
-    {
-        const Eigen::Vector3d up = Eigen::Vector3d(s.dAcc_x, s.dAcc_y, s.dAcc_z).normalized();
-        const Eigen::Vector3d field = Eigen::Vector3d(s.dMag_x, s.dMag_y, s.dMag_z).normalized();
-        const Eigen::Matrix3d toWorld = m_turn.toRotationMatrix();
-        const Eigen::Vector3d h = toWorld * field;
-        const Eigen::Vector3d reference(std::hypot(h.x(), h.y()), 0.0, h.z());
-        const Eigen::Vector3d error =
-            up.cross(toWorld.transpose().col(2)) + field.cross(toWorld.transpose() * reference);
-        m_drift += kIntegral * kStep * error;
-        const Eigen::Vector3d rate =
-            Eigen::Vector3d(s.dGyro_x, s.dGyro_y, s.dGyro_z) + kProportional * error + m_drift;
-        const Eigen::Quaterniond change =
-            m_turn * Eigen::Quaterniond(0.0, rate.x(), rate.y(), rate.z());
-        m_turn.coeffs() += 0.5 * kStep * change.coeffs();
-        m_turn.normalize();
-        const double heading = std::atan2(h.y(), h.x());
-        benchmark::DoNotOptimize(heading);
-        return antenna - m_turn * Eigen::Vector3d(0.0, 0.0, kPoleLength);
-    }
-
-private:
-    static constexpr double kStep = 0.02; // [s]
-    static constexpr double kProportional = 1.0;
-    static constexpr double kIntegral = 0.01;
-    Eigen::Quaterniond m_turn = Eigen::Quaterniond::Identity();
-    Eigen::Vector3d m_drift = Eigen::Vector3d::Zero();
-};
-
-void FusionStep(benchmark::State& state)
-{
-    Fusion fusion;
-    const auto& samples = Samples();
-    const Eigen::Vector3d antenna(238539.98, 650134.99, 114.51);
-    std::size_t i = 0;
-    for ([[maybe_unused]] auto _ : state) {
-        const Eigen::Vector3d tip = fusion.Step(samples[i++ % kSamples], antenna);
-        benchmark::DoNotOptimize(tip.data());
-        benchmark::ClobberMemory();
-    }
-}
-BENCHMARK(FusionStep);
 
 } // namespace

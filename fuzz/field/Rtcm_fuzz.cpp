@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+//
+// Any bytes of a client: what passes is frames alone, whatever the pieces, and a true frame behind them
+// passes, too.
+#include "field/nmea/RtcmFilter.h"
+
+#include <cstddef>
+#include <cstdint>
+#include <cstdlib>
+#include <string>
+#include <string_view>
+
+namespace {
+
+void Demand(bool condition)
+{
+    if (!condition) std::abort();
+}
+
+void CheckFrames(std::string_view passed)
+{
+    while (!passed.empty()) {
+        Demand(passed.size() >= 6 && passed[0] == '\xD3');
+        const auto byte = [passed](std::size_t i) {
+            return static_cast<std::size_t>(static_cast<std::uint8_t>(passed[i]));
+        };
+        const std::size_t size = 6 + (byte(1) << 8U | byte(2));
+        Demand(size <= 1029 && size <= passed.size());
+        const std::uint32_t stated = static_cast<std::uint32_t>(
+            byte(size - 3) << 16U | byte(size - 2) << 8U | byte(size - 1));
+        Demand(tiltpole::field::Crc24q(passed.substr(0, size - 3)) == stated);
+        passed.remove_prefix(size);
+    }
+}
+
+} // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string_view bytes(reinterpret_cast<const char*>(data), size);
+    tiltpole::field::RtcmFilter whole;
+    const std::string passed = whole.Feed(bytes);
+    CheckFrames(passed);
+
+    tiltpole::field::RtcmFilter pieces;
+    std::string joined;
+    for (const char byte : bytes)
+        joined += pieces.Feed(std::string_view(&byte, 1));
+    Demand(joined == passed);
+
+    const std::string frame("\xD3\x00\x00\x47\xEA\x4B", 6);
+    Demand(whole.Feed(frame).ends_with(frame));
+    return 0;
+}
