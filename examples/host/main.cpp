@@ -2,13 +2,17 @@
 //
 // The shortest host: a sample of the pose sensor and the antenna coordinate give the tip.
 #include "positioning/InclineSensor_Position.h"
+#include "quality/ParameterFile.h"
 
 #include <cstdio>
 
 int main()
 {
     CInclineSensor_Position pole;
-    pole.ConfigRead("pole.cfg"); // the calibration; without it, readings are used as they are
+    const auto problems = quality::LoadParameters("pole.cfg", pole); // the calibration
+    for (const auto& problem : problems)
+        std::fprintf(stderr, "pole.cfg: %s\n", ToText(problem).c_str());
+    if (!problems.empty()) return 1; // nothing was loaded: tips would be off by decimeters
 
     PoseSensorData sample;
     sample.dRoll = 10.0;   // degrees
