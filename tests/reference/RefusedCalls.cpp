@@ -7,6 +7,7 @@
 #include <cstdlib>
 #include <dlfcn.h>
 #include <sys/stat.h>
+#include <sys/xattr.h>
 #include <unistd.h>
 
 namespace {
@@ -17,7 +18,7 @@ struct Refusal
     int count = 0;
 };
 
-std::array<Refusal, 4> refusals;
+std::array<Refusal, 5> refusals;
 
 Refusal& Of(reference::Call call)
 {
@@ -51,14 +52,20 @@ extern "C" int fchown(int file, uid_t owner, gid_t group) noexcept
     return RefuseOr(reference::Call::ChangeOwner, "fchown", file, owner, group);
 }
 
-extern "C" int rename(const char* from, const char* to) noexcept
+extern "C" int renameat(int fromFolder, const char* from, int toFolder, const char* to) noexcept
 {
-    return RefuseOr(reference::Call::Rename, "rename", from, to);
+    return RefuseOr(reference::Call::Rename, "renameat", fromFolder, from, toFolder, to);
 }
 
 extern "C" int fsync(int file)
 {
     return RefuseOr(reference::Call::Flush, "fsync", file);
+}
+
+extern "C" int fsetxattr(int file, const char* name, const void* value, std::size_t size,
+                         int flags) noexcept
+{
+    return RefuseOr(reference::Call::SetAttribute, "fsetxattr", file, name, value, size, flags);
 }
 
 namespace reference {

@@ -10,7 +10,8 @@
 
 namespace reference {
 
-enum class Call { ChangeMode, ChangeOwner, Rename, Flush }; // fchmod, fchown, rename, fsync
+enum class Call { ChangeMode, ChangeOwner, Rename, Flush, SetAttribute };
+// fchmod, fchown, renameat, fsync, fsetxattr
 
 /// While it lives, `call` fails with `error` as errno, and is counted.
 class Refused
