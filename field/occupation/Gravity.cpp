@@ -39,21 +39,30 @@ MeanForce MeanForceOf(const Track& track, double from, double to)
     double sum = 0.0;
     const auto before = [](const Node& node, double t) { return node.time < t; };
     auto next = std::lower_bound(nodes.begin(), nodes.end(), from, before);
-    for (; next != nodes.end() && next + 1 != nodes.end() && (next + 1)->time <= to; ++next) {
+    if (next == nodes.end()) return mean;
+    if (next != nodes.begin() && next->time > from) --next;
+    const Vector3d first = UpThePole(*next);
+    for (; next + 1 != nodes.end() && next->time < to; ++next) {
         const Node& a = *next;
         const Node& b = *(next + 1);
-        const double dt = b.time - a.time;
-        const double t = 0.5 * (a.time + b.time) - from;
+        // w'' does not vanish at the ends: a part of an interval that were left out there would look
+        // like an acceleration of the whole pole.
+        const double begin = std::max(a.time, from);
+        const double end = std::min(b.time, to);
+        const double dt = end - begin;
+        const double part = dt / (b.time - a.time);
+        const double t = 0.5 * (begin + end) - from;
         const double weight = scale * t * t * (span - t) * (span - t);
-        const Vector3d force = weight * (b.force - a.force);
+        const Vector3d force = weight * part * (b.force - a.force);
         mean.force += force;
         mean.attitude +=
             0.5 * weight * dt * (a.attitude.toRotationMatrix() + b.attitude.toRotationMatrix());
         mean.byBias.noalias() += Skew(force).lazyProduct(0.5 * (a.turning + b.turning));
         for (std::size_t i = 0; i < track.Gaps().size(); ++i)
             if (b.time >= track.Gaps()[i].end) mean.byGap[i] -= Skew(force);
-        const Vector3d pole = UpThePole(a) + UpThePole(b);
-        mean.ownMotion += dt * scale * SecondSlope(t, span) / kGravity * pole;
+        const double later = (0.5 * (begin + end) - a.time) / (b.time - a.time);
+        const Vector3d pole = (1.0 - later) * UpThePole(a) + later * UpThePole(b) - first;
+        mean.ownMotion += 2.0 * dt * scale * SecondSlope(t, span) / kGravity * pole;
         sum += weight * dt;
     }
     if (sum > 0.0) {

@@ -187,6 +187,25 @@ TEST(Occupation, TakesTheSensorsOwnMotionOffWhereItIsThatOfThePole)
     EXPECT_GT(e.ownMotionFit, 0.9);
 }
 
+// No second of it begins or ends with a sample.
+TEST(Occupation, TakesOwnMotionOffWhateverTheTimesOfTheSamples)
+{
+    for (const double interval : {0.0101, 0.0203, 0.0493}) {
+        SimulatedPole pole(Rock(15.0), 70.0, {}, 12);
+        Occupation occupation({});
+        double epochs = 0.0;
+        for (double t = 0.0; t < 7.3; t += interval) {
+            occupation.Add(pole.Sample(t));
+            if (t < epochs) continue;
+            occupation.Add(pole.Epoch(t));
+            epochs += 0.2;
+        }
+        const auto estimate = occupation.Estimate();
+        EXPECT_NEAR(estimate.sensorHeight, 1.8, 0.05) << interval;
+        EXPECT_GT(estimate.ownMotionFit, 0.98) << interval;
+    }
+}
+
 TEST(Occupation, BridgesAShortPauseOfTheGyrosAndRefusesALongOne)
 {
     PoleErrors errors;
