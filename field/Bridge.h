@@ -34,6 +34,7 @@
 #include "positioning/InclineSensor_Position.h"
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -259,6 +260,10 @@ public:
 
     /// Reports since the last call, in order.
     std::vector<Report> Take();
+
+    /// Gives the sentences of each epoch to `callback` as soon as they are formed, before an occupation is
+    /// estimated with it. The report that Take returns holds the same. The callback must not use the bridge.
+    void OnSentences(std::function<void(const std::string&)> callback);
 
     /// What the surveyor confirms: another base, a step of the datum.
     void Acknowledge(Reason::Code code);

@@ -74,6 +74,7 @@ Session::Session(Loop& loop, const SessionSetup& setup, Listeners listeners)
         m_status.push_back(MakeSink(m_loop, endpoint, std::move(server)));
     }
     if (!m_setup.record.empty()) m_recorder = Recorder(m_setup.record, *m_pole.started, TellEvent);
+    m_bridge.OnSentences([this](const std::string& sentences) { Send(sentences); });
     m_receiver = MakeSource(m_setup.receiver, Channel::Receiver);
     m_pose = MakeSource(m_setup.pose, Channel::Pose);
 }
@@ -186,6 +187,13 @@ void Session::CountClients()
     if (std::exchange(m_clients, clients) != clients) Arrive(Channel::Keys, ClientsKey(clients));
 }
 
+void Session::Send(const std::string& sentences)
+{
+    const auto epoch = std::make_shared<const std::string>(sentences);
+    for (const auto& sink : m_sinks)
+        sink->Send(epoch);
+}
+
 void Session::Deliver()
 {
     for (const Report& report : m_bridge.Take())
@@ -197,15 +205,10 @@ void Session::Deliver(const Report& report)
 {
     m_banner.Add(report, m_bridge.Count());
     TellState(report);
-    if (!report.nmea.empty()) {
-        const auto epoch = std::make_shared<const std::string>(report.nmea);
-        for (const auto& sink : m_sinks)
-            sink->Send(epoch);
-        if (!m_status.empty()) {
-            const auto json = std::make_shared<const std::string>(ReportJson(report));
-            for (const auto& status : m_status)
-                status->Send(json);
-        }
+    if (!report.nmea.empty() && !m_status.empty()) {
+        const auto json = std::make_shared<const std::string>(ReportJson(report));
+        for (const auto& status : m_status)
+            status->Send(json);
     }
     if (m_listeners.onReport) m_listeners.onReport(report);
 }

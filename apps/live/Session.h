@@ -67,6 +67,7 @@ private:
     void Connected(field::Channel channel);
     void Correct(std::string_view frames);
     void EndSoon();
+    void Send(const std::string& sentences);
     void Deliver();
     void Deliver(const field::Report& report);
     void TellState(const field::Report& report);

@@ -3,6 +3,8 @@
 
 #include "field/bridge/Engine.h"
 
+#include <utility>
+
 namespace field {
 
 struct Bridge::Engine : tiltpole::field::Engine
@@ -36,6 +38,10 @@ void Bridge::Tick(Instant now)
 std::vector<Report> Bridge::Take()
 {
     return m_engine->Take();
+}
+void Bridge::OnSentences(std::function<void(const std::string&)> callback)
+{
+    m_engine->OnSentences(std::move(callback));
 }
 void Bridge::Acknowledge(Reason::Code code)
 {

@@ -297,6 +297,7 @@ void Engine::Finish(const TimedEpoch& timed, TipSolution&& solution, const Judge
     report.verdict = judgement.verdict;
     if (!judgement.hidden) report.tip = std::move(solution.tip);
     report.nmea = WriteEpoch(report.epoch, report.tip, report.verdict, m_setup, pole, m_clients);
+    if (m_onSentences) m_onSentences(report.nmea); // an estimate takes longer than all the rest
     AddOccupation(report, pole.declination);
     CountVerdict(report.verdict.state, m_counters);
     Emit(std::move(report));

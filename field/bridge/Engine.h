@@ -17,8 +17,11 @@
 
 #include <cstddef>
 #include <deque>
+#include <functional>
 #include <optional>
+#include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace tiltpole::field {
@@ -36,6 +39,10 @@ public:
     void FeedPose(const ::field::PoseSample& sample);
     void Tick(::field::Instant now);
     std::vector<::field::Report> Take();
+    void OnSentences(std::function<void(const std::string&)> callback)
+    {
+        m_onSentences = std::move(callback);
+    }
     void Acknowledge(::field::Reason::Code code) { m_gate.Acknowledge(code); }
     void RestartReceiver();
     void RestartPose();
@@ -70,6 +77,7 @@ private:
     std::optional<double> m_strengthAtStart; // of the model at the first place [nT]
     ::field::Counters m_counters;
     int m_clients = 0;
+    std::function<void(const std::string&)> m_onSentences;
 };
 
 } // namespace tiltpole::field

@@ -2,6 +2,7 @@
 //
 // A planted pole that moves, through the whole engine: the occupation's tip may be stored while the
 // antenna moves.
+#include "field/OccupationTrack.h"
 #include "tests/field/bridge/PlantedPole.h"
 
 #include <gtest/gtest.h>
@@ -59,6 +60,37 @@ TEST(LiveOccupation, BeginsAnewAtAnotherTip)
             EXPECT_FALSE(report.occupation) << t;
         }
     }
+}
+
+// An estimate lets go of the track of the one before it.
+TEST(LiveOccupation, IsEstimatedAfterTheSentencesWereHandedOut)
+{
+    field::Bridge bridge(TrackSetup());
+    std::weak_ptr<const field::OccupationTrack> before;
+    bool wasThere = false; // when sentences were handed out last
+    std::string sent;
+    std::string reported;
+    bridge.OnSentences([&](const std::string& sentences) {
+        sent += sentences;
+        wasThere = !before.expired();
+    });
+    int renewed = 0;
+    for (const Record& record : RecordsOf(LeanInTrack(8.0, 1.0))) {
+        const bool hadTrack = !before.expired();
+        field::Play(bridge, record);
+        auto reports = bridge.Take();
+        if (hadTrack && before.expired()) {
+            ++renewed;
+            EXPECT_TRUE(wasThere);
+        }
+        for (const Report& report : reports) {
+            reported += report.nmea;
+            before = report.occupationTrack;
+        }
+    }
+    EXPECT_GT(renewed, 3);
+    EXPECT_GT(reported.size(), 5000U);
+    EXPECT_EQ(sent, reported);
 }
 
 TEST(LiveOccupation, NeedsGyros)
