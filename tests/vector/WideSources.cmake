@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
-# Fails when an object that is compiled for 4 or 8 lanes defines a function that another object of
-# the archive defines as well.
+# Fails when an object that is compiled for 4 or 8 lanes defines a function that an object of another
+# width defines as well. Objects of one width run on the same processors and may share.
 execute_process(COMMAND ${nm} -A --defined-only ${archive}
     OUTPUT_VARIABLE listing RESULT_VARIABLE failed)
 if(failed)
@@ -29,10 +29,15 @@ if(count LESS 10)
     message(FATAL_ERROR "only ${count} wide functions found: the names of the objects have changed")
 endif()
 foreach(entry IN LISTS wide_symbols)
-    string(REGEX REPLACE "^[^=]+=" "" symbol ${entry})
+    string(REGEX MATCH "_([48])\\.cpp[^=]*=(.+)$" ignored ${entry})
+    set(lanes ${CMAKE_MATCH_1})
+    set(symbol ${CMAKE_MATCH_2})
     string(MAKE_C_IDENTIFIER ${symbol} id)
-    if(symbol MATCHES "^_Z" AND (other_${id} OR seen_${id}))
-        message(SEND_ERROR "${entry} is also defined in another object")
+    if(NOT symbol MATCHES "^_Z")
+        continue()
     endif()
-    set(seen_${id} TRUE)
+    if(other_${id} OR (DEFINED lanes_${id} AND NOT lanes_${id} EQUAL lanes))
+        message(SEND_ERROR "${entry} is also defined in an object of another width")
+    endif()
+    set(lanes_${id} ${lanes})
 endforeach()
