@@ -61,10 +61,11 @@ function(tiltpole_sources name)
         PUBLIC FILE_SET HEADERS BASE_DIRS ${PROJECT_SOURCE_DIR} FILES ${arg_PUBLIC})
 endfunction()
 
-# tiltpole_test(<name> [PROGRAM <target>] SOURCES <files> LIBRARIES <targets>): one GoogleTest
-# program per folder. Its tests may run PROGRAM, whose path is TILTPOLE_PROGRAM.
+# tiltpole_test(<name> [SERIAL] [PROGRAM <target>] SOURCES <files> LIBRARIES <targets>): one GoogleTest
+# program per folder. Its tests may run PROGRAM, whose path is TILTPOLE_PROGRAM. With SERIAL nothing
+# runs beside one of them: for tests of programs that answer in real time.
 function(tiltpole_test name)
-    cmake_parse_arguments(PARSE_ARGV 1 arg "" "PROGRAM" "SOURCES;LIBRARIES")
+    cmake_parse_arguments(PARSE_ARGV 1 arg "SERIAL" "PROGRAM" "SOURCES;LIBRARIES")
     add_executable(${name} ${arg_SOURCES})
     tiltpole_target_defaults(${name})
     target_include_directories(${name} PRIVATE ${PROJECT_SOURCE_DIR})
@@ -85,7 +86,7 @@ function(tiltpole_test name)
     endif()
     # Random properties begin from a fixed seed: a run that failed can be repeated.
     gtest_discover_tests(${name} DISCOVERY_MODE PRE_TEST
-        PROPERTIES TIMEOUT 600 ENVIRONMENT "RC_PARAMS=seed=20261121")
+        PROPERTIES TIMEOUT 600 ENVIRONMENT "RC_PARAMS=seed=20261121" RUN_SERIAL ${arg_SERIAL})
     tiltpole_second_seed(${name} ${arg_SOURCES})
 endfunction()
 
