@@ -16,13 +16,14 @@ import shlex
 import subprocess
 import sys
 
+ROOT = pathlib.Path(__file__).resolve().parents[2]
+sys.path.insert(0, str(ROOT / 'cmake'))
+import together  # noqa: E402
+
 AT_MOST = 12
 # What only stands because sources are read together.
 CHECKS = '-bugprone-suspicious-include'
 COMPILER = ['-Wno-shadow']
-# Names that begin a declaration outside of functions and classes; members are qualified.
-DECLARED = re.compile(r'^(?:struct|class|enum|enum class) (\w+)'
-                      r'|^(?!namespace |using )(?:[\w\[\]<>,&*:]+ )+[&*]*(\w+)(?: ?[({=\[;]| *$)', re.MULTILINE)
 NOT_COMPILED = re.compile(r'^(\S+?):\d+:\d+: error: .*\[clang-diagnostic-error\]', re.MULTILINE)
 
 
@@ -45,24 +46,10 @@ def sources_by_options(build, wanted):
     return groups
 
 
-def names_in(source):
-    text = pathlib.Path(source).read_text(encoding='utf-8')
-    return {name for match in DECLARED.finditer(text) for name in match.groups() if name}
-
-
 def batches_of(sources):
-    """Lists of at most AT_MOST sources that share no name."""
-    batches = []
-    for source in sources:
-        names = names_in(source)
-        for batch, taken in batches:
-            if len(batch) < AT_MOST and not names & taken:
-                batch.append(source)
-                taken |= names
-                break
-        else:
-            batches.append(([source], names))
-    return [batch for batch, _ in batches]
+    """Lists of at most AT_MOST sources that can be read as one."""
+    paths = [pathlib.Path(source) for source in sources]
+    return [[str(path) for path in company] for company in together.companies_of(paths, ROOT, AT_MOST)]
 
 
 def tidy(folder, directory, options, file, arguments):
