@@ -44,8 +44,10 @@ struct JobResult
     std::string error; ///< empty where there is a value
 
     explicit operator bool() const { return value.has_value(); }
-    Value& operator*() { return *value; }
-    const Value& operator*() const { return *value; }
+    Value& operator*() & { return *value; }
+    const Value& operator*() const& { return *value; }
+    /// Of a temporary by value: `for (const JobPoint& point : *job.Points())` iterates over what lives.
+    Value operator*() && { return *std::move(value); }
     Value* operator->() { return &*value; }
     const Value* operator->() const { return &*value; }
 };

@@ -6,7 +6,10 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
+#include <string>
+#include <type_traits>
 #include <utility>
+#include <vector>
 
 namespace field::test {
 namespace {
@@ -15,6 +18,19 @@ using testing::HasSubstr;
 
 constexpr double kNaN = std::numeric_limits<double>::quiet_NaN();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
+
+TEST(JobStore, GivesPointsThatOutliveTheResultTheyCameIn)
+{
+    const ScratchFolder folder;
+    JobStore job = NewJob(folder.Path("job.gpkg"));
+    for (const char* name : {"P1", "P2"})
+        ASSERT_TRUE(job.AddPoint(SomePoint(name, 1), SomeEpochs()));
+    std::string names;
+    for (const JobPoint& point : *job.Points())
+        names += point.name + ' ';
+    EXPECT_EQ(names, "P1 P2 ");
+    static_assert(std::is_same_v<decltype(*job.Points()), std::vector<JobPoint>>);
+}
 
 TEST(JobStore, GivesBackAPointAsItWasStored)
 {
