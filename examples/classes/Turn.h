@@ -24,12 +24,14 @@ inline std::vector<PoseSensorData> Record(Axis axis, double step = 2.0)
         double x = 300.0 * std::cos(a); // the field in the axes of the sensor
         double y = 300.0 * std::sin(a);
         double z = -450.0;
+        PoseSensorData sample; // upright all the way round about z
         if (axis == Axis::Y) {
+            sample.dPitch = std::asin(std::sin(a)) * 180.0 / std::numbers::pi;
+            sample.dRoll = std::cos(a) < 0.0 ? 180.0 : 0.0; // beyond the vertical it hangs
             x = 300.0 * std::cos(a) - 450.0 * std::sin(a);
             y = 0.0;
             z = -300.0 * std::sin(a) - 450.0 * std::cos(a);
         }
-        PoseSensorData sample;
         sample.dMag_x = x + 60.0;
         sample.dMag_y = y + 0.1 * x - 90.0;
         sample.dMag_z = z + 0.05 * x + 45.0;
