@@ -10,6 +10,7 @@
 #include <pybind11/pybind11.h>
 
 #include <cstddef>
+#include <initializer_list>
 #include <string>
 #include <vector>
 
@@ -84,6 +85,28 @@ inline Doubles NewArray(std::size_t rows, std::size_t columns)
 inline Doubles NewArray(std::size_t size)
 {
     return Doubles(static_cast<py::ssize_t>(size));
+}
+
+struct FieldDoc
+{
+    const char* name;
+    const char* doc;
+};
+
+/// A named tuple of the package with what its fields are.
+inline py::object NewNamedTuple(py::module_& module, const char* name, const char* doc,
+                                std::initializer_list<FieldDoc> fields)
+{
+    py::list names;
+    for (const FieldDoc& field : fields)
+        names.append(field.name);
+    const py::object make = py::module_::import("collections").attr("namedtuple");
+    const py::object type = make(name, names, py::arg("module") = "tiltpole");
+    type.attr("__doc__") = doc;
+    for (const FieldDoc& field : fields)
+        type.attr(field.name).attr("__doc__") = field.doc;
+    module.attr(name) = type;
+    return type;
 }
 
 /// The covariance of x, y, h.

@@ -32,6 +32,7 @@ magnetic       (n, 3): corrected readings of magnetometer A, or None: the headin
 epoch_seconds  (m,): times of the antenna positions, of the same clock [s]
 antennas       (m, 3): N, E, h [m]
 pole_length    antenna to tip [m]
+sensor_type    as for Pole
 magnetic_bias  magnetic heading minus heading [degrees]
 delay          antenna epochs are stamped this much too early [s]
 pole_error, plan_error, height_error, axis_error, accelerometer_error
@@ -145,22 +146,25 @@ void AddOccupation(py::module_& module)
                 if (!e.hasTip) return py::none();
                 return ArrayOf(e.tip);
             },
-            "N, E, h; None where there is none.")
+            "N, E, h [m]; None where there is none.")
         .def_property_readonly(
             "covariance", [](const OccupationEstimate& e) { return MatrixOf(e.covariance); },
             "Of N, E, h [m²].")
-        .def_readonly("ellipse_major", &OccupationEstimate::ellipseMajor, "Semi-axis, 95 %.")
-        .def_readonly("ellipse_minor", &OccupationEstimate::ellipseMinor, "Semi-axis, 95 %.")
-        .def_readonly("ellipse_azimuth", &OccupationEstimate::ellipseAzimuth, "Of the major axis.")
-        .def_readonly("height_half_interval", &OccupationEstimate::heightHalfInterval, "95 %.")
-        .def_readonly("heading", &OccupationEstimate::heading, "At the last sample.")
-        .def_readonly("heading_error", &OccupationEstimate::headingSigma, "Standard deviation.")
-        .def_readonly("lean", &OccupationEstimate::lean, "At the last sample.")
-        .def_readonly("magnetic_difference", &OccupationEstimate::magneticDifference,
-                      "Heading by the magnetometer minus that by the track; NaN without readings.")
+        .def_readonly("ellipse_major", &OccupationEstimate::ellipseMajor, "Semi-axis, 95 % [m].")
+        .def_readonly("ellipse_minor", &OccupationEstimate::ellipseMinor, "Semi-axis, 95 % [m].")
+        .def_readonly("ellipse_azimuth", &OccupationEstimate::ellipseAzimuth,
+                      "Azimuth of the major axis [degrees].")
+        .def_readonly("height_half_interval", &OccupationEstimate::heightHalfInterval, "95 % [m].")
+        .def_readonly("heading", &OccupationEstimate::heading, "At the last sample [degrees].")
+        .def_readonly("heading_error", &OccupationEstimate::headingSigma,
+                      "Standard deviation [degrees].")
+        .def_readonly("lean", &OccupationEstimate::lean, "At the last sample [degrees].")
+        .def_readonly(
+            "magnetic_difference", &OccupationEstimate::magneticDifference,
+            "Heading by the magnetometer minus that by the track; NaN without readings [degrees].")
         .def_readonly("length_error", &OccupationEstimate::lengthError,
-                      "True length minus pole_length, as the track shows it.")
-        .def_readonly("epochs", &OccupationEstimate::epochs)
+                      "True length minus pole_length, as the track shows it [m].")
+        .def_readonly("epochs", &OccupationEstimate::epochs, "Antenna positions in the estimate.")
         .def("__repr__", [](const OccupationEstimate& e) {
             return "<OccupationEstimate: " + OccupationText(e) + ">";
         });

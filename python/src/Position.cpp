@@ -133,22 +133,22 @@ void AddRecords(py::module_& module)
         "What corrects the readings of a magnetometer: offsets x0, y0, z0 [counts], "
         "shares a, c, d of one\naxis in another, scales b, e.")
         .def(py::init<>())
-        .def_readwrite("x0", &Correction::x0)
-        .def_readwrite("y0", &Correction::y0)
-        .def_readwrite("z0", &Correction::z0)
-        .def_readwrite("a", &Correction::a)
-        .def_readwrite("b", &Correction::b)
-        .def_readwrite("c", &Correction::c)
-        .def_readwrite("d", &Correction::d)
-        .def_readwrite("e", &Correction::e);
+        .def_readwrite("x0", &Correction::x0, "Offset of x [counts].")
+        .def_readwrite("y0", &Correction::y0, "Offset of y [counts].")
+        .def_readwrite("z0", &Correction::z0, "Offset of z [counts].")
+        .def_readwrite("a", &Correction::a, "Share of x added to y, no unit.")
+        .def_readwrite("b", &Correction::b, "Scale of y, no unit.")
+        .def_readwrite("c", &Correction::c, "Share of x added to z, no unit.")
+        .def_readwrite("d", &Correction::d, "Share of y added to z, no unit.")
+        .def_readwrite("e", &Correction::e, "Scale of z, no unit.");
 
     py::class_<Calibration>(module, "Calibration",
                             "Everything a calibration sets: both corrections, the translation from "
                             "B to A [counts], both bias\nangles, which are subtracted from the "
                             "headings [degrees].")
         .def(py::init<>())
-        .def_readwrite("correction_a", &Calibration::correctionA)
-        .def_readwrite("correction_b", &Calibration::correctionB)
+        .def_readwrite("correction_a", &Calibration::correctionA, "Of magnetometer A.")
+        .def_readwrite("correction_b", &Calibration::correctionB, "Of magnetometer B.")
         .def_property(
             "translation",
             [](const Calibration& c) {
@@ -156,24 +156,34 @@ void AddRecords(py::module_& module)
             },
             [](Calibration& c, const Triple& t) {
                 c.translation = {std::get<0>(t), std::get<1>(t), std::get<2>(t)};
-            })
-        .def_readwrite("bias_a", &Calibration::biasAngleA)
-        .def_readwrite("bias_b", &Calibration::biasAngleB);
+            },
+            "From B to A, x, y, z [counts].")
+        .def_readwrite("bias_a", &Calibration::biasAngleA,
+                       "Subtracted from the heading of A [degrees].")
+        .def_readwrite("bias_b", &Calibration::biasAngleB,
+                       "Subtracted from the heading of B [degrees].");
 }
 
 } // namespace
 
 void AddPosition(py::module_& module)
 {
-    const py::object named = py::module_::import("collections").attr("namedtuple");
-    module.attr("Positions") =
-        named("Positions", "tips heading_a heading_b heading_y still interference",
-              py::arg("module") = "tiltpole");
+    NewNamedTuple(module, "Positions", "What Pole.position gives, a row for each sample.",
+                  {
+                      {"tips",         "N, E, h, (n, 3) [m]."                                     },
+                      {"heading_a",    "By magnetometer A, (n,) [degrees]."                       },
+                      {"heading_b",    "By magnetometer B, (n,) [degrees]."                       },
+                      {"heading_y",    "heading_a less the direction of the tilt, (n,) [degrees]."},
+                      {"still",        "Whether the pole rests, (n,) of bool."                    },
+                      {"interference", "Whether the magnetometers disagree, (n,) of bool."        },
+    });
     AddRecords(module);
 
     py::class_<Pole>(module, "Pole", kPoleDoc)
         .def(py::init<int>(), py::arg("sensor_type") = 1)
-        .def_property_readonly("sensor_type", &Pole::SensorType)
+        .def_property_readonly("sensor_type", &Pole::SensorType,
+                               "1: x forward, y left, z up the pole; any other: x right, y "
+                               "forward, z up.")
         .def_property("calibration", &Pole::GetCalibration, &Pole::SetCalibration,
                       "A copy: change it and set it again.")
         .def("load", &Pole::Load, py::arg("path"), kLoadDoc)

@@ -125,11 +125,15 @@ void AddSimilarity(py::module_& module)
     py::class_<Similarity>(module, "Similarity", kSimilarityDoc)
         .def(py::init<double, double, double, double>(), py::arg("scale") = 1.0,
              py::arg("rotation") = 0.0, py::arg("dx") = 0.0, py::arg("dy") = 0.0)
-        .def_property_readonly("scale", [](const Similarity& s) { return s.Parameters().dScale; })
-        .def_property_readonly("rotation",
-                               [](const Similarity& s) { return s.Parameters().dRotate; })
-        .def_property_readonly("dx", [](const Similarity& s) { return s.Parameters().dDx; })
-        .def_property_readonly("dy", [](const Similarity& s) { return s.Parameters().dDy; })
+        .def_property_readonly(
+            "scale", [](const Similarity& s) { return s.Parameters().dScale; }, "k, no unit.")
+        .def_property_readonly(
+            "rotation", [](const Similarity& s) { return s.Parameters().dRotate; },
+            "t, from x towards y [radians].")
+        .def_property_readonly(
+            "dx", [](const Similarity& s) { return s.Parameters().dDx; }, "[m]")
+        .def_property_readonly(
+            "dy", [](const Similarity& s) { return s.Parameters().dDy; }, "[m]")
         .def_readonly("residuals", &Similarity::residuals,
                       "Of a fit, fitted minus target (n, 2) [m]; else empty.")
         .def("forward", &Similarity::Forward, py::arg("points"),

@@ -171,10 +171,17 @@ py::tuple SimulateBothTurns(std::uint64_t seed, const Triple& hardA, const Tripl
 
 void AddSimulation(py::module_& module)
 {
-    const py::object named = py::module_::import("collections").attr("namedtuple");
-    module.attr("OccupiedPoint") =
-        named("OccupiedPoint", "seconds rates accelerations magnetic epoch_seconds antennas tip",
-              py::arg("module") = "tiltpole");
+    NewNamedTuple(module, "OccupiedPoint",
+                  "A simulated occupation: what `occupy` takes, and the true tip.",
+                  {
+                      {"seconds",       "Times of the samples, (n,) [s]."                },
+                      {"rates",         "About the sensor's x, y, z, (n, 3) [degrees/s]."},
+                      {"accelerations", "Specific force, (n, 3) [g]."                    },
+                      {"magnetic",      "Readings of magnetometer A, (n, 3) [counts]."   },
+                      {"epoch_seconds", "Times of the antenna positions, (m,) [s]."      },
+                      {"antennas",      "N, E, h, (m, 3) [m]."                           },
+                      {"tip",           "The true N, E, h, (3,) [m]."                    },
+    });
     module.def("simulate_occupations", &SimulateOccupied, py::arg("seed"), py::kw_only(),
                py::arg("points") = 8, py::arg("motion") = "lean-in",
                py::arg("seconds") = py::none(), py::arg("lean_to") = py::none(),

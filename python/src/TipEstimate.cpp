@@ -84,25 +84,28 @@ void AddTipEstimate(py::module_& module)
             "verdict", [](const TipEstimate& e) { return NameOf(e.verdict); },
             "'store', 'no solution', 'outlier', 'wrong radius', 'ambiguous' or 'too uncertain'.")
         .def_property_readonly(
-            "tip", [](const TipEstimate& e) { return ArrayOf(e.tip); }, "N, E, h.")
+            "tip", [](const TipEstimate& e) { return ArrayOf(e.tip); }, "N, E, h [m].")
         .def_property_readonly(
             "covariance", [](const TipEstimate& e) { return MatrixOf(e.covariance); },
             "Of N, E, h [m²].")
-        .def_readonly("ellipse_major", &TipEstimate::ellipseMajor, "Semi-axis, 95 %.")
-        .def_readonly("ellipse_minor", &TipEstimate::ellipseMinor, "Semi-axis, 95 %.")
-        .def_readonly("ellipse_azimuth", &TipEstimate::ellipseAzimuth, "Of the major axis.")
-        .def_readonly("height_half_interval", &TipEstimate::heightHalfInterval, "95 %.")
-        .def_readonly("residual_rms", &TipEstimate::residualRms)
-        .def_readonly("used", &TipEstimate::used, "Positions.")
+        .def_readonly("ellipse_major", &TipEstimate::ellipseMajor, "Semi-axis, 95 % [m].")
+        .def_readonly("ellipse_minor", &TipEstimate::ellipseMinor, "Semi-axis, 95 % [m].")
+        .def_readonly("ellipse_azimuth", &TipEstimate::ellipseAzimuth,
+                      "Azimuth of the major axis [degrees].")
+        .def_readonly("height_half_interval", &TipEstimate::heightHalfInterval, "95 % [m].")
+        .def_readonly("residual_rms", &TipEstimate::residualRms,
+                      "Of distances to the tip less the antenna height [m].")
+        .def_readonly("used", &TipEstimate::used, "Positions that are finite.")
         .def_readonly("suspect_index", &TipEstimate::suspectIndex,
                       "Of the position whose residual is least likely.")
         .def_readonly("suspect_ratio", &TipEstimate::suspectRatio,
-                      "Its residual to what chance allows; above 1 it is an outlier.")
+                      "Its residual to what chance allows; above 1 it is an outlier, no unit.")
         .def_readonly("radius_excess", &TipEstimate::radiusExcess,
-                      "Fitted radius minus antenna height, were it free.")
+                      "Fitted radius minus antenna height, were it free [m].")
         .def_readonly("radius_excess_limit", &TipEstimate::radiusExcessLimit,
-                      "A smaller error of the antenna height goes unnoticed.")
-        .def_readonly("direction_spread", &TipEstimate::directionSpread)
+                      "A smaller error of the antenna height goes unnoticed [m].")
+        .def_readonly("direction_spread", &TipEstimate::directionSpread,
+                      "Of the directions from tip to antenna, RMS [degrees].")
         .def("__repr__", [](const TipEstimate& e) {
             return "<TipEstimate: " + NameOf(e.verdict) + ", " + std::to_string(e.used)
                    + " positions>";

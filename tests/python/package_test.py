@@ -101,6 +101,34 @@ class Documentation(unittest.TestCase):
         for name in tiltpole.__all__:
             self.assertTrue(getattr(tiltpole, name).__doc__, name)
 
+    def test_tells_the_unit_of_every_number(self):
+        stub = stub_names(ast.parse(STUB.read_text(encoding="utf-8")))
+        told = 0
+        for name, node in stub.items():
+            if not isinstance(node, ast.ClassDef):
+                continue
+            for member, declared in stub_names(node).items():
+                if member.startswith("_"):
+                    continue
+                doc = getattr(getattr(tiltpole, name), member).__doc__ or ""
+                self.assertRegex(doc, r"[\w\]]", f"{name}.{member}")
+                self.assertNotIn("Alias for field", doc, f"{name}.{member}")
+                kind = declared.returns if isinstance(declared, ast.FunctionDef) else declared.annotation
+                if not re.search(r"float|Doubles", ast.unparse(kind)):
+                    continue
+                self.assertRegex(doc, r"\[.+\]|no unit", f"{name}.{member}")
+                told += 1
+        self.assertGreater(told, 40)
+
+    def test_tells_of_every_parameter(self):
+        for name in tiltpole.__all__:
+            function = getattr(tiltpole, name)
+            if isinstance(function, type):
+                continue
+            text = function.__doc__.split("\n", 1)[1]
+            for parameter in documented(function):
+                self.assertRegex(text, rf"(?m)^(\w+, )*{parameter}\b", f"{name}: {parameter}")
+
 
 if __name__ == "__main__":
     unittest.main()
