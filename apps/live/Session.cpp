@@ -111,6 +111,9 @@ std::unique_ptr<Source> Session::MakeSource(const Endpoint& endpoint, Channel ch
     const bool isLine =
         endpoint.kind == Endpoint::Kind::Serial || endpoint.kind == Endpoint::Kind::Tcp;
     if (isLine && channel == Channel::Pose) source->SetPatience(Source::kPoseSilence);
+    if (endpoint.kind == Endpoint::Kind::Serial && channel == Channel::Receiver)
+        source->SetPatience(m_setup.reopen > Instant::zero() ? std::optional(m_setup.reopen)
+                                                             : std::nullopt);
     return source;
 }
 

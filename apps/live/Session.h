@@ -24,6 +24,8 @@ struct SessionSetup
     std::vector<Endpoint> sinks;
     std::vector<Endpoint> status; ///< sinks that get one JSON object an epoch
     std::vector<AddressRange> allowed;
+    /// After how much silence the receiver's serial port is opened again; 0: never.
+    Instant reopen = Source::kSilence;
     bool corrections = false; ///< RTCM frames of clients go to the receiver
     std::string record;       ///< file; empty: none
     std::string config;       ///< name of the parameter file, for the banner

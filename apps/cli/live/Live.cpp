@@ -62,6 +62,8 @@ void CheckTogether(const LiveOptions& options)
     if (isReplay && !options.control.empty())
         throw tables::InputError("--replay takes its requests from the recording: leave --control "
                                  "out");
+    if (options.reopen && !options.gnss.starts_with("serial:"))
+        throw tables::InputError("--reopen is for a receiver on a serial port");
     if (!isReplay && (options.gnss.empty() || options.pose.empty()))
         throw tables::InputError("--gnss and --pose are both required, or --replay");
     if (!isReplay && options.gnss == "-" && options.pose == "-")
@@ -89,6 +91,9 @@ live::SessionSetup SessionSetupOf(const LiveOptions& options)
     setup.status = SinksOf(options.status);
     if (options.json) setup.status.push_back(SinkOf("-"));
     setup.allowed = RangesOf(options.allow);
+    if (options.reopen)
+        setup.reopen =
+            std::chrono::round<field::Instant>(std::chrono::duration<double>(*options.reopen));
     setup.corrections = options.corrections == "clients";
     setup.record = options.record;
     setup.config = options.pole.config;
@@ -184,6 +189,13 @@ void AddConnections(CLI::App& command, LiveOptions& options)
         "--find-delay", options.findDelay,
         "Print how much later the receiver tells of a moment than the pose sensor: rock "
         "the pole about its tip on a fixed mark");
+    command
+        .add_option(
+            "--reopen", options.reopen,
+            "After how much silence the receiver's serial port is opened again [s]; default "
+            "5, 0: never. More than the time between two epochs")
+        ->type_name("NUMBER")
+        ->check(NumberIn({0.0, 3600.0, "s"}));
     command
         .add_option("--seconds", options.seconds,
                     "How long to look for the delay [s]; default 20, of a recording 60")

@@ -40,6 +40,7 @@ struct LiveOptions
     bool json = false;
     bool findDelay = false;
     std::optional<double> seconds;
+    std::optional<double> reopen; // [s]; 0: never
     std::string job;
     std::string control;
     std::string program; // with its version

@@ -147,6 +147,22 @@ TEST(Session, OpensAPoseSensorThatIsSilentAgainAfterTwoSeconds)
     EXPECT_EQ(Count(recording(), " K restart receiver\n"), 0U);
 }
 
+std::size_t ReopenedWithin(live::Instant time, live::Instant reopen)
+{
+    live::Loop loop;
+    Pole pole(loop, live_pole::RecordsOf(live_pole::StandingTrack(0.3)));
+    pole.Setup().reopen = reopen;
+    pole.Start();
+    RunFor(loop, time);
+    return Count(pole.folder.Read("day.tprec"), " K restart receiver\n");
+}
+
+TEST(Session, OpensTheReceiversPortAgainAfterTheSilenceThatIsAskedForOrNever)
+{
+    EXPECT_GT(ReopenedWithin(2s, 400ms), 1U);
+    EXPECT_EQ(ReopenedWithin(live::Source::kSilence + 1s, 0s), 0U);
+}
+
 TEST(Session, GivesCorrectionsOfClientsToTheReceiverAndNothingElse)
 {
     live::Loop loop;
