@@ -138,7 +138,8 @@ std::optional<TimedEpoch> ReceiverInput::Timed(Epoch&& epoch)
     timed.age = Seconds(epoch.arrival - host).count();
     timed.seconds = time.seconds;
     timed.period = m_clock.Period();
-    timed.timeStep = m_stepped && epoch.arrival - *m_stepped < kSettles;
+    const bool settles = m_stepped && epoch.arrival - *m_stepped < kSettles;
+    timed.timeStep = settles || timed.age > LeastDelay::kLate;
     timed.epoch = std::move(epoch);
     SetDate(timed);
 

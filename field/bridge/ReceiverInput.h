@@ -27,7 +27,7 @@ struct TimedEpoch
     std::optional<std::chrono::sys_days> today; ///< by the receiver, or by the start of the job
     double age = 0.0;                           ///< at its arrival, beyond the least delay [s]
     double period = 0.0;                        ///< [s]; 0: not known
-    bool timeStep = false;                      ///< within 2 s of a step of the time
+    bool timeStep = false;                  ///< within 2 s of a step of the time, or as late as one
     std::optional<::field::Reason> silence; ///< that it ended, unless NewSilence said so already
     bool restarted = false;                 ///< first one after a step, or at all
 };

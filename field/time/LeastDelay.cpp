@@ -12,7 +12,6 @@ constexpr Instant kSlice = std::chrono::milliseconds(250);
 constexpr Instant kWindow = std::chrono::seconds(30);
 constexpr Instant kWindowSlow = std::chrono::seconds(60);
 constexpr double kSlowPeriod = 0.21; // above it the samples come less often than 5 Hz [s]
-constexpr double kLate = 1.0;        // [s]
 constexpr Instant kLateFor = std::chrono::seconds(2);
 constexpr double kLongestTime = 9e9; // in nanoseconds still an Instant [s]
 

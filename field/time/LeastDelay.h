@@ -26,11 +26,14 @@ using ::field::Instant;
 class LeastDelay
 {
 public:
+    /// Less than the second that a device repeats which does not know leap seconds [s].
+    static constexpr double kLate = 0.9;
+
     /// @param deviceSeconds  time that the device gives [s], finite and not running back; whoever
     ///                       knows that it stepped calls Restart
     /// @param arrival        of the sample's last byte; not running back
-    /// @return whether the filter began anew here: all samples of two seconds came more than one
-    ///         second later than the offset has it
+    /// @return whether the filter began anew here: all samples of two seconds came later than the
+    ///         offset has it by more than kLate
     bool Add(double deviceSeconds, Instant arrival);
 
     /// Time of the device on the host's clock; none before the first sample.

@@ -272,6 +272,23 @@ TEST(Faults, NothingHappensInALeapSecond)
         EXPECT_EQ(reports[i].verdict.state, State::Store) << i << ' ' << ReasonsOf(reports[i]);
 }
 
+// A receiver that knows no 23:59:60 says 23:59:59 twice; at 1 Hz no time runs back.
+TEST(Faults, ASecondThatIsRepeatedMakesNoPoseOld)
+{
+    Options options;
+    options.epochRate = 1.0;
+    options.epoch = [](EpochFields& epoch) { epoch.utc -= epoch.seconds > 19.5 ? 1.0 : 0.0; };
+    int stored = 0;
+    for (const Report& report : ReportsOf(TrackSetup(), RecordsOf(StandingTrack(30.0), options))) {
+        if (report.verdict.state != State::Store) continue;
+        const Instant ago = report.epoch.arrival - report.epoch.moment;
+        EXPECT_NEAR(std::chrono::duration<double>(ago).count(), 0.12 - kLink, 0.005)
+            << report.epoch.utc;
+        ++stored;
+    }
+    EXPECT_GT(stored, 20);
+}
+
 TEST(Faults, EpochsOfOneTimeAreOne)
 {
     Options options;
