@@ -119,6 +119,7 @@ TEST(Live, RefusesWhatCannotBeInOneSentence)
         {"live --pole 2 --gnss x --pose -",                         "'x' is not a source"                },
         {"live --pole 2 --gnss tcp:h:1 --pose - --serve udp:1",     "lacks ADDR or PORT"                 },
         {"live --pole 2 --gnss - --pose file:/nowhere",             "there is no such file for --pose"   },
+        {"live --pole 2 --gnss tcp:h:1 --pose - --reopen 9",        "for a receiver on a serial port"    },
         {"live --pole 2 --replay a --gnss -",                       "leave --gnss and --pose"            },
         {"live --pole 2 --replay /nowhere",                         "/nowhere: cannot be read"           },
         {"live --pole 2 --replay /dev/null",                        "is not a recording"                 },
