@@ -32,7 +32,8 @@ int main()
                 field::JobTimeText(record.point.utc).c_str());
     std::printf("tip %.7f N %.7f E, h %.3f m\n", record.point.tip.latitude,
                 record.point.tip.longitude, record.point.tip.ellipsoidalHeight);
-    std::printf("first epoch: %s", record.epochs.front().pose.c_str());
+    const std::string& pose = record.epochs.front().pose;
+    std::printf("first epoch: %s\n", pose.substr(0, pose.find('\r')).c_str());
 
     const field::JobRecord none = field::JobRecordOf({}, *now);
     std::printf("no reports: %s\n", none.error.c_str());
