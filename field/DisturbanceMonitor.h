@@ -88,8 +88,9 @@ struct MonitorSample
 {
     double seconds = 0.0;
     Tilt tilt{};
-    SensorVector a{};                        ///< calibrated reading of magnetometer A
-    std::optional<SensorVector> b{};         ///< of magnetometer B, along the axes of A
+    std::optional<SensorVector> up{}; ///< the vertical, where it is known better than by `tilt`
+    SensorVector a{};                 ///< calibrated reading of magnetometer A
+    std::optional<SensorVector> b{};  ///< of magnetometer B, along the axes of A
     std::optional<double> magneticHeading{}; ///< [degrees]; without it `track` is not used
     std::optional<double> track{};           ///< heading by the antenna's track [degrees]
     double trackDeviation = 0.0;             ///< its standard deviation [degrees]

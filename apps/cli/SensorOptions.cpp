@@ -6,6 +6,22 @@
 
 namespace cli {
 
+namespace {
+
+CLI::Validator StrengthAndDip()
+{
+    const auto problemOf = [](const std::string& text) -> std::string {
+        const auto shape = tables::ParseNumbers(text, 2);
+        if (!shape) return "'" + text + "' is not STRENGTH,DIP";
+        if (!((*shape)[0] > 0.0)) return "the strength must be above 0";
+        const std::string dip = tables::OutsideOf(tables::simulated::kSlant, (*shape)[1]);
+        return dip.empty() ? dip : "the dip " + dip;
+    };
+    return {problemOf, "", "STRENGTH,DIP"};
+}
+
+} // namespace
+
 CLI::Option* AddConfigOptions(CLI::App& command, std::string& config, bool& partial)
 {
     CLI::Option* const added =
@@ -36,6 +52,17 @@ void AddBiasOption(CLI::App& command, std::optional<double>& bias)
                     "overrides --config")
         ->type_name("ANGLE")
         ->check(NumberIn(tables::kAngle));
+}
+
+CLI::Option* AddFieldOption(CLI::App& command, std::string& field, const std::string& use)
+{
+    return command
+        .add_option("--field", field,
+                    "Strength [counts] and dip [degrees] of the undisturbed field, as the report "
+                    "of the calibration has them; "
+                        + use)
+        ->type_name("STRENGTH,DIP")
+        ->check(StrengthAndDip());
 }
 
 } // namespace cli

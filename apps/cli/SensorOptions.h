@@ -19,4 +19,8 @@ void AddSensorTypeOption(CLI::App& command, int& type, const std::string& more =
 /// Adds --bias, the heading bias of magnetometer A [degrees].
 void AddBiasOption(CLI::App& command, std::optional<double>& bias);
 
+/// Adds --field, STRENGTH,DIP of the undisturbed field [counts, degrees].
+/// @param use  what is done with it, without a full stop
+CLI::Option* AddFieldOption(CLI::App& command, std::string& field, const std::string& use);
+
 } // namespace cli

@@ -37,15 +37,20 @@ std::string Rounded(double value)
     return std::to_string(std::lround(std::fabs(value)));
 }
 
+FieldShape ShapeAbout(const SensorVector& up, const SensorVector& reading)
+{
+    const double strength = Length(reading);
+    if (strength == 0.0) return {};
+    const double upward = Dot(reading, up) / (strength * Length(up));
+    if (std::isnan(upward)) return {strength, upward};
+    return {strength, Rad2Deg(std::asin(std::clamp(-upward, -1.0, 1.0)))};
+}
+
 } // namespace
 
 FieldShape ShapeOf(const Tilt& tilt, const SensorVector& reading)
 {
-    const double strength = Length(reading);
-    if (strength == 0.0) return {};
-    const double upward = Dot(reading, LevelAxesOf(tilt).up) / strength;
-    if (std::isnan(upward)) return {strength, upward};
-    return {strength, Rad2Deg(std::asin(std::clamp(-upward, -1.0, 1.0)))};
+    return ShapeAbout(LevelAxesOf(tilt).up, reading);
 }
 
 std::optional<FieldShape> MedianShape(const std::vector<FieldShape>& shapes)
@@ -85,7 +90,7 @@ DisturbanceMonitor::DisturbanceMonitor(const FieldShape& expected, const Monitor
 MonitorVerdict DisturbanceMonitor::Add(const MonitorSample& sample)
 {
     MonitorVerdict verdict;
-    verdict.shape = ShapeOf(sample.tilt, sample.a);
+    verdict.shape = sample.up ? ShapeAbout(*sample.up, sample.a) : ShapeOf(sample.tilt, sample.a);
     const Witness loudest = LoudestOf(sample, verdict.shape);
     verdict.score = loudest.score;
     verdict.suspect = loudest.score > 1.0;

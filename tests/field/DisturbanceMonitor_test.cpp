@@ -89,6 +89,17 @@ TEST(DisturbanceMonitor, SuspectsLengthAndDipBeyondTheirLimits)
     }
 }
 
+TEST(DisturbanceMonitor, TakesAKnownVerticalInsteadOfTheTilt)
+{
+    MonitorSample sample = LevelSample(0.0, kExpected);
+    sample.tilt.pitch = 20.0;
+    EXPECT_TRUE(DisturbanceMonitor(kExpected).Add(sample).suspect);
+    sample.up = field::SensorVector{0.0, 0.0, 3.0}; // of any length
+    const MonitorVerdict verdict = DisturbanceMonitor(kExpected).Add(sample);
+    EXPECT_FALSE(verdict.suspect);
+    EXPECT_NEAR(verdict.shape.dip, kExpected.dip, 1e-9);
+}
+
 TEST(DisturbanceMonitor, ComparesTheMagnetometers)
 {
     MonitorSample sample = LevelSample(0.0, kExpected);

@@ -262,18 +262,6 @@ private:
     std::optional<TipTable> m_table;
 };
 
-CLI::Validator FieldShapeText()
-{
-    const auto problemOf = [](const std::string& text) -> std::string {
-        const auto shape = tables::ParseNumbers(text, 2);
-        if (!shape) return "'" + text + "' is not STRENGTH,DIP";
-        if (!((*shape)[0] > 0.0)) return "the strength must be above 0";
-        const std::string dip = tables::OutsideOf(tables::simulated::kSlant, (*shape)[1]);
-        return dip.empty() ? dip : "the dip " + dip;
-    };
-    return {problemOf, "", "STRENGTH,DIP"};
-}
-
 void AddInputOptions(CLI::App& command, MeasureOptions& options)
 {
     command.add_option("LOG", options.log, "Sample log; - is standard input")
@@ -291,13 +279,7 @@ void AddInputOptions(CLI::App& command, MeasureOptions& options)
     command.add_option("--bias-b", options.biasB, "The same for magnetometer B")
         ->type_name("ANGLE")
         ->check(NumberIn(tables::kAngle));
-    command
-        .add_option(
-            "--field", options.field,
-            "Strength [counts] and dip [degrees] of the undisturbed field, as the report of "
-            "the calibration has them; marks the samples whose field differs")
-        ->type_name("STRENGTH,DIP")
-        ->check(FieldShapeText());
+    AddFieldOption(command, options.field, "marks the samples whose field differs");
     command
         .add_option_function<std::string>(
             "--attitude", [&options](const std::string& word) { options.exact = word == "exact"; },

@@ -5,6 +5,7 @@
 
 #include "apps/cli/SpotSidecar.h"
 #include "apps/cli/occupy/AxesCheck.h"
+#include "field/DisturbanceMonitor.h"
 #include "field/Occupation.h"
 #include "positioning/InclineSensor_Position.h"
 #include <cstdint>
@@ -23,8 +24,10 @@ struct OccupySetup
     SpotSidecar spot;        // its content
     field::OccupationSetup occupation;
     CInclineSensor_Position
-        position;       // of single samples: its calibration is that of the occupation
-    double delay = 0.0; // of the antenna behind the sensors, as given [s]
+        position; // of single samples: its calibration is that of the occupation
+    std::optional<field::FieldShape> field; // undisturbed [counts, degrees]; none: not watched
+    bool fieldByB = true; // whether magnetometer B is calibrated, so that it is a witness
+    double delay = 0.0;   // of the antenna behind the sensors, as given [s]
     bool gyroFree = false;
 };
 
@@ -53,8 +56,11 @@ struct OccupiedPoint
     std::uint64_t lateSamples = 0;
     std::uint64_t epochs = 0; // rows with an antenna position
     std::uint64_t lateEpochs = 0;
-    std::uint64_t repeatedEpochs = 0; // rows that hold the epoch before, beside `epochs`
-    std::uint64_t outsideEpochs = 0;  // before the first sample or after the last
+    std::uint64_t repeatedEpochs = 0;  // rows that hold the epoch before, beside `epochs`
+    std::uint64_t outsideEpochs = 0;   // before the first sample or after the last
+    std::uint64_t disturbedEpochs = 0; // without gyros: left out beside a disturbed field
+    double from = 0.0;                 // time of the first sample [s]
+    std::vector<field::DisturbedSpan> disturbances; // of the field, times as in the log
     std::vector<AntennaFix> track;
     std::vector<xyhCoordinate> singleTips; // of each epoch alone, as `measure` has them [m]
     std::optional<xyhCoordinate> truth;    // where it is known [m]

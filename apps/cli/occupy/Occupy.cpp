@@ -33,6 +33,7 @@ struct OccupyOptions
     bool noMagnetometer = false;
     std::optional<double> bias;
     std::string antennaErrors; // PLAN,HEIGHT
+    std::string field;         // STRENGTH,DIP
     std::string out;
     std::string plot;
     bool json = false;
@@ -41,7 +42,8 @@ struct OccupyOptions
 constexpr const char* kFooter = R"(
 Plant the tip, then lean the pole in or rock it, for 5 to 10 s. The antenna's track shows where
 the pole leans to, the gyros how it turned in between, the accelerometers where the vertical is;
-the magnetometer is a witness of the heading and no more.
+the magnetometer is a witness of the heading and no more. With --field or --calibration it is not
+heard where the field is disturbed, and that is reported.
 
 What is stored is right if the sensor is parallel to the pole to --axis-sd, the accelerometers
 are good to --accelerometer-sd, the pole's length to --pole-sd and the antenna to --antenna-sd:
@@ -120,6 +122,9 @@ OccupySetup SetupOf(const OccupyOptions& options)
         setup.occupation.planSigma = (*errors)[0];
         setup.occupation.heightSigma = (*errors)[1];
     }
+    if (const auto shape = tables::ParseNumbers(options.field, 2))
+        setup.field = {(*shape)[0], (*shape)[1]};
+    if (options.noMagnetometer) setup.field.reset();
     return setup;
 }
 
@@ -190,6 +195,10 @@ void AddModelOptions(CLI::App& command, OccupyOptions& options)
     CLI::Option* const withoutMagnetometer =
         command.add_flag("--no-magnetometer", options.noMagnetometer,
                          "Take nothing from the magnetometer; what it says is still compared");
+    AddFieldOption(command, options.field,
+                   "samples whose field differs have no vote on the heading, and are reported; "
+                   "with --calibration its own by default")
+        ->excludes(withoutMagnetometer);
     CLI::Option* const delay =
         command
             .add_option("--delay", options.setup.delay,

@@ -104,6 +104,21 @@ void AddChecks(ordered_json& json, const field::OccupationEstimate& e)
     json["variance_factor"] = Figure(e.varianceFactor, e.hasTip);
 }
 
+// Times from the first sample of the point.
+ordered_json DisturbanceJson(const OccupiedPoint& point)
+{
+    ordered_json json;
+    json["part"] = Figure(point.estimate.disturbedPart);
+    json["spans"] = ordered_json::array();
+    for (const field::DisturbedSpan& span : point.disturbances)
+        json["spans"].push_back({
+            {"from_s", Figure(span.from - point.from)},
+            {"to_s",   Figure(span.to - point.from)  },
+            {"reason", TextOf(span)                  }
+        });
+    return json;
+}
+
 ordered_json OccupationJson(const OccupiedPoint& point, const OccupySetup& setup)
 {
     ordered_json json;
@@ -114,6 +129,8 @@ ordered_json OccupationJson(const OccupiedPoint& point, const OccupySetup& setup
     AddCounts(json, point);
     AddAttitude(json, point, setup);
     AddChecks(json, point.estimate);
+    json["disturbed"] = nullptr;
+    if (setup.field) json["disturbed"] = DisturbanceJson(point);
     if (point.error)
         json["error"] = {
             {"n_m",                Figure(point.error->north) },
@@ -150,6 +167,12 @@ ordered_json OccupyJson(const OccupyResult& result)
     json["calibration"] = nullptr;
     if (!setup.calibration.empty()) json["calibration"] = CalibrationJson(setup);
     json["bias_deg"] = setup.occupation.magneticBias;
+    json["field"] = nullptr;
+    if (setup.field)
+        json["field"] = {
+            {"expected_strength", Figure(setup.field->strength)},
+            {"expected_dip_deg",  Figure(setup.field->dip)     }
+        };
     json["uses_magnetometer"] = setup.occupation.useMagnetometer;
     json["uses_gyros"] = !setup.gyroFree;
     json["points_told_apart_by"] = result.toldApart ? "motion" : "names";

@@ -49,6 +49,13 @@ std::string CountText(const OccupyResult& result)
                        count(field::OccupationAdvice::Refuse));
 }
 
+std::string FieldText(const OccupySetup& setup)
+{
+    if (!setup.field) return {};
+    return Line("field", fmt::format("watched: {:.0f} counts, dip {:.1f} degrees expected",
+                                     setup.field->strength, setup.field->dip));
+}
+
 std::string MethodText(const OccupySetup& setup)
 {
     std::string config = setup.config.empty() ? "identity" : setup.config;
@@ -59,7 +66,7 @@ std::string MethodText(const OccupySetup& setup)
             : "not used";
     return Line("method", setup.gyroFree ? "antenna track, pitch and roll"
                                          : "antenna track, gyros and accelerometers")
-           + Line("magnetometer", magnetometer);
+           + Line("magnetometer", magnetometer) + FieldText(setup);
 }
 
 std::string CalibrationText(const OccupySetup& setup)
@@ -160,11 +167,33 @@ std::string LeftOutRows(const OccupyResult& result)
         add(point.repeatedEpochs, "held over from the row before");
         add(point.lateEpochs, "not later than the one before");
         add(outside, "before the first sample or after the last");
-        add(unused - outside, point.estimate.epochs > 0 ? "thinned in a long occupation"
-                                                        : "of an occupation without a tip");
+        const std::uint64_t disturbed =
+            std::min(unused - outside, point.estimate.epochs > 0 ? point.disturbedEpochs : 0);
+        add(disturbed, "in a disturbed field");
+        add(unused - outside - disturbed, point.estimate.epochs > 0
+                                              ? "thinned in a long occupation"
+                                              : "of an occupation without a tip");
         if (!parts.empty())
             text += Line(text.empty() ? "epochs left out" : "",
                          fmt::format("point {}: {}", point.name, fmt::join(parts, ", ")));
+    }
+    return text;
+}
+
+// "point 3: 41 % of the time has no vote; 1.2 to 3.4 s after its start, 28 % too strong"
+std::string DisturbedRows(const OccupyResult& result)
+{
+    std::string text;
+    for (const OccupiedPoint& point : result.points) {
+        if (point.disturbances.empty()) continue;
+        std::vector<std::string> spans;
+        for (const field::DisturbedSpan& span : point.disturbances)
+            spans.push_back(fmt::format("{:.1f} to {:.1f} s after its start, {}",
+                                        span.from - point.from, span.to - point.from,
+                                        TextOf(span)));
+        text += Line(text.empty() ? "disturbed field" : "",
+                     fmt::format("point {}: {:.0f} % of the time without a vote; {}", point.name,
+                                 100.0 * point.estimate.disturbedPart, fmt::join(spans, "; ")));
     }
     return text;
 }
@@ -182,7 +211,7 @@ std::string BasisRows(const OccupyResult& result)
                         "", width, "", "", "", "", "", "", "", "", "deg", "deg", "deg", "ms", "m");
     for (const OccupiedPoint& point : result.points)
         text += BasisRow(point, result.setup, width);
-    return text + kLegend + LeftOutRows(result);
+    return text + kLegend + LeftOutRows(result) + DisturbedRows(result);
 }
 
 std::string ErrorRow(std::string_view label, tables::Percentiles& errors)

@@ -4,6 +4,7 @@
 #pragma once
 
 #include "apps/cli/occupy/AxesCheck.h"
+#include "apps/cli/occupy/FieldOfPoint.h"
 #include "apps/cli/occupy/LogRow.h"
 #include "apps/cli/occupy/OccupiedPoint.h"
 #include "apps/cli/occupy/RowCheck.h"
@@ -29,6 +30,9 @@ public:
     void Drop() { m_point.reset(); }
 
 private:
+    void Take(const WaitingRow& row);
+    void TakeWaiting();
+    std::optional<field::SensorVector> ReadingOfB(const PoseSensorData& pose) const;
     void AddSingleTip(const LogRow& row);
     void Judge();
     std::optional<std::string> UnitProblem() const;
@@ -39,9 +43,10 @@ private:
     field::Occupation m_occupation;
     AxesCheck m_axes;
     RowCheck m_rows;
+    bool m_watches = false;            // whether the field of this point is
+    std::vector<WaitingRow> m_waiting; // where it is
     std::optional<OccupiedPoint> m_point;
-    double m_first = 0.0; // time of the samples [s]
-    double m_last = 0.0;
+    double m_last = 0.0; // time of the samples [s]
 };
 
 } // namespace cli

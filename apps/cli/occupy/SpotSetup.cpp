@@ -12,6 +12,9 @@ void UseSpotCalibration(OccupySetup& setup)
     setup.position.SetMagneticBiasAngle_B(found.biasAngleB);
     setup.occupation = WithCalibration(setup.occupation, setup.spot.result);
     setup.occupation.magneticBias = setup.position.GetMagneticBiasAngle_A();
+    const field::SpotMagnetometer& a = setup.spot.result.a;
+    if (a.found) setup.field = {a.strength, a.dip};
+    setup.fieldByB = setup.spot.result.b.found;
     if (setup.delay != 0.0) setup.occupation.delay = 0.0;
 }
 

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/cli/occupy/TipWatch.h"
 
+#include "apps/cli/occupy/Turned.h"
 #include "survey/Angle.h"
 #include <algorithm>
 #include <cmath>
@@ -14,20 +15,6 @@ namespace {
 constexpr double kSecondsBack = 4.0; // so far back epochs are compared
 constexpr double kSigmas = 4.0;      // of the difference of two epochs
 constexpr double kTimeApart = 0.1;   // allowed between the clocks of sensors and antenna [s]
-
-// Rodrigues' rotation of v by the vector `turn` [rad].
-field::SensorVector Turned(const field::SensorVector& v, const field::SensorVector& turn)
-{
-    const double angle = std::hypot(turn.x, turn.y, turn.z);
-    if (angle == 0.0) return v;
-    const field::SensorVector k{turn.x / angle, turn.y / angle, turn.z / angle};
-    const double c = std::cos(angle);
-    const double s = std::sin(angle);
-    const double along = (1.0 - c) * (k.x * v.x + k.y * v.y + k.z * v.z);
-    return {c * v.x + s * (k.y * v.z - k.z * v.y) + along * k.x,
-            c * v.y + s * (k.z * v.x - k.x * v.z) + along * k.y,
-            c * v.z + s * (k.x * v.y - k.y * v.x) + along * k.z};
-}
 
 double Distance(const xyhCoordinate& a, const xyhCoordinate& b)
 {
@@ -52,10 +39,8 @@ void TipWatch::Clear()
 void TipWatch::Turn(const field::InertialSample& sample)
 {
     if (m_started) {
-        const double half = -0.5 * survey::Deg2Rad(sample.seconds - m_seconds);
-        const field::SensorVector turn{half * (m_rate.x + sample.rate.x),
-                                       half * (m_rate.y + sample.rate.y),
-                                       half * (m_rate.z + sample.rate.z)};
+        const field::SensorVector turn =
+            TurnInSensor(m_rate, sample.rate, sample.seconds - m_seconds);
         for (Seen& seen : m_seen)
             seen.up = Turned(seen.up, turn);
     }

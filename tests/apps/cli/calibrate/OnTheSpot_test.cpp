@@ -154,6 +154,17 @@ TEST_F(OnTheSpot, IsRefusedInAnotherField)
               0);
 }
 
+TEST_F(OnTheSpot, ItsFieldMarksAMagnetOfOnePoint)
+{
+    ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
+    Simulate("--points 1 --motion hold --magnet 3:100:150:60", "magnet.csv");
+    const json result = json::parse(RunLine("occupy " + m_folder.Path("magnet.csv")
+                                            + " --pole 2 --json --calibration " + Sidecar())
+                                        .output);
+    EXPECT_NEAR(result["field"]["expected_strength"].get<double>(), 534.0, 10.0);
+    EXPECT_NEAR(result["points"][0]["disturbed"]["part"].get<double>(), 0.4, 0.1);
+}
+
 TEST_F(OnTheSpot, IsRefusedForAnotherSensorType)
 {
     ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
