@@ -81,7 +81,7 @@ enum class Finding {
     MagnetometersDisagree, // A and B find headings that differ by more than kMostDisagreement
     LogsExchanged,         // the horizontal log holds the vertical turn
     Mounting,              // the turns were about other axes than those of the sensor type
-    TiltUnseen,            // no gyros: of pitch and roll two turns cannot show enough
+    TiltUnseen,            // no gyros, or type 2: of pitch and roll two turns cannot show enough
 };
 
 /// A vector by length and direction about the sensor's axes.
@@ -117,12 +117,14 @@ struct GyroTilt
 /// seen no better than it is known how the magnetometers are mounted.
 struct TiltEvidence
 {
+    // With other sensor types than 1 these are not checked, and all zero.
     TiltError offset;   // mean over both turns
     TiltError drift;    // from the first to the last sample of a turn, alike in both
     double swing = 0.0; // apparent tilt by what the accelerations of the turns show beside gravity,
                         // of the turn with more of it [degrees]
     std::optional<GyroTilt> gyros; // nothing where a log has no gyros, or none that know a step of
-                                   // the tilt to 0.6 degrees, or what they see cannot be weighed
+                                   // the tilt to 0.6 degrees, or what they see cannot be weighed;
+                                   // with sensor type 1 alone
 };
 
 /// Heading errors that leave the residuals of the joint fit small, as far as the turns tell of them.
@@ -136,6 +138,8 @@ struct HiddenError
         0.0;            // the same of headings formed with pitch and roll as reported after both
                         // turns: offsets that stay do them no harm
     double turns = 0.0; // by a field, a gain or a tilt that differs between the turns
+    double gains =
+        0.0; // the part of `turns` by what A and B find different, counted twice for good
     double noise = 0.0; // by the noise of the readings, and by joint fits of A and B that disagree
     double dipDifference = 0.0; // of the vertical turn and the horizontal one [degrees]
 };
@@ -205,11 +209,11 @@ struct CalibrationReport
     double headingError = 0.0; // RMS difference from the joint fit, the larger of A and B; 0 when
                                // weak [degrees]
     /// The same by With(kUsableCertainty): a calibration is usable where it is below kUsableHeading.
-    /// With sensor type 1 and no gyros that follow the turns, all but the difference counts twice.
+    /// Without gyros that know the tilt of both turns all but the difference counts twice.
     /// [degrees]
     double headingUncertainty = 0.0;
-    /// The same by With(kGoodCertainty): a calibration is good where it is below kGoodHeading; with
-    /// sensor type 1 only if gyros follow the turns. [degrees]
+    /// The same by With(kGoodCertainty): a calibration is good where it is below kGoodHeading with
+    /// hidden.gains counted twice, and only if gyros know the tilt of both turns. [degrees]
     double headingBound = 0.0;
     JointFitOutcome jointFit = JointFitOutcome::TooFewSamples;
     TurnFigures horizontal;

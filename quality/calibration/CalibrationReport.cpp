@@ -231,7 +231,7 @@ void DescribeHiddenErrors(const CalibrationRun& run, const inside::JointModel& m
         else
             evidence.tilt.gyros = report.tilt.gyros = std::nullopt;
     }
-    evidence.gains = inside::HeadingErrorOfGains(run.recorded, run.sensorType, model);
+    evidence.gains = inside::GainEvidenceOf(run.recorded, run.sensorType, model);
     evidence.disagreement = agreement ? agreement->systematic : 0.0;
     report.a.heading->hidden = inside::HiddenErrorOf(model.a, evidence, Magnetometer::A);
     report.b.heading->hidden = inside::HiddenErrorOf(model.b, evidence, Magnetometer::B);

@@ -103,7 +103,7 @@ constexpr std::array kFindings = {
      "The headings agree with those of the joint fit, but pitch and roll may be off or drift.",
      "Level pitch and roll, let the sensor reach its temperature, and record both turns again."},
     FindingText{Finding::TurnsDiffer, "turns-differ",
-     "The dip of the field differs between the turns: the field, a gain or pitch and roll changed.",
+     "The field, a gain or pitch and roll changed between the turns, by its dip or by A and B.",
      "Record both turns again at one place, one right after the other, without swinging the pole."},
     FindingText{Finding::LogsExchanged, "logs-exchanged",
      "The horizontal log holds the vertical turn.",
@@ -114,9 +114,10 @@ constexpr std::array kFindings = {
      "Check how the sensor is mounted and which sensor type is set, then record both turns about "
      "its z and its y axis."},
     FindingText{Finding::TiltUnseen, "tilt-unseen",
-     "No fault was found, but without gyros two turns cannot show pitch and roll that are off, step "
-     "or drift.",
-     "Record the gyros in both turns, or check headings against known directions before use."},
+     "No fault was found, but without gyros, or with another sensor type than 1, two turns cannot "
+     "show pitch and roll that are off, step or drift.",
+     "Record the gyros in both turns (sensor type 1), or check headings against known directions "
+     "before use."},
 };
 // clang-format on
 
@@ -229,11 +230,15 @@ void AddTilt(std::string& text, const TiltEvidence& tilt)
                + known(e.roll, e.rollDeviation) + " degrees";
     };
     text += "Pitch and roll, against the magnetometers\n";
-    Line(text, "offset", both(tilt.offset));
-    Line(text, "drift during a turn", both(tilt.drift));
+    if (tilt.offset.pitchDeviation > 0.0) {
+        Line(text, "offset", both(tilt.offset));
+        Line(text, "drift during a turn", both(tilt.drift));
+    } else {
+        Line(text, "offset", "not checked: not sensor type 1");
+    }
     text += "Pitch and roll, against the gyros\n";
     if (!tilt.gyros) {
-        Line(text, "offset", "not checked: no gyros, or none that follow the turns");
+        Line(text, "offset", "not checked: no gyros, none that follow the turns, or not type 1");
         return;
     }
     Line(text, "offset", both(tilt.gyros->offset));

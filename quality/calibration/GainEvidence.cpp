@@ -13,6 +13,9 @@ namespace {
 constexpr double kOfReadings = 0.6; // heading error by difference of the readings, level field
 constexpr double kOfDip = 0.6;      // by degree of difference in the change of the dip, level field
 constexpr double kOfLength = 8.0;   // degrees by difference in the ratio of the lengths
+constexpr double kOfLevel = 34.0;   // degrees by change of the level part, as a share of it
+constexpr double kLikeAField = 4.0; // a level part that changes by less than so many times what the
+                                    // vertical part does is the field's
 
 constexpr int kWaves = 5; // a constant, one and two waves over the turn
 
@@ -66,9 +69,29 @@ double DipChangeOf(const SphereFit& fit)
     return DipOf(fit.elevationVertical) - DipOf(fit.elevationHorizontal);
 }
 
+// By which share the level part and the vertical part of the field are longer in the vertical turn.
+struct PartChange
+{
+    double level;
+    double vertical;
+};
+
+PartChange PartChangeOf(const SphereFit& fit)
+{
+    // A part so small says nothing of its share.
+    constexpr double kLeastPart = 0.1;
+    const auto change = [&](double before, double after) {
+        return (fit.lengthRatio * after - before) / std::max(before, kLeastPart);
+    };
+    const double before = std::min(std::fabs(fit.elevationHorizontal), 1.0);
+    const double after = std::min(std::fabs(fit.elevationVertical), 1.0);
+    return {change(std::sqrt(1.0 - before * before), std::sqrt(1.0 - after * after)),
+            change(before, after)};
+}
+
 } // namespace
 
-double HeadingErrorOfGains(const CalibrationTurns& turns, int sensorType, const JointModel& model)
+GainEvidence GainEvidenceOf(const CalibrationTurns& turns, int sensorType, const JointModel& model)
 {
     constexpr double kSteepest = 0.98; // sine of the elevation, 78.5 degrees
     const double sine = std::min(std::fabs(model.a.elevationHorizontal), kSteepest);
@@ -77,7 +100,15 @@ double HeadingErrorOfGains(const CalibrationTurns& turns, int sensorType, const 
         SystematicDifference(KeptBy(model, turns, sensorType).vertical, model) * kDegreesPerRadian;
     const double dip = DipChangeOf(model.a) - DipChangeOf(model.b);
     const double length = model.a.lengthRatio - model.b.lengthRatio;
-    return std::hypot(kOfReadings * readings / level, kOfDip * dip / level, kOfLength * length);
+    const PartChange a = PartChangeOf(model.a);
+    const PartChange b = PartChangeOf(model.b);
+    const double levelChange = std::fabs(a.level + b.level) / 2.0;
+    const double verticalChange = std::fabs(a.vertical + b.vertical) / 2.0;
+    GainEvidence evidence;
+    evidence.apart =
+        std::hypot(kOfReadings * readings / level, kOfDip * dip / level, kOfLength * length);
+    evidence.alike = kOfLevel * std::max(0.0, levelChange - kLikeAField * verticalChange);
+    return evidence;
 }
 
 } // namespace tiltpole::quality

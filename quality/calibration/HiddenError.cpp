@@ -77,10 +77,12 @@ void AddTilt(const SphereFit& fit, const TurnEvidence& evidence, Magnetometer wh
     hidden.dipDifference =
         std::fabs(DegreesOf(fit.elevationVertical) - DegreesOf(fit.elevationHorizontal));
     AddTilt(fit, evidence, which, hidden);
-    // Where gyros have seen no step, a dip that differs is one of the field and does no harm.
+    // Where gyros have seen no step, a dip that differs is one of the field and does no harm, or one
+    // of gains.
     const bool gyros = evidence.tilt.gyros.has_value();
-    const double dip = gyros ? 0.0 : kOfDip * hidden.dipDifference / level;
-    hidden.turns = std::hypot(dip, evidence.gains);
+    const double common = gyros ? evidence.gains.alike : kOfDip * hidden.dipDifference / level;
+    hidden.gains = evidence.gains.apart;
+    hidden.turns = std::hypot(common, hidden.gains);
     hidden.noise = std::hypot(
         (gyros ? kOfNoiseByGyros : kOfNoise) * std::max(fit.sphereSpread, fit.elevationSpread),
         (gyros ? kOfDisagreementByGyros : kOfDisagreement) * evidence.disagreement);

@@ -5,6 +5,7 @@
 #pragma once
 
 #include "quality/CalibrationReport.h"
+#include "quality/calibration/GainEvidence.h"
 #include "quality/calibration/TiltEffect.h"
 #include "quality/calibration/TiltEvidence.h"
 
@@ -17,7 +18,7 @@ struct TurnEvidence
 {
     TiltEvidence tilt;
     std::array<TiltEffect, 2> byGyros; // of A and B; where tilt.gyros is known
-    double gains = 0.0;                // heading error by gains that change [degrees]
+    GainEvidence gains;
     double disagreement = 0.0; // systematic difference of the headings that the joint fits of A and
                                // B find [degrees]
 };

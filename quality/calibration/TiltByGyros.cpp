@@ -2,6 +2,7 @@
 #include "quality/calibration/TiltByGyros.h"
 
 #include "quality/statistics/Statistics.h"
+#include "survey/SensorAxes.h"
 
 #include <Eigen/Cholesky>
 #include <Eigen/Geometry>
@@ -260,6 +261,7 @@ Square CovarianceOf(const BothTurns& turns, const Solution& solution)
 std::optional<GyroTilt> TiltByGyros(const CalibrationTurns& turns, int sensorType,
                                     const JointModel& model)
 {
+    if (survey::AxesOf(sensorType) != survey::SensorAxes::ForwardLeftUp) return {};
     const FullCorrection& a = model.a.correction;
     const auto horizontal = IntervalOf(turns.horizontal, TurnAxis::Horizontal, a);
     const auto vertical = IntervalOf(turns.vertical, TurnAxis::Vertical, a);

@@ -122,6 +122,13 @@ double InUseUnseen(const HeadingError& error)
     return std::sqrt(4.0 * once * once - 3.0 * error.rms * error.rms);
 }
 
+// A and B show the difference of what their gains changed by, and either may have changed by more.
+double BoundOfGains(const HeadingError& error)
+{
+    const double once = error.With(kGoodCertainty);
+    return std::sqrt(once * once + 3.0 * error.hidden.gains * error.hidden.gains);
+}
+
 // What makes a calibration uncertain that agrees with the joint fit.
 Finding DoubtOf(const HeadingError& error)
 {
@@ -145,14 +152,14 @@ void Judge(const CalibrationRun& run, const JointModel& model, CalibrationReport
     const HeadingError& worse = a.rms >= b.rms ? a : b;
     report.headingError = worse.rms;
     report.headingBound = larger(kGoodCertainty);
-    // Measured for sensors of type 1 alone, as the evidence of the tilt itself.
-    const bool unseen = run.sensorType == 1 && !report.tilt.gyros;
+    const bool unseen = !report.tilt.gyros;
     const auto inUse = [&](const HeadingError& error) {
         return unseen ? InUseUnseen(error) : InUse(error);
     };
     report.headingUncertainty = std::max({inUse(a), inUse(b), LeastErrorOf(report.agreement)});
     const bool isAgreed = report.headingBound < kGoodHeading;
-    report.verdict = isAgreed && !unseen                          ? Verdict::Good
+    const bool gainsHold = std::max(BoundOfGains(a), BoundOfGains(b)) < kGoodHeading;
+    report.verdict = isAgreed && gainsHold && !unseen             ? Verdict::Good
                      : report.headingUncertainty < kUsableHeading ? Verdict::Usable
                                                                   : Verdict::Poor;
     if (report.verdict == Verdict::Good) {
@@ -160,7 +167,9 @@ void Judge(const CalibrationRun& run, const JointModel& model, CalibrationReport
         return;
     }
     if (worse.rms < kGoodHeading) {
-        report.reason = isAgreed ? Finding::TiltUnseen : DoubtOf(worse);
+        report.reason = !isAgreed ? DoubtOf(worse)
+                        : unseen  ? Finding::TiltUnseen
+                                  : Finding::TurnsDiffer;
         return;
     }
     if (run.isJoint) { // what it differs from itself is the loss

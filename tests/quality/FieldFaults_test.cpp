@@ -7,6 +7,7 @@
 #include <algorithm>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <string>
 
 using quality::CalibrationTurns;
 using quality::Verdict;
@@ -74,12 +75,13 @@ TEST(FieldFaults, KeepOneOfSoManySamples)
 class HiddenErrors : public ::testing::Test
 {
 protected:
-    static quality::CalibrationReport Assess(const CalibrationTurns& turns)
+    static quality::CalibrationReport Assess(const CalibrationTurns& turns, int sensorType = 1)
     {
         quality::CalibrationRun run;
         run.recorded = turns;
         run.used = turns;
-        run.calibration = quality::FitJointly(turns).calibration;
+        run.sensorType = sensorType;
+        run.calibration = quality::FitJointly(turns, sensorType).calibration;
         return quality::AssessCalibration(run);
     }
 
@@ -146,6 +148,28 @@ TEST_F(HiddenErrors, LeaveNothingGoodWithoutGyros)
     EXPECT_GE(unseen, 2);
 }
 
+// Of type 2 the vertical turn is about the axis that roll counts from: gyros show no step of it.
+TEST_F(HiddenErrors, LeaveNothingGoodOfTypeTwo)
+{
+    for (const study::RecordingFaults& faults :
+         {study::RecordingFaults{}, {.pitchStep = 2.0}, {.rollStep = 2.0}}) {
+        for (std::uint64_t seed = 40; seed < 46; ++seed) {
+            Setting s = SettingWith(seed, faults);
+            s.sensor.type = 2;
+            EXPECT_NE(Assess(RecordTurns(s, seed), 2).verdict, Verdict::Good) << seed;
+        }
+    }
+}
+
+TEST_F(HiddenErrors, AreNotCheckedAgainstPitchAndRollOfTypeTwo)
+{
+    Setting s = SettingWith(41, {});
+    s.sensor.type = 2;
+    const std::string text = ToText(Assess(RecordTurns(s, 41), 2));
+    EXPECT_NE(text.find("not checked: not sensor type 1"), std::string::npos) << text;
+    EXPECT_NE(text.find("none that follow the turns, or not type 1"), std::string::npos) << text;
+}
+
 // Usable is what stays below the limit with everything but the difference counted twice.
 TEST_F(HiddenErrors, CountTwiceForUsableWithoutGyros)
 {
@@ -183,6 +207,30 @@ TEST_F(HiddenErrors, AreSeenOfTheGainOfOneAxisThatChanges)
     study::RecordingFaults faults;
     faults.gainStep[0].x = 1.05;
     EXPECT_EQ(CalledGood(faults), 0);
+}
+
+// Good is what stays below the limit with what A and B tell of their gains counted twice.
+TEST_F(HiddenErrors, CountGainsTwiceForGood)
+{
+    const auto bound = [](const quality::HeadingError& error, double times) {
+        const double once = error.With(quality::kGoodCertainty);
+        return std::sqrt(once * once + (times * times - 1.0) * std::pow(error.hidden.gains, 2));
+    };
+    int lost = 0;
+    for (int step = 0; step < 8; ++step) {
+        study::RecordingFaults faults;
+        faults.gainStep[0].x = 1.0 + 0.004 * step;
+        const auto report = Assess(RecordTurns(SettingWith(41, faults), 41));
+        const auto larger = [&](double times) {
+            return std::max(bound(*report.a.heading, times), bound(*report.b.heading, times));
+        };
+        EXPECT_NEAR(report.headingBound, larger(1.0), 1e-9) << step;
+        EXPECT_EQ(report.verdict == Verdict::Good, larger(2.0) < quality::kGoodHeading) << step;
+        if (report.verdict == Verdict::Good || larger(1.0) >= quality::kGoodHeading) continue;
+        EXPECT_EQ(report.reason, quality::Finding::TurnsDiffer) << step;
+        ++lost;
+    }
+    EXPECT_GE(lost, 1);
 }
 
 TEST_F(HiddenErrors, TellHowFarPitchIsOff)

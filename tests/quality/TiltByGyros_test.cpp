@@ -14,13 +14,14 @@ namespace {
 
 // A careful operator's turns; the sensor's offsets are those after both turns.
 std::optional<GyroTilt> Seen(const RecordingFaults& faults, double pitchOffset = 0.0,
-                             double rollOffset = 0.0)
+                             double rollOffset = 0.0, int sensorType = 1)
 {
     constexpr std::uint64_t kSeed = 12;
     simulation::Generator random(kSeed, simulation::Stream::Placement);
     Setting s = study::Ordinary(random);
     study::Handle(s, 0.3, random);
     s.faults = faults;
+    s.sensor.type = sensorType;
     s.sensor.pitchOffset = pitchOffset;
     s.sensor.rollOffset = rollOffset;
     const auto turns = RecordTurns(s, kSeed);
@@ -78,6 +79,14 @@ TEST(TiltByGyros, FindsTheTimeBetweenSamplesByItself)
     const auto seen = Seen({.keepEvery = 3}, 1.0, 0.0);
     ASSERT_TRUE(seen);
     ExpectNear(seen->offset, 1.0, 0.0, 0.3);
+}
+
+// The vertical turn of type 2 is about the axis that both angles belong to.
+TEST(TiltByGyros, SaysNothingOfSensorTypeTwoWhoseVerticalTurnHidesSteps)
+{
+    EXPECT_FALSE(Seen({}, 0.0, 0.0, 2));
+    EXPECT_FALSE(Seen({.pitchStep = 2.0}, 0.0, 0.0, 2));
+    EXPECT_FALSE(Seen({.rollStep = 2.0}, 0.0, 0.0, 2));
 }
 
 TEST(TiltByGyros, SaysNothingWithoutGyros)

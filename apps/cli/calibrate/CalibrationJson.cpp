@@ -95,13 +95,15 @@ ordered_json FieldChangeJson(const std::optional<quality::FieldChange>& change)
     return json;
 }
 
+// Numbers are null where nothing was checked.
 ordered_json TiltErrorJson(const quality::TiltError& error)
 {
+    const bool checked = error.pitchDeviation > 0.0;
     ordered_json json;
-    json["pitch_deg"] = Number(error.pitch);
-    json["pitch_deviation_deg"] = Number(error.pitchDeviation);
-    json["roll_deg"] = Number(error.roll);
-    json["roll_deviation_deg"] = Number(error.rollDeviation);
+    json["pitch_deg"] = Figure(error.pitch, checked);
+    json["pitch_deviation_deg"] = Figure(error.pitchDeviation, checked);
+    json["roll_deg"] = Figure(error.roll, checked);
+    json["roll_deviation_deg"] = Figure(error.rollDeviation, checked);
     return json;
 }
 
