@@ -171,6 +171,36 @@ Eigen::Matrix2d SpreadOfGlide(const StepScore& glide)
     return reach * reach / kChiSquare * plan * plan.transpose();
 }
 
+namespace {
+
+// The factor of the stated variances of a single epoch against the ones beside it: by second differences
+// of the residuals, which what goes on evenly leaves alone.
+double FactorOfEpochs(const Fitter& fitter, const FitSetup& setup)
+{
+    constexpr double kFinest = 0.002;  // sigma of an epoch, at least [m]
+    constexpr double kStatement = 4.0; // differences that this counts as
+    const auto& rows = fitter.Rows();
+    const auto planOf = [&setup](const EpochRow& row) {
+        return row.epoch->planSigma > 0.0 ? row.epoch->planSigma : setup.planSigma;
+    };
+    double finest = 0.0;
+    double square = 0.0;
+    double count = 0.0;
+    for (std::size_t i = 2; i < rows.size(); ++i) {
+        const Vector3d second =
+            rows[i].residual - 2.0 * rows[i - 1].residual + rows[i - 2].residual;
+        const double variance = planOf(rows[i]) * planOf(rows[i]);
+        square += second.head<2>().squaredNorm() / (12.0 * variance);
+        finest += kFinest * kFinest / variance;
+        count += 1.0;
+    }
+    if (count == 0.0) return 1.0;
+    finest /= count;
+    return std::max(finest, (square + kStatement * finest) / (count + kStatement));
+}
+
+} // namespace
+
 Alternatives AlternativesOf(Fitter& fitter, const Track& track, const FitSetup& setup)
 {
     constexpr double kLeastFactor = 0.1;
@@ -207,6 +237,15 @@ Alternatives AlternativesOf(Fitter& fitter, const Track& track, const FitSetup& 
     const double larger =
         PooledFactor(fit.slowMisfit, fit.slowFreedom, kStatementFreedom) / sharper.antennaFactor;
     found.length.sigma *= std::sqrt(std::max(1.0, larger));
+    // Last, because it leaves the fit with other weights.
+    if (fit.span >= kTrendSpan && fit.span < kGlideSpan) {
+        FitSetup own = sharper;
+        own.antennaFactor =
+            std::min(sharper.antennaFactor, fitter.Share() * FactorOfEpochs(fitter, setup));
+        fitter.Run(track, own);
+        const StepScore sharp = GlideOfTip(fitter, AddTrend(fitter, track, own));
+        if (sharp.size.allFinite()) found.glide = sharp;
+    }
     return found;
 }
 

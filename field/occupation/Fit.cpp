@@ -108,6 +108,7 @@ void Fitter::AddAntenna(const FitSetup& setup, const Track& track, bool weigh)
     const double covered = m_rows.back().epoch->time - m_rows.front().epoch->time;
     const double independent = std::min(covered / kIndependent + 1.0, kMostIndependent);
     const double share = std::min(1.0, independent / static_cast<double>(m_rows.size()));
+    m_share = share;
     m_fit.antennaMisfit = 0.0;
     for (EpochRow& row : m_rows) {
         const Epoch& epoch = *row.epoch;

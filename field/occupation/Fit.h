@@ -77,6 +77,8 @@ public:
     const Fit& Run(const Track& track, const FitSetup& setup);
     const Fit& Result() const { return m_fit; }
     const std::vector<EpochRow>& Rows() const { return m_rows; }
+    /// Part of an observation that an epoch is: those of a second are one.
+    double Share() const { return m_share; }
 
     /// Of the last pass; factored where the fit ended.
     const NormalEquations& Normal() const { return m_normal; }
@@ -90,6 +92,7 @@ private:
     void AddPriors(const FitSetup& setup, const Track& track);
 
     std::vector<EpochRow> m_rows;
+    double m_share = 1.0;
     MeanForce m_force;
     Eigen::Vector3d m_magnetic = Eigen::Vector3d::Zero();
     Eigen::Matrix3d m_middle = Eigen::Matrix3d::Zero(); // J in the middle of the window

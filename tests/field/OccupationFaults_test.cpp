@@ -142,6 +142,22 @@ TEST(OccupationFaults, ATipThatGlidesIsNamedOrWidensTheEllipse)
     EXPECT_EQ(fast.stored, 0);
 }
 
+// Along the move such a glide is half a turn of the heading and half another length. Weighed by the errors
+// that repeat from epoch to epoch a quarter of these is stored, by the noise of single epochs half as many.
+TEST(OccupationFaults, ATipThatGlidesUnderOppositeLeansIsSeldomStored)
+{
+    OccupationPlan plan = PlanOf(OccupationMotion::OppositeLeans, 100);
+    Tally tally;
+    for (const double direction : {0.4, 1.2, 2.9}) {
+        simulation::Slip slip;
+        slip.duration = plan.motion.duration;
+        slip.by = {0.03 * std::cos(direction), 0.03 * std::sin(direction), 0.0};
+        plan.motion.slips = {slip};
+        Count(tally, plan, 580);
+    }
+    EXPECT_LE(tally.stored, 0.16 * tally.points);
+}
+
 TEST(OccupationFaults, AWrongLengthIsNamedWhateverTheMotion)
 {
     for (const OccupationMotion motion : kUsual) {
