@@ -5,6 +5,7 @@
 #   development     headers, static libraries, links to the shared ones, package files
 #   programs        tiltpole, its manual pages and completion
 #   gallery         tiltpole-gallery, the same of it, the log that it shows, its entry in menus
+#   python          the package for Python, where it is built
 #   documentation   the documents of docs/
 include(GNUInstallDirs)
 include(CMakePackageConfigHelpers)
