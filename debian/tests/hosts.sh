@@ -1,0 +1,44 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# The installed examples build against the installed libraries, by CMake and by pkg-config, and print
+# what is installed beside them.
+set -euo pipefail
+cd "$AUTOPKGTEST_TMP"
+examples=/usr/share/doc/tiltpole/examples
+# For the objects that are drawn and saved.
+export QT_QPA_PLATFORM=offscreen XDG_DATA_HOME=$PWD/data
+
+# expect NAME: the program NAME prints NAME.txt.
+expect() {
+    "$1" $examples >printed
+    diff "$examples/classes/$(basename "$1").txt" printed
+}
+
+cmake -S $examples/classes -B classes -G Ninja -D CMAKE_CXX_FLAGS="-Wall -Wextra -Werror" >/dev/null
+cmake --build classes >/dev/null
+count=0
+for source in "$examples"/classes/*.cpp; do
+    expect "classes/$(basename "$source" .cpp)"
+    count=$((count + 1))
+done
+echo "find_package: $count examples print what is beside them"
+[[ $count -ge 14 ]]
+
+# The loader finds every library, needed or not.
+all=(core quality field job grid controls)
+read -ra flags < <(pkg-config --cflags --libs "${all[@]/#/tiltpole-}")
+g++ -std=c++20 -Wall -Wextra -Werror -Wl,--no-as-needed $examples/classes/position.cpp -o position \
+    "${flags[@]}"
+expect ./position
+for library in "${all[@]}"; do
+    ldd ./position | grep "libtiltpole_$library.so.* => /" \
+        || { echo "the host has no libtiltpole_$library" >&2; exit 1; }
+done
+echo "pkg-config: tiltpole-core $(pkg-config --modversion tiltpole-core)"
+
+cmake -S $examples/host -B host -G Ninja >/dev/null
+cmake --build host >/dev/null
+if host/host; then
+    echo "the host measures without a parameter file" >&2
+    exit 1
+fi
