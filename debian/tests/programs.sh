@@ -15,7 +15,7 @@ cat measured occupied
 while IFS= read -r line; do
     grep -qFx -- "$line" $doc/README.md || { echo "not in README.md: $line" >&2; exit 1; }
 done < <(cat measured occupied)
-[[ $(wc -l <measured) -eq 3 && $(wc -l <occupied) -eq 11 ]]
+[[ $(wc -l <measured) -eq 3 && $(wc -l <occupied) -eq 12 ]]
 
 tiltpole simulate points --seed 3 --out points.csv 2>/dev/null
 tiltpole solve points.csv --height 2.0 >solved
