@@ -8,9 +8,10 @@ examples=/usr/share/doc/tiltpole/examples
 # For the objects that are drawn and saved.
 export QT_QPA_PLATFORM=offscreen XDG_DATA_HOME=$PWD/data
 
-# expect NAME: the program NAME prints NAME.txt.
+# expect NAME: the program NAME prints NAME.txt. Some write files where they are.
 expect() {
-    "$1" $examples >printed
+    mkdir -p run
+    (cd run && "../$1" $examples) >printed
     diff "$examples/classes/$(basename "$1").txt" printed
 }
 
