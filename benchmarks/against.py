@@ -66,7 +66,8 @@ def times_of(program, name, seconds):
     """Nanoseconds of a processor an iteration takes."""
     output = subprocess.run([program, f"--benchmark_filter=^{re.escape(name)}$", f"--benchmark_min_time={seconds}",
                              "--benchmark_format=json"], capture_output=True, text=True, check=True).stdout
-    return next(row["cpu_time"] for row in json.loads(output)["benchmarks"])
+    row = json.loads(output)["benchmarks"][0]
+    return row["cpu_time"] * {"ns": 1, "us": 1e3, "ms": 1e6, "s": 1e9}[row["time_unit"]]
 
 
 def main():

@@ -6,7 +6,6 @@
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
-#include <utility>
 
 namespace tiltpole::matrix {
 
@@ -110,6 +109,19 @@ Outcome FactorSmall(const double* a, double* l, PivotFloor floor)
     return Outcome::Done;
 }
 
+// All elements of a column are loaded first: the compiler cannot know that a store leaves the rest
+// alone.
+template <int Rows>
+void TransposeRows(const double* from, double* to, std::ptrdiff_t rows, std::ptrdiff_t cols)
+{
+    for (std::ptrdiff_t c = 0; c < cols; ++c, ++from, to += rows) {
+        double x[Rows];
+        for (int r = 0; r < Rows; ++r)
+            x[r] = from[r * cols];
+        std::copy_n(x, Rows, to);
+    }
+}
+
 // Measured: the factorisation waits for roots and quotients, whose latency grows with the width of
 // a vector, more than it gains from width.
 const KernelSet& CholeskyKernels(int n)
@@ -137,24 +149,23 @@ void Multiply(const double* a, const double* b, double* c, int rows, int inner, 
     }
 }
 
-// Four rows at a time, so that elements are stored side by side. All four are loaded first: the
-// compiler cannot know that a store leaves `a` alone.
+// Four rows at a time, so that elements are stored side by side.
 void Transpose(const double* a, double* t, int rows, int cols)
 {
     constexpr std::ptrdiff_t kTogether = 4;
-    const std::ptrdiff_t stride = cols;
     std::ptrdiff_t r = 0;
-    for (; rows - r >= kTogether; r += kTogether) {
-        const double* from = a + r * stride;
-        double* to = t + r;
-        for (int c = 0; c < cols; ++c, ++from, to += rows) {
-            const double x[kTogether] = {from[0], from[stride], from[2 * stride], from[3 * stride]};
-            std::copy_n(x, kTogether, to);
-        }
+    for (; rows - r >= kTogether; r += kTogether)
+        TransposeRows<kTogether>(a + std::ptrdiff_t{cols} * r, t + r, rows, cols);
+    switch (rows - r) {
+    case 3:
+        return TransposeRows<3>(a + std::ptrdiff_t{cols} * r, t + r, rows, cols);
+    case 2:
+        return TransposeRows<2>(a + std::ptrdiff_t{cols} * r, t + r, rows, cols);
+    case 1:
+        return TransposeRows<1>(a + std::ptrdiff_t{cols} * r, t + r, rows, cols);
+    default:
+        return;
     }
-    for (; r < rows; ++r)
-        for (std::ptrdiff_t c = 0; c < cols; ++c)
-            t[c * rows + r] = a[r * stride + c];
 }
 
 Outcome Invert(double* a, int n, PivotFloor floor)
