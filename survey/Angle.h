@@ -71,14 +71,6 @@ inline double Wrapped(double degrees)
     return std::remainder(degrees, 360.0);
 }
 
-/// atan2(y, x) [rad] by the arc tangent of the quotient: within 5e-16 of the exact angle, in about
-/// half the time of std::atan2. NaN where both arguments are 0 or both infinite.
-inline double ArcTangent(double y, double x)
-{
-    const double behind = kHalfPi - std::copysign(kHalfPi, x); // 0 or π
-    return std::atan(y / x) + std::copysign(behind, y);
-}
-
 /// Azimuth of the vector (dx, dy) [degrees] in [0, 360]; a dy barely below 0 rounds to 360. A vector
 /// with |dx| < 1e-6 counts as lying along y. The null vector and a vector with a NaN give 0.
 inline double AzimuthOf(double dx, double dy)

@@ -63,6 +63,7 @@ struct Instructions
         return v;
     }
     static Doubles Larger(Doubles a, Doubles b) { return a > b ? a : b; }
+    static Doubles Smaller(Doubles a, Doubles b) { return a < b ? a : b; }
     static bool HoldsEqual(Doubles a, Doubles b)
     {
         bool holds = false;
@@ -104,6 +105,7 @@ struct Instructions<2>
     static Doubles Root(Doubles v) { return _mm_sqrt_pd(v); }
     static Doubles Magnitude(Doubles v) { return _mm_andnot_pd(_mm_set1_pd(-0.0), v); }
     static Doubles Larger(Doubles a, Doubles b) { return _mm_max_pd(a, b); }
+    static Doubles Smaller(Doubles a, Doubles b) { return _mm_min_pd(a, b); }
     static bool HoldsEqual(Doubles a, Doubles b)
     {
         return _mm_movemask_pd(_mm_cmpeq_pd(a, b)) != 0;
@@ -146,6 +148,7 @@ struct Instructions<4>
     static Doubles Root(Doubles v) { return _mm256_sqrt_pd(v); }
     static Doubles Magnitude(Doubles v) { return _mm256_andnot_pd(_mm256_set1_pd(-0.0), v); }
     static Doubles Larger(Doubles a, Doubles b) { return _mm256_max_pd(a, b); }
+    static Doubles Smaller(Doubles a, Doubles b) { return _mm256_min_pd(a, b); }
     static bool HoldsEqual(Doubles a, Doubles b)
     {
         return _mm256_movemask_pd(_mm256_cmp_pd(a, b, _CMP_EQ_OQ)) != 0;
@@ -187,6 +190,7 @@ struct Instructions<8>
     static Doubles Root(Doubles v) { return _mm512_maskz_sqrt_pd(First(8), v); }
     static Doubles Magnitude(Doubles v) { return _mm512_abs_pd(v); }
     static Doubles Larger(Doubles a, Doubles b) { return _mm512_maskz_max_pd(First(8), a, b); }
+    static Doubles Smaller(Doubles a, Doubles b) { return _mm512_maskz_min_pd(First(8), a, b); }
     static bool HoldsEqual(Doubles a, Doubles b)
     {
         return _mm512_cmp_pd_mask(a, b, _CMP_EQ_OQ) != 0;

@@ -37,6 +37,9 @@ public:
 
     friend Mask operator&(Mask a, Mask b) { return Mask(a.m_bits & b.m_bits); }
 
+    /// −1 for true and 0 for false in each lane.
+    Integers Bits() const { return m_bits; }
+
     /// Writes −1 for true and 0 for false to to[0] ... to[Width − 1].
     void Store(std::int64_t* to) const { std::memcpy(to, &m_bits, sizeof m_bits); }
 
@@ -59,6 +62,15 @@ public:
     Lanes(double x) : m_lanes(x - Doubles{}) {} ///< x in every lane
 
     explicit Lanes(Doubles lanes) : m_lanes(lanes) {}
+
+    /// The lanes one by one, each an own argument.
+    template <class... Numbers>
+    requires(sizeof...(Numbers) == Width) static Lanes Of(Numbers... lanes)
+    {
+        return Lanes(Doubles{lanes...});
+    }
+
+    double operator[](int lane) const { return m_lanes[lane]; }
 
     /// from[0] ... from[Width − 1]; LoadPart reads the first `count` of them (1 ... Width), and 0
     /// for the rest.
@@ -100,6 +112,21 @@ public:
         return Lanes(Instructions<Width>::Larger(a.m_lanes, b.m_lanes));
     }
 
+    /// a where a < b, else b: b where either is NaN.
+    friend Lanes Smaller(Lanes a, Lanes b)
+    {
+        return Lanes(Instructions<Width>::Smaller(a.m_lanes, b.m_lanes));
+    }
+
+    /// a where the mask is true, else 0.
+    friend Lanes Where(Mask<Width> mask, Lanes a) { return Lanes(a.Bits() & mask.Bits()); }
+
+    /// −0 where the sign bit of a is set, else 0.
+    friend Lanes SignOf(Lanes a) { return Lanes(a.Bits() & Lanes(-0.0).Bits()); }
+
+    /// a with its sign bit flipped where that of b is set; b is a zero.
+    friend Lanes Flipped(Lanes a, Lanes b) { return Lanes(a.Bits() ^ b.Bits()); }
+
     /// Whether a lane equals x.
     friend bool HoldsEqual(Lanes a, double x)
     {
@@ -118,6 +145,10 @@ public:
 
 private:
     using Unaligned = typename Registers<Width>::Unaligned; // of an array of doubles
+    using Integers = typename Registers<Width>::Integers;
+
+    explicit Lanes(Integers bits) : m_lanes(reinterpret_cast<Doubles>(bits)) {}
+    Integers Bits() const { return reinterpret_cast<Integers>(m_lanes); }
 
     Doubles m_lanes;
 };

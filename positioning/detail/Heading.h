@@ -12,6 +12,7 @@
 #include "survey/Angle.h"
 #include "survey/Reading.h"
 #include "survey/SensorAxes.h"
+#include "vector/ArcTangent.h"
 
 #include <cmath>
 
@@ -50,11 +51,13 @@ inline double AzimuthOf(const LevelledField& field)
     return survey::Rad2Deg(std::atan2(-field.rightward, field.forward));
 }
 
-/// A faster form that agrees within 6e-14 degrees, two units in the last place of 180. NaN for a
-/// vanishing field.
-inline double QuickAzimuthOf(const LevelledField& field)
+using Pair = vector::Lanes<2>;
+
+/// Both azimuths at once, that of A first, where the fields have usual strengths: each agrees with
+/// AzimuthOf within 6e-14 degrees, two units in the last place of 180.
+inline Pair QuickAzimuthsOf(const LevelledField& a, const LevelledField& b)
 {
-    return survey::Rad2Deg(survey::ArcTangent(-field.rightward, field.forward));
+    return vector::ArcTangent(Pair::Of(-a.rightward, -b.rightward), Pair::Of(a.forward, b.forward));
 }
 
 /// The azimuth minus the bias of its magnetometer [degrees], normalized by one step.

@@ -9,9 +9,9 @@
 //   plumb pole         |u| and |v| below 1e-6 rad: (0, 0, −L)
 //
 // MeasureByFormulas evaluates these formulas one by one. MeasureAtOnce needs only two sine-cosine
-// pairs, two arc tangents and one arc cosine; roots and the addition theorems give the rest. Its
-// result states how much of it is trusted to agree with the formulas. Derivations and measured
-// differences: docs/formulas.md, "Tip".
+// pairs and three arc tangents; roots and the addition theorems give the rest. Its result states how
+// much of it is trusted to agree with the formulas. Derivations and measured differences:
+// docs/formulas.md, "Tip".
 #pragma once
 
 #include "positioning/detail/Heading.h"
@@ -83,14 +83,22 @@ inline bool IsUsualStrength(double strength)
     return strength > kLeast && strength < kMost;
 }
 
+/// The same of the square of a strength.
+inline bool IsUsualSquare(double square)
+{
+    constexpr double kLeast = 1e-300;
+    constexpr double kMost = 1e300;
+    return square > kLeast && square < kMost;
+}
+
 /// Computes everything in one pass. `pose` is that of the sample.
 ///
 /// Returns early, with nothing trusted, if WayDown is not trusted, the field of A is too weak or
-/// too strong, or its bias is too large. Only the step is trusted if a heading lies within 1e-9
-/// degrees of 0 or 360: there the last digit decides between the two ends, and one step may not be
-/// enough.
+/// too strong, or its bias is too large. Only the step is trusted if the field of B is too weak or
+/// too strong, or if a heading lies within 1e-9 degrees of 0 or 360: there the last digit decides
+/// between the two ends, and one step may not be enough.
 template <int SensorType>
-inline Measured MeasureAtOnce(const Pose& pose, const Observation& sample)
+[[gnu::always_inline]] inline Measured MeasureAtOnce(const Pose& pose, const Observation& sample)
 {
     constexpr SensorAxes kAxes = survey::AxesOf(SensorType);
     const LevelledField fieldA = LevelledOf(pose, sample.a, Magnetometer::A, kAxes);
@@ -101,7 +109,7 @@ inline Measured MeasureAtOnce(const Pose& pose, const Observation& sample)
     const double strength =
         std::sqrt(fieldA.forward * fieldA.forward + fieldA.rightward * fieldA.rightward);
     const Rotation heading = Rotation{fieldA.forward, -fieldA.rightward} + -sample.bias.ofA;
-    const double scale = sample.length / strength;
+    const double scale = sample.length / (strength * way.levelDivisor);
     const Rotation azimuth = heading + way.level;
     if (!(way.trusted && IsUsualStrength(strength) && !std::isnan(sample.bias.ofA.cos)))
         [[unlikely]]
@@ -109,17 +117,16 @@ inline Measured MeasureAtOnce(const Pose& pose, const Observation& sample)
 
     const Point3 step{scale * azimuth.cos, scale * azimuth.sin, -(sample.length * way.down)};
 
-    // The arc functions come last, so that none of them waits for the result of another.
-    const double azimuthA = QuickAzimuthOf(fieldA);
-    const double azimuthB = QuickAzimuthOf(fieldB);
-    const double tiltDirection = survey::Rad2Deg(std::acos(way.cosK3));
-    const double headingA = LessBias(azimuthA, Magnetometer::A, sample.bias.a);
-    const double headingB = LessBias(azimuthB, Magnetometer::B, sample.bias.b);
+    const Pair azimuths = QuickAzimuthsOf(fieldA, fieldB);
+    const double tiltDirection = vector::ArcTangent<2>(way.tilt.sin, way.tilt.cos)[0];
+    const double headingA = LessBias(azimuths[0], Magnetometer::A, sample.bias.a);
+    const double headingB = LessBias(azimuths[1], Magnetometer::B, sample.bias.b);
     const double lessTilt = survey::AdjustedAzimuth(headingA - tiltDirection);
     Measured measured{headingA, headingB, lessTilt, step, true, Trust::Everything};
+    const double squareB = fieldB.forward * fieldB.forward + fieldB.rightward * fieldB.rightward;
     const bool within = survey::IsWithinTurn(headingA) && survey::IsWithinTurn(headingB)
                         && survey::IsWithinTurn(lessTilt);
-    if (!within) [[unlikely]]
+    if (!(within && IsUsualSquare(squareB))) [[unlikely]]
         measured.trust = Trust::Step;
     return measured;
 }

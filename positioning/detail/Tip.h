@@ -3,11 +3,13 @@
 // The direction from the antenna to the tip, from the sines and cosines of pitch and roll that are
 // known already.
 //
-//   ahead = sin t·tan u        aside² = cos² t − ahead²        down = sin t
+//   down = sin t
+//   level·cos u = (down·sin u, ∓|sin v|)         counted from the heading, negative for v > 0
+//   (cos k3, sin k3)·cos u·cos v = (−sin u·sin v, down)
 //
-// t is the elevation of the pole; ahead = cos t·cos k1 and aside = cos t·sin k1 count from the
-// heading, for the turned projection from the heading plus k3. aside is negative for v > 0. Neither
-// k1 nor t has to be computed. Angles: Tilt.h. Derivation: docs/formulas.md, "Tip".
+// t is the elevation of the pole; the length of `level` is cos t. For the turned projection the
+// level direction counts from the heading plus k3. Angles: Tilt.h. Derivation: docs/formulas.md,
+// "Tip".
 #pragma once
 
 #include "survey/Angle.h"
@@ -22,13 +24,14 @@ namespace tiltpole::positioning {
 /// `trusted` is false where the formulas of Tilt.h, evaluated one by one, amplify the last digit of
 /// their arguments: an arc cosine near its ends, a pole near the plumb line or near the horizontal,
 /// one tilt angle that is tiny compared with the other. A pole that leans along one axis (v = 0) is
-/// among them, because aside vanishes. Elsewhere both agree within 5e-10 degrees, k3 within
-/// 1.3e-11.
+/// among them, because aside vanishes. So is a pole beyond the horizontal, where cosines change
+/// sign. Elsewhere both agree within 5e-10 degrees, k3 within 1.3e-11.
 struct WayDown
 {
     survey::Rotation level; // (ahead, aside), turned by k3 for the turned projection
+    double levelDivisor;    // by which `level` is too long
     double down;
-    double cosK3;
+    survey::Rotation tilt; // k3, and some length
     bool trusted;
 };
 
@@ -62,20 +65,16 @@ inline WayDown WayDownOf(const survey::Pose& pose, double v, int sensorType)
         level2 = (1.0 - cosLean) * (1.0 + cosLean);
         down = std::fabs(cosLean);
     }
-    const TiltSines tilt = TiltSinesOf(pose, axes);
-    const double tanU = tilt.sinU / tilt.cosU;
-    const double ahead = down * tanU;
-    const double side = std::sqrt(level2 - ahead * ahead);
-    const double aside = std::copysign(side, -v);
-    const double cosK3 = -tanU * (tilt.sinV / tilt.cosV);
-    const double sinK3 = survey::OtherLeg(cosK3);
-    const bool trusted =
-        side * down * std::fabs(tilt.cosU) > kLeastMargin
-        && sinK3 * std::fabs(tilt.cosU * tilt.cosV * tilt.sinU * tilt.sinV) > kLeastRatio * level2;
-    const survey::Rotation way{ahead, aside};
-    const survey::Rotation level =
-        sensorType == survey::kTurnedProjectionType ? survey::Rotation{cosK3, sinK3} + way : way;
-    return {level, down, cosK3, trusted};
+    const auto [sinU, cosU, sinV, cosV] = TiltSinesOf(pose, axes);
+    const double sinSin = sinU * sinV;
+    const survey::Rotation tilt{-sinSin, down};
+    const survey::Rotation way{down * sinU, std::copysign(sinV, -v)};
+    const bool trusted = std::fabs(sinV) * down > kLeastMargin
+                         && std::fabs(sinSin) * down > kLeastRatio * level2 && cosU > 0.0
+                         && cosV > 0.0;
+    if (sensorType == survey::kTurnedProjectionType)
+        return {tilt + way, cosU * cosU * cosV, down, tilt, trusted};
+    return {way, cosU, down, tilt, trusted};
 }
 
 } // namespace tiltpole::positioning

@@ -50,47 +50,6 @@ TEST(ArcSineAndCosine, InvertSineAndCosineInside)
     EXPECT_NEAR(survey::ArcCosine(-0.5), 2 * kPi / 3, kTiny);
 }
 
-// Where the quotient is infinite or 0, the signs of both arguments determine the quadrant.
-TEST(ArcTangent, KnowsTheAxesAndTheirSides)
-{
-    struct
-    {
-        double y, x, expected;
-    } const cases[] = {
-        {0.0,     1.0,    0.0     },
-        {0.0,     -1.0,   kPi     },
-        {-0.0,    1.0,    -0.0    },
-        {-0.0,    -1.0,   -kPi    },
-        {1.0,     0.0,    kPi / 2 },
-        {1.0,     -0.0,   kPi / 2 },
-        {-1.0,    0.0,    -kPi / 2},
-        {-1.0,    -0.0,   -kPi / 2},
-        {1e9,     1e-300, kPi / 2 },
-        {-1e-300, -1e9,   -kPi    },
-    };
-    for (const auto& c : cases) {
-        const double angle = survey::ArcTangent(c.y, c.x);
-        EXPECT_EQ(angle, c.expected) << c.y << ' ' << c.x;
-        EXPECT_EQ(std::signbit(angle), std::signbit(c.expected)) << c.y << ' ' << c.x;
-    }
-}
-
-TEST(ArcTangent, IsNaNWithoutADirection)
-{
-    EXPECT_TRUE(std::isnan(survey::ArcTangent(0, 0)));
-    EXPECT_TRUE(std::isnan(survey::ArcTangent(0, -0.0)));
-    EXPECT_TRUE(std::isnan(survey::ArcTangent(kInfinity, kInfinity)));
-    EXPECT_TRUE(std::isnan(survey::ArcTangent(kNaN, 1)));
-}
-
-RC_GTEST_PROP(ArcTangent, LiesWithinAUnitOfTheLastDigitOfPi, (int y, int x, int scale))
-{
-    RC_PRE(x != 0 || y != 0);
-    const double dy = std::ldexp(y, scale % 100);
-    const long double exact = std::atan2(static_cast<long double>(dy), static_cast<long double>(x));
-    RC_ASSERT(std::fabs(static_cast<double>(exact - survey::ArcTangent(dy, x))) <= 5e-16);
-}
-
 TEST(AdjustedAzimuth, TakesOneStepAtMost)
 {
     struct

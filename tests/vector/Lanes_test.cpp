@@ -49,6 +49,32 @@ TEST(Lanes, SpreadAScalarWithItsSign)
     ExpectLanes(2.0 * Of(1.0, 2.0), 2.0, 4.0);
 }
 
+TEST(Lanes, TakeTheSecondOperandWhereOneIsNaN)
+{
+    ExpectLanes(Smaller(Of(kNaN, 1.0), Of(2.0, 3.0)), 2.0, 1.0);
+    ExpectLanes(Smaller(Of(5.0, 3.0), Of(2.0, 3.0)), 2.0, 3.0);
+}
+
+TEST(Lanes, KeepOnlyWhatAMaskSelects)
+{
+    ExpectLanes(Where(Of(1.0, 2.0) > Of(0.0, 2.0), Of(-7.0, 8.0)), -7.0, 0.0);
+    ExpectLanes(Where(Of(1.0, kNaN) > Of(0.0, 2.0), Of(-0.0, 8.0)), -0.0, 0.0);
+}
+
+TEST(Lanes, FlipSigns)
+{
+    ExpectLanes(SignOf(Of(-3.0, 3.0)), -0.0, 0.0);
+    ExpectLanes(Flipped(Of(5.0, -0.0), Of(-0.0, -0.0)), -5.0, 0.0);
+    ExpectLanes(Flipped(Of(5.0, -6.0), Of(0.0, 0.0)), 5.0, -6.0);
+}
+
+TEST(Lanes, AreGivenAndReadOneByOne)
+{
+    const Pair pair = Pair::Of(1.5, -2.5);
+    EXPECT_EQ(pair[0], 1.5);
+    EXPECT_EQ(pair[1], -2.5);
+}
+
 TEST(Lanes, LoadAndStoreNoMoreThanAsked)
 {
     const double from[] = {1.0, 2.0};
