@@ -133,29 +133,35 @@ void ForEach(const double* a, double* out, std::size_t count, Change change)
 
 } // namespace
 
+// One object for every outcome, so that it is built where the caller wants it: a return of another
+// one would move the elements.
+
 CSZMatrix CSZMatrix::operator+(const CSZMatrix& B) const
 {
-    if (!HasSizeOf(B)) return {m_nRows, m_nCols, Fill::Zero};
-    CSZMatrix sum(m_nRows, m_nCols, Fill::Nothing);
-    ForEach(m_Data.Data(), B.m_Data.Data(), sum.m_Data.Data(), sum.Count(), std::plus<>{});
+    const bool fits = HasSizeOf(B);
+    CSZMatrix sum(m_nRows, m_nCols, fits ? Fill::Nothing : Fill::Zero);
+    if (fits)
+        ForEach(m_Data.Data(), B.m_Data.Data(), sum.m_Data.Data(), sum.Count(), std::plus<>{});
     return sum;
 }
 
 CSZMatrix CSZMatrix::operator-(const CSZMatrix& B) const
 {
-    if (!HasSizeOf(B)) return {m_nRows, m_nCols, Fill::Zero};
-    CSZMatrix difference(m_nRows, m_nCols, Fill::Nothing);
-    ForEach(m_Data.Data(), B.m_Data.Data(), difference.m_Data.Data(), difference.Count(),
-            std::minus<>{});
+    const bool fits = HasSizeOf(B);
+    CSZMatrix difference(m_nRows, m_nCols, fits ? Fill::Nothing : Fill::Zero);
+    if (fits)
+        ForEach(m_Data.Data(), B.m_Data.Data(), difference.m_Data.Data(), difference.Count(),
+                std::minus<>{});
     return difference;
 }
 
 CSZMatrix CSZMatrix::operator*(const CSZMatrix& B) const
 {
-    if (m_nCols != B.m_nRows) return {m_nRows, B.m_nCols, Fill::Zero};
-    CSZMatrix product(m_nRows, B.m_nCols, Fill::Nothing);
-    matrix::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), product.m_nRows,
-                     m_nCols, product.m_nCols);
+    const bool fits = m_nCols == B.m_nRows;
+    CSZMatrix product(m_nRows, B.m_nCols, fits ? Fill::Nothing : Fill::Zero);
+    if (fits)
+        matrix::Multiply(m_Data.Data(), B.m_Data.Data(), product.m_Data.Data(), product.m_nRows,
+                         m_nCols, product.m_nCols);
     return product;
 }
 
@@ -183,10 +189,10 @@ CSZMatrix CSZMatrix::operator*(double s) const
 
 CSZMatrix CSZMatrix::operator/(double s) const
 {
-    if (s == 0.0) return {m_nRows, m_nCols, Fill::Zero};
-    CSZMatrix quotient(m_nRows, m_nCols, Fill::Nothing);
-    ForEach(m_Data.Data(), quotient.m_Data.Data(), quotient.Count(),
-            [s](double x) { return x / s; });
+    CSZMatrix quotient(m_nRows, m_nCols, s == 0.0 ? Fill::Zero : Fill::Nothing);
+    if (s != 0.0)
+        ForEach(m_Data.Data(), quotient.m_Data.Data(), quotient.Count(),
+                [s](double x) { return x / s; });
     return quotient;
 }
 

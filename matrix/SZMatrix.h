@@ -272,7 +272,19 @@ private:
     enum class Fill { Nothing, Zero };
 
     /// rows x cols; with Fill::Nothing the caller writes every element next.
-    CSZMatrix(int rows, int cols, Fill fill) noexcept { m_bHealthy = SetSize(rows, cols, fill); }
+    CSZMatrix(int rows, int cols, Fill fill) noexcept
+    {
+        constexpr int kMost = tiltpole::matrix::ElementStore::kInside;
+        const bool fitsInside =
+            rows > 0 && cols > 0 && rows <= kMost && cols <= kMost && rows * cols <= kMost;
+        if (fitsInside && fill == Fill::Nothing) { // nearly every result of an expression
+            m_nRows = rows;
+            m_nCols = cols;
+            m_Data.Reserve(Count());
+        } else {
+            m_bHealthy = SetSize(rows, cols, fill);
+        }
+    }
 
     bool checkRowIndex(int r) const { return 0 <= r && r < m_nRows; }
     bool checkColIndex(int c) const { return 0 <= c && c < m_nCols; }

@@ -38,11 +38,15 @@ CSZMatrix CSZMatrix::matTran() const
 
 CSZMatrix CSZMatrix::matInv() const
 {
-    if (!IsSquare()) return {m_nRows, m_nCols, Fill::Zero};
-    CSZMatrix inverse(*this);
+    CSZMatrix inverse(m_nRows, m_nCols, IsSquare() ? Fill::Nothing : Fill::Zero);
+    if (!IsSquare()) return inverse;
+    std::copy_n(m_Data.Data(), inverse.Count(), inverse.m_Data.Data());
     const auto outcome =
         matrix::Invert(inverse.m_Data.Data(), inverse.m_nRows, matrix::PivotFloor::SmallestNormal);
-    if (outcome == matrix::Outcome::NoMemory) return {0, 0, Fill::Nothing};
+    if (outcome == matrix::Outcome::NoMemory) {
+        inverse.Clear();
+        inverse.m_bHealthy = false;
+    }
     return inverse;
 }
 

@@ -17,6 +17,7 @@ struct Ours
         return {m.elements.data(), static_cast<int>(m.elements.size()), m.rows, m.cols};
     }
     static Matrix Product(const Matrix& a, const Matrix& b) { return a * b; }
+    static Matrix Sum(const Matrix& a, const Matrix& b) { return a + b; }
     static Matrix Transpose(const Matrix& a) { return a.matTran(); }
     static Matrix Inverse(const Matrix& a) { return a.matInv(); }
     static Matrix Cholesky(const Matrix& a)
@@ -41,6 +42,14 @@ struct ByValue
     using Matrix = literal::Matrix;
     static Matrix Make(const literal::Matrix& m) { return m; }
     static Matrix Product(const Matrix& a, const Matrix& b) { return literal::Product(a, b); }
+    static Matrix Sum(const Matrix& a, const Matrix& b)
+    {
+        Matrix sum(a.rows, a.cols);
+        for (int r = 0; r < a.rows; ++r)
+            for (int c = 0; c < a.cols; ++c)
+                sum.Set(r, c, a.Get(r, c) + b.Get(r, c));
+        return sum;
+    }
     static Matrix Transpose(const Matrix& a) { return literal::Transpose(a); }
     static Matrix Inverse(const Matrix& a) { return literal::Inverted(a); }
     static Matrix Cholesky(const Matrix& a) { return literal::Cholesky(a).first; }

@@ -19,7 +19,7 @@ const bool kRegistered = [] {
         Operations<Ours>::Register("ours", n);
         Operations<ByValue>::Register("by-value", n);
     }
-    for (const int n : {20, 100, 1000}) {
+    for (const int n : {20, 100, 200, 1000}) {
         Operations<Ours>::RegisterNormal("ours", n);
         Operations<ByValue>::RegisterNormal("by-value", n);
     }

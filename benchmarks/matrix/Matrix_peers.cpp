@@ -23,7 +23,7 @@ const bool kRegistered = [] {
         Operations<EigenDynamic>::Register(TILTPOLE_PEER("eigen"), n);
         Operations<Armadillo>::Register(TILTPOLE_PEER("armadillo"), n);
     }
-    for (const int n : {20, 100, 1000}) {
+    for (const int n : {20, 100, 200, 1000}) {
         Operations<EigenDynamic>::RegisterNormal(TILTPOLE_PEER("eigen"), n);
         Operations<Armadillo>::RegisterNormal(TILTPOLE_PEER("armadillo"), n);
     }

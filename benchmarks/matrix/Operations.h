@@ -48,6 +48,18 @@ struct Operations
         }
     }
 
+    static void RunSum(benchmark::State& state, const literal::Matrix& m)
+    {
+        Matrix a = C::Make(m);
+        Matrix b = C::Transpose(a);
+        for (auto _ : state) {
+            Touch(a);
+            Touch(b);
+            auto result = C::Sum(a, b);
+            Touch(result);
+        }
+    }
+
     static void RunNormal(benchmark::State& state, const literal::Matrix& m)
     {
         Matrix a = C::Make(m);
@@ -71,6 +83,8 @@ struct Operations
         const literal::Matrix definite = PositiveDefinite(n);
         benchmark::RegisterBenchmark(name("Product").c_str(),
                                      [any](benchmark::State& s) { RunProduct(s, any); });
+        benchmark::RegisterBenchmark(name("Sum").c_str(),
+                                     [any](benchmark::State& s) { RunSum(s, any); });
         add("Transpose", any, C::Transpose);
         add("Inverse", any, C::Inverse);
         add("Cholesky", definite, C::Cholesky);

@@ -24,6 +24,7 @@ struct EigenOf
         return out;
     }
     static Matrix Product(const Matrix& a, const Matrix& b) { return a * b; }
+    static Matrix Sum(const Matrix& a, const Matrix& b) { return a + b; }
     static Matrix Transpose(const Matrix& a) { return a.transpose(); }
     static Matrix Inverse(const Matrix& a) { return a.inverse(); }
     static Matrix Cholesky(const Matrix& a) { return a.llt().matrixL(); }
@@ -50,6 +51,7 @@ struct Armadillo
         return out;
     }
     static Matrix Product(const Matrix& a, const Matrix& b) { return a * b; }
+    static Matrix Sum(const Matrix& a, const Matrix& b) { return a + b; }
     static Matrix Transpose(const Matrix& a) { return a.t(); }
     static Matrix Inverse(const Matrix& a) { return arma::inv(a); }
     static Matrix Cholesky(const Matrix& a) { return arma::chol(a, "lower"); }

@@ -386,9 +386,12 @@ TEST(Position, FollowsItsFormulasNearThePlumbLineAndTheAxes)
             const auto expected = literal::Measure(setup, sample, 2.0, {});
             xyhCoordinate point;
             Reach(type).Position(sample, 2.0, point);
-            EXPECT_NEAR(point.x, expected.tip.x, kAmplified) << sample.dPitch << ' ' << sample.dRoll;
-            EXPECT_NEAR(point.y, expected.tip.y, kAmplified) << sample.dPitch << ' ' << sample.dRoll;
-            EXPECT_NEAR(point.h, expected.tip.h, kAmplified) << sample.dPitch << ' ' << sample.dRoll;
+            EXPECT_NEAR(point.x, expected.tip.x, kAmplified)
+                << sample.dPitch << ' ' << sample.dRoll;
+            EXPECT_NEAR(point.y, expected.tip.y, kAmplified)
+                << sample.dPitch << ' ' << sample.dRoll;
+            EXPECT_NEAR(point.h, expected.tip.h, kAmplified)
+                << sample.dPitch << ' ' << sample.dRoll;
         }
 }
 
