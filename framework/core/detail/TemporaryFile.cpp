@@ -146,6 +146,7 @@ bool TemporaryFile::Make(const std::string& folder, mode_t mode)
         m_name = std::move(name);
         m_slot = EnterForCleanup(m_folder.Get(), m_name);
         if (LockOwn()) return true;
+        ::unlinkat(m_folder.Get(), m_name.c_str(), 0);
         Forget();
         m_file.Close();
     }
