@@ -4,10 +4,12 @@
 // wide text, converted and written on its own; the whole content as wide text, searched from its
 // start for every key.
 //
-//   Save         ConfigSave whole: the text, a new file beside the old one, flushed and renamed
+//   Save         ConfigSave whole: the text, a new file beside the old one, flushed and renamed; in
+//                memory or in the working folder, with the two flushes or with none
 //   SaveText     its text and writing alone, into the file itself as SaveLiteral does
 //
-// Files lie in memory (/dev/shm), where flushing costs a call but no device.
+// Other files lie in memory (/dev/shm), where flushing costs a call but no device. The flushes of the
+// device are waited for: see wall time.
 #include "framework/core/File.h"
 #include "framework/core/TextConversion.h"
 #include "positioning/InclineSensor_Position.h"
@@ -17,10 +19,23 @@
 #include <benchmark/benchmark.h>
 #include <cwchar>
 #include <string>
+#include <sys/syscall.h>
 #include <unistd.h>
 #include <vector>
 
 namespace positioning = tiltpole::positioning;
+
+namespace {
+
+bool flushes = true;
+
+} // namespace
+
+// Instead of the system's: the library flushes only where a benchmark asks for it.
+extern "C" int fsync(int file)
+{
+    return flushes ? static_cast<int>(::syscall(SYS_fsync, file)) : 0;
+}
 
 namespace {
 
@@ -32,9 +47,9 @@ constexpr std::array<const wchar_t*, 21> kKeys = {
     L"CoorTrans.dX",       L"CoorTrans.dY", L"CoorTrans.dZ", L"MagneticBiasAngle_A",
     L"MagneticBiasAngle_B"};
 
-CString PathOf(const char* name)
+CString PathOf(const std::string& folder, const char* name)
 {
-    return CString(("/dev/shm/tiltpole-" + std::to_string(::getpid()) + name).c_str());
+    return CString((folder + "/tiltpole-" + std::to_string(::getpid()) + name).c_str());
 }
 
 CInclineSensor_Position Calibrated()
@@ -53,7 +68,9 @@ CInclineSensor_Position Calibrated()
 // A file of one test, gone with it.
 struct TemporaryFile
 {
-    explicit TemporaryFile(const char* name) : path(PathOf(name)) {}
+    explicit TemporaryFile(const char* name, const std::string& folder = "/dev/shm")
+        : path(PathOf(folder, name))
+    {}
     ~TemporaryFile() { CFile::Remove(path); }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
@@ -63,12 +80,18 @@ struct TemporaryFile
 
 void Save(benchmark::State& state)
 {
-    const TemporaryFile file("save.cfg");
+    const TemporaryFile file("save.cfg", state.range(0) != 0 ? "." : "/dev/shm");
     CInclineSensor_Position sensor = Calibrated();
+    flushes = state.range(1) != 0;
     for ([[maybe_unused]] auto _ : state)
         benchmark::DoNotOptimize(sensor.ConfigSave(file.path));
+    flushes = true;
 }
-BENCHMARK(Save);
+BENCHMARK(Save)
+    ->ArgNames({
+        "device", "flushed"
+})
+    ->ArgsProduct({{0, 1}, {0, 1}});
 
 void SaveText(benchmark::State& state)
 {

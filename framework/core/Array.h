@@ -44,7 +44,7 @@ public:
 
     /// Removes the elements from `newSize` on, or appends new ones up to that size. A negative size
     /// does nothing. A `growBy` above 0 is the smallest number of elements by which the store
-    /// grows; it also grows by half its capacity at least, so that Add takes constant time on
+    /// grows; it also doubles its capacity at least, so that Add takes constant time on
     /// average.
     void SetSize(INT_PTR newSize, INT_PTR growBy = -1)
     {
@@ -99,14 +99,14 @@ public:
     /// Appends an element and returns its position.
     INT_PTR Add(ARG_TYPE newElement)
     {
-        if (m_size == m_capacity) {
-            TYPE copy(newElement); // it may be an element of the store that is about to move
-            Reserve(m_size + 1);
-            std::construct_at(m_data + m_size, std::move(copy));
+        const INT_PTR position = m_size;
+        if (position == m_capacity) [[unlikely]] {
+            AddToFull(newElement);
         } else {
-            std::construct_at(m_data + m_size, newElement);
+            std::construct_at(m_data + position, newElement);
+            m_size = position + 1;
         }
-        return m_size++;
+        return position;
     }
 
     /// Appends the elements of `source`, which may be this array. Returns the position of the
@@ -174,10 +174,19 @@ private:
         m_size = newSize;
     }
 
+    // Apart from Add, so that loops which add keep their values in registers.
+    [[gnu::noinline]] void AddToFull(ARG_TYPE newElement)
+    {
+        TYPE copy(newElement); // it may be an element of the store that is about to move
+        Reserve(m_size + 1);
+        std::construct_at(m_data + m_size, std::move(copy));
+        ++m_size;
+    }
+
     void Reserve(INT_PTR capacity)
     {
         if (capacity <= m_capacity) return;
-        const INT_PTR step = (std::max)({INT_PTR{4}, m_growBy, m_capacity / 2});
+        const INT_PTR step = (std::max)({INT_PTR{4}, m_growBy, m_capacity});
         // The first time it takes just what is needed: most arrays are sized once.
         MoveTo((std::max)(capacity, m_capacity == 0 ? m_growBy : m_capacity + step));
     }

@@ -210,8 +210,8 @@ TEST(Array, MovesItsStoreRarelyWhileItGrows)
         numbers.Add(i);
         moves += numbers.GetData() != data ? 1 : 0;
         data = numbers.GetData();
-        // ln(10^6) / ln(1.5) = 34 times half as much again, a few more while it is small.
-        ASSERT_LT(moves, 45);
+        // log2(10^6) = 20 times twice as much, a few more while it is small.
+        ASSERT_LT(moves, 25);
     }
 }
 
