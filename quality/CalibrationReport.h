@@ -60,6 +60,7 @@ enum class Finding {
     HeadingsRoughlyAgree,  // no single cause stands out
     JointFitUncertain,     // no fault found, but the joint fit itself is too uncertain
     SolverFailed,          // the solver returned 0
+    JointFitFailed,        // the calibration was to be the joint fit, and there is none
     NotFinite,             // a value of the calibration or of a sample is NaN or infinite
     TooFewSamples,         // a turn has fewer than ten samples
     Implausible,           // a scale of the calibration is below kLeastScale or above kMostScale

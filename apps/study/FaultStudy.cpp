@@ -64,6 +64,12 @@ double StatedOf(const Method& method, const Trial& t)
     return (t.*(method.result)).report.headingBound;
 }
 
+// The usable bound speaks of headings as used, the good one of both truths.
+double UsableBoundOf(const Method& method, const Trial& t)
+{
+    return (t.*(method.result)).report.headingUncertainty;
+}
+
 std::string Line(std::string_view name, const Trials& trials)
 {
     std::string text = fmt::format("{:24}", name);
@@ -71,18 +77,13 @@ std::string Line(std::string_view name, const Trials& trials)
         const auto judged = [&](const Trial& t) { return method.IsJudged(t); };
         const Figure error = [&](const Trial& t) { return (t.*(method.result)).error.asUsed; };
         const Figure worse = [&](const Trial& t) { return Worse((t.*(method.result)).error); };
-        text += fmt::format("{}{}{:6.2f}{:6.2f}   ", Counts(method, trials, Verdict::Good, 1.0),
-                            Counts(method, trials, Verdict::Usable, 3.0),
-                            QuantileOf(trials, judged, error, 0.5),
-                            QuantileOf(trials, judged, worse, 0.5));
+        const Figure bound = [&](const Trial& t) { return UsableBoundOf(method, t); };
+        text += fmt::format(
+            "{}{}{:6.2f}{:6.2f}{:6.2f}   ", Counts(method, trials, Verdict::Good, 1.0),
+            Counts(method, trials, Verdict::Usable, 3.0), QuantileOf(trials, judged, error, 0.5),
+            QuantileOf(trials, judged, worse, 0.5), RankCorrelation(trials, judged, bound, error));
     }
     return text + "\n";
-}
-
-// The usable bound speaks of headings as used, the good one of both truths.
-double UsableBoundOf(const Method& method, const Trial& t)
-{
-    return (t.*(method.result)).report.headingUncertainty;
 }
 
 std::string Correlation(const Method& method, const Trials& trials)
@@ -119,14 +120,38 @@ double Attainable(const Method& method, const Trials& trials, int parts)
         trials, judged, [&](const Trial& t) { return StatedOf(method, t); }, drawn);
 }
 
+// The solver is measured by its difference from the joint fit. That figure alone, and with the joint
+// fit's own error taken off its square, as if its size, not its direction, were known.
+std::string ByTheReference(const Trials& trials)
+{
+    const auto judged = [](const Trial& t) { return kMethods[0].IsJudged(t); };
+    const Figure error = [](const Trial& t) { return t.solver.error.asUsed; };
+    const Figure difference = [](const Trial& t) { return t.solver.report.headingError; };
+    const Figure known = [&](const Trial& t) {
+        const double joint = t.jointFull.asUsed;
+        return std::sqrt(std::fabs(std::pow(difference(t), 2) - joint * joint));
+    };
+    const auto sound = [&](const Trial& t) {
+        return judged(t) && t.jointFull.asUsed < t.solver.error.asUsed / 2.0;
+    };
+    return fmt::format("Solver, as used, of its difference from the joint fit:{:6.3f}; were the "
+                       "size of the joint fit's\nerror known:{:6.3f}; where that is below half of "
+                       "the solver's:{:6.3f} ({} of {})\n",
+                       RankCorrelation(trials, judged, difference, error),
+                       RankCorrelation(trials, judged, known, error),
+                       RankCorrelation(trials, sound, difference, error), Count(trials, sound),
+                       Count(trials, judged));
+}
+
 } // namespace
 
 std::string FaultStudy(const Plan& plan)
 {
     std::string text =
-        "                        solver                                        joint fit\n"
-        "                          good   >1   tt usable >3   tt     median      good   >1   tt "
-        "usable >3   tt     median\n";
+        "                        solver                                              joint fit\n"
+        "                          good   >1   tt usable >3   tt     median   rank      good   >1  "
+        " "
+        "tt usable >3   tt     median   rank\n";
     const Trials all = SimulateAll(
         plan, [&text](std::string_view name, const Trials& trials) { text += Line(name, trials); });
     text += Line("all", all);
@@ -140,7 +165,7 @@ std::string FaultStudy(const Plan& plan)
             text += fmt::format("{:8.3f}", Attainable(method, all, parts));
         text += '\n';
     }
-    return text;
+    return text + ByTheReference(all);
 }
 
 } // namespace study

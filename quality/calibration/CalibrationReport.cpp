@@ -293,7 +293,7 @@ CalibrationReport AssessCalibration(const CalibrationRun& run)
     }
     if (NameInputFault(run, finite, report)) return report;
     if (run.solverAnswer == 0) {
-        report.reason = Finding::SolverFailed;
+        report.reason = run.isJoint ? Finding::JointFitFailed : Finding::SolverFailed;
     } else if (!finite) {
         report.reason = Finding::NotFinite;
     } else if (!IsPlausible(run.calibration.correctionA)

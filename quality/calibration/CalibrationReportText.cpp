@@ -41,6 +41,9 @@ constexpr std::array kFindings = {
     FindingText{Finding::SolverFailed, "solver-failed",
      "The solver found no calibration.",
      "Record both turns again, all the way round and away from iron."},
+    FindingText{Finding::JointFitFailed, "joint-fit-failed",
+     "The joint fit found no calibration.",
+     "Record both turns again, all the way round and away from iron, with pitch and roll."},
     FindingText{Finding::NotFinite, "not-finite",
      "A value of the calibration or of a sample is not a finite number.",
      "Record the vertical turn again: the sensor's y axis must stay level and at rest "
@@ -100,7 +103,7 @@ constexpr std::array kFindings = {
      "Check that both turns hold both magnetometers, B with x and y opposed to A, and record both "
      "turns again."},
     FindingText{Finding::TiltOff, "tilt-off",
-     "The headings agree with those of the joint fit, but pitch and roll may be off or drift.",
+     "Pitch and roll may be off or drift, which a joint fit follows without a sign.",
      "Level pitch and roll, let the sensor reach its temperature, and record both turns again."},
     FindingText{Finding::TurnsDiffer, "turns-differ",
      "The field, a gain or pitch and roll changed between the turns, by its dip or by A and B.",

@@ -129,7 +129,13 @@ double BoundOfGains(const HeadingError& error)
     return std::sqrt(once * once + 3.0 * error.hidden.gains * error.hidden.gains);
 }
 
-// What makes a calibration uncertain that agrees with the joint fit.
+double LargestDoubt(const HeadingError& error)
+{
+    const HiddenError& hidden = error.hidden;
+    return std::max({kGoodCertainty * error.uncertainty, hidden.noise, hidden.tilt, hidden.turns});
+}
+
+// The largest of what makes a calibration uncertain beside its difference from the joint fit.
 Finding DoubtOf(const HeadingError& error)
 {
     const HiddenError& hidden = error.hidden;
@@ -173,7 +179,8 @@ void Judge(const CalibrationRun& run, const JointModel& model, CalibrationReport
         return;
     }
     if (run.isJoint) { // what it differs from itself is the loss
-        report.reason = Finding::BeyondEightValues;
+        report.reason =
+            worse.rms > LargestDoubt(worse) ? Finding::BeyondEightValues : DoubtOf(worse);
         return;
     }
     const JointFit eight = InEightValues(model, run.recorded, run.sensorType);

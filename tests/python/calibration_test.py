@@ -43,7 +43,7 @@ class Calibration(unittest.TestCase):
         result = tiltpole.calibrate(horizontal, vertical[:5], method="joint")
         self.assertFalse(result.accepted)
         self.assertEqual(result.verdict, "refused")
-        self.assertEqual(result.reason, "The solver found no calibration.")
+        self.assertEqual(result.reason, "The joint fit found no calibration.")
         self.assertIn("5 recorded, 0 used", result.text)
 
     def test_names_what_cannot_be(self):

@@ -200,6 +200,17 @@ TEST_F(CalibrationReport, RefusesWhatTheSolverGaveUp)
     EXPECT_GT(report.horizontal.covered, 330.0) << "the turns are described all the same";
 }
 
+TEST_F(CalibrationReport, SaysOfTheJointFitThatItFoundNothing)
+{
+    CalibrationTurns turns = Record(CleanSetting());
+    for (PoseSensorData& sample : turns.vertical)
+        sample.dPitch = sample.dRoll = 0.0;
+    const auto report = AssessCalibration(quality::RunJointFit(turns, 1));
+    EXPECT_EQ(report.verdict, Verdict::Refused);
+    EXPECT_EQ(report.reason, Finding::JointFitFailed);
+    EXPECT_EQ(Explain(report.reason), "The joint fit found no calibration.");
+}
+
 TEST_F(CalibrationReport, RefusesGainsThatNoSensorHas)
 {
     CalibrationRun run = RunSolver(Record(CleanSetting()));

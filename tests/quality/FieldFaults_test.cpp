@@ -3,6 +3,7 @@
 
 #include "quality/CalibrationReport.h"
 #include "quality/JointFit.h"
+#include "quality/SolverRun.h"
 #include "simulation/trials/Conditions.h"
 #include <algorithm>
 #include <cmath>
@@ -200,6 +201,24 @@ TEST_F(HiddenErrors, AreSeenOfRollThatIsOffWhereThereAreGyros)
     EXPECT_GT(seen.a.heading->hidden.tilt, 1.0);
     EXPECT_LT(seen.a.heading->hidden.tiltInUse, 0.7);
     EXPECT_FALSE(withRoll(true).tilt.gyros);
+}
+
+// Where eight values lose more than a degree, pitch and roll may still be the larger cause.
+TEST_F(HiddenErrors, OfTheJointFitAreNamedByTheLargest)
+{
+    const auto assessed = [](double rollOffset) {
+        Setting s = SettingWith(42, {});
+        s.sensor.a.softIron.rows[0].z += 0.16;
+        s.sensor.pitchOffset = 0.0;
+        s.sensor.rollOffset = rollOffset;
+        return quality::AssessCalibration(quality::RunJointFit(RecordTurns(s, 42), 1));
+    };
+    const auto level = assessed(0.0);
+    ASSERT_GT(level.headingError, quality::kGoodHeading);
+    EXPECT_EQ(level.reason, quality::Finding::BeyondEightValues);
+    const auto off = assessed(8.0);
+    ASSERT_GT(off.headingError, quality::kGoodHeading);
+    EXPECT_EQ(off.reason, quality::Finding::TiltOff);
 }
 
 TEST_F(HiddenErrors, AreSeenOfTheGainOfOneAxisThatChanges)
