@@ -64,6 +64,15 @@ double Resolution(double unit, int decimals, int fine)
     return sigma;
 }
 
+// What is stated of some axes only, where it is more than what is assumed.
+void Widen(::field::Covariance3& sigma, const Gst& gst)
+{
+    const double plan = std::max(gst.latitude, gst.longitude);
+    sigma.nn = std::max(sigma.nn, plan * plan);
+    sigma.ee = std::max(sigma.ee, plan * plan);
+    sigma.hh = std::max(sigma.hh, gst.height * gst.height);
+}
+
 } // namespace
 
 ::field::Covariance3 SigmaOf(const Gga& gga, const std::optional<Gst>& gst)
@@ -73,6 +82,7 @@ double Resolution(double unit, int decimals, int fine)
     const double hdop = gga.hdop.value_or(kUnknownHdop);
     ::field::Covariance3 sigma =
         gst && gst->Stated() ? Stated(*gst) : Assumed(hdop * PlanSigmaPerHdop(gga.quality));
+    if (gst && !gst->Stated()) Widen(sigma, *gst);
     const double parallel = kMinute * std::cos(survey::Deg2Rad(gga.position->latitude));
     sigma.nn += Resolution(kMinute, gga.position->latitudeDecimals, kFineMinutes);
     sigma.ee += Resolution(parallel, gga.position->longitudeDecimals, kFineMinutes);

@@ -5,6 +5,7 @@
 #include "field/time/EpochClock.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace tiltpole::field {
 
@@ -17,7 +18,7 @@ constexpr double kHighest = 100000.0;
 constexpr double kMostSeparation = 200.0; // [m]
 constexpr double kMostAge = 1e5;          // [s]
 constexpr double kMostSpeed = 1e5;        // [knots]
-constexpr double kMostSigma = 1e7;        // [m]
+constexpr double kMostSigma = 1e7;        // what is more counts as this [m]
 constexpr std::size_t kLongestTime = 16;
 constexpr std::size_t kLongestStation = 16;
 
@@ -187,8 +188,9 @@ std::optional<Gst> ReadGst(const Sentence& sentence)
     if (sentence.Fields() != 8 || !IsTime(sentence.Field(1))) return std::nullopt;
     std::array<std::optional<double>, 7> values; // of the fields 2 to 8
     for (std::size_t i = 0; i < values.size(); ++i) {
-        const double most = i == 3 ? 360.0 : kMostSigma;
+        const double most = i == 3 ? 360.0 : std::numeric_limits<double>::max();
         if (!ReadOptional(sentence.Field(i + 2), 0.0, most, values[i])) return std::nullopt;
+        if (values[i]) values[i] = std::min(*values[i], kMostSigma);
     }
     const auto& [rms, major, minor, orientation, latitude, longitude, height] = values;
     Gst gst;

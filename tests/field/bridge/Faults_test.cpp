@@ -215,6 +215,66 @@ TEST(Faults, DatumStep)
           {Code::DatumStep, State::Block, 4.1, 5.8, 6.0, "4"});
 }
 
+// A float solution that stands half a meter off says so itself; the fix after it is no other datum.
+TEST(Faults, AFixAfterAFloatThatStoodElsewhere)
+{
+    Options options;
+    options.epoch = [](EpochFields& epoch) {
+        if (!During(epoch.seconds)) return;
+        epoch.quality = 5;
+        epoch.sigma = {0.3, 0.3, 0.5};
+        epoch.antenna = field::Offset(epoch.antenna, 0.4, -0.3, 0.6);
+    };
+    for (const Report& report : RunFault(options)) {
+        const double t = SecondsOf(report);
+        if (report.epoch.utc.empty()) continue;
+        EXPECT_FALSE(Has(report, Code::DatumStep)) << t;
+        if (During(t)) {
+            EXPECT_EQ(report.verdict.state, State::Block) << t;
+        } else if (t > kTo + 0.05) {
+            EXPECT_EQ(report.verdict.state, State::Store) << t << ' ' << ReasonsOf(report);
+            ASSERT_TRUE(report.tip) << t;
+            EXPECT_LT(PlanError(report), 0.004) << t;
+        }
+    }
+}
+
+// The geoid of the receiver is taken for another one: the height that is sent would change alone.
+TEST(Faults, AnotherGeoidSeparation)
+{
+    auto records = RecordsOf(StandingTrack(kEnd));
+    for (Record& record : records) {
+        if (record.channel != field::Channel::Receiver || record.at < InstantOf(kFirst + kFrom))
+            continue;
+        const std::size_t gga = record.bytes.find("$GNGGA");
+        if (gga == std::string::npos) continue;
+        const std::size_t end = record.bytes.find('*', gga);
+        std::string body = record.bytes.substr(gga + 1, end - gga - 1);
+        const std::size_t at = body.find("39.429");
+        ASSERT_NE(at, std::string::npos);
+        body.replace(at, 6, "40.229");
+        record.bytes.replace(gga, end + 5 - gga, WithChecksum(body));
+    }
+    Check(ReportsOf(TrackSetup(), records), {Code::DatumStep, State::Block, 4.1, 9.0, 9.0, "4"});
+}
+
+// A receiver whose weeks rolled over dates the day 1024 weeks back: no declination for it.
+TEST(Faults, ADateOf1024WeeksAgo)
+{
+    Options options;
+    options.epoch = [](EpochFields& epoch) { epoch.date = "080407"; };
+    field::Setup setup = TrackSetup();
+    setup.north = field::NorthSource::Model;
+    int epochs = 0;
+    for (const Report& report : RunFault(options, setup)) {
+        if (report.epoch.utc.empty()) continue;
+        ++epochs;
+        EXPECT_TRUE(Has(report, Code::NoNorth)) << ReasonsOf(report);
+        EXPECT_FALSE(report.tip);
+    }
+    EXPECT_GT(epochs, 50);
+}
+
 TEST(Faults, OneEpochElsewhere)
 {
     Options options;

@@ -186,6 +186,60 @@ TEST(EpochAssembler, AssumesSigmaByHdopAndQualityWithoutGst)
     }
 }
 
+// A receiver that says of one axis only that it is bad is not taken for a good one.
+TEST(EpochAssembler, NeverAssumesLessThanAnUnfinishedGstStates)
+{
+    for (const std::string sigmas : {"2.5,2.5,", "2.5,0.000,9.0", ",,9.0", "0,0,9.0"}) {
+        EpochReader reader;
+        const std::string t = "130758.00";
+        const auto epochs = EpochsOf(reader, Gga(t) + Gst(t, ",,,", sigmas));
+        ASSERT_EQ(epochs.size(), 1U) << sigmas;
+        EXPECT_TRUE(epochs[0].sigmaAssumed) << sigmas;
+        EXPECT_GE(std::sqrt(std::max(epochs[0].sigma.nn, epochs[0].sigma.hh)), 2.5) << sigmas;
+        EXPECT_GE(std::sqrt(epochs[0].sigma.nn), 0.72 * 0.012 - 1e-12) << sigmas;
+    }
+}
+
+TEST(EpochAssembler, BelievesAHugeSigma)
+{
+    for (const std::string height : {"99999999.9999", "123456789012345678"}) {
+        EpochReader reader;
+        const std::string t = "130758.00";
+        const auto epochs = EpochsOf(reader, Gga(t) + Gst(t, ",,,", "0.011,99999999.9," + height));
+        ASSERT_EQ(epochs.size(), 1U) << height;
+        EXPECT_FALSE(epochs[0].sigmaAssumed) << height;
+        EXPECT_EQ(std::sqrt(epochs[0].sigma.ee), 1e7) << height;
+        EXPECT_EQ(std::sqrt(epochs[0].sigma.hh), 1e7) << height;
+    }
+}
+
+TEST(EpochAssembler, AssumesAWideSigmaWhereHdopIsMissing)
+{
+    EpochReader reader;
+    const auto epochs =
+        EpochsOf(reader, Line("GNGGA,130758.00," + kPlace + ",4,12,,193.444,M,39.4290,M,1.0,0207"));
+    ASSERT_EQ(epochs.size(), 1U);
+    EXPECT_NEAR(std::sqrt(epochs[0].sigma.nn), 0.060, 1e-9); // above what may be stored
+}
+
+TEST(EpochAssembler, TakesSentencesOfAnyTalker)
+{
+    const std::string body = Gga("130758.00") + Gst("130758.00");
+    for (const char* talker : {"GP", "GL", "GB", "GA", "BD"}) {
+        EpochReader reader;
+        std::string lines;
+        for (const std::string type : {"GGA", "GST"}) {
+            const std::size_t at = body.find("GN" + type);
+            ASSERT_NE(at, std::string::npos);
+            const std::string rest = body.substr(at + 2, body.find('*', at) - at - 2);
+            lines += Line(talker + rest);
+        }
+        const auto epochs = EpochsOf(reader, lines);
+        ASSERT_EQ(epochs.size(), 1U) << talker;
+        EXPECT_FALSE(epochs[0].sigmaAssumed) << talker;
+    }
+}
+
 TEST(EpochAssembler, AddsTheResolutionOfACoarseText)
 {
     EpochReader reader;
