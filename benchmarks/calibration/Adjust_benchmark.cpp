@@ -189,6 +189,29 @@ void Adjust_LiteralPort(benchmark::State& state)
     }
 }
 
+// One conic, beside Conic_Eigen.
+void Conic_Ours(benchmark::State& state)
+{
+    struct Fits : CInclineSensor_MagneticAdjust
+    {
+        using CInclineSensor_MagneticAdjust::EllipseFit;
+    };
+    const Turn turn = MakeTurns(static_cast<int>(state.range(0)), Round).horizontal;
+    CSZMatrix u(static_cast<int>(turn.size()), 1);
+    CSZMatrix v(static_cast<int>(turn.size()), 1);
+    for (int i = 0; i < u.getRowSize(); ++i) {
+        u.SetData(i, Field(turn[static_cast<std::size_t>(i)], 0, 0));
+        v.SetData(i, Field(turn[static_cast<std::size_t>(i)], 0, 1));
+    }
+    Fits fits;
+    CSZMatrix conic;
+    for (auto _ : state) {
+        benchmark::DoNotOptimize(fits.EllipseFit(u, v, conic));
+        benchmark::DoNotOptimize(conic);
+    }
+}
+
+BENCHMARK(Conic_Ours)->Arg(100)->Arg(1000);
 BENCHMARK(Adjust_Ours)->Apply(Sizes);
 BENCHMARK(Adjust_OursStageByStage)->Apply(Sizes);
 BENCHMARK(Adjust_LiteralPort)->Apply(Sizes);

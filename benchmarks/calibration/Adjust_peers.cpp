@@ -102,6 +102,16 @@ void Adjust_Eigen(benchmark::State& state)
     }
 }
 
+void Conic_Eigen(benchmark::State& state)
+{
+    const eigen::Readings r =
+        eigen::Read(MakeTurns(static_cast<int>(state.range(0)), Round).horizontal, 0);
+    for (auto _ : state)
+        benchmark::DoNotOptimize(eigen::Ellipse(r.x, r.y));
+}
+
+BENCHMARK(Conic_Eigen)->Name(TILTPOLE_PEER("Conic_Eigen"))->Arg(100)->Arg(1000);
+
 BENCHMARK(Adjust_Eigen)->Name(TILTPOLE_PEER("Adjust_Eigen"))->Apply(Sizes);
 
 } // namespace

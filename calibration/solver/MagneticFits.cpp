@@ -59,22 +59,24 @@ int FitEllipse(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& p)
 {
     if (!AreColumnPair(u, v, 5)) return 0;
 
-    const int n = u.getRowSize();
-    CSZMatrix A(n, 5);
-    CSZMatrix b(n, 1);
-    CheckAllocated(A, n);
-    CheckAllocated(b, n);
-    for (int i = 0; i < n; ++i) {
+    // The normal equations, each sum over rising i: those of SolveLeastSquares, without its matrices.
+    double sums[5][6] = {};
+    for (int i = 0; i < u.getRowSize(); ++i) {
         const double ui = u.GetData(i, 0);
         const double vi = v.GetData(i, 0);
-        A.SetData(i, 0, ui * ui - vi * vi);
-        A.SetData(i, 1, ui * vi);
-        A.SetData(i, 2, ui);
-        A.SetData(i, 3, vi);
-        A.SetData(i, 4, 1.0);
-        b.SetData(i, -vi * vi);
+        const double row[6] = {ui * ui - vi * vi, ui * vi, ui, vi, 1.0, -vi * vi};
+        for (int j = 0; j < 5; ++j)
+            for (int k = 0; k < 6; ++k)
+                sums[j][k] += row[j] * row[k];
     }
-    if (!SolveLeastSquares(A, b, nullptr, p, nullptr)) return 0;
+    CSZMatrix normal(5, 5);
+    CSZMatrix right(5, 1);
+    for (int j = 0; j < 5; ++j) {
+        for (int k = 0; k < 5; ++k)
+            normal.SetData(j, k, sums[j][k]);
+        right.SetData(j, sums[j][5]);
+    }
+    p = normal.matInv() * right;
     const Conic conic = ConicOf(p);
     return conic.p1 * conic.p1 - 4 * conic.p0 * (1 - conic.p0) >= 0 ? 0 : 1;
 }

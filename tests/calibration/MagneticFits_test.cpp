@@ -6,6 +6,7 @@
 #include "tests/reference/LiteralAdjust.h"
 
 #include <gtest/gtest.h>
+#include <limits>
 
 #include <cmath>
 #include <numbers>
@@ -75,6 +76,35 @@ TEST(EllipseFit, FivePointsLieOnTheConic)
         EXPECT_NEAR(p0 * x * x + p.GetData(1, 0) * x * y + (1 - p0) * y * y + p.GetData(2, 0) * x
                         + p.GetData(3, 0) * y + p.GetData(4, 0),
                     0, 1e-9);
+    }
+}
+
+// Every bit, also of readings that are not finite: the fit forms its sums without these matrices.
+TEST(EllipseFit, IsTheLeastSquaresSolutionOfItsRows)
+{
+    for (const double last : {0.7, -0.0, 1e200, std::numeric_limits<double>::infinity()}) {
+        const CSZMatrix u = ColumnOf({3.1, 0.2, -2.7, 0.4, 1.9, -1.3, last});
+        const CSZMatrix v = ColumnOf({0.3, 2.2, 0.1, -1.8, 1.7, 1.1, -1.6});
+        CSZMatrix A(7, 5);
+        CSZMatrix b(7, 1);
+        for (int i = 0; i < 7; ++i) {
+            const double x = u.GetData(i, 0);
+            const double y = v.GetData(i, 0);
+            const double row[] = {x * x - y * y, x * y, x, y, 1.0};
+            for (int c = 0; c < 5; ++c)
+                A.SetData(i, c, row[c]);
+            b.SetData(i, -y * y);
+        }
+        CSZMatrix expected;
+        CSZMatrix conic;
+        ASSERT_EQ(ReachAdjust().lsq(A, b, nullptr, expected, nullptr), 1);
+        ReachAdjust().EllipseFit(u, v, conic);
+        ASSERT_EQ(conic.getRowSize(), 5);
+        for (int i = 0; i < 5; ++i) {
+            const double x = conic.GetData(i, 0);
+            const double wanted = expected.GetData(i, 0);
+            EXPECT_TRUE(x == wanted || (std::isnan(x) && std::isnan(wanted))) << last << ' ' << i;
+        }
     }
 }
 
