@@ -43,7 +43,10 @@ OccupyResult Simulated(const OccupationCase& occupation, int runs, std::uint64_t
     result.setup.occupation.poleLength = occupation.plan.poleLength;
     simulation::OccupationPlan plan = occupation.plan;
     plan.points = runs;
-    const simulation::Occupations log = SimulateOccupations(occupation.sensor, {}, plan, seed);
+    const simulation::EarthField earth;
+    // As with --field: a field that differs has no vote on the heading.
+    if (!plan.magnets.empty()) result.setup.field = {earth.strength, earth.dip};
+    const simulation::Occupations log = SimulateOccupations(occupation.sensor, earth, plan, seed);
     cli::PointInWork work(result.setup);
     const auto end = [&] {
         result.points.push_back(work.End());

@@ -3,10 +3,12 @@
 
 #include "field/occupation/Region.h"
 #include "field/occupation/Trend.h"
+#include "survey/Angle.h"
 
 #include <algorithm>
 #include <array>
 #include <cmath>
+#include <limits>
 
 namespace tiltpole::field {
 
@@ -71,6 +73,21 @@ namespace {
 
 constexpr double kNarrow = 1.0 / (kUsualFault * kUsualFault);
 
+// Chi-square of the glide in plan of a harmful size that comes closest to `plan`.
+double HarmGainOf(const Eigen::Vector2d& plan, const Eigen::Matrix2d& information)
+{
+    constexpr double kHarmful = 0.03; // [m]
+    constexpr int kDirections = 36;
+    double least = std::numeric_limits<double>::infinity();
+    for (int i = 0; i < kDirections; ++i) {
+        const double direction = 2.0 * survey::kPi * i / kDirections;
+        const Eigen::Vector2d off =
+            kHarmful * Eigen::Vector2d(std::cos(direction), std::sin(direction)) - plan;
+        least = std::min(least, off.dot(information * off));
+    }
+    return least;
+}
+
 // A shift of the tip that differs from epoch to epoch by a factor: sums of its normal equations.
 class Shift
 {
@@ -117,7 +134,9 @@ private:
         constexpr double kWander = 0.004; // what the antenna's own slow errors make of a glide [m]
         Eigen::Matrix2d own = covariance.topLeftCorner<2, 2>();
         own.diagonal().array() += kWander * kWander;
-        score.planGain = plan.dot(own.inverse() * plan);
+        const Eigen::Matrix2d information = own.inverse();
+        score.planGain = plan.dot(information * plan);
+        score.harmGain = HarmGainOf(plan, information);
         score.gain = score.size.dot(right);
         score.time = time;
         score.evidence = LogLikelihoodGain(fitter, right.dot(narrowed.inverse() * right), others)
@@ -149,15 +168,36 @@ StepScore StepOfTip(const Fitter& fitter)
     return best;
 }
 
+namespace {
+
+// How far a tip is on its way from rest to rest, at the part t of the time: 0 to 1.
+double FromRestToRest(double t)
+{
+    return t * t * t * (10.0 - 15.0 * t + 6.0 * t * t);
+}
+
+} // namespace
+
 StepScore GlideOfTip(const Fitter& fitter, const WithTrend& trend)
 {
     const auto& rows = fitter.Rows();
     const double first = rows.front().epoch->time;
     const double span = std::max(1.0, rows.back().epoch->time - first);
-    Shift shift;
-    for (const EpochRow& row : rows)
-        shift.Add(row, (row.epoch->time - first) / span);
-    return trend.known ? shift.ScoreIn(fitter, trend, first) : shift.ScoreIn(fitter, first);
+    Shift even;
+    Shift resting;
+    for (const EpochRow& row : rows) {
+        const double t = (row.epoch->time - first) / span;
+        even.Add(row, t);
+        resting.Add(row, FromRestToRest(t));
+    }
+    const auto scoreOf = [&](const Shift& shift) {
+        return trend.known ? shift.ScoreIn(fitter, trend, first) : shift.ScoreIn(fitter, first);
+    };
+    StepScore evenly = scoreOf(even);
+    StepScore smoothly = scoreOf(resting);
+    if (!smoothly.size.allFinite()) return evenly;
+    evenly.harmGain = smoothly.harmGain = std::min(evenly.harmGain, smoothly.harmGain);
+    return smoothly.planGain > evenly.planGain ? smoothly : evenly;
 }
 
 Eigen::Matrix2d SpreadOfGlide(const StepScore& glide)

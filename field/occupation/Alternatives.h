@@ -11,6 +11,8 @@
 #include "field/occupation/Jump.h"
 #include "field/occupation/Trend.h"
 
+#include <limits>
+
 namespace tiltpole::field {
 
 /// An unknown that the model lacks.
@@ -34,11 +36,14 @@ struct StepScore
     double evidence = 0.0; // of a step at some time, see Score
     double planGain =
         0.0; // chi-square of its plan part, two degrees of freedom, where the antenna wanders
+    // Likewise of what parts it from the nearest one of 30 mm; where it is not asked for, none comes near.
+    double harmGain = std::numeric_limits<double>::infinity();
 };
 
 StepScore StepOfTip(const Fitter& fitter);
 
-/// The same of a tip that glides evenly: how far from the first epoch, its time, to the last.
+/// The same of a tip that glides from the first epoch, its time, to the last, evenly or from rest to rest: of
+/// both the one that explains more in plan, and the smaller harmGain.
 /// @param trend  what tells a glide from biases of the gyros, where known
 StepScore GlideOfTip(const Fitter& fitter, const WithTrend& trend);
 

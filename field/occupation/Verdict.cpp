@@ -24,6 +24,7 @@ constexpr double kHarmfulStep = 0.018;   // [m]
 constexpr double kStepFirst = 2.2;       // by which a wrong length must be likelier
 constexpr double kLeastStep = 0.010;     // [m]
 constexpr double kGlideGain = 11.0;      // chi-square of a glide in plan that is one: 99.6 %
+constexpr double kGlideExcluded = 2.0;   // of a stored tip, a glide of 30 mm [sigma]
 constexpr double kSuddenStep = 0.013;    // jump of the residuals that is one [m]
 constexpr double kLengthEvidence = 0.3;  // likewise of another length
 constexpr double kLeastLength = 0.015;   // [m]
@@ -135,6 +136,17 @@ bool HasFault(OccupationEstimate& e, const Alternatives& alternatives, const Occ
     return true;
 }
 
+// What is stored did not glide as far as a slip that must be named. Where the sensor does not move with the
+// pole, its own motion hides what the vertical says of that.
+void JudgeGlide(OccupationEstimate& e, const StepScore& glide)
+{
+    if (e.advice != OccupationAdvice::Store || !(e.sensorHeight > 0.0)) return;
+    if (glide.harmGain > kGlideExcluded * kGlideExcluded) return;
+    e.tipStep = glide.size.head<2>().norm();
+    e.tipStepAt = glide.time;
+    Set(e, OccupationAdvice::Move, OccupationReason::TipUnchecked);
+}
+
 bool Contradicts(const OccupationEstimate& e, const Fit& fit)
 {
     const double tilt = fit.tilt.norm() / fit.tiltSigma;
@@ -224,6 +236,7 @@ void Judge(OccupationEstimate& e, const Fitter& fitter, const Alternatives& alte
     JudgeSize(e, setup.poleLength * lean * survey::Deg2Rad(e.headingSigma),
               setup.poleLength * fit.tiltSigma, setup);
     JudgeLength(e);
+    JudgeGlide(e, alternatives.glide);
 }
 
 } // namespace tiltpole::field
