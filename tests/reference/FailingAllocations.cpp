@@ -23,6 +23,7 @@ namespace {
 struct State
 {
     long count = 0;
+    long held = 0; // blocks of operator new
     long firstToFail = std::numeric_limits<long>::max();
     long lastToFail = 0;
     bool hasFailed = false;
@@ -67,18 +68,32 @@ void* NoMemory()
     return nullptr;
 }
 
+void* New(std::size_t size) noexcept
+{
+    void* memory = std::malloc(size > 0 ? size : 1);
+    if (memory != nullptr) ++state.held;
+    return memory;
+}
+
 void* NewOrThrow(std::size_t size)
 {
-    if (void* memory = std::malloc(size > 0 ? size : 1)) return memory;
+    if (void* memory = New(size)) return memory;
     throw std::bad_alloc();
 }
 
 void* NewOrThrow(std::size_t size, std::align_val_t alignment)
 {
     void* memory = nullptr;
-    if (::posix_memalign(&memory, static_cast<std::size_t>(alignment), size > 0 ? size : 1) == 0)
-        return memory;
-    throw std::bad_alloc();
+    if (::posix_memalign(&memory, static_cast<std::size_t>(alignment), size > 0 ? size : 1) != 0)
+        throw std::bad_alloc();
+    ++state.held;
+    return memory;
+}
+
+void Delete(void* memory) noexcept
+{
+    if (memory != nullptr) --state.held;
+    std::free(memory);
 }
 
 } // namespace
@@ -131,51 +146,51 @@ void* operator new[](std::size_t size, std::align_val_t alignment)
 }
 void* operator new(std::size_t size, const std::nothrow_t&) noexcept
 {
-    return std::malloc(size > 0 ? size : 1);
+    return New(size);
 }
 void* operator new[](std::size_t size, const std::nothrow_t&) noexcept
 {
-    return std::malloc(size > 0 ? size : 1);
+    return New(size);
 }
 void operator delete(void* memory) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete[](void* memory) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete(void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete[](void* memory, std::size_t) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete(void* memory, std::align_val_t) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete[](void* memory, std::align_val_t) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete(void* memory, std::size_t, std::align_val_t) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete[](void* memory, std::size_t, std::align_val_t) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete(void* memory, const std::nothrow_t&) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 void operator delete[](void* memory, const std::nothrow_t&) noexcept
 {
-    std::free(memory);
+    Delete(memory);
 }
 
 #endif
@@ -185,6 +200,11 @@ namespace reference {
 long Allocations()
 {
     return state.count;
+}
+
+long HeldBlocks()
+{
+    return state.held;
 }
 
 bool CanFailAllocations()

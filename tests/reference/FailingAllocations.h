@@ -22,6 +22,9 @@ namespace reference {
 /// Allocations of this thread since it began.
 long Allocations();
 
+/// Blocks that operator new has given to this thread less those that it has deleted.
+long HeldBlocks();
+
 /// Whether allocations can be counted and made to fail here. They cannot where another tool has put
 /// its own allocator in place (Valgrind, a sanitizer linked statically); a test then skips itself.
 bool CanFailAllocations();

@@ -44,6 +44,19 @@ auto WithTheFirstFailing(Operation operation)
     return AllocationRound(1, Failing::One).Run(operation);
 }
 
+TEST_F(FailingAllocations, CountTheBlocksThatAreHeld)
+{
+    const long held = reference::HeldBlocks();
+    int* number = Used(new int(1));
+    int* numbers = Used(new int[3]);
+    std::string* text = Used(new (std::nothrow) std::string);
+    EXPECT_EQ(reference::HeldBlocks(), held + 3);
+    delete number;
+    delete[] numbers;
+    delete text;
+    EXPECT_EQ(reference::HeldBlocks(), held);
+}
+
 TEST_F(FailingAllocations, AreCounted)
 {
     const long before = Allocations();
