@@ -3,7 +3,10 @@
 // tiltpole calibrate --on-the-spot, and tiltpole occupy with what it found.
 #include "tests/apps/RunLine.h"
 #include "tests/apps/ScratchFile.h"
+#include "tests/apps/cli/occupy/OccupyRuns.h"
 
+#include <cmath>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -113,6 +116,92 @@ TEST_F(OnTheSpot, RefusesInputThatItCannotUse)
     EXPECT_EQ(two.exitCode, 2);
     EXPECT_THAT(two.err, HasSubstr("has more than one point"));
     ExpectNothingWritten();
+}
+
+using occupy::test::Table;
+
+void Scale(Table& table, const std::vector<std::string>& columns, double factor)
+{
+    for (const std::string& name : columns)
+        for (std::size_t i = 0; i < table.rows.size(); ++i)
+            if (std::string& cell = table.Cell(i, name); !cell.empty())
+                cell = fmt::format("{}", factor * std::stod(cell));
+}
+
+void Exchange(Table& table, const std::string& a, const std::string& b)
+{
+    std::swap(table.header[table.Column(a)], table.header[table.Column(b)]);
+}
+
+void Blank(Table& table, const std::vector<std::string>& columns)
+{
+    for (const std::string& name : columns)
+        table.Set(name, "");
+}
+
+TEST_F(OnTheSpot, NamesWhatIsWrongWithALog)
+{
+    struct Mistake
+    {
+        const char* what;
+        std::function<void(Table&)> make;
+        const char* says;
+    };
+    constexpr const char* kContradiction =
+        "sensors and antenna contradict each other: check axes, signs, units and times";
+    // clang-format off
+    const Mistake mistakes[] = {
+        {"rates in rad/s",   [](Table& t) { Scale(t, {"dGyro_x", "dGyro_y", "dGyro_z"}, std::acos(-1.0) / 180.0); }, kContradiction},
+        {"a reversed rate",  [](Table& t) { Scale(t, {"dGyro_z"}, -1.0); },         kContradiction},
+        {"exchanged rates",  [](Table& t) { Exchange(t, "dGyro_x", "dGyro_y"); },   kContradiction},
+        {"a reversed force", [](Table& t) { Scale(t, {"dAcc_x"}, -1.0); },          kContradiction},
+        {"forces in m/s²",   [](Table& t) { Scale(t, {"dAcc_x", "dAcc_y", "dAcc_z"}, 9.80665); }, kContradiction},
+        {"a still antenna",  [](Table& t) { for (const char* name : {"x", "y", "h"}) for (auto& row : t.rows) if (!row[t.Column(name)].empty()) row[t.Column(name)] = t.rows[0][t.Column(name)]; },
+         "the pole is about 2000 mm shorter than its length says"},
+        {"no antenna",       [](Table& t) { Blank(t, {"x", "y", "h"}); },           "there are no antenna positions"},
+        {"three seconds",    [](Table& t) { t.rows.erase(t.rows.begin() + 400, t.rows.begin() + 550); },
+         "the inertial samples pause for too long: begin again"},
+        {"rows backwards",   [](Table& t) { std::reverse(t.rows.begin(), t.rows.end()); },
+         "the time of samples or antenna positions runs back or repeats"},
+        {"rows twice",       [](Table& t) { const auto rows = t.rows; t.rows.clear(); for (const auto& row : rows) t.rows.insert(t.rows.end(), 2, row); },
+         "the time of samples or antenna positions runs back or repeats"},
+        {"one row",          [](Table& t) { t.rows.resize(1); },                    "go on: rock the pole and turn it about its axis for 20 s"},
+        {"no row",           [](Table& t) { t.rows.clear(); },                      "there are no inertial samples"},
+    };
+    // clang-format on
+    Rocked();
+    const Table right = occupy::test::TableOf(m_folder.Read("rocked.csv"));
+    for (const Mistake& mistake : mistakes) {
+        Table table = right;
+        mistake.make(table);
+        const auto done = Calibrate(m_folder.Write("bad.csv", table.Text()), Out());
+        EXPECT_EQ(done.exitCode, 1) << mistake.what;
+        EXPECT_THAT(done.out, HasSubstr(std::string("not usable: ") + mistake.says + "\n"))
+            << mistake.what;
+        EXPECT_THAT(done.err,
+                    HasSubstr("pole.cfg: not written, because the calibration cannot be used"))
+            << mistake.what;
+        ExpectNothingWritten();
+    }
+}
+
+TEST_F(OnTheSpot, WritesNothingFromADeadMagnetometer)
+{
+    Rocked();
+    const Table right = occupy::test::TableOf(m_folder.Read("rocked.csv"));
+    const std::pair<const char*, const char*> cases[] = {
+        {"0",   "has no readings of magnetometer A: there is nothing to write"},
+        {"300", "was left unchanged, because the calibration is implausible"  },
+    };
+    for (const auto& [reading, says] : cases) {
+        Table table = right;
+        for (const char* name : {"dMag_x", "dMag_y", "dMag_z", "dMag_x_2", "dMag_y_2", "dMag_z_2"})
+            table.Set(name, reading);
+        const auto done = Calibrate(m_folder.Write("bad.csv", table.Text()), Out());
+        EXPECT_EQ(done.exitCode, 2) << reading;
+        EXPECT_THAT(done.err, HasSubstr(says)) << reading;
+        ExpectNothingWritten();
+    }
 }
 
 TEST_F(OnTheSpot, MakesOccupationsBetter)
