@@ -26,8 +26,8 @@
 #include "positioning/MagneticParameters.h"
 #include "positioning/PoseSensorData.h"
 
-/// Every failure shows a message box titled "Warning" and returns 0. Short memory is such a failure;
-/// nothing throws. Conics and lines are vectors:
+/// Every failure shows a message box titled "Warning" and returns 0. Short memory is such a
+/// failure; nothing throws. Conics and lines are vectors:
 ///
 ///   conic p, 5 x 1   p0·u² + p1·u·v + (1 − p0)·v² + p2·u + p3·v + p4 = 0
 ///   line l, 3 x 1    slope k, intercept q of v = k·u + q, root mean square residual
@@ -91,8 +91,8 @@ protected:
     /// @return 1, or 0 after a message box and with P unchanged when a conic is not an ellipse
     int MagCorrPara(CSZMatrix p, CSZMatrix q, CSZMatrix l, Incline_MagneticCorrectParameter& P);
 
-    /// Translation from the raw horizontal readings of A and B and the current corrections. 0, after
-    /// a message box, when the numbers of rows differ.
+    /// Translation from the raw horizontal readings of A and B and the current corrections. 0,
+    /// after a message box, when the numbers of rows differ.
     int MagneticCoordinateOffset(CSZMatrix HA, CSZMatrix HB,
                                  Incline_MagneticTranslationParameter& T);
 

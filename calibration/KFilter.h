@@ -33,8 +33,8 @@ public:
     CKFilter& operator=(const CKFilter&) = default;
     ~CKFilter() = default;
 
-    /// Gives every matrix its shape and fills it with zeros, also where the orders stay the same. An
-    /// order below 1 is stored, but leaves the matrices of that order as they were.
+    /// Gives every matrix its shape and fills it with zeros, also where the orders stay the same.
+    /// An order below 1 is stored, but leaves the matrices of that order as they were.
     void SetMatrixOrder(int stateOrder, int measurementOrder);
 
     /// @param Phi    transition of the state, n x n

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// A pole on a real receiver: bytes of the receiver and of the pose sensor go in with the instants at
-/// which they arrived, sentences with the tip and a verdict on each come out.
+/// A pole on a real receiver: bytes of the receiver and of the pose sensor go in with the instants
+/// at which they arrived, sentences with the tip and a verdict on each come out.
 ///
 ///     field::Setup setup;
 ///     setup.poleLength = 2.0;
@@ -17,10 +17,10 @@
 ///         if (report.verdict.state == field::State::Store) Offer(*report.tip);
 ///     }
 ///
-/// There is no clock, no socket and no file inside. The same bytes at the same instants give the same
-/// reports, however they are cut into pieces and however often Tick is called; only when a report is ready
-/// depends on that. Instants count in whole microseconds. The tip is formed in latitude and longitude with
-/// true north; no map projection takes part.
+/// There is no clock, no socket and no file inside. The same bytes at the same instants give the
+/// same reports, however they are cut into pieces and however often Tick is called; only when a
+/// report is ready depends on that. Instants count in whole microseconds. The tip is formed in
+/// latitude and longitude with true north; no map projection takes part.
 ///
 ///     azimuths   from true north towards east [degrees]
 ///     lean       angle of the pole from the vertical [degrees]
@@ -46,8 +46,8 @@ namespace field {
 /// The calibration of the magnetometers, as a parameter file and its sidecar hold it.
 struct CalibrationFile
 {
-    /// With the corrections, translations and bias angles of the file; its sensor type and kept values
-    /// are not used. The bias of magnetometer A is the axis offset (see NorthSource).
+    /// With the corrections, translations and bias angles of the file; its sensor type and kept
+    /// values are not used. The bias of magnetometer A is the axis offset (see NorthSource).
     CInclineSensor_Position sensor;
     std::string bytes;     ///< of the file; empty: there is none
     bool complete = false; ///< all keys were found
@@ -205,18 +205,19 @@ struct Verdict
 
 struct OccupationTrack; // field/OccupationTrack.h
 
-/// What came of one epoch; or, with an epoch without utc and no sentences, that there are none any more.
+/// What came of one epoch; or, with an epoch without utc and no sentences, that there are none any
+/// more.
 struct Report
 {
     Epoch epoch;
     std::optional<Tip> tip; ///< none while it is not known
     Verdict verdict;
     std::string nmea; ///< its sentences, each with CR LF; they tell of `tip` alone
-    /// Of the time since the tip was planted, with the gyros of the sensor; none without them, or before
-    /// two seconds. x north, y east, h up of the antenna at its beginning.
+    /// Of the time since the tip was planted, with the gyros of the sensor; none without them, or
+    /// before two seconds. x north, y east, h up of the antenna at its beginning.
     std::optional<OccupationEstimate> occupation;
-    /// Its tip. Where its advice is Store, a pole that only moves may be stored, too: the verdict then is
-    /// that of this tip, not of `tip`.
+    /// Its tip. Where its advice is Store, a pole that only moves may be stored, too: the verdict
+    /// then is that of this tip, not of `tip`.
     std::optional<Geodetic> occupationTip;
     bool byOccupation = false; ///< whether the verdict is Store for `occupationTip` only
     /// What `occupation` was computed from; none unless its advice is Store.
@@ -261,8 +262,9 @@ public:
     /// Reports since the last call, in order.
     std::vector<Report> Take();
 
-    /// Gives the sentences of each epoch to `callback` as soon as they are formed, before an occupation is
-    /// estimated with it. The report that Take returns holds the same. The callback must not use the bridge.
+    /// Gives the sentences of each epoch to `callback` as soon as they are formed, before an
+    /// occupation is estimated with it. The report that Take returns holds the same. The callback
+    /// must not use the bridge.
     void OnSentences(std::function<void(const std::string&)> callback);
 
     /// What the surveyor confirms: another base, a step of the datum.

@@ -12,8 +12,9 @@
 ///
 ///     antenna(i) = t + L·R(o)·u(moment(i) − d)
 ///
-/// with u the unit vector up the pole by the interpolated pose and R(o) a turn about the vertical; the
-/// delay is the one with the least sum of squares. A length or an offset that is off shows here, too.
+/// with u the unit vector up the pole by the interpolated pose and R(o) a turn about the vertical;
+/// the delay is the one with the least sum of squares. A length or an offset that is off shows
+/// here, too.
 #pragma once
 
 #include "field/Bridge.h"

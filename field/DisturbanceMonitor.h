@@ -4,8 +4,9 @@
 /// against those of the calibration, the two magnetometers against each other, and, once the pole
 /// has moved, the magnetic heading against the heading by the antenna's track.
 ///
-/// Two magnetometers on one pole turn alike near a large or distant source and then agree in a wrong
-/// heading; the length and the dip of the field do not need a second sensor, only pitch and roll:
+/// Two magnetometers on one pole turn alike near a large or distant source and then agree in a
+/// wrong heading; the length and the dip of the field do not need a second sensor, only pitch and
+/// roll:
 ///
 ///     strength = |m|,   dip = asin(-m.u / |m|)              m: calibrated reading, u: up, sensor axes
 ///     own      = hypot((strength / S - 1) / limit, (dip - D) / limit)       S, D: of the calibration
@@ -30,8 +31,8 @@
 ///     time      seconds; where it runs back, as from one point to the next, a disturbance ends
 ///
 /// On simulated poles beside a magnet (40 places, tilt up to 25 degrees, sensor errors as a
-/// calibration leaves them) the limits mark 4 of 5 samples whose heading is off by more than
-/// 5 degrees; of samples that are not disturbed, 0 simulated and up to 5 % of those recorded by hand.
+/// calibration leaves them) the limits mark 4 of 5 samples whose heading is off by more than 5
+/// degrees; of samples that are not disturbed, 0 simulated and up to 5 % of those recorded by hand.
 #pragma once
 
 #include "field/ExactAttitude.h"
@@ -55,9 +56,9 @@ struct FieldShape
 /// @return dip 0 where the reading is 0, NaN where the inclination is NaN
 TILTPOLE_API FieldShape ShapeOf(const Tilt& tilt, const SensorVector& reading);
 
-/// The middle shape of many: medians of the strengths and of the dips. A reference from a log itself,
-/// where more than half of its samples are undisturbed.
-/// Shapes that are not finite are passed over. The upper one of two middle values.
+/// The middle shape of many: medians of the strengths and of the dips. A reference from a log
+/// itself, where more than half of its samples are undisturbed. Shapes that are not finite are
+/// passed over. The upper one of two middle values.
 /// @return nothing where none is left
 TILTPOLE_API std::optional<FieldShape> MedianShape(const std::vector<FieldShape>& shapes);
 
@@ -117,8 +118,8 @@ struct DisturbedSpan
     double score = 0.0;  ///< the largest
 };
 
-/// What a span is in words: "28 % too strong", "12 % too weak", "7 degrees too steep", "4 degrees too
-/// flat", "magnetometers differ by 40 %", "heading 25 degrees off the track".
+/// What a span is in words: "28 % too strong", "12 % too weak", "7 degrees too steep", "4 degrees
+/// too flat", "magnetometers differ by 40 %", "heading 25 degrees off the track".
 TILTPOLE_API std::string TextOf(const DisturbedSpan& span);
 
 class TILTPOLE_API DisturbanceMonitor

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// The exact attitude of a straight pole from pitch, roll and heading, and the tip by it. With errorless
-/// sensors the tip is exact at every lean; CInclineSensor_Position, which takes roll as a turn in the
-/// heading and as a slope in the step to the tip, then misses it by up to 1 mm at 10 degrees of lean, 14 at
-/// 20, 71 at 30 and 131 at 35 (pole of 2 m, dip 66 degrees, roll a slope; 2, 17, 64 and 108 for a turn).
+/// The exact attitude of a straight pole from pitch, roll and heading, and the tip by it. With
+/// errorless sensors the tip is exact at every lean; CInclineSensor_Position, which takes roll as a
+/// turn in the heading and as a slope in the step to the tip, then misses it by up to 1 mm at 10
+/// degrees of lean, 14 at 20, 71 at 30 and 131 at 35 (pole of 2 m, dip 66 degrees, roll a slope; 2,
+/// 17, 64 and 108 for a turn).
 ///
 ///     field::Tilt tilt;
 ///     tilt.pitch = sample.dPitch;
@@ -79,8 +80,8 @@ TILTPOLE_API double MagneticHeading(const Tilt& tilt, const SensorVector& readin
 /// @param heading  azimuth of the levelled forward axis [degrees]
 TILTPOLE_API xyhCoordinate PoleDirection(const Tilt& tilt, double heading);
 
-/// The tip of a straight pole: antenna − poleLength·PoleDirection(tilt, heading). Rounding: below 1e-9 m at
-/// survey coordinates and leans to 45 degrees (ExactAttitude.FindsTheTipOfAStraightPole).
+/// The tip of a straight pole: antenna − poleLength·PoleDirection(tilt, heading). Rounding: below
+/// 1e-9 m at survey coordinates and leans to 45 degrees (ExactAttitude.FindsTheTipOfAStraightPole).
 /// @param poleLength  antenna to tip [m]
 TILTPOLE_API xyhCoordinate ExactTip(const xyhCoordinate& antenna, double poleLength,
                                     const Tilt& tilt, double heading);

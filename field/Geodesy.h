@@ -7,10 +7,11 @@
 ///
 ///     latitude += N / (M + h)      longitude += E / ((Nu + h)·cos latitude)      height += U
 ///
-/// N, E, U: meters towards true north, east and up; M, Nu: radii of curvature in the meridian and across it
-/// at the first point. The error against the plane that touches the ellipsoid grows with the square of the
-/// step: 2 m are off by at most 4.2e-6 m up to latitude 85, 2.1e-5 m at 89, 2.1e-4 m at 89.9
-/// (Geodesy.AgreesWithTheTangentPlane). Derivation: docs/live-formulas.md, "Offset".
+/// N, E, U: meters towards true north, east and up; M, Nu: radii of curvature in the meridian and
+/// across it at the first point. The error against the plane that touches the ellipsoid grows with
+/// the square of the step: 2 m are off by at most 4.2e-6 m up to latitude 85, 2.1e-5 m at 89,
+/// 2.1e-4 m at 89.9 (Geodesy.AgreesWithTheTangentPlane). Derivation: docs/live-formulas.md,
+/// "Offset".
 #pragma once
 
 #include "field/Epoch.h"

@@ -9,9 +9,9 @@
 ///     dip          below the horizon positive [degrees]
 ///     strength     F, of the whole field; horizontal: H, of its horizontal part [nT]
 ///
-/// The model holds the field of the core: what iron, buildings, rocks and the sun add is not in it. Within
-/// 0.005 degrees of the official test values (MagneticField.AgreesWithTheOfficialTestValues).
-/// Derivation: docs/live-formulas.md, "North".
+/// The model holds the field of the core: what iron, buildings, rocks and the sun add is not in it.
+/// Within 0.005 degrees of the official test values
+/// (MagneticField.AgreesWithTheOfficialTestValues). Derivation: docs/live-formulas.md, "North".
 #pragma once
 
 #include "field/Epoch.h"
@@ -28,8 +28,8 @@ struct Field
     double dip = 0.0;
     double strength = 0.0;
     double horizontal = 0.0;
-    /// Standard deviation of the declination [degrees], √(0.26² + (5417 nT/H)²): what the model leaves
-    /// out, as its report states it.
+    /// Standard deviation of the declination [degrees], √(0.26² + (5417 nT/H)²): what the model
+    /// leaves out, as its report states it.
     double declinationSigma = 0.0;
 };
 

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// @class field::Occupation
-/// The tip of a pole from some seconds of an occupation: the antenna track tells where the pole leans to,
-/// the gyros how it turned in between, the accelerometers where the vertical is. The magnetometer is only a
-/// witness of the heading.
+/// The tip of a pole from some seconds of an occupation: the antenna track tells where the pole
+/// leans to, the gyros how it turned in between, the accelerometers where the vertical is. The
+/// magnetometer is only a witness of the heading.
 ///
 ///     field::Occupation occupation(setup);       // once; allocates
 ///     occupation.Add(inertialSample);            // as samples come, 20 to 200 Hz
@@ -16,8 +16,9 @@
 ///     const auto verdict = monitor.Add(monitorSample);  // field::DisturbanceMonitor
 ///     inertialSample.disturbed = verdict.suspect || verdict.disturbed;
 ///
-/// The tip must stay planted from the first sample to the last, and the pole must move: record the lean-in,
-/// or rock the pole. Heading and tip follow from the motion; without it only the magnetometer is left.
+/// The tip must stay planted from the first sample to the last, and the pole must move: record the
+/// lean-in, or rock the pole. Heading and tip follow from the motion; without it only the
+/// magnetometer is left.
 ///
 ///     axes     sensor type 1: x forward, y left, z up the pole; others: x right, y forward, z up the pole.
 ///              Rates are positive for turns by the right hand about these axes; a pole at rest and plumb
@@ -25,9 +26,9 @@
 ///     survey   x north, y east, h up [m]; azimuths from north towards east [degrees]
 ///     time     [s], of one clock for sensors and antenna, of any origin
 ///
-/// Memory is bounded: a long occupation keeps every second, every fourth, ... sample and epoch, and is
-/// refused where that does not follow the pole any more. Add and Estimate allocate nothing. One object
-/// for each thread.
+/// Memory is bounded: a long occupation keeps every second, every fourth, ... sample and epoch, and
+/// is refused where that does not follow the pole any more. Add and Estimate allocate nothing. One
+/// object for each thread.
 ///
 /// Model, derivation, meaning of each prior and measured figures: docs/occupation.md.
 #pragma once
@@ -91,8 +92,9 @@ struct OccupationSetup
     double sharedHeightSigma = 0.0105; ///< likewise [m], not below 0
     double poleSigma = 0.002;          ///< of the pole's length [m], not below 0
 
-    /// Largest semi-major axis and half height interval of a stored tip [m]; below 0.021 the default of
-    /// sharedHeightSigma alone forbids to store. An error of the length of 0.05 m is excluded always.
+    /// Largest semi-major axis and half height interval of a stored tip [m]; below 0.021 the
+    /// default of sharedHeightSigma alone forbids to store. An error of the length of 0.05 m is
+    /// excluded always.
     double tolerance = 0.05;
 };
 
@@ -149,8 +151,8 @@ struct OccupationEstimate
         0.0; ///< found, with the known part: antenna epochs are stamped this much too early [s]
     double delaySigma = 0.0; ///< [s]; 0: not asked for, or not enough motion
 
-    /// Heading by the magnetometer minus that of the estimate [degrees]; NaN without readings, or where
-    /// all were disturbed.
+    /// Heading by the magnetometer minus that of the estimate [degrees]; NaN without readings, or
+    /// where all were disturbed.
     double magneticDifference = 0.0;
     double disturbedPart = 0.0;  ///< of the time, in which samples were disturbed, 0 to 1
     double planResidual = 0.0;   ///< root mean square of each coordinate [m]
@@ -191,15 +193,17 @@ public:
     bool Add(const InertialSample& sample);
     bool Add(const AntennaEpoch& epoch);
 
-    /// From all that was added. Epochs later than the last inertial sample wait for the next estimate.
+    /// From all that was added. Epochs later than the last inertial sample wait for the next
+    /// estimate.
     OccupationEstimate Estimate();
 
-    /// For sensors without gyros: pitch, roll and magnetic heading of each antenna epoch, with one unknown
-    /// heading offset and constant errors of pitch and roll. An epoch takes those of the sample that was
-    /// added last before it; with a disturbed one it is left out. Refuses a rocked pole, whose pitch and
-    /// roll are those of its accelerations. Stores a pole only that was led slowly and held: otherwise
-    /// neither its length nor that the tip stood still can be told from pitch and roll that lag.
-    /// `useMagnetometer` off: readings still tell how the pole turns, but not which way north is.
+    /// For sensors without gyros: pitch, roll and magnetic heading of each antenna epoch, with one
+    /// unknown heading offset and constant errors of pitch and roll. An epoch takes those of the
+    /// sample that was added last before it; with a disturbed one it is left out. Refuses a rocked
+    /// pole, whose pitch and roll are those of its accelerations. Stores a pole only that was led
+    /// slowly and held: otherwise neither its length nor that the tip stood still can be told from
+    /// pitch and roll that lag. `useMagnetometer` off: readings still tell how the pole turns, but
+    /// not which way north is.
     OccupationEstimate EstimateWithoutGyros();
 
 private:

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// A recording of a live pole as text: what arrived, on which channel, when. Fed to a Bridge of the same
-/// setup, it gives the same reports.
+/// A recording of a live pole as text: what arrived, on which channel, when. Fed to a Bridge of the
+/// same setup, it gives the same reports.
 ///
 ///     # tiltpole recording 1, started 2026-11-22T13:07:58.123456Z
 ///     +0.000000 R $GNGGA,130758.00,4733.9633191,N,...*6F\x0D\x0A
@@ -19,8 +19,8 @@
 ///     }
 ///     setup.started = reader.Started();                          // known after the first line
 ///
-/// Keys of channel K that Play understands: "acknowledge base", "acknowledge datum", "restart receiver",
-/// "restart pose". Others are passed over.
+/// Keys of channel K that Play understands: "acknowledge base", "acknowledge datum", "restart
+/// receiver", "restart pose". Others are passed over.
 #pragma once
 
 #include "field/Bridge.h"

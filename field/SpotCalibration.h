@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 /// @class field::SpotCalibration
-/// Calibration of a pole on the spot: its tip is planted on any fixed point and for some 20 s the pole is
-/// rocked in all directions and turned about its own axis. Neither a turntable nor a known point is needed.
+/// Calibration of a pole on the spot: its tip is planted on any fixed point and for some 20 s the
+/// pole is rocked in all directions and turned about its own axis. Neither a turntable nor a known
+/// point is needed.
 ///
 ///     field::SpotCalibration calibration({.poleLength = 2.0});
 ///     for (const Row& row : log) {
@@ -12,8 +13,9 @@
 ///     if (!found.IsUsable()) Show(field::SpotText(found)); // "turn the pole about its axis: ..."
 ///     else occupation = field::Occupation(field::WithCalibration(occupationSetup, found));
 ///
-/// The antenna's track and the gyros give the attitude at every moment, as in field::Occupation, but with
-/// wide priors: what the sensors' errors are is the question here. From the attitude follow
+/// The antenna's track and the gyros give the attitude at every moment, as in field::Occupation,
+/// but with wide priors: what the sensors' errors are is the question here. From the attitude
+/// follow
 ///
 ///     axis           where the pole's upper end lies in the sensor: angles from its z axis
 ///     accelerometer  reading of the sensor = specific force + bias
@@ -78,12 +80,13 @@ struct SpotMagnetometer
 {
     bool found = false; ///< whether the rest is set: there were readings
     SpotVector hardIron;
-    /// Reading by field along the axes; the first element is 1, since readings alone do not tell how
-    /// strong the field is.
+    /// Reading by field along the axes; the first element is 1, since readings alone do not tell
+    /// how strong the field is.
     std::array<std::array<double, 3>, 3> softIron{};
     double softIronSigma = 0.0; ///< the largest of its elements
-    /// The correction in the form of the parameter file that comes closest, and the heading by it minus
-    /// the heading by the track [degrees]: declination, and what the form leaves of the soft iron.
+    /// The correction in the form of the parameter file that comes closest, and the heading by it
+    /// minus the heading by the track [degrees]: declination, and what the form leaves of the soft
+    /// iron.
     Incline_MagneticCorrectParameter correction;
     double bias = 0.0;
     double biasSigma = 0.0; ///< [degrees]
@@ -134,10 +137,10 @@ struct SpotResult
 /// One sentence: "usable", or what to do and why.
 TILTPOLE_API std::string SpotText(const SpotResult& result);
 
-/// The setup of an occupation by the same sensor on the same pole: axis, biases, heading bias and, where
-/// `setup` has none, the height of the sensor and the delay as priors with their sigmas, everything else as in `setup`.
-/// The magnetic readings of its samples have to be corrected with `result.a.correction`. A result that is
-/// not usable changes nothing.
+/// The setup of an occupation by the same sensor on the same pole: axis, biases, heading bias and,
+/// where `setup` has none, the height of the sensor and the delay as priors with their sigmas,
+/// everything else as in `setup`. The magnetic readings of its samples have to be corrected with
+/// `result.a.correction`. A result that is not usable changes nothing.
 TILTPOLE_API OccupationSetup WithCalibration(const OccupationSetup& setup,
                                              const SpotResult& result);
 

@@ -198,8 +198,8 @@ public:
     /// value is empty or no CR follows. Text that is not a decimal number within range is read as
     /// 0. The first occurrence of "[key]" counts, anywhere in the file.
     ///
-    /// A damaged file is not refused: quality::LoadParameters (quality/ParameterFile.h) checks every
-    /// key and loads only a complete and plausible calibration.
+    /// A damaged file is not refused: quality::LoadParameters (quality/ParameterFile.h) checks
+    /// every key and loads only a complete and plausible calibration.
     ///
     /// @return 0 if the file does not exist or cannot be read (nothing changes); otherwise 1,
     ///         whatever the file contains

@@ -31,10 +31,10 @@ namespace quality {
 inline constexpr double kGoodHeading = 1.0;
 inline constexpr double kUsableHeading = 3.0;
 
-/// The joint fit has an uncertainty of its own, which is added to the difference in quadrature before
-/// a calibration is called good or usable: multiply the heading-dependent part by this factor; the
-/// part common to all headings counts once (HeadingError::With). Nine of ten joint fits are off by
-/// less than twice their uncertainty.
+/// The joint fit has an uncertainty of its own, which is added to the difference in quadrature
+/// before a calibration is called good or usable: multiply the heading-dependent part by this
+/// factor; the part common to all headings counts once (HeadingError::With). Nine of ten joint fits
+/// are off by less than twice their uncertainty.
 inline constexpr double kGoodCertainty = 2.0;
 inline constexpr double kUsableCertainty = 1.5;
 
@@ -128,8 +128,8 @@ struct TiltEvidence
                                    // with sensor type 1 alone
 };
 
-/// Heading errors that leave the residuals of the joint fit small, as far as the turns tell of them.
-/// RMS over all headings [degrees]
+/// Heading errors that leave the residuals of the joint fit small, as far as the turns tell of
+/// them. RMS over all headings [degrees]
 struct HiddenError
 {
     double tilt =
@@ -169,8 +169,8 @@ struct TILTPOLE_API HeadingError
     double With(double certainty) const;
 };
 
-/// The earth's field in the vertical turn against that in the horizontal one, as the joint fit finds
-/// it: iron or masts near one of the places show here.
+/// The earth's field in the vertical turn against that in the horizontal one, as the joint fit
+/// finds it: iron or masts near one of the places show here.
 struct FieldChange
 {
     double length = 0.0; // share by which it is longer
@@ -209,9 +209,9 @@ struct CalibrationReport
     bool isJoint = false;      // of the run: the difference from the joint fit is that from itself
     double headingError = 0.0; // RMS difference from the joint fit, the larger of A and B; 0 when
                                // weak [degrees]
-    /// The same by With(kUsableCertainty): a calibration is usable where it is below kUsableHeading.
-    /// Without gyros that know the tilt of both turns all but the difference counts twice.
-    /// [degrees]
+    /// The same by With(kUsableCertainty): a calibration is usable where it is below
+    /// kUsableHeading. Without gyros that know the tilt of both turns all but the difference counts
+    /// twice. [degrees]
     double headingUncertainty = 0.0;
     /// The same by With(kGoodCertainty): a calibration is good where it is below kGoodHeading with
     /// hidden.gains counted twice, and only if gyros know the tilt of both turns. [degrees]
@@ -223,8 +223,8 @@ struct CalibrationReport
     MagnetometerFigures b;
     std::optional<HeadingAgreement> agreement;
     TiltEvidence tilt; // only with a joint fit
-    /// What looks wrong with axes and logs, as half sentences: "magnetometer A: y looks reversed". Of
-    /// several one is meant, and the turns do not tell which.
+    /// What looks wrong with axes and logs, as half sentences: "magnetometer A: y looks reversed".
+    /// Of several one is meant, and the turns do not tell which.
     std::vector<std::string> suspects;
 };
 
@@ -249,8 +249,8 @@ TILTPOLE_API std::string_view Explain(Finding finding);
 /// What the operator should do about it, as a sentence.
 TILTPOLE_API std::string_view Advice(Finding finding);
 
-/// The verdict with its figure: "poor, heading error 3.95 degrees RMS". For the joint fit itself the
-/// figure includes its uncertainty: "usable, heading uncertain by 1.39 degrees RMS".
+/// The verdict with its figure: "poor, heading error 3.95 degrees RMS". For the joint fit itself
+/// the figure includes its uncertainty: "usable, heading uncertain by 1.39 degrees RMS".
 TILTPOLE_API std::string Headline(const CalibrationReport& report);
 
 /// The report as lines of text for an operator, with a decimal point in every locale.

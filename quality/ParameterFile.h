@@ -72,7 +72,8 @@ TILTPOLE_API std::vector<ParameterProblem> LoadParameters(const CString& path,
                                                           CInclineSensor_Position& position,
                                                           ParameterKeys keys = ParameterKeys::All);
 
-/// CheckParameters and LoadParameters for a file that the host has read: `content` is all its bytes.
+/// CheckParameters and LoadParameters for a file that the host has read: `content` is all its
+/// bytes.
 TILTPOLE_API std::vector<ParameterProblem>
 CheckParameterText(std::string_view content, ParameterKeys keys = ParameterKeys::All);
 TILTPOLE_API std::vector<ParameterProblem>

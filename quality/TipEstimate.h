@@ -49,7 +49,8 @@ enum class TipVerdict {
     Store,        ///< none of these
 };
 
-/// Semi-major axis of the ellipse, and half of the height interval, up to which a tip is worth storing.
+/// Semi-major axis of the ellipse, and half of the height interval, up to which a tip is worth
+/// storing.
 inline constexpr double kTipTolerance = 0.05; // [m]
 
 /// Least value of TipEstimate::errorFactor.

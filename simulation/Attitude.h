@@ -32,8 +32,8 @@ Matrix AttitudeOf(const PoseAngles& angles);
 /// The angles of an attitude: heading in [0, 360), pitch in [-90, 90], roll in [-180, 180].
 PoseAngles AnglesOf(const Matrix& attitude);
 
-/// The angles of a pole that leans by `lean`, in [0, 90), its upper end towards `leanAzimuth` and its
-/// forward axis towards `heading`.
+/// The angles of a pole that leans by `lean`, in [0, 90), its upper end towards `leanAzimuth` and
+/// its forward axis towards `heading`.
 PoseAngles AnglesOfLean(double heading, double lean, double leanAzimuth);
 
 /// The rotation by `degrees` about a unit axis, right-handed.

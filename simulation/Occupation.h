@@ -127,8 +127,8 @@ struct Occupations
     std::vector<OccupiedPoint> points;
 };
 
-/// A sensor that is calibrated, so without iron, with its usual noise. Pitch and roll are slopes that a
-/// filter forms.
+/// A sensor that is calibrated, so without iron, with its usual noise. Pitch and roll are slopes
+/// that a filter forms.
 PoseSensor CalibratedSensor();
 
 /// One sentence on what makes a plan impossible; empty for a plan that can be carried out.

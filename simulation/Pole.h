@@ -23,9 +23,10 @@ enum class PoleGeometry : std::uint8_t {
 /// From the antenna to the tip of a pole 1 m long, straight along the body's down axis.
 Point3 RigidStep(const PoseAngles& angles);
 
-/// The same step as CInclineSensor_Position computes it from heading and reported pitch and roll. For
-/// sensor type 2 that is the rigid step. For type 1 pitch and roll count as slopes of two axes, which
-/// is the rigid step where either of them is 0; for other types the heading is that of the right axis.
+/// The same step as CInclineSensor_Position computes it from heading and reported pitch and roll.
+/// For sensor type 2 that is the rigid step. For type 1 pitch and roll count as slopes of two axes,
+/// which is the rigid step where either of them is 0; for other types the heading is that of the
+/// right axis.
 Point3 SolvedStep(int sensorType, const PoseAngles& angles);
 
 /// Noise of a GNSS receiver in real-time kinematic mode: a white part and a slow one, a first-order

@@ -12,9 +12,9 @@
 //   rate          = true rate * (1 + scale error) + bias + noise, cut to the range
 //   acceleration  = specific force along the axes + bias + noise
 //
-// Pitch and roll are the true ones, or those of a six-axis filter (TiltFilter.h). The correction that undoes it exactly exists
-// in the form of the parameter file when the soft iron is lower triangular: see CorrectionOf.
-// Angles are degrees, magnetometer values raw counts.
+// Pitch and roll are the true ones, or those of a six-axis filter (TiltFilter.h). The correction
+// that undoes it exactly exists in the form of the parameter file when the soft iron is lower
+// triangular: see CorrectionOf. Angles are degrees, magnetometer values raw counts.
 #pragma once
 
 #include "positioning/MagneticParameters.h"

@@ -100,8 +100,8 @@ struct Chart
     void AddLine(std::string name, std::vector<PlotPoint> points, LineStyle style);
     void AddCircle(std::string name, PlotPoint center, double radius, LineStyle style);
 
-    /// An ellipse by its semi-axes. The first points `turn` degrees clockwise from straight up, like
-    /// an azimuth in a plan.
+    /// An ellipse by its semi-axes. The first points `turn` degrees clockwise from straight up,
+    /// like an azimuth in a plan.
     void AddEllipse(std::string name, PlotPoint center, double first, double second, double turn,
                     LineStyle style);
 

@@ -16,8 +16,8 @@ struct Range
     double Width() const { return high - low; }
 };
 
-/// The ticks of a range: multiples of 1, 2 or 5 times a power of ten, at most `most` of them, but at
-/// least three; where those need a finer step, it may be 4 times a power of ten.
+/// The ticks of a range: multiples of 1, 2 or 5 times a power of ten, at most `most` of them, but
+/// at least three; where those need a finer step, it may be 4 times a power of ten.
 /// @param range  low < high, both finite
 /// @param most   2 or more; up to six ticks where it is less
 std::vector<double> Ticks(const Range& range, int most);

@@ -1,9 +1,10 @@
 // SPDX-License-Identifier: MIT
 //
 // What the JSON outputs of all commands have in common. Names are in lower case with the unit as
-// their last word (`radius_m`, `tilt_deg`, `scale_ppm`; `_m2` square meters, `_mm` millimeters); what
-// has no unit has no such word. A figure that is not known or not finite is null. docs/schemas
-// describes each format; a member that is removed, renamed or means something else raises `version`.
+// their last word (`radius_m`, `tilt_deg`, `scale_ppm`; `_m2` square meters, `_mm` millimeters);
+// what has no unit has no such word. A figure that is not known or not finite is null. docs/schemas
+// describes each format; a member that is removed, renamed or means something else raises
+// `version`.
 #pragma once
 
 #include <nlohmann/json.hpp>

@@ -12,7 +12,8 @@
 
 namespace cli {
 
-/// The name of the sidecar of a parameter file; empty where there is no record either, see RecordOf.
+/// The name of the sidecar of a parameter file; empty where there is no record either, see
+/// RecordOf.
 std::string SpotSidecarOf(const std::string& parameterFile);
 
 /// What a calibration on the spot is used with.

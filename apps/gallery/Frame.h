@@ -33,7 +33,8 @@ public:
 
     explicit Frame(std::vector<ReplaySample> replay);
 
-    /// Creates and shows the window, `scale` times its usual size; false without a windowing system.
+    /// Creates and shows the window, `scale` times its usual size; false without a windowing
+    /// system.
     bool Open(double scale = 1.0);
 
     /// Shows the next samples; false at the end of the recording.

@@ -6,8 +6,8 @@
 //             file:PATH[@RATE]   -
 //   sinks     tcp:[ADDR:]PORT   udp:ADDR:PORT   pty:LINK   file:PATH   -
 //
-// ADDR is written in digits, one of IPv6 in brackets: [::1]. What listens without an address does so
-// for this computer alone. A sink of TCP may have port 0: the system then chooses one.
+// ADDR is written in digits, one of IPv6 in brackets: [::1]. What listens without an address does
+// so for this computer alone. A sink of TCP may have port 0: the system then chooses one.
 #pragma once
 
 #include <cstdint>

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// What waits for one client: at most two whole epochs. A client that reads too slowly misses epochs,
-// never parts of one, and what it gets is never older than two periods and what the system holds.
+// What waits for one client: at most two whole epochs. A client that reads too slowly misses
+// epochs, never parts of one, and what it gets is never older than two periods and what the system
+// holds.
 #pragma once
 
 #include <cstddef>
@@ -18,8 +19,8 @@ class EpochQueue
 public:
     static constexpr std::size_t kMost = 2;
 
-    /// Adds an epoch. Where two wait already the older one is dropped, but never one of which a part
-    /// has been sent.
+    /// Adds an epoch. Where two wait already the older one is dropped, but never one of which a
+    /// part has been sent.
     void Push(std::shared_ptr<const std::string> epoch);
 
     /// What is to be sent next; empty where nothing waits.

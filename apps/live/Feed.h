@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// Feeds a bridge so that a recording of what arrived gives the same reports as the pole itself: time
-// passes in steps of 20 ms from Instant 0, and everything that arrives is preceded by the steps up to
-// its arrival. What arrived after a pause of more than a minute is preceded by the first minute of it.
+// Feeds a bridge so that a recording of what arrived gives the same reports as the pole itself:
+// time passes in steps of 20 ms from Instant 0, and everything that arrives is preceded by the
+// steps up to its arrival. What arrived after a pause of more than a minute is preceded by the
+// first minute of it.
 #pragma once
 
 #include "field/Bridge.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Writes what arrives into a recording (field/Recording.h) while it arrives. Where the disk is full the
-// recorder ends with an event; nothing else ends with it.
+// Writes what arrives into a recording (field/Recording.h) while it arrives. Where the disk is full
+// the recorder ends with an event; nothing else ends with it.
 #pragma once
 
 #include "apps/live/Descriptor.h"

@@ -16,7 +16,8 @@ std::string ClockText(const std::string& utc);
 /// "13:07:58.0 STORE  lean 12.3 to 250  sd 12 9 15 mm (N E h)  fixed 20 sat age 1.0", or why not.
 std::string StateLine(const field::Report& report);
 
-/// The tip that the verdict is about: of the occupation where it alone may be stored, else of the epoch.
+/// The tip that the verdict is about: of the occupation where it alone may be stored, else of the
+/// epoch.
 /// @pre report.tip
 field::Tip JudgedTip(const field::Report& report);
 

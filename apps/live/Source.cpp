@@ -190,7 +190,8 @@ void Source::Lost(const std::string& why)
 
 void Source::TryAgain()
 {
-    // A device that was unplugged is used as soon as it is back; looking for its name costs nothing.
+    // A device that was unplugged is used as soon as it is back; looking for its name costs
+    // nothing.
     const bool isAway =
         m_endpoint.kind == Kind::Serial && access(m_endpoint.name.c_str(), F_OK) != 0;
     if (isAway) m_backoff.Succeed();

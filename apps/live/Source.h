@@ -35,8 +35,8 @@ public:
     /// @param greeting  sent whenever the source has been opened
     Source(Loop& loop, Endpoint endpoint, Events events, std::string greeting = {});
 
-    /// After how much silence it is opened again; none: never. Without a call a serial port is, after
-    /// kSilence.
+    /// After how much silence it is opened again; none: never. Without a call a serial port is,
+    /// after kSilence.
     void SetPatience(std::optional<Instant> patience) { m_patience = patience; }
 
     void Start();

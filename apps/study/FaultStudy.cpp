@@ -104,8 +104,8 @@ std::string Correlation(const Method& method, const Trials& trials)
                        correlation(StatedOf, worse), correlation(UsableBoundOf, asUsed));
 }
 
-// What the stated bound could reach at best, were it the right standard deviation: errors drawn from
-// it, RMS of so many independent parts.
+// What the stated bound could reach at best, were it the right standard deviation: errors drawn
+// from it, RMS of so many independent parts.
 double Attainable(const Method& method, const Trials& trials, int parts)
 {
     const auto judged = [&](const Trial& t) { return method.IsJudged(t); };
@@ -120,8 +120,8 @@ double Attainable(const Method& method, const Trials& trials, int parts)
         trials, judged, [&](const Trial& t) { return StatedOf(method, t); }, drawn);
 }
 
-// The solver is measured by its difference from the joint fit. That figure alone, and with the joint
-// fit's own error taken off its square, as if its size, not its direction, were known.
+// The solver is measured by its difference from the joint fit. That figure alone, and with the
+// joint fit's own error taken off its square, as if its size, not its direction, were known.
 std::string ByTheReference(const Trials& trials)
 {
     const auto judged = [](const Trial& t) { return kMethods[0].IsJudged(t); };

@@ -74,14 +74,15 @@ struct PointColumns
     std::size_t north, east, height;
 };
 
-/// N, E and h, or x, y and h (also `z`, `Height`, `Elevation`), of an antenna: the names alone or with
-/// `antenna`. The height goes with N and E: it has their tag.
+/// N, E and h, or x, y and h (also `z`, `Height`, `Elevation`), of an antenna: the names alone or
+/// with `antenna`. The height goes with N and E: it has their tag.
 /// @param missing  the keys that were not found are appended
 /// @throws InputError as above
 std::optional<PointColumns> FindPointColumns(const CsvReader& rows, const ColumnChoice& choice,
                                              std::vector<std::string>& missing);
 
-/// "N from Northing, E from Easting": each key whose column has another name; empty if there is none.
+/// "N from Northing, E from Easting": each key whose column has another name; empty if there is
+/// none.
 std::string DescribeColumns(const CsvReader& rows,
                             const std::vector<std::pair<std::string, std::size_t>>& columns);
 

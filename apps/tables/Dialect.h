@@ -5,8 +5,9 @@
 //   , ; TAB   one such character between two fields, blanks around it do not count
 //   blanks    runs of spaces and TABs; only where the header contains none of , ; TAB
 //
-// Where a header contains several of , ; TAB outside quotes, the first row decides: the separator is
-// the one that splits both into equally many fields. Where none or several do, nothing is guessed.
+// Where a header contains several of , ; TAB outside quotes, the first row decides: the separator
+// is the one that splits both into equally many fields. Where none or several do, nothing is
+// guessed.
 #pragma once
 
 #include <optional>

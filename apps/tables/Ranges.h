@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What values from files and options can be at all. The limits are wide: they catch a wrong unit, an
-// exchanged column and a damaged digit, not an unusual survey. docs/programs.md lists them.
+// What values from files and options can be at all. The limits are wide: they catch a wrong unit,
+// an exchanged column and a damaged digit, not an unusual survey. docs/programs.md lists them.
 #pragma once
 
 #include "apps/tables/ColumnNames.h"

@@ -13,8 +13,8 @@
 
 namespace tiltpole::calibration {
 
-/// A sample and what the stages need of it. The samples of a record are scattered in memory: each is
-/// fetched once, and the stages work on these copies.
+/// A sample and what the stages need of it. The samples of a record are scattered in memory: each
+/// is fetched once, and the stages work on these copies.
 struct Candidate
 {
     PoseSensorData* sample; // null for a null entry, whose place counts

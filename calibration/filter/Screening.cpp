@@ -7,8 +7,8 @@ namespace {
 constexpr int kWindow = 10;    // samples
 constexpr int kTurnedBack = 5; // a window is rejected when more than one in so many turned back
 
-// A window of consecutive samples. After another window its first sample is scanned once more, and so
-// counts twice.
+// A window of consecutive samples. After another window its first sample is scanned once more, and
+// so counts twice.
 struct Window
 {
     std::size_t first = 0;

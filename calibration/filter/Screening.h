@@ -2,8 +2,8 @@
 //
 // Stages that thin a turn out: what a filter keeps of an array of samples.
 //
-// A stage walks its entries in order and skips null ones. The arrays it returns are new and belong to
-// the caller; the samples in them keep their owner. Where memory is short a stage throws
+// A stage walks its entries in order and skips null ones. The arrays it returns are new and belong
+// to the caller; the samples in them keep their owner. Where memory is short a stage throws
 // std::bad_alloc, having changed nothing.
 #pragma once
 

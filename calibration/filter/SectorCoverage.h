@@ -15,9 +15,9 @@ inline constexpr int kSectors = 360 / kSectorWidth;
 /// The sector j with j·5 < azimuth < (j + 1)·5, or -1: a boundary belongs to no sector.
 int SectorOf(double azimuth);
 
-/// Keeps one sample per sector that lies in it, so that the cost of counting sectors does not depend
-/// on the number of samples. The samples kept are checked at every count: where one no longer lies
-/// in its sector, or where the record is small, the whole record is counted.
+/// Keeps one sample per sector that lies in it, so that the cost of counting sectors does not
+/// depend on the number of samples. The samples kept are checked at every count: where one no
+/// longer lies in its sector, or where the record is small, the whole record is counted.
 class SectorCoverage
 {
 public:

@@ -15,7 +15,8 @@ inline constexpr double kTiny = 1e-6; // counts beside an axis, degrees beside a
 /// (0 towards +second); an azimuth of 0 is returned as 360.
 double TurnAzimuth(double dx, double dSecond);
 
-/// 1 when the pole turned on from `before` to `azimuth` [degrees], 0 when it stood still or turned back.
+/// 1 when the pole turned on from `before` to `azimuth` [degrees], 0 when it stood still or turned
+/// back.
 inline int TurnFlag(double azimuth, double before)
 {
     return azimuth - before < kTiny ? 0 : 1;

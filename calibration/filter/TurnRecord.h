@@ -176,8 +176,8 @@ public:
 
 private:
     // Center of the record and the azimuths of all its samples about it. Where the center has not
-    // moved the azimuths are up to date, and only the flags that a walk over the record would change
-    // are written.
+    // moved the azimuths are up to date, and only the flags that a walk over the record would
+    // change are written.
     void Recenter()
     {
         if (m_Notes.extent.count == 0) return;
@@ -200,7 +200,8 @@ private:
         m_Notes.coverage.Clear();
     }
 
-    // A walk over the record compares its first sample with the one whose azimuth was computed last.
+    // A walk over the record compares its first sample with the one whose azimuth was computed
+    // last.
     void RewriteFlags()
     {
         const int count = m_Notes.flagsInOrder ? 1 : m_Notes.azimuths;

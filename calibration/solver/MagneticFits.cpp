@@ -59,7 +59,8 @@ int FitEllipse(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& p)
 {
     if (!AreColumnPair(u, v, 5)) return 0;
 
-    // The normal equations, each sum over rising i: those of SolveLeastSquares, without its matrices.
+    // The normal equations, each sum over rising i: those of SolveLeastSquares, without its
+    // matrices.
     double sums[5][6] = {};
     for (int i = 0; i < u.getRowSize(); ++i) {
         const double ui = u.GetData(i, 0);

@@ -48,9 +48,9 @@ int FitEllipse(const CSZMatrix& u, const CSZMatrix& v, CSZMatrix& p);
 /// See CInclineSensor_MagneticAdjust::LineFit.
 std::optional<Line> FitLine(const CSZMatrix& u, const CSZMatrix& v);
 
-/// First correction: what makes the horizontal conic (x, y) a circle, and the vertical conic
-/// (x, z) one of the same scale, with the vertical plane's slope k (y on x) and the horizontal
-/// plane's slope m (z on y). The offsets are left alone. Derivation: docs/formulas.md, "First correction".
+/// First correction: what makes the horizontal conic (x, y) a circle, and the vertical conic (x, z)
+/// one of the same scale, with the vertical plane's slope k (y on x) and the horizontal plane's
+/// slope m (z on y). The offsets are left alone. Derivation: docs/formulas.md, "First correction".
 void SetFirstCorrection(const Conic& horizontal, const Conic& vertical, double k, double m,
                         Incline_MagneticCorrectParameter& P);
 

@@ -13,8 +13,9 @@ namespace tiltpole::calibration {
 /// every refinement pass computed from sums instead of the samples. The results differ from those
 /// of the fits by rounding (docs/formulas.md, "Moments of a turn").
 ///
-/// None where that cannot be guaranteed: a fit that fails or nearly fails, readings that hardly vary
-/// or whose mean is far from 0, a slope next to the bound that ends the passes, the pass limit.
+/// None where that cannot be guaranteed: a fit that fails or nearly fails, readings that hardly
+/// vary or whose mean is far from 0, a slope next to the bound that ends the passes, the pass
+/// limit.
 std::optional<Incline_MagneticCorrectParameter> SolveByMoments(const TurnReadings& horizontal,
                                                                const TurnReadings& vertical);
 

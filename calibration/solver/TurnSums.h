@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The loops behind TurnMoments.h. Readings are summed in groups of four places, so that every vector
-// width gives the same bits.
+// The loops behind TurnMoments.h. Readings are summed in groups of four places, so that every
+// vector width gives the same bits.
 #pragma once
 
 #include "calibration/solver/TurnMoments.h"

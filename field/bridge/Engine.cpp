@@ -80,8 +80,8 @@ void CountVerdict(::field::State state, ::field::Counters& counters)
     }
 }
 
-// Takes back what speaks against the tip of a single epoch only because the pole moves, and holds the tip
-// of the occupation against the limits of a sigma instead.
+// Takes back what speaks against the tip of a single epoch only because the pole moves, and holds
+// the tip of the occupation against the limits of a sigma instead.
 void PassMotion(::field::Verdict& verdict, const ::field::Covariance3& sigma,
                 const ::field::GateLimits& limits)
 {

@@ -2,10 +2,11 @@
 //
 // The inside of field::Bridge: epochs wait for the poses around their moment, then become reports.
 //
-// What happens is decided by the instants of the bytes alone. Every call first brings the engine to its
-// own instant: an epoch closes 60 ms after its GGA, and one that waits for a newer pose stops waiting 40 ms
-// after its arrival, both with what had come by then, whenever that is noticed. Bytes are taken line by
-// line and poses one by one, so that no call sees what a smaller piece would not have seen.
+// What happens is decided by the instants of the bytes alone. Every call first brings the engine to
+// its own instant: an epoch closes 60 ms after its GGA, and one that waits for a newer pose stops
+// waiting 40 ms after its arrival, both with what had come by then, whenever that is noticed. Bytes
+// are taken line by line and poses one by one, so that no call sees what a smaller piece would not
+// have seen.
 #pragma once
 
 #include "field/Bridge.h"

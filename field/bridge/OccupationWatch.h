@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// The occupation that goes on while a live pole is planted: field::Occupation, fed with the poses and the
-// epochs of a bridge, begun anew where the tip is elsewhere.
+// The occupation that goes on while a live pole is planted: field::Occupation, fed with the poses
+// and the epochs of a bridge, begun anew where the tip is elsewhere.
 //
-// It begins anew when the tip of an epoch lies more than 0.3 m from that at its beginning, the antenna
-// further than a planted pole reaches, an epoch is missing for 3 s, the reference station is another one, or
-// the estimate refuses. Positions are local meters about the first antenna. An estimate is formed every half
-// second from two seconds on. What it was formed from is kept, for some minutes at most.
+// It begins anew when the tip of an epoch lies more than 0.3 m from that at its beginning, the
+// antenna further than a planted pole reaches, an epoch is missing for 3 s, the reference station
+// is another one, or the estimate refuses. Positions are local meters about the first antenna. An
+// estimate is formed every half second from two seconds on. What it was formed from is kept, for
+// some minutes at most.
 #pragma once
 
 #include "field/Bridge.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The receiver's side of a bridge: bytes become epochs with a moment on the host's clock, and silence,
-// bad lines and steps of the receiver's time are noticed.
+// The receiver's side of a bridge: bytes become epochs with a moment on the host's clock, and
+// silence, bad lines and steps of the receiver's time are noticed.
 //
 //   moment = UTC on the host's clock by the least delay − setup.delay
 #pragma once
@@ -48,8 +48,9 @@ public:
     /// Part of the lines of the last 10 s that are bad; 0 for fewer than two.
     double BadLines(::field::Instant now) const;
 
-    /// Says once that no epoch came for 2.5 periods (at least 0.3 s; 3 s before the period is known), as
-    /// soon as none that came within can still be open, or that 2 s of bytes held no good line.
+    /// Says once that no epoch came for 2.5 periods (at least 0.3 s; 3 s before the period is
+    /// known), as soon as none that came within can still be open, or that 2 s of bytes held no
+    /// good line.
     std::optional<::field::Reason> NewSilence(::field::Instant now);
 
     void Count(::field::Counters& counters) const;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Whether the tip of an epoch may be stored. Every condition has a limit (field::GateLimits); one that
-// does not hold is a reason, and the reasons stand in the order of their importance.
+// Whether the tip of an epoch may be stored. Every condition has a limit (field::GateLimits); one
+// that does not hold is a reason, and the reasons stand in the order of their importance.
 //
 //     Gate gate(setup);
 //     Sight sight(epoch);
@@ -97,8 +97,8 @@ public:
     /// codes have no effect.
     void Acknowledge(::field::Reason::Code code);
 
-    /// Forgets the last positions, after a pause or a step of the receiver's time; keeps the base and
-    /// what was not acknowledged.
+    /// Forgets the last positions, after a pause or a step of the receiver's time; keeps the base
+    /// and what was not acknowledged.
     void Restart();
 
 private:

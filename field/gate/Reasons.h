@@ -23,7 +23,8 @@ State WorstOf(const std::vector<Reason>& reasons);
 /// heading fails, or the antenna's position itself is doubted (Jump).
 bool HidesTip(Reason::Code code);
 
-// Each takes what was found, then its limit. Ages, silence and gaps [s], sigmas [m], angles [degrees].
+// Each takes what was found, then its limit. Ages, silence and gaps [s], sigmas [m], angles
+// [degrees].
 Reason NoReceiver(double silence);
 Reason BaudRate(double seconds);
 Reason NoFix();

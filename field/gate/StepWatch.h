@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 //
-// Whether the antenna's steps are those of a pole: explained by the change of the lean, by the speed and
-// by the stated sigmas.
+// Whether the antenna's steps are those of a pole: explained by the change of the lean, by the
+// speed and by the stated sigmas.
 //
 //   allowed = 5·√(σ²(before) + σ²(now)) + reach·dt
 //   reach   speed of the receiver + 1 m/s while the pole moves; the speed alone while it stands still;
 //           without a speed 3 m/s while the pole moves or nothing is known of it
 //
-// A step beyond that is a jump: the epoch is doubted, and the next one decides. Where it agrees with the
-// epoch before the jump, the doubted one was wrong; where it agrees with the doubted one, the antenna is
-// there, and between fixed epochs of a pole that stood still a step above a limit is another datum.
+// A step beyond that is a jump: the epoch is doubted, and the next one decides. Where it agrees
+// with the epoch before the jump, the doubted one was wrong; where it agrees with the doubted one,
+// the antenna is there, and between fixed epochs of a pole that stood still a step above a limit is
+// another datum.
 #pragma once
 
 #include "field/Epoch.h"

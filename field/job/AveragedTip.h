@@ -10,8 +10,8 @@
 ///     Cmean = S Cantenna S + (Ctip - Cantenna)
 ///
 /// Cantenna and Ctip are the means of the epochs' covariances. The shares are those of a recorded
-/// receiver over 30 s (docs/simulation.md); S keeps the correlations, so Cmean is a covariance whatever
-/// the shares are.
+/// receiver over 30 s (docs/simulation.md); S keeps the correlations, so Cmean is a covariance
+/// whatever the shares are.
 #pragma once
 
 #include "field/Bridge.h"
@@ -44,8 +44,8 @@ struct TipAverage
 };
 
 /// The mean of the tips, each with the same weight. Left out are tips that are not finite, those of
-/// a lower quality than the best (4 before 5 before 2 before 1 before 6), those of another reference
-/// station than most, and, from three on, those that lie off the median by more than
+/// a lower quality than the best (4 before 5 before 2 before 1 before 6), those of another
+/// reference station than most, and, from three on, those that lie off the median by more than
 /// max(3 f s, 4 x 1.4826 MAD, 2 mm) north, east or up, s the antenna's standard deviation.
 TILTPOLE_API TipAverage AveragedTip(std::span<const Tip> tips);
 

@@ -26,8 +26,8 @@ struct JobRecord
 TILTPOLE_API JobSetup JobSetupOf(const Setup& setup, std::string_view program, JobTime now);
 
 /// The point that the reports of one still tip make: AveragedTip of those that have a tip, and one
-/// epoch for each report. Point and epochs have no ids, name, code and note; `forced` is set where the
-/// verdict on an epoch of the mean was not State::Store.
+/// epoch for each report. Point and epochs have no ids, name, code and note; `forced` is set where
+/// the verdict on an epoch of the mean was not State::Store.
 /// @param now  of the host's clock: gives the date where the receiver sends none
 TILTPOLE_API JobRecord JobRecordOf(std::span<const Report> reports, JobTime now);
 

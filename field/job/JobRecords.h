@@ -2,8 +2,9 @@
 /// @file
 /// The rows of a job as plain values. docs/job.md describes the tables and columns they become.
 ///
-/// What is not known is NaN, none or an empty text, and becomes NULL in the file. Names of members that
-/// are measured carry no unit here; it stands in the comment and, in the file, in the column's name.
+/// What is not known is NaN, none or an empty text, and becomes NULL in the file. Names of members
+/// that are measured carry no unit here; it stands in the comment and, in the file, in the column's
+/// name.
 #pragma once
 
 #include "field/Epoch.h"
@@ -79,8 +80,8 @@ struct JobEpoch
     std::string why;            ///< why it was left out
     double seconds = kNotKnown; ///< Epoch::moment [s]
     std::string receiver;       ///< Epoch::lines
-    /// `$PTPS` lines, each with CR LF, their ms on the clock of `seconds`: the pose of its moment; of an
-    /// occupation all poses since the epoch before.
+    /// `$PTPS` lines, each with CR LF, their ms on the clock of `seconds`: the pose of its moment;
+    /// of an occupation all poses since the epoch before.
     std::string pose;
     bool disturbed = false; ///< of an occupation: whether the field of these poses was not believed
 };

@@ -13,11 +13,11 @@
 ///     const auto id = job.AddPoint(record.point, record.epochs);
 ///     if (!id) Tell(id.error); // nothing was stored
 ///
-/// Every addition is one transaction that has reached the disk when the call returns: an answer with a
-/// value survives a crash and a power cut. Between two calls the file is complete; a copy of it is a
-/// backup. Rows are never deleted or changed, except that a point can be declared void. After an
-/// addition that failed (disk full, file locked by another program, cable of the disk pulled) the job
-/// is as it was before, and the next call may succeed.
+/// Every addition is one transaction that has reached the disk when the call returns: an answer
+/// with a value survives a crash and a power cut. Between two calls the file is complete; a copy of
+/// it is a backup. Rows are never deleted or changed, except that a point can be declared void.
+/// After an addition that failed (disk full, file locked by another program, cable of the disk
+/// pulled) the job is as it was before, and the next call may succeed.
 ///
 /// No function throws; an error is one sentence that names the file.
 #pragma once
@@ -46,7 +46,8 @@ struct JobResult
     explicit operator bool() const { return value.has_value(); }
     Value& operator*() & { return *value; }
     const Value& operator*() const& { return *value; }
-    /// Of a temporary by value: `for (const JobPoint& point : *job.Points())` iterates over what lives.
+    /// Of a temporary by value: `for (const JobPoint& point : *job.Points())` iterates over what
+    /// lives.
     Value operator*() && { return *std::move(value); }
     Value* operator->() { return &*value; }
     const Value* operator->() const { return &*value; }

@@ -17,7 +17,8 @@ struct SolvedOccupation
     ::field::Geodetic tip;
 };
 
-/// The point of an occupation with its epochs. `gate` names the occupation, not the notes of the gate.
+/// The point of an occupation with its epochs. `gate` names the occupation, not the notes of the
+/// gate.
 ::field::JobRecord RowsOf(const SolvedOccupation& occupation, ::field::JobTime now);
 
 } // namespace tiltpole::field

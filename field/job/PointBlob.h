@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A 3D point as a GeoPackage keeps it (OGC 12-128r17, 2.1.3): the header "GP", version, flags, srs_id,
-// then ISO WKB.
+// A 3D point as a GeoPackage keeps it (OGC 12-128r17, 2.1.3): the header "GP", version, flags,
+// srs_id, then ISO WKB.
 #pragma once
 
 #include "field/Epoch.h"

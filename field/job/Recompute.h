@@ -6,9 +6,10 @@
 ///     setup.poleLength = 1.8;
 ///     const field::JobRecord again = field::Recomputed(*point, *epochs, setup, 0.0);
 ///
-/// The epochs that the point was averaged from are read again from their lines and solved; those that
-/// were left out stay so. With another delay the pose of an epoch lies between the poses of the point's
-/// epochs, by the rules of field/pose/PoseRing.h: the first and the last epoch may drop out.
+/// The epochs that the point was averaged from are read again from their lines and solved; those
+/// that were left out stay so. With another delay the pose of an epoch lies between the poses of
+/// the point's epochs, by the rules of field/pose/PoseRing.h: the first and the last epoch may drop
+/// out.
 #pragma once
 
 #include "field/Bridge.h"

@@ -10,8 +10,8 @@
 
 namespace tiltpole::field {
 
-/// A stored point of an occupation once more; as ::field::Recomputed. `error` names what the occupation
-/// says where it is not to be stored.
+/// A stored point of an occupation once more; as ::field::Recomputed. `error` names what the
+/// occupation says where it is not to be stored.
 ::field::JobRecord RecomputedOccupation(const ::field::JobPoint& stored,
                                         std::span<const ::field::JobEpoch> epochs,
                                         const ::field::Setup& setup, double delayChange);

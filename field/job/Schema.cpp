@@ -70,8 +70,8 @@ INSERT INTO gpkg_spatial_ref_sys VALUES
     'GEODCRS["WGS 84",DATUM["World Geodetic System 1984",ELLIPSOID["WGS 84",6378137,298.257223563,LENGTHUNIT["metre",1]]],PRIMEM["Greenwich",0,ANGLEUNIT["degree",0.0174532925199433]],CS[ellipsoidal,3],AXIS["geodetic latitude (Lat)",north,ORDER[1],ANGLEUNIT["degree",0.0174532925199433]],AXIS["geodetic longitude (Lon)",east,ORDER[2],ANGLEUNIT["degree",0.0174532925199433]],AXIS["ellipsoidal height (h)",up,ORDER[3],LENGTHUNIT["metre",1]],ID["EPSG",4979]]');
 )sql";
 
-// docs/job.md explains each column. Rows refer to each other, and those that hold measurements cannot
-// be deleted, whichever program tries.
+// docs/job.md explains each column. Rows refer to each other, and those that hold measurements
+// cannot be deleted, whichever program tries.
 constexpr const char* kJob = R"sql(
 CREATE TABLE setup (
     id INTEGER PRIMARY KEY AUTOINCREMENT NOT NULL,

@@ -190,8 +190,8 @@ void EpochAssembler::Add(Kind kind, std::optional<Record> Open::*place,
     if (m_open.gga && EndsAsUsual()) Close();
 }
 
-// GGA rules: another time of it begins another epoch, even an earlier one. What goes with it begins one
-// only if later, so that a belated sentence cannot close the epoch after its own.
+// GGA rules: another time of it begins another epoch, even an earlier one. What goes with it begins
+// one only if later, so that a belated sentence cannot close the epoch after its own.
 bool EpochAssembler::Begins(Kind kind, double seconds) const
 {
     return kind == Kind::Gga || !m_open.seconds || IsLater(seconds, *m_open.seconds);
@@ -248,8 +248,8 @@ bool EpochAssembler::HasItsWitness()
     return m_open.rmc || !damaged || !always;
 }
 
-// GGA with a damaged time stands alone. Where epochs had other sentences, too, one of GGA alone must follow
-// the last by the usual step.
+// GGA with a damaged time stands alone. Where epochs had other sentences, too, one of GGA alone
+// must follow the last by the usual step.
 bool EpochAssembler::HasPlausibleTime()
 {
     const bool alone = !m_open.rmc && !m_open.gst && !m_open.zda;

@@ -11,14 +11,15 @@
 //   ZDA        date
 //   GSA        kept aside, a set once a second, to be passed on
 //
-// A text of fewer than six decimals of a minute, or two of a meter, adds its resolution q/sqrt(12) to
-// sigma.
+// A text of fewer than six decimals of a minute, or two of a meter, adds its resolution q/sqrt(12)
+// to sigma.
 //
-// A right checksum does not make a right sentence: a line that lost or changed two characters keeps it in
-// one of 256 cases. So a sentence must also have the fields and decimals that its kind had before (others
-// are taken once they came ten times running), and GGA and RMC of an epoch must agree. Where GGA usually
-// has company, another step of time must be told by a second sentence; where RMC always came, an epoch
-// that lacks it beside a bad line is refused. A step of the antenna that this cannot see is left to whoever knows the pole.
+// A right checksum does not make a right sentence: a line that lost or changed two characters keeps
+// it in one of 256 cases. So a sentence must also have the fields and decimals that its kind had
+// before (others are taken once they came ten times running), and GGA and RMC of an epoch must
+// agree. Where GGA usually has company, another step of time must be told by a second sentence;
+// where RMC always came, an epoch that lacks it beside a bad line is refused. A step of the antenna
+// that this cannot see is left to whoever knows the pole.
 #pragma once
 
 #include "field/Epoch.h"
@@ -63,8 +64,8 @@ public:
     /// Closes the epoch whose GGA is 60 ms old.
     void Tick(::field::Instant now);
 
-    /// Epochs since the last call, in order. Antenna and separation are NaN exactly where the fix is
-    /// invalid.
+    /// Epochs since the last call, in order. Antenna and separation are NaN exactly where the fix
+    /// is invalid.
     std::vector<::field::Epoch> Take();
 
     /// Forgets the epoch in progress and the shapes; keeps counters and finished epochs.

@@ -19,8 +19,8 @@ bool IsCapital(char byte)
 
 } // namespace
 
-// Whether `byte` completes the line. Binary messages between the lines hold every byte: a '$' without
-// letters behind it is one of theirs, and no line that was cut.
+// Whether `byte` completes the line. Binary messages between the lines hold every byte: a '$'
+// without letters behind it is one of theirs, and no line that was cut.
 bool Framer::Takes(char byte)
 {
     if (Begins(byte)) {

@@ -4,9 +4,10 @@
 //
 //   while (const auto line = framer.Next(bytes)) Use(*line, arrival);
 //
-// A line begins with '$' or '!' and two capital letters, ends with LF or CR LF, and is given without its
-// end. A '$' or '!' inside of a line begins another one. However the stream is cut into pieces, the lines
-// are the same; a line has arrived with the piece that ends it. At most 1 KiB is held.
+// A line begins with '$' or '!' and two capital letters, ends with LF or CR LF, and is given
+// without its end. A '$' or '!' inside of a line begins another one. However the stream is cut into
+// pieces, the lines are the same; a line has arrived with the piece that ends it. At most 1 KiB is
+// held.
 #pragma once
 
 #include <cstddef>

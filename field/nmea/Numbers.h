@@ -16,8 +16,8 @@ struct Decimal
     int decimals = 0;
 };
 
-/// A minus or none, one digit or more, perhaps a point and digits behind it; nothing before, after or
-/// between. "1.", ".5", "+1", "1e3" and "nan" are none.
+/// A minus or none, one digit or more, perhaps a point and digits behind it; nothing before, after
+/// or between. "1.", ".5", "+1", "1e3" and "nan" are none.
 /// @return none, too, for more than 24 characters
 std::optional<Decimal> ReadDecimal(std::string_view text);
 
@@ -27,8 +27,8 @@ std::optional<Decimal> ReadDecimal(std::string_view text, double least, double m
 /// Digits alone, `fewest` to `longest` of them (at most 9).
 std::optional<int> ReadDigits(std::string_view text, std::size_t fewest, std::size_t longest);
 
-/// `value` with this number of decimals (0 to 9), halves away from zero: "-0.0312", never "-0.0000".
-/// Nothing is appended where it is not finite or its digits are more than 15.
+/// `value` with this number of decimals (0 to 9), halves away from zero: "-0.0312", never
+/// "-0.0000". Nothing is appended where it is not finite or its digits are more than 15.
 void AppendFixed(std::string& text, double value, int decimals);
 
 } // namespace tiltpole::field

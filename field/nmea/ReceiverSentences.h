@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The sentences an epoch is made of. Each is read strictly: a number out of its range, a letter that is
-// not of its field or a field too many, and there is no result.
+// The sentences an epoch is made of. Each is read strictly: a number out of its range, a letter
+// that is not of its field or a field too many, and there is no result.
 //
 //   GGA  position, quality, heights       RMC  position, speed, date     ZDA  date
 //   GST  standard deviations              GSA  satellites, without a time
@@ -72,14 +72,15 @@ struct Zda
     std::optional<std::chrono::sys_days> date;
 };
 
-/// GGA: 14 fields. A position may be missing where quality is 0; else height and separation must be there,
-/// too, both in M. Latitudes are ddmm, longitudes dddmm with minutes below 60.
+/// GGA: 14 fields. A position may be missing where quality is 0; else height and separation must be
+/// there, too, both in M. Latitudes are ddmm, longitudes dddmm with minutes below 60.
 std::optional<Gga> ReadGga(const Sentence& sentence);
 
 /// RMC: 11 to 13 fields. Speed in knots. With status V the position may be missing.
 std::optional<Rmc> ReadRmc(const Sentence& sentence);
 
-/// GST: 8 fields, of which all but the first may be empty. An ellipse with major below minor is none.
+/// GST: 8 fields, of which all but the first may be empty. An ellipse with major below minor is
+/// none.
 std::optional<Gst> ReadGst(const Sentence& sentence);
 
 /// ZDA: 6 fields; years from 2000.

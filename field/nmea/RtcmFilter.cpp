@@ -91,8 +91,8 @@ void RtcmFilter::OpenCandidate()
     m_candidates.push_back({begin, kHeader + length + kChecksum});
 }
 
-// Drops what no frame can begin with any more: all before the first candidate, or before the last two
-// bytes, which may begin a header.
+// Drops what no frame can begin with any more: all before the first candidate, or before the last
+// two bytes, which may begin a header.
 void RtcmFilter::Forget()
 {
     const std::size_t tail = m_held.size() - std::min(m_held.size(), kHeader - 1);

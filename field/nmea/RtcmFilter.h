@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// RTCM 3 frames out of what clients send, which may be anything else as well: requests in text, probes for
-// other receivers, noise.
+// RTCM 3 frames out of what clients send, which may be anything else as well: requests in text,
+// probes for other receivers, noise.
 //
 //   frame   0xD3, 6 bits 0, 10 bits length n, n bytes, CRC-24Q (RTCM 10403.3, section 4)
 //

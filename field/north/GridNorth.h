@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 /// @file
-/// The direction of grid north in a projected coordinate reference system, for showing and exporting
-/// bearings. Tips do not need it. In the target tiltpole::grid, where PROJ is installed.
+/// The direction of grid north in a projected coordinate reference system, for showing and
+/// exporting bearings. Tips do not need it. In the target tiltpole::grid, where PROJ is installed.
 ///
 ///     const auto grid = field::GridNorth::Of("EPSG:23700");
 ///     if (grid) bearing = trueAzimuth - grid->Convergence(47.5, 19.05);
@@ -9,9 +9,10 @@
 ///     convergence   azimuth of grid north from true north [degrees], positive where it lies east of true;
 ///                   grid bearing = true azimuth − convergence
 ///
-/// By differencing two transformed points on the meridian, 22 m apart: agrees with closed forms to 1e-7
-/// degrees (GridNorth.AgreesWithTheSeriesOfUtm). Not by PROJ's factors, which PROJ 9.1 gives wrongly for
-/// systems whose first axis is the northing. Derivation: docs/live-formulas.md, "Grid north".
+/// By differencing two transformed points on the meridian, 22 m apart: agrees with closed forms to
+/// 1e-7 degrees (GridNorth.AgreesWithTheSeriesOfUtm). Not by PROJ's factors, which PROJ 9.1 gives
+/// wrongly for systems whose first axis is the northing. Derivation: docs/live-formulas.md, "Grid
+/// north".
 #pragma once
 
 #include "framework/core/Export.h"

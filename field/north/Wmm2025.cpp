@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// The coefficients of the World Magnetic Model 2025, as published on 2024-11-13: produced by the National
-// Centers for Environmental Information (NOAA, United States) and the British Geological Survey (United
-// Kingdom). In the public domain.
+// The coefficients of the World Magnetic Model 2025, as published on 2024-11-13: produced by the
+// National Centers for Environmental Information (NOAA, United States) and the British Geological
+// Survey (United Kingdom). In the public domain.
 #include "field/north/Wmm2025.h"
 
 namespace tiltpole::field {

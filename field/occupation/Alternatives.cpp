@@ -213,8 +213,8 @@ Eigen::Matrix2d SpreadOfGlide(const StepScore& glide)
 
 namespace {
 
-// The factor of the stated variances of a single epoch against the ones beside it: by second differences
-// of the residuals, which what goes on evenly leaves alone.
+// The factor of the stated variances of a single epoch against the ones beside it: by second
+// differences of the residuals, which what goes on evenly leaves alone.
 double FactorOfEpochs(const Fitter& fitter, const FitSetup& setup)
 {
     constexpr double kFinest = 0.002;  // sigma of an epoch, at least [m]

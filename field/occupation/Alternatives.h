@@ -3,8 +3,9 @@
 // What the model of an occupation leaves out, tested at its solution: another length of the pole, a
 // step of the tip, a delay.
 //
-// An added unknown c with the columns C has the normal equations (CᵀWC − BᵀN⁻¹B) c = −CᵀWv, B = AᵀWC.
-// Its solution takes its gain off the misfit. Derivation: docs/occupation.md, "What is detected".
+// An added unknown c with the columns C has the normal equations (CᵀWC − BᵀN⁻¹B) c = −CᵀWv, B =
+// AᵀWC. Its solution takes its gain off the misfit. Derivation: docs/occupation.md, "What is
+// detected".
 #pragma once
 
 #include "field/occupation/Fit.h"
@@ -36,14 +37,15 @@ struct StepScore
     double evidence = 0.0; // of a step at some time, see Score
     double planGain =
         0.0; // chi-square of its plan part, two degrees of freedom, where the antenna wanders
-    // Likewise of what parts it from the nearest one of 30 mm; where it is not asked for, none comes near.
+    // Likewise of what parts it from the nearest one of 30 mm; where it is not asked for, none
+    // comes near.
     double harmGain = std::numeric_limits<double>::infinity();
 };
 
 StepScore StepOfTip(const Fitter& fitter);
 
-/// The same of a tip that glides from the first epoch, its time, to the last, evenly or from rest to rest: of
-/// both the one that explains more in plan, and the smaller harmGain.
+/// The same of a tip that glides from the first epoch, its time, to the last, evenly or from rest
+/// to rest: of both the one that explains more in plan, and the smaller harmGain.
 /// @param trend  what tells a glide from biases of the gyros, where known
 StepScore GlideOfTip(const Fitter& fitter, const WithTrend& trend);
 
@@ -58,12 +60,12 @@ struct Alternatives
     double leftByStep = 0.0; ///< likewise
 };
 
-/// The variance that lets the region hold where the tip stood at first and at last if it glided: none where no
-/// glide is seen (90 %). North and west [m²].
+/// The variance that lets the region hold where the tip stood at first and at last if it glided:
+/// none where no glide is seen (90 %). North and west [m²].
 Eigen::Matrix2d SpreadOfGlide(const StepScore& glide);
 
-/// Both at a solution whose antenna has the variance that residuals of a second leave; of these, what a fault
-/// explains is taken off where that is much.
+/// Both at a solution whose antenna has the variance that residuals of a second leave; of these,
+/// what a fault explains is taken off where that is much.
 /// @param fitter  in: run with `setup`; out: run with that variance
 Alternatives AlternativesOf(Fitter& fitter, const Track& track, const FitSetup& setup);
 

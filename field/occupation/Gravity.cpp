@@ -45,8 +45,8 @@ MeanForce MeanForceOf(const Track& track, double from, double to)
     for (; next + 1 != nodes.end() && next->time < to; ++next) {
         const Node& a = *next;
         const Node& b = *(next + 1);
-        // w'' does not vanish at the ends: a part of an interval that were left out there would look
-        // like an acceleration of the whole pole.
+        // w'' does not vanish at the ends: a part of an interval that were left out there would
+        // look like an acceleration of the whole pole.
         const double begin = std::max(a.time, from);
         const double end = std::min(b.time, to);
         const double dt = end - begin;

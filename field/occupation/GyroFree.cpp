@@ -24,8 +24,8 @@ using Column6 = Eigen::Matrix<double, kGyroFreeUnknowns, 1>;
 constexpr double kAcross = 2.5 / survey::kDegreesPerRadian; // heading error of one epoch [rad]
 // Error of pitch and roll that differs from second to second: they lag and are accelerated [rad].
 constexpr double kAlong = 0.5 / survey::kDegreesPerRadian;
-// Heights of the antenna wander for half a minute: those of two leans differ by more than an epoch's
-// sigma says.
+// Heights of the antenna wander for half a minute: those of two leans differ by more than an
+// epoch's sigma says.
 constexpr double kSlowHeight = 1.7;
 
 bool HasLean(const Epoch& epoch)

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// The tip by directions of the pole that are known but for one heading offset h and the constant errors
-// a, b of pitch and roll:
+// The tip by directions of the pole that are known but for one heading offset h and the constant
+// errors a, b of pitch and roll:
 //
 //   antenna = tip + L·Rz(h)·R·(a, b, 1) / |(a, b, 1)|
 //
-// R is the attitude by pitch, roll and magnetic heading. What differs from epoch to epoch is not of the
-// antenna alone: the heading's part moves it across the lean, that of pitch and roll along it and in height.
-// Derivation: docs/occupation.md, "Without gyros".
+// R is the attitude by pitch, roll and magnetic heading. What differs from epoch to epoch is not of
+// the antenna alone: the heading's part moves it across the lean, that of pitch and roll along it
+// and in height. Derivation: docs/occupation.md, "Without gyros".
 #pragma once
 
 #include "field/occupation/Alternatives.h"

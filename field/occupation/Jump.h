@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// A jump of the antenna's plan residuals, where they go on evenly before and after it: a tip that slips. A
-// slip while the pole moves looks like a turn of the heading or another length but for its suddenness.
+// A jump of the antenna's plan residuals, where they go on evenly before and after it: a tip that
+// slips. A slip while the pole moves looks like a turn of the heading or another length but for its
+// suddenness.
 //
 // Rows have `epoch`, which points to an Epoch, and `residual`, predicted minus observed [m].
 #pragma once

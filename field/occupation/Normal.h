@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Normal equations of an occupation, in plain loops: products of matrices whose size the compiler knows
-// unroll to more code than they are worth.
+// Normal equations of an occupation, in plain loops: products of matrices whose size the compiler
+// knows unroll to more code than they are worth.
 #pragma once
 
 #include "field/occupation/Model.h"

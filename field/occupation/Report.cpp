@@ -87,8 +87,8 @@ void SetWithoutGyros(OccupationEstimate& e, const GyroFreeFit& fit, const Occupa
         e.reason = OccupationReason::HeadingUncertain;
     }
     e.lengthError = fit.length.value;
-    // Pitch and roll that lag look like another length: it is asked for, never named, and residuals that
-    // are small say nothing of it.
+    // Pitch and roll that lag look like another length: it is asked for, never named, and residuals
+    // that are small say nothing of it.
     e.lengthSigma = std::sqrt(std::max(1.0, factor)) * fit.length.sigma;
     JudgeLength(e);
     e.tipStep = fit.jump.size > 0.0 ? fit.jump.size : fit.step;

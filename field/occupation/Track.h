@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What an occupation keeps of its samples, in bounded memory: the attitude integrated from the gyros,
-// the integrals that belong to it, and the antenna epochs.
+// What an occupation keeps of its samples, in bounded memory: the attitude integrated from the
+// gyros, the integrals that belong to it, and the antenna epochs.
 //
 //   axes    sensor: forward, left, up the pole; world: north, west, up. Both right-handed
 //   units   m, s, rad, rad/s, g
@@ -40,8 +40,8 @@ struct Epoch
     Eigen::Vector3d position = Eigen::Vector3d::Zero(); // north, west, up, about the origin [m]
     double planSigma = 0.0;                             // of each coordinate, 0: not stated [m]
     double heightSigma = 0.0;
-    // Up the pole and to the sensor's front, by pitch, roll and magnetic heading: unit vectors in north,
-    // west, up; 0 where not known.
+    // Up the pole and to the sensor's front, by pitch, roll and magnetic heading: unit vectors in
+    // north, west, up; 0 where not known.
     Eigen::Vector3d lean = Eigen::Vector3d::Zero();
     Eigen::Vector3d forward = Eigen::Vector3d::Zero();
 };
@@ -67,12 +67,12 @@ struct Gap
 /// With fewer antenna epochs nothing is estimated.
 inline constexpr int kFewestEpochs = 4;
 
-/// Beyond this length a pause is a gap, if it is also beyond one and a half of the shortest interval:
-/// readings at 20 Hz, whose intervals are 0.05 s but for rounding, have none.
+/// Beyond this length a pause is a gap, if it is also beyond one and a half of the shortest
+/// interval: readings at 20 Hz, whose intervals are 0.05 s but for rounding, have none.
 inline constexpr double kGap = 0.05; // [s]
 
-/// Where a memory is full, every second entry is dropped and only every second one taken from then on:
-/// the whole window stays covered. After the construction nothing is allocated.
+/// Where a memory is full, every second entry is dropped and only every second one taken from then
+/// on: the whole window stays covered. After the construction nothing is allocated.
 class Track
 {
 public:

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Whether the vertical by the accelerometers stays where it is while the gyros carry the attitude.
-// A tip that glides and a bias of the gyros look alike to the antenna; the bias tilts the vertical as
-// time goes by, and the glide does not.
+// A tip that glides and a bias of the gyros look alike to the antenna; the bias tilts the vertical
+// as time goes by, and the glide does not.
 //
 //   y = level part of (mean force late − mean force early) / g,   0 but for biases and own motion
 //

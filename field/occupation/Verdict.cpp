@@ -136,8 +136,8 @@ bool HasFault(OccupationEstimate& e, const Alternatives& alternatives, const Occ
     return true;
 }
 
-// What is stored did not glide as far as a slip that must be named. Where the sensor does not move with the
-// pole, its own motion hides what the vertical says of that.
+// What is stored did not glide as far as a slip that must be named. Where the sensor does not move
+// with the pole, its own motion hides what the vertical says of that.
 void JudgeGlide(OccupationEstimate& e, const StepScore& glide)
 {
     if (e.advice != OccupationAdvice::Store || !(e.sensorHeight > 0.0)) return;

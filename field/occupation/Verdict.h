@@ -31,11 +31,13 @@ bool RefusesInput(OccupationEstimate& estimate, const Track& track, const Counts
 void Judge(OccupationEstimate& estimate, const Fitter& fitter, const Alternatives& alternatives,
            const FitSetup& fitSetup, const OccupationSetup& setup);
 
-/// Sets advice and reason of an estimate by its size alone; heading: its part of the semi-major axis [m].
+/// Sets advice and reason of an estimate by its size alone; heading: its part of the semi-major
+/// axis [m].
 void JudgeSize(OccupationEstimate& estimate, double heading, double vertical,
                const OccupationSetup& setup);
 
-/// Error of the pole's length that the track excludes with 99 % [m]; not finite where it shows none.
+/// Error of the pole's length that the track excludes with 99 % [m]; not finite where it shows
+/// none.
 double LengthBound(const OccupationEstimate& estimate);
 
 /// Takes Store back where a harmful error of the pole's length is not excluded.

@@ -14,7 +14,8 @@
 ///     SerialFrames  the frames of 11 bytes that common serial modules send, 0x55 first; see
 ///                   field/pose/SerialFrames.h
 ///
-/// Memory is bounded: lines to 1 KiB, and 4096 samples that nobody took, after which the older half goes.
+/// Memory is bounded: lines to 1 KiB, and 4096 samples that nobody took, after which the older half
+/// goes.
 #pragma once
 
 #include "field/Bridge.h"

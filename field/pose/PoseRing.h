@@ -57,9 +57,9 @@ public:
     /// @param waited  how long the moment has waited for its newer neighbor already
     PoseLookup At(Instant moment, Instant waited = kWait) const;
 
-    /// Whether the pole was still around a moment: over half a second to both sides, as far as known,
-    /// pitch and roll stay within 0.3 degrees, magnetometer A within 5 % of its strength, a heading
-    /// within 3 degrees. False where less than half a second is known.
+    /// Whether the pole was still around a moment: over half a second to both sides, as far as
+    /// known, pitch and roll stay within 0.3 degrees, magnetometer A within 5 % of its strength, a
+    /// heading within 3 degrees. False where less than half a second is known.
     bool IsStill(Instant moment) const;
 
     /// Velocity of a vector that is a function of the pose, by the difference over 50 ms around

@@ -102,7 +102,8 @@ void SerialFrames::Understand(Instant arrival)
     if (type == m_closingType) Close();
 }
 
-// A cycle ended with `m_lastType`. Ends before the usual one are lost frames, until they are the rule.
+// A cycle ended with `m_lastType`. Ends before the usual one are lost frames, until they are the
+// rule.
 void SerialFrames::LearnClosing()
 {
     constexpr int kRule = 3; // cycles

@@ -13,10 +13,10 @@
 //   0x54   magnetometer x, y, z                1 count
 //   0x59   quaternion w, x, y, z               1 / 32768, sensor to world (z up)
 //
-// Axes: x right, y forward, z up the pole, those of sensor type 2. A sample is made of the frames of one
-// cycle (ascending types), at the type that closed the cycle before. It needs a quaternion (or, without
-// one, angles) and a magnetometer. The module's own azimuth is not used: in many of its modes it counts
-// from where it was switched on. Magnetometer B is made from A: (−Ax, −Ay, Az).
+// Axes: x right, y forward, z up the pole, those of sensor type 2. A sample is made of the frames
+// of one cycle (ascending types), at the type that closed the cycle before. It needs a quaternion
+// (or, without one, angles) and a magnetometer. The module's own azimuth is not used: in many of
+// its modes it counts from where it was switched on. Magnetometer B is made from A: (−Ax, −Ay, Az).
 #pragma once
 
 #include "field/pose/PoseReader.h"

@@ -29,8 +29,8 @@ struct Iron
 /// @param which  0 for A, 1 for B
 Iron IronOf(const std::vector<SpotReading>& readings, const MotionFit& motion, int which);
 
-/// The correction of the parameter file that comes closest to undoing the iron, over all headings and
-/// leans to 25 degrees.
+/// The correction of the parameter file that comes closest to undoing the iron, over all headings
+/// and leans to 25 degrees.
 struct IronCorrection
 {
     Incline_MagneticCorrectParameter values;

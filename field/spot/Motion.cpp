@@ -161,7 +161,8 @@ SpotPose MotionFit::PoseAt(double time) const
             -((1.0 - part) * a.scaled + part * b.scaled), turn / span};
 }
 
-// Level by the mean force of the first second, heading by the turn that carries the poles onto the track.
+// Level by the mean force of the first second, heading by the turn that carries the poles onto the
+// track.
 void MotionFit::Start(const MotionSetup& setup)
 {
     m_state = {};

@@ -1,14 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// The motion of a pole on its tip and the errors of the sensors that follow it: least squares over one
-// recording, of which everything is kept.
+// The motion of a pole on its tip and the errors of the sensors that follow it: least squares over
+// one recording, of which everything is kept.
 //
 //   antenna = tip + (L + dL)·R(t)·n,   t = epoch + delay
 //   ∫ w·R·(f − c) dt = up + h·∫ w''·R·n dt / g        in windows of a second, w as in Gravity.h
 //   dR = R [(reading − b)·(1 − s) dt]
 //
-// Unknowns: tip, first attitude, gyro bias b and scale s, axis n, delay, accelerometer bias c, height h
-// of the sensor, dL. With the errors at their last values, R changes with the unknowns of turning as
+// Unknowns: tip, first attitude, gyro bias b and scale s, axis n, delay, accelerometer bias c,
+// height h of the sensor, dL. With the errors at their last values, R changes with the unknowns of
+// turning as
 //
 //   R' = Exp(phi − J·db − K·ds)·R,   J = ∫ R dt,   K = ∫ R·diag(rate) dt
 #pragma once
@@ -95,7 +96,8 @@ struct MotionSetup
     double lengthSigma = 0.0; // [m]
 };
 
-/// Wide priors of what is asked for, one sigma: none of them decides where the pole was moved enough.
+/// Wide priors of what is asked for, one sigma: none of them decides where the pole was moved
+/// enough.
 inline constexpr double kWideBias = 0.5 / 57.3; // [rad/s]
 inline constexpr double kWideScale = 0.01;      // relative
 inline constexpr double kWideAxis = 3.0 / 57.3; // tangent

@@ -31,8 +31,8 @@ constexpr double kFarthest = 10.0;     // delay that can be searched [s]
 constexpr double kFine = 20e-6;        // the search ends [s]
 constexpr double kSlope = 0.02;        // to both sides, for derivatives by the delay [s]
 constexpr double kCorrelated = 1.0;    // residuals further apart count as independent [s]
-// What clock maps and errors of the heading leave, however long the pole is rocked: with it, the sigmas
-// of twelve parts of a recorded motion agreed with their errors [s].
+// What clock maps and errors of the heading leave, however long the pole is rocked: with it, the
+// sigmas of twelve parts of a recorded motion agreed with their errors [s].
 constexpr double kModelSigma = 0.002;
 constexpr double kInfinite = std::numeric_limits<double>::infinity();
 
@@ -235,8 +235,8 @@ double Rocking::ScoreVariance(const std::vector<double>& scores) const
     return std::max(white, white + correlated);
 }
 
-// Of the delay with the least sum: √(variance of the sum of r·r') / Σ r'·r', r' by the delay, and the
-// model's.
+// Of the delay with the least sum: √(variance of the sum of r·r') / Σ r'·r', r' by the delay, and
+// the model's.
 double Rocking::Sigma(double delay) const
 {
     const std::vector<Point3> residuals = Residuals(delay);
@@ -262,7 +262,8 @@ struct Coarse
     bool atTheEnd = false;
 };
 
-// At every delay all epochs count that have a pose there; delays with less than half of them do not.
+// At every delay all epochs count that have a pose there; delays with less than half of them do
+// not.
 std::optional<Coarse> SearchCoarsely(const Rocking& rocking, const DelayRange& range)
 {
     const double width = range.latest - range.earliest;

@@ -4,10 +4,10 @@
 //
 //   C_tip = C_antenna + J·diag(s_tilt², s_tilt², s_heading², s_length²)·Jᵀ + w·wᵀ·s_time² + C_model
 //
-// J: central differences of the step from antenna to tip by pitch, roll, heading and length; a change of
-// pitch or roll turns a magnetic heading, too, through the dip. w: velocity of the antenna relative to
-// the tip. C_model: what the solution for the sensor type misses of a straight pole.
-// Derivation and the form for checks: docs/live-formulas.md, "Covariance".
+// J: central differences of the step from antenna to tip by pitch, roll, heading and length; a
+// change of pitch or roll turns a magnetic heading, too, through the dip. w: velocity of the
+// antenna relative to the tip. C_model: what the solution for the sensor type misses of a straight
+// pole. Derivation and the form for checks: docs/live-formulas.md, "Covariance".
 #pragma once
 
 #include "field/Bridge.h"
@@ -26,7 +26,8 @@ struct TipErrors
     survey::Point3 velocity{}; // of the antenna relative to the tip, north, east, up [m/s]
 };
 
-/// Those of a setup. The declination's sigma joins that of the heading unless the file holds the north.
+/// Those of a setup. The declination's sigma joins that of the heading unless the file holds the
+/// north.
 /// @param velocity  see above; time sigma: setup.delaySigma joined with `clockSigma` [s], of the clocks
 TipErrors ErrorsOf(const ::field::Setup& setup, const ::field::Field& model, double clockSigma,
                    const survey::Point3& velocity);
@@ -42,8 +43,9 @@ struct ModelSpread
     double height = 0.0; // [m]
 };
 
-/// For a pole of this length [m] and lean [degrees] towards any side, of a sensor whose roll is a turn
-/// about its forward axis, the worse of the two for dips to 70 degrees. 0 for types other than 1.
+/// For a pole of this length [m] and lean [degrees] towards any side, of a sensor whose roll is a
+/// turn about its forward axis, the worse of the two for dips to 70 degrees. 0 for types other than
+/// 1.
 ModelSpread ModelSpreadOf(int sensorType, double length, double lean);
 
 /// One-sigma ellipse of the plan.

@@ -42,8 +42,8 @@ double LeanOf(const CInclineSensor_Position& sensor, const PoseSensorData& pose)
     return stands ? 90.0 - sensor.GetAngleofPoletoHorizontal(pose.dPitch, pose.dRoll) : kNaN;
 }
 
-// The readings of a field without dip whose leveled direction gives this heading at the sample's pitch
-// and roll, instead of what the magnetometers read.
+// The readings of a field without dip whose leveled direction gives this heading at the sample's
+// pitch and roll, instead of what the magnetometers read.
 void ReadHeading(PoseSensorData& sample, double heading, int sensorType)
 {
     constexpr double kStrength = 1000.0; // [counts], of no effect

@@ -9,10 +9,10 @@
 //   step     from antenna to tip, x true north, y east, z up [m]
 //   offset   bias angle of magnetometer A in the calibration
 //
-// A heading that the sensor formed is magnetic. The calibration of the magnetometers is not applied to
-// it, nor their axis offset: true = heading + D. With NorthSource::File the bias is what leads to true
-// north and is taken off such a heading, too. The solver has no state: every call stands alone.
-// Derivation: docs/live-formulas.md, "Tip".
+// A heading that the sensor formed is magnetic. The calibration of the magnetometers is not applied
+// to it, nor their axis offset: true = heading + D. With NorthSource::File the bias is what leads
+// to true north and is taken off such a heading, too. The solver has no state: every call stands
+// alone. Derivation: docs/live-formulas.md, "Tip".
 #pragma once
 
 #include "field/Bridge.h"
@@ -63,8 +63,8 @@ public:
     TipSolution Solve(const ::field::Epoch& epoch, const ::field::PoseSample& pose,
                       double decimalYear) const;
 
-    /// The step from antenna to tip by a pose; `Solve` adds it to the antenna. The negative one over
-    /// time is the antenna's velocity relative to the tip.
+    /// The step from antenna to tip by a pose; `Solve` adds it to the antenna. The negative one
+    /// over time is the antenna's velocity relative to the tip.
     /// @param declination  [degrees]; of no effect with NorthSource::File
     /// @return NaN where pitch and roll belong to no inclination
     survey::Point3 Step(const ::field::PoseSample& pose, double declination,

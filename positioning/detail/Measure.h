@@ -9,8 +9,8 @@
 //   plumb pole         |u| and |v| below 1e-6 rad: (0, 0, −L)
 //
 // MeasureByFormulas evaluates these formulas one by one. MeasureAtOnce needs only two sine-cosine
-// pairs and three arc tangents; roots and the addition theorems give the rest. Its result states how
-// much of it is trusted to agree with the formulas. Derivations and measured differences:
+// pairs and three arc tangents; roots and the addition theorems give the rest. Its result states
+// how much of it is trusted to agree with the formulas. Derivations and measured differences:
 // docs/formulas.md, "Tip".
 #pragma once
 

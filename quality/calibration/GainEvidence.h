@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // What the turns tell of gains that change between them. Of a field or a tilt that changes both
-// magnetometers tell the same; of a gain each tells its own story, or both the same by chance. A gain
-// of x or y then leaves the vertical part of the field as it is, as another field hardly does.
+// magnetometers tell the same; of a gain each tells its own story, or both the same by chance. A
+// gain of x or y then leaves the vertical part of the field as it is, as another field hardly does.
 #pragma once
 
 #include "quality/calibration/JointModel.h"

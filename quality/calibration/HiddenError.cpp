@@ -14,7 +14,8 @@ constexpr double kOfDip = 0.6;          // heading error by degree of difference
 constexpr double kUnseenByGyros = 0.12; // of pitch and roll, each, beside what gyros see [degrees]
 constexpr double kOfSeen = 1.2;         // by heading error that gyros show
 constexpr double kOfStepKnown = 0.5;    // of how well gyros know a step: what it may hide
-// Apparent tilt of turns made by hand, beyond that of simulated ones: about 0.02 g outward [degrees].
+// Apparent tilt of turns made by hand, beyond that of simulated ones: about 0.02 g outward
+// [degrees].
 constexpr double kHandSwing = 0.86;
 // Noise and disagreement stand for errors of the tilt as well, where nothing else shows those.
 constexpr double kOfDisagreement = 0.7;
@@ -48,8 +49,8 @@ void AddTilt(const SphereFit& fit, const TurnEvidence& evidence, Magnetometer wh
 {
     const TiltEvidence& tilt = evidence.tilt;
     const double swing = tilt.swing * tilt.swing;
-    // That of a swing is gone when the pole is used; the little of turns made by hand, which pitch and
-    // roll from a filter hardly follow, is left to good.
+    // That of a swing is gone when the pole is used; the little of turns made by hand, which pitch
+    // and roll from a filter hardly follow, is left to good.
     const double swingInUse = std::max(0.0, swing - kHandSwing * kHandSwing);
     if (tilt.gyros) {
         const TiltEffect& effect = evidence.byGyros[which == Magnetometer::A ? 0 : 1];
@@ -77,8 +78,8 @@ void AddTilt(const SphereFit& fit, const TurnEvidence& evidence, Magnetometer wh
     hidden.dipDifference =
         std::fabs(DegreesOf(fit.elevationVertical) - DegreesOf(fit.elevationHorizontal));
     AddTilt(fit, evidence, which, hidden);
-    // Where gyros have seen no step, a dip that differs is one of the field and does no harm, or one
-    // of gains.
+    // Where gyros have seen no step, a dip that differs is one of the field and does no harm, or
+    // one of gains.
     const bool gyros = evidence.tilt.gyros.has_value();
     const double common = gyros ? evidence.gains.alike : kOfDip * hidden.dipDifference / level;
     hidden.gains = evidence.gains.apart;

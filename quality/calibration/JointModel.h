@@ -40,8 +40,8 @@ JointModel FitBoth(const CalibrationTurns& turns, int sensorType);
 /// The samples that were not swung and that both fits keep.
 CalibrationTurns KeptBy(const JointModel& model, const CalibrationTurns& turns, int sensorType);
 
-/// The eight values of both magnetometers, their bias angles, and from the samples that the fits kept
-/// the translation.
+/// The eight values of both magnetometers, their bias angles, and from the samples that the fits
+/// kept the translation.
 JointFit InEightValues(const JointModel& model, const CalibrationTurns& turns, int sensorType);
 
 } // namespace tiltpole::quality

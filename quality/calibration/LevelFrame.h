@@ -4,9 +4,9 @@
 //
 //   heading = atan2(−rightward·m, forward·m)      m the corrected reading
 //
-// forward and rightward are the level directions that headings refer to, up is against gravity: three
-// perpendicular unit vectors in the axes of the magnetometer's corrected reading. They depend on
-// pitch, roll and sensor type alone. survey/SensorAxes.h has the axes and signs.
+// forward and rightward are the level directions that headings refer to, up is against gravity:
+// three perpendicular unit vectors in the axes of the magnetometer's corrected reading. They depend
+// on pitch, roll and sensor type alone. survey/SensorAxes.h has the axes and signs.
 #pragma once
 
 #include "quality/calibration/FieldModel.h"

@@ -7,8 +7,8 @@
 
 namespace tiltpole::quality {
 
-/// Sum over blocks of neighboring readings of g·gᵀ, g the gradient of the cost that a block adds: the
-/// effect on the solution of errors that neighbors share. Enlarged by n / (n − kUnknowns) of n
+/// Sum over blocks of neighboring readings of g·gᵀ, g the gradient of the cost that a block adds:
+/// the effect on the solution of errors that neighbors share. Enlarged by n / (n − kUnknowns) of n
 /// blocks, as the unknowns absorb a part of the errors.
 Normal ScatterOfBlocks(const Scaled& data, const Unknowns& p, const Residuals& residuals,
                        const Weighting& weighting);

@@ -7,9 +7,9 @@
 //
 // The nine weights M, the offset o, the sine s of the elevation in either turn and the ratio L of
 // the field's length in the vertical turn to that in the horizontal one are found by least squares
-// over both conditions: turns made a few steps apart in a building differ in both. Readings that a magnet spoilt lose their weight. Where the
-// turns cannot tell a rotation of the magnetometer against the pole, the smaller rotation is taken.
-// Derivation: docs/formulas.md, "Joint fit".
+// over both conditions: turns made a few steps apart in a building differ in both. Readings that a
+// magnet spoilt lose their weight. Where the turns cannot tell a rotation of the magnetometer
+// against the pole, the smaller rotation is taken. Derivation: docs/formulas.md, "Joint fit".
 #pragma once
 
 #include "quality/calibration/FieldModel.h"

@@ -7,9 +7,9 @@
 //   outward  a = gravity + b, and b turns with the pole: regressed on the angle turned, a has the
 //            constant part (a·n)·n + b, with n the axis of the turn from the gyros
 //
-// A swing outward of a steady horizontal turn lengthens 1 g to √(1 + b²) only, 1.044 g for 0.3 g that
-// tilt the apparent vertical by 17 degrees: hence the second figure, and a limit of its own for the
-// median length. Derivation and limits: docs/formulas.md, "Swung turns".
+// A swing outward of a steady horizontal turn lengthens 1 g to √(1 + b²) only, 1.044 g for 0.3 g
+// that tilt the apparent vertical by 17 degrees: hence the second figure, and a limit of its own
+// for the median length. Derivation and limits: docs/formulas.md, "Swung turns".
 #pragma once
 
 #include "quality/Calibration.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What pitch and roll alone tell of the turns: about which of the sensor's axes the pole was turned,
-// and whether the two logs were taken for each other.
+// What pitch and roll alone tell of the turns: about which of the sensor's axes the pole was
+// turned, and whether the two logs were taken for each other.
 #pragma once
 
 #include "quality/Calibration.h"

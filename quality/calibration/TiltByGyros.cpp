@@ -78,8 +78,8 @@ std::vector<double> TurnedByGyros(const Samples& samples, TurnAxis axis)
     return turned;
 }
 
-// Time between samples: how far magnetometer A turns over a twelfth of the samples against the gyros,
-// the median, which outliers do not move. [s]
+// Time between samples: how far magnetometer A turns over a twelfth of the samples against the
+// gyros, the median, which outliers do not move. [s]
 std::optional<double> IntervalOf(const Samples& samples, TurnAxis axis, const FullCorrection& a)
 {
     if (samples.size() < kFewest) return {};

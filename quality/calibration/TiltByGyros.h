@@ -1,15 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
-// What gyros tell of pitch and roll. The vertical stands still in space, so the attitude by the gyros
-// takes the reported vertical of every sample to one direction once the errors of pitch and roll are
-// taken off:
+// What gyros tell of pitch and roll. The vertical stands still in space, so the attitude by the
+// gyros takes the reported vertical of every sample to one direction once the errors of pitch and
+// roll are taken off:
 //
 //   R_i·up_i(offset ± step/2 + drift·t_i) + θ_i × R_i·up_i = u
 //
 // R_i is the attitude by the gyros since the start of the turn, u the vertical there, t_i the time
-// within the turn from −1/2 to 1/2, and θ_i what errors of the gyros have turned R_i by: their bias,
-// how they sit against the inclinometers, and the time between samples, which logs tell to a second
-// only. All are solved together by least squares, with what is known of gyros beforehand.
+// within the turn from −1/2 to 1/2, and θ_i what errors of the gyros have turned R_i by: their
+// bias, how they sit against the inclinometers, and the time between samples, which logs tell to a
+// second only. All are solved together by least squares, with what is known of gyros beforehand.
 //
 // For the axes of type 1 alone. With the others the vertical turn is about the forward axis, which
 // pitch counts the slope of and roll goes round: a step of pitch looks like an axis that slopes, a

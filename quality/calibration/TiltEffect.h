@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What errors of pitch and roll that gyros have seen did to a joint fit: both turns are fitted again
-// with pitch and roll set right, and the headings of the two fits are compared.
+// What errors of pitch and roll that gyros have seen did to a joint fit: both turns are fitted
+// again with pitch and roll set right, and the headings of the two fits are compared.
 #pragma once
 
 #include "quality/CalibrationReport.h"

@@ -6,9 +6,9 @@
 //
 // Both corrections and these four errors are solved together by one step of least squares from the
 // joint fits: an error of pitch and roll is common to A and B, where iron and mounting turn each
-// magnetometer by itself. An offset that turns the inclinometers as a whole against the pole is seen
-// no better than iron and mounting are known; that is in the standard deviations.
-// Derivation: docs/formulas.md, "Errors of pitch and roll".
+// magnetometer by itself. An offset that turns the inclinometers as a whole against the pole is
+// seen no better than iron and mounting are known; that is in the standard deviations. Derivation:
+// docs/formulas.md, "Errors of pitch and roll".
 #pragma once
 
 #include "quality/CalibrationReport.h"

@@ -27,8 +27,8 @@ inline constexpr double kWidestGap = 15.0;
 inline constexpr double kStepsOfGap = 1.9;
 inline constexpr double kWidestSparseGap = 45.0;
 
-/// The gaps wider than kWidestGap, or kStepsOfGap median steps where that is more, in ascending order
-/// of `from`. Without any angle the whole turn is one gap.
+/// The gaps wider than kWidestGap, or kStepsOfGap median steps where that is more, in ascending
+/// order of `from`. Without any angle the whole turn is one gap.
 std::vector<Gap> GapsOf(std::vector<double> angles);
 
 /// 360 degrees minus the gaps.

@@ -106,8 +106,8 @@ double LeastErrorOf(const std::optional<HeadingAgreement>& agreement)
     return agreement ? agreement->systematic / std::sqrt(2.0) : 0.0;
 }
 
-// An offset of pitch and roll that stays does no harm to headings that are formed with it: usable is
-// judged by the rest.
+// An offset of pitch and roll that stays does no harm to headings that are formed with it: usable
+// is judged by the rest.
 double InUse(HeadingError error)
 {
     error.hidden.tilt = error.hidden.tiltInUse;

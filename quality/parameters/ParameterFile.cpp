@@ -132,8 +132,8 @@ std::string ReasonAgainst(const Place& place, const positioning::KeyedDouble& en
     return {};
 }
 
-// Appends the content of the file; why it cannot be used, or nothing. A device has no length and may
-// never end, so everything is read in pieces.
+// Appends the content of the file; why it cannot be used, or nothing. A device has no length and
+// may never end, so everything is read in pieces.
 std::string Read(const CString& path, std::string& content)
 {
     constexpr UINT kPiece = 65536;

@@ -97,8 +97,8 @@ bool LeavesNoDirectionOpen(const Matrix3d& normal)
     return axes.eigenvalues()[0] > kOpenDirection * axes.eigenvalues()[2];
 }
 
-// Whether `other` is a second tip that the residuals do not rule out: whether the misfit at the true
-// tip may exceed the least one by that much.
+// Whether `other` is a second tip that the residuals do not rule out: whether the misfit at the
+// true tip may exceed the least one by that much.
 bool FitsAsWell(const TipFit& other, const TipFit& best)
 {
     const ErrorScale scale(best.Misfit(), best.Freedom());

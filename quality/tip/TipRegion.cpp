@@ -25,8 +25,8 @@ constexpr double kChiSquareOfTwo = 5.9914645471; // 95 %, two degrees of freedom
 constexpr double kChiSquareOfOne = 3.8414588207; // 95 %, one degree of freedom
 constexpr double kFurthest = 1.0;                // [m] beyond it, a region is open
 
-// 99 % of chi-square: E. B. Wilson, M. M. Hilferty, The distribution of chi-square, Proc. Nat. Acad.
-// Sci. 17 (1931) 684.
+// 99 % of chi-square: E. B. Wilson, M. M. Hilferty, The distribution of chi-square, Proc. Nat.
+// Acad. Sci. 17 (1931) 684.
 double LargestUsualMisfit(int freedom)
 {
     constexpr double kNormal = 2.3263478740; // 99 % of the normal distribution

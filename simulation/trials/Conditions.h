@@ -42,8 +42,8 @@ const std::vector<Condition>& Conditions();
 /// turns, several revolutions. They check thresholds that were found elsewhere.
 const std::vector<Condition>& Variations();
 
-/// Faults of sensors, surroundings and logs, for an ordinary and for a careful operator; the first two
-/// add none.
+/// Faults of sensors, surroundings and logs, for an ordinary and for a careful operator; the first
+/// two add none.
 const std::vector<Condition>& FieldFaults();
 
 } // namespace study

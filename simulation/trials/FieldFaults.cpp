@@ -45,7 +45,8 @@ void UndoSteps(Samples& horizontal, const RecordingFaults& f)
     }
 }
 
-// Pitch and roll are those of the acceleration that the sensor feels, up the pole less by the swing.
+// Pitch and roll are those of the acceleration that the sensor feels, up the pole less by the
+// swing.
 void Swing(Samples& vertical, double swing, int sensorType)
 {
     for (PoseSensorData& s : vertical) {

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// What goes wrong in the field beside the operator's hand: sensors that change between or during the
-// turns, other surroundings for the second turn, damaged logs.
+// What goes wrong in the field beside the operator's hand: sensors that change between or during
+// the turns, other surroundings for the second turn, damaged logs.
 #pragma once
 
 #include "quality/Calibration.h"
@@ -14,12 +14,12 @@ namespace study {
 
 struct Setting;
 
-/// Faults of a recording. The sensor of the setting is the one after both turns, which goes on to be
-/// used; the horizontal turn comes first.
+/// Faults of a recording. The sensor of the setting is the one after both turns, which goes on to
+/// be used; the horizontal turn comes first.
 struct RecordingFaults
 {
-    /// Change of the offsets of pitch and roll: evenly from the first sample to the last, and in one
-    /// step between the turns. [degrees]
+    /// Change of the offsets of pitch and roll: evenly from the first sample to the last, and in
+    /// one step between the turns. [degrees]
     double pitchDrift = 0.0;
     double rollDrift = 0.0;
     double pitchStep = 0.0;
@@ -41,8 +41,8 @@ struct RecordingFaults
     bool noGyros = false;    // the log has none
 };
 
-/// Records both turns of a setting, its faults included, with gyros of a usual kind: bias and noise,
-/// and mounted a little askew against the inclinometers. Same seed, same turns.
+/// Records both turns of a setting, its faults included, with gyros of a usual kind: bias and
+/// noise, and mounted a little askew against the inclinometers. Same seed, same turns.
 quality::CalibrationTurns RecordTurns(const Setting& setting, std::uint64_t seed);
 
 } // namespace study

@@ -21,8 +21,8 @@ struct OccupationCase
 /// Occupations of 5 s without faults: leans, opposite leans, rocking and holding.
 std::vector<OccupationCase> OccupationMotions();
 
-/// A slipped tip, a wrong length, a delay, a magnet, errors of gyros, lost and wrong epochs; each of
-/// them with a lean-in and with opposite leans, after the same without a fault.
+/// A slipped tip, a wrong length, a delay, a magnet, errors of gyros, lost and wrong epochs; each
+/// of them with a lean-in and with opposite leans, after the same without a fault.
 std::vector<OccupationCase> OccupationFaults();
 
 } // namespace simulation

@@ -33,7 +33,8 @@ AntennaErrorList ErrorsAsStated(std::size_t count, std::mt19937& random);
 /// are white.
 AntennaErrorList SlowErrors(std::size_t count, std::mt19937& random);
 
-/// The errors of a fixed antenna recorded once a second: lines "E N h time", taken about their mean.
+/// The errors of a fixed antenna recorded once a second: lines "E N h time", taken about their
+/// mean.
 class RecordedErrors
 {
 public:

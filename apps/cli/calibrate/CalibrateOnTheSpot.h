@@ -19,7 +19,8 @@ struct SpotOptions
     bool json = false;
 };
 
-/// Calibrates, prints what was found, and writes parameter file, record and sidecar where it can be used.
+/// Calibrates, prints what was found, and writes parameter file, record and sidecar where it can be
+/// used.
 /// @return kDone, or kNegative where it cannot be used: nothing is written then
 /// @throws InputError
 int CalibrateOnTheSpot(const SpotOptions& options);

@@ -2,11 +2,11 @@
 //
 // The record beside a parameter file: pole.cfg.json beside pole.cfg.
 //
-// A parameter file has one bias angle for each magnetometer. A part of it is given by the operator -
-// which north is wanted - and a part may be found by a fit, whose corrections need it. The next
-// calibration finds its own: it must take over the first part without the second. The record keeps
-// them apart, and repeats the values of the parameter file, so that a file that has changed since is
-// noticed. Its format: docs/programs.md, "The record beside the parameter file".
+// A parameter file has one bias angle for each magnetometer. A part of it is given by the operator,
+// who chooses which north is wanted; a part may be found by a fit, whose corrections need it. The
+// next calibration finds its own: it must take over the first part without the second. The record
+// keeps them apart, and repeats the values of the parameter file, so that a file that has changed
+// since is noticed. Its format: docs/programs.md, "The record beside the parameter file".
 #pragma once
 
 #include "quality/Calibration.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The points of a job by the names that surveyors know them by. A row that replaces another has a name
-// of its own in the file (P12~2), and stands for the point under the first one's (P12).
+// The points of a job by the names that surveyors know them by. A row that replaces another has a
+// name of its own in the file (P12~2), and stands for the point under the first one's (P12).
 #pragma once
 
 #include "apps/tables/Errors.h"
@@ -34,8 +34,8 @@ std::vector<NamedPoint> PointsOf(const field::JobStore& job);
 /// The points that count, neither replaced nor void, in the order of their first rows.
 std::vector<NamedPoint> CurrentPointsOf(const field::JobStore& job);
 
-/// Whether `choice` names the point: names and ranges with commas between them, or "all". In a range
-/// such as 12-40 or P12-P40 the letters before the numbers are the same.
+/// Whether `choice` names the point: names and ranges with commas between them, or "all". In a
+/// range such as 12-40 or P12-P40 the letters before the numbers are the same.
 /// @throws InputError for a range that ends before it begins
 bool Chooses(std::string_view choice, std::string_view name);
 

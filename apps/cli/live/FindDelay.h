@@ -9,8 +9,8 @@
 
 namespace cli {
 
-/// "delay 124 ms, sd 6 (rms 14 mm; 114 mm without); pole 1.998 m as set; heading offset -0.9 deg, not
-/// applied", with a line end.
+/// "delay 124 ms, sd 6 (rms 14 mm; 114 mm without); pole 1.998 m as set; heading offset -0.9 deg,
+/// not applied", with a line end.
 std::string DelayText(const field::DelayResult& found, const field::Setup& setup);
 
 int FindDelayInRecording(const LiveOptions& options);

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
-// Points that are stored while the pole is at work: the epochs of the last moments, averaged, go into
-// a job; while the pole moves, the tip of its occupation, where that may be stored. What the gate forbids is
-// refused with its reason, unless it is forced.
+// Points that are stored while the pole is at work: the epochs of the last moments, averaged, go
+// into a job; while the pole moves, the tip of its occupation, where that may be stored. What the
+// gate forbids is refused with its reason, unless it is forced.
 //
 //   store NAME [CODE] [NOTE]    the last epochs that may be stored, ten at most, become a point, or the
 //                               occupation does

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// The summary of a run of `tiltpole measure`, as text and as JSON. Its memory use does not grow with
-// the log.
+// The summary of a run of `tiltpole measure`, as text and as JSON. Its memory use does not grow
+// with the log.
 #pragma once
 
 #include "apps/cli/measure/Measurement.h"

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// Means of tips, never of different places: of each named point of a log, or of a log, whose tips lie
-// together and do not step from one place to another. Rows that follow each other with the same name are one point; a name that comes again
-// later is another one. Memory grows with the number of points.
+// Means of tips, never of different places: of each named point of a log, or of a log, whose tips
+// lie together and do not step from one place to another. Rows that follow each other with the same
+// name are one point; a name that comes again later is another one. Memory grows with the number of
+// points.
 #pragma once
 
 #include "apps/tables/Statistics.h"

@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
 // Whether gyros and accelerometers have the same axes. Turned along with the gyros, gravity stays
-// where it is, and only the sensor's own motion is left of the variance of the specific force; means
-// of a second leave little of that. With axes that are exchanged or reversed in one of them, the
-// turns of gravity are added:
+// where it is, and only the sensor's own motion is left of the variance of the specific force;
+// means of a second leave little of that. With axes that are exchanged or reversed in one of them,
+// the turns of gravity are added:
 //
 //   V(P) = mean |R_P a|² - |mean R_P a|²  of the means of a second,   dR_P = R_P [P rate dt]
 //
 // P is one of the 48 ways to exchange and reverse axes. A pole that is rocked to and fro within a
-// second shows nothing in such means; there the means of a tenth of a second are taken, and of these
-// what the acceleration of a point on a planted pole explains, s R_P z'' for any height s above 0.
-// Which of the two sensors is wrong cannot be said, and axes about which gravity does not turn cannot
-// be checked.
+// second shows nothing in such means; there the means of a tenth of a second are taken, and of
+// these what the acceleration of a point on a planted pole explains, s R_P z'' for any height s
+// above 0. Which of the two sensors is wrong cannot be said, and axes about which gravity does not
+// turn cannot be checked.
 #pragma once
 
 #include "field/Occupation.h"
@@ -58,8 +58,8 @@ public:
 private:
     using Vector = std::array<double, 3>;
 
-    /// The last means of a tenth of a second, and sums over those that have neighbors: of the force f
-    /// and of the acceleration a of a point 1 m up the pole [g].
+    /// The last means of a tenth of a second, and sums over those that have neighbors: of the force
+    /// f and of the acceleration a of a point 1 m up the pole [g].
     struct Swayed
     {
         Vector force{};                 // sum of the current tenth

@@ -28,8 +28,8 @@ private:
     std::size_t m_stride = 1;
 };
 
-/// One sentence on how a field differs from that of a calibration beyond the limits of a disturbance;
-/// empty where it does not.
+/// One sentence on how a field differs from that of a calibration beyond the limits of a
+/// disturbance; empty where it does not.
 std::string ChangeOf(const field::FieldShape& now, const field::SpotMagnetometer& calibrated);
 
 } // namespace cli

@@ -1,13 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Which samples of one point lie in a disturbed magnetic field. The dip needs the vertical, and pitch
-// and roll of a rocked sensor are those of its accelerations. Gyros carry the mean force of some
-// seconds to each sample instead:
+// Which samples of one point lie in a disturbed magnetic field. The dip needs the vertical, and
+// pitch and roll of a rocked sensor are those of its accelerations. Gyros carry the mean force of
+// some seconds to each sample instead:
 //
 //   up(t) = R(t)' f / |f|,   f = mean of R a with the weight s^2 (1 - s)^2,   s from 0 to 1,   dR = R [rate dt]
 //
-// so that what stays within bounds, as a rocked sensor does, hardly moves f. Without gyros, and in pieces of
-// less than two seconds, the vertical is that of pitch and roll.
+// so that what stays within bounds, as a rocked sensor does, hardly moves f. Without gyros, and in
+// pieces of less than two seconds, the vertical is that of pitch and roll.
 #pragma once
 
 #include "field/DisturbanceMonitor.h"

@@ -99,8 +99,8 @@ struct OccupiedPoint
     /// Of the tips of single samples; none where there are none.
     std::optional<xyhCoordinate> MeanTip() const;
 
-    /// Epochs that are neither late nor in the estimate: outside of the samples' time, or thinned in a
-    /// long occupation.
+    /// Epochs that are neither late nor in the estimate: outside of the samples' time, or thinned
+    /// in a long occupation.
     std::uint64_t UnusedEpochs() const
     {
         return epochs - lateEpochs - static_cast<std::uint64_t>(estimate.epochs);

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // What the rows of an occupation, or of a whole log, show to be wrong with units and columns,
-// before anything is estimated from them. Each problem is one sentence; nullopt where there is none.
+// before anything is estimated from them. Each problem is one sentence; nullopt where there is
+// none.
 #pragma once
 
 #include "apps/cli/occupy/LogRow.h"

@@ -5,8 +5,9 @@
 
 namespace cli {
 
-/// Takes over what the calibration on the spot in `setup.spot` found: corrections and heading bias of the
-/// magnetometers, and the priors of the occupation. A delay that `setup` has stays instead of the found one.
+/// Takes over what the calibration on the spot in `setup.spot` found: corrections and heading bias
+/// of the magnetometers, and the priors of the occupation. A delay that `setup` has stays instead
+/// of the found one.
 void UseSpotCalibration(OccupySetup& setup);
 
 } // namespace cli

@@ -39,8 +39,9 @@ struct Sums
 };
 
 // The fit without one pair, from the sums over all pairs. Leaving a pair out shifts the means by
-// its coordinates over n − 1, which removes n/(n − 1) times its products from the sums. What remains
-// of the size is (1 − leverage)·n/(n − 1) of it: near 0 it is rounding, and there is no fit.
+// its coordinates over n − 1, which removes n/(n − 1) times its products from the sums. What
+// remains of the size is (1 − leverage)·n/(n − 1) of it: near 0 it is rounding, and there is no
+// fit.
 Magnetic_FourParameter ParametersWithout(const FourParameterPoint& p, Sums sums, double count)
 {
     sums.Add(p, -count / (count - 1.0));

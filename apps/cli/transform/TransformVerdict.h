@@ -22,7 +22,8 @@ struct FitLimits
 
 /// A pair is named as wrong when chance puts one so far off in fewer fits than this ...
 inline constexpr double kOutlierChance = 0.001;
-/// ... and the others miss it by more than this [m], which no satellite receiver can tell from zero.
+/// ... and the others miss it by more than this [m], which no satellite receiver can tell from
+/// zero.
 inline constexpr double kLeastOutlier = 0.005;
 
 enum class FitVerdict {
