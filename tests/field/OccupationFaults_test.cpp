@@ -233,14 +233,14 @@ TEST(OccupationFaults, AMinuteIsNoSlipAndItsEllipsesHold)
 // A turn about the pole's axis takes the errors of mounting and accelerometers out; the ellipse follows.
 TEST(OccupationFaults, EllipsesAreNoWiderThanTheErrorsNeed)
 {
-    for (const OccupationMotion motion :
-         {OccupationMotion::LeanIn, OccupationMotion::OppositeLeans, OccupationMotion::Free}) {
-        OccupationPlan plan = PlanOf(motion, 60);
+    for (const OccupationMotion motion : {OccupationMotion::LeanIn, OccupationMotion::OppositeLeans,
+                                          OccupationMotion::Rock, OccupationMotion::Free}) {
+        OccupationPlan plan = PlanOf(motion, 900);
         plan.motion.duration = 10.0;
         Tally tally;
         Count(tally, plan, 540);
         EXPECT_LE(field_tests::Quantile(tally.widths, 0.5),
-                  1.6 * field_tests::Quantile(tally.errors, 0.95))
+                  1.5 * field_tests::Quantile(tally.errors, 0.95))
             << NameOf(motion);
     }
 }
