@@ -46,8 +46,9 @@ std::vector<Row> RowsOf(const std::string& path)
 std::string TextOf(const std::vector<Row>& rows)
 {
     fmt::memory_buffer text;
-    text.push_back('#'); // else a name could make the file look like an archive
-    text.push_back('\n');
+    // Else a name could make the file look like an archive, and a zero among its first 64 bytes like
+    // UTF-16.
+    text.append(std::string("#") + std::string(64, ' ') + "\n");
     for (const Row& row : rows) {
         for (std::size_t c = 0; c < row.size(); ++c) {
             if (c > 0) text.push_back(',');
