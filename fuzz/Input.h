@@ -83,6 +83,16 @@ public:
         return value;
     }
 
+    /// As many as the next byte says, or what is left.
+    std::string Bytes()
+    {
+        const std::size_t wanted = Byte();
+        const std::size_t size = std::min(wanted, m_rest.size());
+        std::string bytes(m_rest.substr(0, size));
+        m_rest.remove_prefix(size);
+        return bytes;
+    }
+
     std::string_view Rest()
     {
         const std::string_view all = m_rest;

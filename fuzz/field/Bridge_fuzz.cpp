@@ -4,6 +4,7 @@
 // gives the same reports for the same bytes in pieces and with ticks in between, writes whole sentences
 // only, and never hides a tip behind a verdict that lets it be stored.
 #include "field/Recording.h"
+#include "fuzz/Input.h"
 
 #include <algorithm>
 #include <chrono>
@@ -11,49 +12,14 @@
 #include <cstdio>
 #include <cstdlib>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace {
 
 using field::Channel;
 using field::Record;
-
-void Require(bool condition)
-{
-    if (!condition) std::abort();
-}
-
-/// What is left of the input.
-class Input
-{
-public:
-    Input(const std::uint8_t* data, std::size_t size)
-        : m_rest(reinterpret_cast<const char*>(data), size)
-    {}
-
-    bool Ended() const { return m_rest.empty(); }
-
-    unsigned Byte()
-    {
-        if (m_rest.empty()) return 0;
-        const auto byte = static_cast<unsigned char>(m_rest.front());
-        m_rest.remove_prefix(1);
-        return byte;
-    }
-
-    std::string Bytes()
-    {
-        const std::size_t wanted = Byte();
-        const std::size_t size = std::min(wanted, m_rest.size());
-        std::string bytes(m_rest.substr(0, size));
-        m_rest.remove_prefix(size);
-        return bytes;
-    }
-
-private:
-    std::string_view m_rest;
-};
+using fuzz::Input;
+using fuzz::Require;
 
 std::string Framed(const std::string& body)
 {
