@@ -147,6 +147,15 @@ void JudgeGlide(OccupationEstimate& e, const StepScore& glide)
     Set(e, OccupationAdvice::Move, OccupationReason::TipUnchecked);
 }
 
+// A track may fit a pole that hangs from its tip as well as one that stands.
+bool Hangs(const Fitter& fitter)
+{
+    double up = 0.0;
+    for (const EpochRow& row : fitter.Rows())
+        up += row.pole.z();
+    return up < 0.0;
+}
+
 bool Contradicts(const OccupationEstimate& e, const Fit& fit)
 {
     const double tilt = fit.tilt.norm() / fit.tiltSigma;
@@ -220,6 +229,10 @@ void Judge(OccupationEstimate& e, const Fitter& fitter, const Alternatives& alte
     if (OneIsStill(e, fitter, setup)) return;
     if (!fit.covariance.allFinite() || !e.hasTip) {
         Set(e, OccupationAdvice::Refuse, OccupationReason::NoSolution);
+        return;
+    }
+    if (Hangs(fitter)) {
+        Set(e, OccupationAdvice::Refuse, OccupationReason::SensorsContradict);
         return;
     }
     const bool faulty = HasFault(e, alternatives, setup);

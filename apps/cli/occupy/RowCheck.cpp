@@ -67,7 +67,13 @@ std::optional<std::string> RowCheck::AccelerationProblem() const
     const double length = m_length / m_samples;
     const double mean = std::hypot(m_force[0], m_force[1], m_force[2]) / m_samples;
     if (length < kNoForce) return "the accelerations are 0 throughout: is there an accelerometer?";
-    if (length >= 1.0 - kOffGravity && mean <= 1.0 + kOffGravity) return std::nullopt;
+    if (length >= 1.0 - kOffGravity && mean <= 1.0 + kOffGravity) {
+        const double along = m_force[2] / m_samples;
+        if (along >= 0.0) return std::nullopt;
+        return fmt::format("the accelerations average {:.2f} g along z, where a plumb pole at rest "
+                           "reads +1 g: are the signs reversed?",
+                           along);
+    }
     const char* const unit = std::fabs(length - 9.8) < 2.5 ? "m/s²" : "another unit";
     return fmt::format("the accelerations average {:.2f} g: are they in {}?", length, unit);
 }

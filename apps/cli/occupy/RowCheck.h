@@ -25,7 +25,7 @@ public:
     /// Rows that are not 2 ms to 0.25 s apart: by the median of the first thousand.
     std::optional<std::string> TimeProblem() const;
 
-    /// Accelerations that are all 0, or on the average far from 1 g.
+    /// Accelerations that are all 0, on the average far from 1 g, or point down along z.
     std::optional<std::string> AccelerationProblem() const;
 
     /// Heights that are all alike though the antenna moves, or all 0.
