@@ -169,6 +169,11 @@ std::string SpotSidecarOf(const std::string& parameterFile)
     return record.substr(0, record.size() - kEnd.size()) + ".spot.json";
 }
 
+void CheckSidecarName(const std::string& parameterFile)
+{
+    CheckNameBeside(parameterFile, SpotSidecarOf(parameterFile), "sidecar", kFormat);
+}
+
 quality::Calibration CalibrationOf(const field::SpotResult& result)
 {
     quality::Calibration calibration;

@@ -16,6 +16,10 @@ namespace cli {
 /// RecordOf.
 std::string SpotSidecarOf(const std::string& parameterFile);
 
+/// Makes sure that writing the sidecar of `parameterFile` does not replace another kind of file.
+/// @throws InputError naming that file
+void CheckSidecarName(const std::string& parameterFile);
+
 /// What a calibration on the spot is used with.
 struct SpotSidecar
 {

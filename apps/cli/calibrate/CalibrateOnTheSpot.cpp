@@ -116,7 +116,8 @@ int CalibrateOnTheSpot(const SpotOptions& options)
 {
     const std::string sidecar = SpotSidecarOf(options.out);
     tables::KeepApart({"-", options.out, RecordOf(options.out), sidecar}, {options.log});
-    if (!options.out.empty()) CheckRecordName(options.out);
+    CheckRecordName(options.out);
+    CheckSidecarName(options.out);
     const SpotSidecar found{ResultOf(options), options.poleLength, options.sensorType, NowUtc()};
     const nlohmann::ordered_json json = SpotJson(found);
     tables::WriteFile("-", options.json ? JsonText(json) : TextOf(options, found.result));

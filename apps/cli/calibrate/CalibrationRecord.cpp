@@ -44,13 +44,13 @@ quality::Calibration ValuesOf(const CInclineSensor_Position& position)
             position.GetMagneticBiasAngle_B()};
 }
 
-// A record as it is in its file, null where the file is none. Throws InputError where it cannot be
-// read.
-ordered_json ParseRecord(const std::string& name)
+// An object of a format as it is in its file, null where the file is another one. Throws InputError
+// where it cannot be read.
+ordered_json Parse(const std::string& name, const char* format)
 {
     ordered_json json = ordered_json::parse(tables::ReadFile(name, kLargest), nullptr, false);
-    const bool isRecord = json.is_object() && json.contains("format") && json["format"] == kFormat;
-    return isRecord ? json : ordered_json();
+    const bool isOne = json.is_object() && json.contains("format") && json["format"] == format;
+    return isOne ? json : ordered_json();
 }
 
 double AngleIn(const ordered_json& record, const std::string& key, const std::string& name)
@@ -73,7 +73,7 @@ std::optional<Angles> ReadAngles(const std::string& name, const quality::Calibra
 {
     std::error_code error;
     if (name.empty() || !fs::exists(name, error)) return std::nullopt;
-    const ordered_json record = ParseRecord(name);
+    const ordered_json record = Parse(name, kFormat);
     if (record.is_null()) {
         throw tables::InputError(name, "is not a record of tiltpole calibrate");
     }
@@ -135,13 +135,18 @@ BiasAngles GivenAnglesOf(const std::string& parameterFile, bool findsItsOwn)
 
 void CheckRecordName(const std::string& parameterFile)
 {
-    const std::string name = RecordOf(parameterFile);
+    CheckNameBeside(parameterFile, RecordOf(parameterFile), "record", kFormat);
+}
+
+void CheckNameBeside(const std::string& parameterFile, const std::string& name, const char* what,
+                     const char* format)
+{
     std::error_code error;
     if (name.empty() || !fs::exists(name, error)) return;
-    if (fs::is_regular_file(name, error) && !ParseRecord(name).is_null()) return;
-    throw tables::InputError(name, fmt::format("is where the record of {} belongs, but is another "
+    if (fs::is_regular_file(name, error) && !Parse(name, format).is_null()) return;
+    throw tables::InputError(name, fmt::format("is where the {} of {} belongs, but is another "
                                                "file; move it or choose another --out",
-                                               parameterFile));
+                                               what, parameterFile));
 }
 
 void SaveWithRecord(const std::string& parameterFile, const quality::Calibration& calibration,

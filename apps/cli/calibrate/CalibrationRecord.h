@@ -47,6 +47,13 @@ BiasAngles GivenAnglesOf(const std::string& parameterFile, bool findsItsOwn);
 /// @throws InputError naming that file
 void CheckRecordName(const std::string& parameterFile);
 
+/// The same for any JSON file beside a parameter file.
+/// @param name    of the file; empty: there is none
+/// @param what    it is: "record"
+/// @param format  member `format` of a file that may be replaced
+void CheckNameBeside(const std::string& parameterFile, const std::string& name, const char* what,
+                     const char* format);
+
 /// Writes a parameter file with the sum of both bias angles, then its record.
 ///
 /// @param calibration  its bias angles are those that the fit found [degrees]

@@ -6,6 +6,7 @@
 #include "tests/apps/cli/occupy/OccupyRuns.h"
 
 #include <cmath>
+#include <filesystem>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -92,6 +93,27 @@ TEST_F(OnTheSpot, WritesNothingWhereItCannotBeUsed)
     EXPECT_THAT(done.err,
                 HasSubstr("pole.cfg: not written, because the calibration cannot be used"));
     ExpectNothingWritten();
+}
+
+TEST_F(OnTheSpot, ReplacesNoFileThatIsNotItsOwn)
+{
+    const std::string log = Rocked();
+    for (const char* name : {"pole.cfg.json", "pole.cfg.spot.json"}) {
+        const std::string mine = m_folder.Write(name, "{\"format\": \"mine\"}\n");
+        const auto done = Calibrate(log, Out());
+        EXPECT_EQ(done.exitCode, 2) << name;
+        EXPECT_EQ(done.out, "") << name;
+        EXPECT_THAT(done.err, HasSubstr(mine + ": is where the ")) << name;
+        EXPECT_EQ(m_folder.Read(name), "{\"format\": \"mine\"}\n");
+        std::filesystem::remove(mine);
+        ExpectNothingWritten();
+    }
+    std::filesystem::create_directory(Sidecar());
+    EXPECT_EQ(Calibrate(log, Out()).exitCode, 2);
+    EXPECT_FALSE(std::filesystem::exists(m_folder.Path("pole.cfg")));
+    std::filesystem::remove(Sidecar());
+    EXPECT_EQ(Calibrate(log, Out()).exitCode, 0);
+    EXPECT_EQ(Calibrate(log, Out()).exitCode, 0) << "its own files";
 }
 
 TEST_F(OnTheSpot, RefusesInputThatItCannotUse)
