@@ -5,6 +5,7 @@
 #include "apps/cli/occupy/PointInWork.h"
 #include "apps/cli/occupy/SpotSetup.h"
 #include "apps/cli/occupy/TrueTips.h"
+#include "apps/study/SimulatedPoints.h"
 #include "apps/tables/Errors.h"
 #include "field/SpotCalibration.h"
 #include "simulation/trials/OccupationCases.h"
@@ -23,49 +24,6 @@ using simulation::OccupationCase;
 
 constexpr double kMillimeters = 1000.0;
 
-xyhCoordinate CoordinateOf(const simulation::Point3& p)
-{
-    return {p.x, p.y, p.z};
-}
-
-cli::LogRow RowOf(const simulation::OccupationRow& row, const cli::OccupySetup& setup)
-{
-    const double seconds = row.truth.pose.seconds;
-    cli::LogRow taken{cli::SampleOf(row.sample, seconds, setup), row.sample, std::nullopt};
-    if (row.antenna)
-        taken.epoch = field::AntennaEpoch{seconds, CoordinateOf(*row.antenna), 0.0, 0.0};
-    return taken;
-}
-
-OccupyResult Simulated(const OccupationCase& occupation, int runs, std::uint64_t seed)
-{
-    OccupyResult result;
-    result.setup.occupation.poleLength = occupation.plan.poleLength;
-    simulation::OccupationPlan plan = occupation.plan;
-    plan.points = runs;
-    const simulation::EarthField earth;
-    // As with --field: a field that differs has no vote on the heading.
-    if (!plan.magnets.empty()) result.setup.field = {earth.strength, earth.dip};
-    const simulation::Occupations log = SimulateOccupations(occupation.sensor, earth, plan, seed);
-    cli::PointInWork work(result.setup);
-    const auto end = [&] {
-        result.points.push_back(work.End());
-        const auto& planted = log.points[result.points.size() - 1];
-        CompareWithTip(result.points.back(), CoordinateOf(planted.tip));
-    };
-    int number = 0;
-    for (const simulation::OccupationRow& row : log.rows) {
-        if (row.point != number) {
-            if (work.HasBegun()) end();
-            work.Begin(std::to_string(row.point));
-            number = row.point;
-        }
-        work.Add(RowOf(row, result.setup));
-    }
-    if (work.HasBegun()) end();
-    return result;
-}
-
 // What a pole that is rocked and turned on the spot for 20 s says of its sensors.
 struct CalibratedPole
 {
@@ -75,14 +33,13 @@ struct CalibratedPole
 
 std::vector<CalibratedPole> CalibrateOnTheSpot(int runs, std::uint64_t seed)
 {
-    constexpr std::uint64_t kPoles = 1000000; // seeds of one study
     std::vector<CalibratedPole> poles;
     simulation::OccupationPlan plan;
     plan.points = 1;
     plan.motion = simulation::UsualMotion(simulation::OccupationMotion::Free);
     const cli::OccupySetup raw;
     for (int i = 0; i < runs; ++i) {
-        const std::uint64_t own = seed * kPoles + static_cast<std::uint64_t>(i);
+        const std::uint64_t own = seed * kSeeds + static_cast<std::uint64_t>(i);
         field::SpotCalibration calibration({.poleLength = plan.poleLength});
         for (const simulation::OccupationRow& row :
              SimulateOccupations(simulation::CalibratedSensor(), {}, plan, own).rows) {
@@ -122,13 +79,6 @@ OccupyResult SimulatedAfter(const OccupationCase& occupation,
         CompareWithTip(result.points.back(), CoordinateOf(log.points[1].tip));
     }
     return result;
-}
-
-std::string Share(std::uint64_t part, std::uint64_t whole)
-{
-    return whole == 0 ? "-"
-                      : fmt::format("{:.1f}",
-                                    100.0 * static_cast<double>(part) / static_cast<double>(whole));
 }
 
 std::string Errors(tables::Percentiles& errors)
@@ -200,13 +150,6 @@ OccupyResult Recorded(const RecordedPoints& recorded)
     OccupyResult result = cli::EstimatePoints(setup, {});
     CompareWithTruth(result);
     return result;
-}
-
-std::vector<OccupationCase> Chosen(std::vector<OccupationCase> cases, const std::string& only)
-{
-    std::erase_if(cases,
-                  [&](const OccupationCase& c) { return c.name.find(only) == std::string::npos; });
-    return cases;
 }
 
 } // namespace

@@ -7,6 +7,7 @@
 #include "apps/study/CalibrationStudy.h"
 #include "apps/study/FaultStudy.h"
 #include "apps/study/OccupationStudy.h"
+#include "apps/study/SlipStudy.h"
 #include "apps/study/TipStudy.h"
 #include "apps/tables/Errors.h"
 #include "apps/tables/Output.h"
@@ -44,6 +45,9 @@ int Run(int argc, char** argv)
     bool occupations = false;
     program.add_flag("--occupations", occupations,
                      "Instead: the tips of occupations, simulated and recorded, and their faults");
+    bool slips = false;
+    program.add_flag("--slips", slips,
+                     "Instead: occupations with a slipped tip or a wrong length, and with neither");
     study::RecordedPoints points;
     CLI::Option* const log = program.add_option(
         "--log", points.log, "Recorded points for --occupations, as for tiltpole occupy");
@@ -61,6 +65,10 @@ int Run(int argc, char** argv)
     tables::KeepApart({"-"}, {recording, points.log, points.truth});
     if (occupations) {
         tables::WriteFile("-", study::OccupationStudy(runs, seed, only, points));
+        return cli::kDone;
+    }
+    if (slips) {
+        tables::WriteFile("-", study::SlipStudy(runs, seed, only));
         return cli::kDone;
     }
     if (tips) {

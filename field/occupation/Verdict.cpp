@@ -21,7 +21,8 @@ constexpr double kStill = 0.2;           // part of the way expected below which
 constexpr double kStepEvidence = 1.0;    // logarithm of the odds from which a step is named ...
 constexpr double kLikelyEvidence = -2.5; // ... one that would do harm
 constexpr double kHarmfulStep = 0.018;   // [m]
-constexpr double kStepFirst = 2.2;       // by which a wrong length must be likelier
+constexpr double kStepFirst = 2.2;       // by which a wrong length must be likelier ...
+constexpr double kSwingEvidence = 10.0;  // ... and where the residuals jump
 constexpr double kLeastStep = 0.010;     // [m]
 constexpr double kGlideGain = 11.0;      // chi-square of a glide in plan that is one: 99.6 %
 constexpr double kGlideExcluded = 2.0;   // of a stored tip, a glide of 30 mm [sigma]
@@ -129,8 +130,10 @@ bool HasFault(OccupationEstimate& e, const Alternatives& alternatives, const Occ
                        && alternatives.leftByLength < kWorstVariance;
     const bool jumped = alternatives.jump.size > kSuddenStep;
     if (!moved && !wrong && !jumped) return HasGlided(e, alternatives.glide, setup);
+    // Residuals of another length swing with a pole that is rocked, and look sudden.
+    const bool swings = wrong && length.evidence > step.evidence + kSwingEvidence;
     const bool isStep =
-        jumped || (moved && (!wrong || step.evidence > length.evidence - kStepFirst));
+        (jumped && !swings) || (moved && (!wrong || step.evidence > length.evidence - kStepFirst));
     Set(e, OccupationAdvice::Refuse,
         isStep ? OccupationReason::TipMoved : OccupationReason::WrongLength);
     return true;

@@ -20,6 +20,24 @@ PlantedMotion LeanInTo(double lean)
     return motion;
 }
 
+PlantedMotion OppositeLeans()
+{
+    return UsualMotion(OccupationMotion::OppositeLeans);
+}
+
+PlantedMotion RockedBy(double amplitude)
+{
+    PlantedMotion motion = UsualMotion(OccupationMotion::Rock);
+    motion.amplitude = amplitude;
+    return motion;
+}
+
+PlantedMotion Lasting(PlantedMotion motion, double seconds)
+{
+    motion.duration = seconds;
+    return motion;
+}
+
 struct Fault
 {
     const char* name;
@@ -70,12 +88,25 @@ constexpr Fault kFaults[] = {
 
 std::vector<OccupationCase> OccupationMotions()
 {
-    return {
-        CaseOf("lean in, 5 to 20 degrees", LeanInTo(20.0)),
-        CaseOf("lean in, 5 to 30 degrees", LeanInTo(30.0)),
-        CaseOf("two opposite leans of 15 degrees", UsualMotion(OccupationMotion::OppositeLeans)),
-        CaseOf("rock by 5 degrees about 10", UsualMotion(OccupationMotion::Rock)),
-        CaseOf("hold at 20 degrees", UsualMotion(OccupationMotion::Hold))};
+    return {CaseOf("lean in, 5 to 20 degrees", LeanInTo(20.0)),
+            CaseOf("lean in, 5 to 30 degrees", LeanInTo(30.0)),
+            CaseOf("two opposite leans of 15 degrees", OppositeLeans()),
+            CaseOf("rock by 5 degrees about 10", RockedBy(5.0)),
+            CaseOf("hold at 20 degrees", UsualMotion(OccupationMotion::Hold))};
+}
+
+std::vector<OccupationCase> SlipMotions()
+{
+    const PlantedMotion turned = Lasting(UsualMotion(OccupationMotion::Free), 10.0);
+    return {CaseOf("lean in from 5 to 20 degrees, 5 s", LeanInTo(20.0)),
+            CaseOf("lean in from 5 to 20 degrees, 10 s", Lasting(LeanInTo(20.0), 10.0)),
+            CaseOf("lean in from 5 to 30 degrees, 8 s", Lasting(LeanInTo(30.0), 8.0)),
+            CaseOf("two opposite leans of 15 degrees, 5 s", OppositeLeans()),
+            CaseOf("two opposite leans of 15 degrees, 8 s", Lasting(OppositeLeans(), 8.0)),
+            CaseOf("rocked by 5 degrees about 10, 5 s", RockedBy(5.0)),
+            CaseOf("rocked by 5 degrees about 10, 10 s", Lasting(RockedBy(5.0), 10.0)),
+            CaseOf("rocked by 15 degrees about 10, 8 s", Lasting(RockedBy(15.0), 8.0)),
+            CaseOf("free, by 15 degrees, one turn, 10 s", turned)};
 }
 
 std::vector<OccupationCase> OccupationFaults()
@@ -85,7 +116,7 @@ std::vector<OccupationCase> OccupationFaults()
         for (const bool opposite : {false, true}) {
             cases.push_back(
                 CaseOf(std::string(fault.name) + (opposite ? ", opposite" : ", lean in"),
-                       opposite ? UsualMotion(OccupationMotion::OppositeLeans) : LeanInTo(30.0)));
+                       opposite ? OppositeLeans() : LeanInTo(30.0)));
             fault.apply(cases.back());
         }
     }

@@ -224,6 +224,21 @@ TEST(OccupationFaults, AWrongLengthIsNamedWhateverTheMotion)
     }
 }
 
+// Residuals of a wrong length swing with the pole: within a second they look like a jump.
+TEST(OccupationFaults, AWrongLengthOfAPoleThatIsRockedFarIsNoSlip)
+{
+    OccupationPlan plan = PlanOf(OccupationMotion::Rock, 40);
+    plan.motion.amplitude = 15.0;
+    plan.motion.duration = 8.0;
+    const Tally lengths = TallyOfLengths(plan);
+    EXPECT_GE(lengths.wrong, 0.95 * lengths.points);
+    EXPECT_EQ(lengths.stored, 0);
+    plan.points = 8;
+    const Tally slips = TallyOfSlips(plan);
+    EXPECT_GE(slips.moved, 0.95 * slips.points);
+    EXPECT_EQ(slips.stored, 0);
+}
+
 TEST(OccupationFaults, PointsWithoutAFaultAreStored)
 {
     for (const OccupationMotion motion : kUsual) {

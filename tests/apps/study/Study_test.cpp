@@ -152,6 +152,35 @@ TEST(Study, OccupationsTakeTheirErrorsFromTheSeed)
     EXPECT_EQ(RunProgram({"--occupations", "--log", "points.csv"}).exitCode, 2);
 }
 
+TEST(Study, NamesSlipsAndWrongLengthsOfEachMotion)
+{
+    const std::vector<std::string> arguments{"--slips", "--runs", "6", "--seed", "4"};
+    const Outcome outcome = RunProgram(arguments);
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto rows = Cells(outcome.out);
+    const auto motions = simulation::SlipMotions();
+    ASSERT_EQ(rows.size(), 2 * motions.size());
+    const auto percent = [](const std::string& cell) { return std::stod(cell); };
+    for (std::size_t i = 0; i < motions.size(); ++i) {
+        const auto& named = rows[i];
+        ASSERT_EQ(named.size(), 8U);
+        EXPECT_EQ(named[0], motions[i].name);
+        EXPECT_GE(percent(named[1]), 83.0) << "slips named";
+        EXPECT_LE(percent(named[2]), 17.0) << "slips stored";
+        EXPECT_GE(percent(named[3]), 83.0) << "wrong lengths named";
+        EXPECT_EQ(percent(named[5]), 0.0) << "wrong lengths stored";
+        EXPECT_GE(percent(named[7]), 83.0) << "sound ones stored";
+        const auto& ellipse = rows[motions.size() + i];
+        ASSERT_EQ(ellipse.size(), 5U);
+        EXPECT_EQ(ellipse[0], motions[i].name);
+        EXPECT_GT(percent(ellipse[2]), 5.0) << "[mm]";
+    }
+    EXPECT_EQ(RunProgram(arguments).out, outcome.out);
+    EXPECT_EQ(Cells(RunProgram({"--slips", "--runs", "1", "--only", "rocked"}).out).size(), 6U);
+    EXPECT_EQ(RunProgram({"--slips", "--only", "nothing like it"}).err,
+              "tiltpole_study: no occupation has 'nothing like it' in its name\n");
+}
+
 TEST(Study, TellsWrongUseInOneSentence)
 {
     const Outcome name = RunProgram({"--only", "nothing like it"});
