@@ -69,14 +69,6 @@ std::optional<Sentence> ReadSentence(std::string_view line)
     return sentence;
 }
 
-std::uint8_t Checksum(std::string_view body)
-{
-    std::uint8_t sum = 0;
-    for (const char byte : body)
-        sum = static_cast<std::uint8_t>(sum ^ static_cast<std::uint8_t>(byte));
-    return sum;
-}
-
 std::string Framed(std::string_view body)
 {
     const std::uint8_t sum = Checksum(body);

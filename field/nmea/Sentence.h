@@ -56,7 +56,13 @@ private:
 std::optional<Sentence> ReadSentence(std::string_view line);
 
 /// Exclusive or of all bytes: of what stands between '$' and '*'.
-std::uint8_t Checksum(std::string_view body);
+constexpr std::uint8_t Checksum(std::string_view body)
+{
+    unsigned sum = 0;
+    for (const char c : body)
+        sum ^= static_cast<unsigned char>(c);
+    return static_cast<std::uint8_t>(sum);
+}
 
 /// "$" body "*hh" CR LF.
 std::string Framed(std::string_view body);

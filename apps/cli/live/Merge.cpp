@@ -10,8 +10,10 @@
 #include "apps/tables/Messages.h"
 #include "apps/tables/Output.h"
 #include "apps/tables/SampleLog.h"
+#include "field/nmea/Sentence.h"
 #include "field/nmea/StateName.h"
 #include <cerrno>
+#include <charconv>
 #include <cmath>
 #include <fmt/format.h>
 #include <fstream>
@@ -41,18 +43,29 @@ computes the tip of each epoch as `tiltpole live` would have done.
 The pose log is a table as `tiltpole measure` reads it, without the antenna, and with one of the
 columns utc, seconds or Time. It holds times of day (13:07:58.120), dates and times
 (2026-11-22T13:07:58.120Z), or seconds since midnight or since 1970, with decimals. --clock tells
-which clock that is. A receiver's log without dates (RMC or ZDA) needs --date.
+which clock that is. A receiver's log without dates (RMC or ZDA) needs --date. Both logs have to be
+of one day, and in neither may the time run back. Without an epoch no file is written.
 
 Examples:
   tiltpole merge --gnss rover.nmea --pose pose.csv --pole 2.0 --clock pose:utc --out tips.csv
 
 Exit codes: 0 done, 1 no epoch has a tip, 2 wrong use or unreadable input.)";
 
+bool HasChecksum(std::string_view line)
+{
+    const std::size_t star = line.rfind('*');
+    if (star == line.npos || line.size() < star + 3) return false;
+    unsigned stated = 0;
+    const char* const first = line.data() + star + 1;
+    const auto read = std::from_chars(first, first + 2, stated, 16);
+    return read.ptr == first + 2 && tiltpole::field::Checksum(line.substr(1, star - 1)) == stated;
+}
+
 // The time of day of a sentence that has one.
 std::optional<UtcTime> TimeOf(std::string_view line)
 {
     const std::size_t comma = line.find(',');
-    if (comma != 6 || line.front() != '$') return std::nullopt;
+    if (comma != 6 || line.front() != '$' || !HasChecksum(line)) return std::nullopt;
     const std::string_view type = line.substr(3, 3);
     if (type != "GGA" && type != "RMC" && type != "GST" && type != "ZDA") return std::nullopt;
     const std::string_view rest = line.substr(comma + 1);
@@ -67,11 +80,9 @@ std::optional<UtcTime> TimeOf(std::string_view line)
 class ReceiverLog
 {
 public:
-    explicit ReceiverLog(const std::string& path) : m_file(path, std::ios::binary)
+    explicit ReceiverLog(const std::string& path) : m_path(path), m_file(path, std::ios::binary)
     {
-        if (!m_file)
-            throw tables::InputError(path,
-                                     "cannot be read: " + std::generic_category().message(errno));
+        if (!m_file) throw Unreadable();
         Next();
     }
 
@@ -82,11 +93,18 @@ public:
     void Next()
     {
         m_isAtEnd = !std::getline(m_file, m_line);
+        if (m_file.bad()) throw Unreadable();
         m_line += '\n';
         if (const auto time = TimeOf(m_line)) m_seconds = std::max(m_seconds, m_days.Next(*time));
     }
 
 private:
+    tables::InputError Unreadable() const
+    {
+        return {m_path, "cannot be read: " + std::generic_category().message(errno)};
+    }
+
+    std::string m_path;
     std::ifstream m_file;
     std::string m_line;
     double m_seconds = 0.0;
@@ -128,6 +146,10 @@ public:
         const std::string_view text = m_log.Rows().Field(*m_column);
         const auto time = ParseUtcTime(text);
         if (!time) throw m_log.Rows().Error(fmt::format("'{:.40}' is not a time in UTC", text));
+        constexpr double kYear2000 = 946684800.0; // seconds since 1970
+        if (time->hasDate && time->seconds < kYear2000)
+            throw m_log.Rows().Error(fmt::format(
+                "{:.40} seconds since 1970 are before 2000: is the time in seconds?", text));
         const double seconds = m_days.Next(*time) - m_ahead;
         if (m_isBegun && seconds == m_seconds && ++m_equal > kMostEqual)
             throw m_log.Rows().Error("many rows have the same time: it needs decimals of a second");
@@ -171,17 +193,22 @@ std::string Quoted(std::string text)
     return '"' + text + '"';
 }
 
+// Blank where it is not known.
+std::string Cell(double value, int decimals)
+{
+    return std::isfinite(value) ? fmt::format("{:.{}f},", value, decimals) : ",";
+}
+
 std::string Row(const field::Report& report)
 {
     const field::Epoch& epoch = report.epoch;
     std::string row = fmt::format("{},{},", DateText(epoch.date), epoch.utc);
     if (report.tip) {
-        const field::Tip& tip = *report.tip;
-        row += fmt::format("{:.10f},{:.10f},{:.4f},{:.4f},{:.4f},{:.4f},{:.3f},{:.3f},{:.3f},",
-                           tip.position.latitude, tip.position.longitude,
-                           tip.position.ellipsoidalHeight, std::sqrt(tip.sigma.nn),
-                           std::sqrt(tip.sigma.ee), std::sqrt(tip.sigma.hh), tip.tilt,
-                           tip.azimuthTrue, tip.antennaSpeed);
+        const field::Tip tip = live::JudgedTip(report);
+        row += Cell(tip.position.latitude, 10) + Cell(tip.position.longitude, 10)
+               + Cell(tip.position.ellipsoidalHeight, 4) + Cell(std::sqrt(tip.sigma.nn), 4)
+               + Cell(std::sqrt(tip.sigma.ee), 4) + Cell(std::sqrt(tip.sigma.hh), 4)
+               + Cell(tip.tilt, 3) + Cell(tip.azimuthTrue, 3) + Cell(tip.antennaSpeed, 3);
     } else {
         row += ",,,,,,,,,";
     }
@@ -211,6 +238,54 @@ std::optional<double> MidnightOf(const MergeOptions& options, const PoseLog& pos
     return std::nullopt;
 }
 
+// Epochs in the order of their time, of the day that was given or that the pose log has.
+class EpochOrder
+{
+public:
+    EpochOrder(const MergeOptions& options, const PoseLog& pose)
+        : m_options(options),
+          m_poseDay(pose.HasDate() ? std::optional(DayOf(pose.Seconds())) : std::nullopt)
+    {}
+
+    /// @throws InputError where the epoch is earlier than one before it, or of another day
+    void Check(const field::Epoch& epoch)
+    {
+        const auto time = ParseUtcTime(epoch.utc.substr(0, 2) + ":" + epoch.utc.substr(2, 2) + ":"
+                                       + epoch.utc.substr(4));
+        if (!time) return;
+        const double seconds = m_days.Next(*time);
+        if (m_last && seconds < *m_last)
+            throw tables::InputError(m_options.gnss,
+                                     fmt::format("the time runs back, to {}", epoch.utc));
+        m_last = seconds;
+        if (!epoch.date) return;
+        const auto first = *epoch.date - std::chrono::days(static_cast<int>(seconds / kDay));
+        if (!m_options.date.empty())
+            Compare(first, DayOf(ParseUtcTime(m_options.date + "T00:00:00")->seconds), "--date");
+        if (m_poseDay) Compare(first, *m_poseDay, m_options.pose);
+    }
+
+private:
+    static std::chrono::sys_days DayOf(double seconds)
+    {
+        return std::chrono::sys_days(std::chrono::days(static_cast<int>(seconds / kDay)));
+    }
+
+    void Compare(std::chrono::sys_days is, std::chrono::sys_days other,
+                 const std::string& says) const
+    {
+        if (is != other)
+            throw tables::InputError(
+                m_options.gnss,
+                fmt::format("is of {}, but {} of {}", DateText(is), says, DateText(other)));
+    }
+
+    const MergeOptions& m_options;
+    std::optional<std::chrono::sys_days> m_poseDay;
+    std::optional<double> m_last; // since the first midnight [s]
+    DayCounter m_days;
+};
+
 int Run(const MergeOptions& options)
 {
     constexpr double kLeapSeconds = 18.0; // GPS time ahead of UTC since 2017
@@ -227,9 +302,11 @@ int Run(const MergeOptions& options)
     tables::Output out(options.out);
     out.Write(kHeader);
     std::uint64_t tips = 0;
+    EpochOrder order(options, pose);
     const auto write = [&] {
         for (const field::Report& report : bridge.Take()) {
             if (report.epoch.utc.empty()) continue;
+            order.Check(report.epoch);
             tips += report.tip ? 1 : 0;
             out.Write(Row(report));
         }
@@ -254,8 +331,12 @@ int Run(const MergeOptions& options)
     }
     feed.Advance(now + live::Feed::kLastEpoch);
     write();
-    out.Finish();
     tables::TellText(live::CountersText(bridge.Count()));
+    if (bridge.Count().epochs == 0) {
+        tables::Tell("{}: not written, because there is no epoch\n", options.out);
+        return kNegative;
+    }
+    out.Finish();
     return tips > 0 ? kDone : kNegative;
 }
 

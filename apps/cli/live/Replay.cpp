@@ -135,6 +135,8 @@ field::Instant ReadRecording(const std::string& path,
         last = reader.Last()->at;
         onRecord(*reader.Started(), *reader.Last());
     }
+    if (file.bad())
+        throw tables::InputError(path, "cannot be read: " + std::generic_category().message(errno));
     if (!reader.Started()) throw tables::InputError(path, "is empty; it is not a recording");
     return last;
 }

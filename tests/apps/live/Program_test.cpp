@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// tiltpole live and merge as a user runs them.
+// tiltpole live as a user runs it, and the options of merge.
 #include "tests/apps/RunLine.h"
 #include "tests/apps/RunProgram.h"
 #include "tests/apps/live/Recorded.h"
@@ -156,72 +156,6 @@ TEST(Live, EndsWithItsInputAndSumsUp)
     EXPECT_THAT(outcome.err, HasSubstr("BLOCK"));
     EXPECT_THAT(outcome.err, HasSubstr("1 epochs"));
     EXPECT_EQ(outcome.out, "");
-}
-
-// Both logs of a pole that stands still, as loggers of their own keep them.
-struct Logs
-{
-    Logs()
-    {
-        const auto track = live_pole::StandingTrack(5.0);
-        std::ostringstream pose;
-        pose.precision(12);
-        pose << "utc,dPitch,dRoll,dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,dMag_z_2\n";
-        for (const auto& row : track) {
-            pose << "2026-11-22T13:07:" << 58.0 + row.seconds << "Z," << row.pitch << ','
-                 << row.roll;
-            for (int i = 0; i < 6; ++i)
-                pose << ',' << row.readings[static_cast<std::size_t>(i)];
-            pose << '\n';
-        }
-        std::string text = pose.str();
-        for (std::size_t at = 0; (at = text.find("13:07:6")) != std::string::npos;)
-            text.replace(at, 7, "13:08:0");
-        folder.Write("pose.csv", text);
-        std::string nmea;
-        for (const auto& record : live_pole::RecordsOf(track))
-            if (record.channel == field::Channel::Receiver) nmea += record.bytes;
-        folder.Write("rover.nmea", nmea);
-    }
-    Outcome Merge(const std::vector<std::string>& more) const
-    {
-        return RunProgram(
-            Joined({"merge", "--gnss", folder.Path("rover.nmea"), "--pose", folder.Path("pose.csv"),
-                    "--pole", "2.0", "--north", "file", "--heading-sd", "1.0", "--config", config,
-                    "--out", folder.Path("tips.csv")},
-                   more));
-    }
-    ScratchFolder folder;
-    std::string config = ParameterFile(folder);
-};
-
-TEST(Merge, FindsTheTipFromSeparateLogs)
-{
-    const Logs logs;
-    const Outcome outcome = logs.Merge({"--clock", "pose:utc"});
-    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
-    const auto rows = LinesOf(logs.folder.Read("tips.csv"));
-    ASSERT_EQ(rows.size(), 1U + 49U) << outcome.err;
-    EXPECT_THAT(rows[0], StartsWith("date,utc,latitude,longitude,ellipsoidal_height_m,"));
-    std::istringstream cells(rows[30]);
-    std::vector<std::string> fields;
-    for (std::string cell; std::getline(cells, cell, ',');)
-        fields.push_back(cell);
-    ASSERT_GE(fields.size(), 16U) << rows[30];
-    EXPECT_EQ(fields[0], "2026-11-22");
-    EXPECT_EQ(fields[1], "130801.00");
-    EXPECT_NEAR(std::stod(fields[2]), live_pole::kTip.latitude, 2e-7) << rows[30];
-    EXPECT_NEAR(std::stod(fields[3]), live_pole::kTip.longitude, 3e-7) << rows[30];
-    EXPECT_NEAR(std::stod(fields[4]), live_pole::kTip.ellipsoidalHeight, 0.005) << rows[30];
-    EXPECT_EQ(fields[15], "STORE") << rows[30];
-}
-
-TEST(Merge, SeesAPoseClockThatIsAnother)
-{
-    const Logs logs;
-    const Outcome outcome = logs.Merge({"--clock", "pose:gps"});
-    EXPECT_EQ(outcome.exitCode, 1) << outcome.err; // no pose within 18 s of an epoch
-    EXPECT_THAT(outcome.err, HasSubstr("0 store"));
 }
 
 } // namespace

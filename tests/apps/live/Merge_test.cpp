@@ -1,0 +1,202 @@
+// SPDX-License-Identifier: MIT
+//
+// tiltpole merge as a user runs it: logs of a receiver and of a pose sensor that were recorded apart.
+#include "tests/apps/RunProgram.h"
+#include "tests/apps/live/Recorded.h"
+#include "tests/field/bridge/PlantedPole.h"
+#include <fmt/format.h>
+#include <gmock/gmock.h>
+#include <gtest/gtest.h>
+#include <sstream>
+
+namespace {
+
+using namespace apps::test;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+std::vector<std::string> LinesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
+}
+
+std::vector<std::string> CellsOf(const std::string& row)
+{
+    std::vector<std::string> cells;
+    std::istringstream stream(row);
+    for (std::string cell; std::getline(stream, cell, ',');)
+        cells.push_back(cell);
+    return cells;
+}
+
+// Both logs of a pole, as loggers of their own keep them.
+struct Logs
+{
+    explicit Logs(const live_pole::Track& track = live_pole::StandingTrack(5.0))
+    {
+        std::string pose = "utc,dPitch,dRoll,dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,dMag_z_2,"
+                           "dGyro_x,dGyro_y,dGyro_z,dAcc_x,dAcc_y,dAcc_z\n";
+        for (const auto& row : track) {
+            const double second = 58.0 + row.seconds;
+            pose += fmt::format("2026-11-22T13:{:02}:{:09.6f}Z,{},{},{}\n", second < 60.0 ? 7 : 8,
+                                second < 60.0 ? second : second - 60.0, row.pitch, row.roll,
+                                fmt::join(row.readings, ","));
+        }
+        folder.Write("pose.csv", pose);
+        std::string nmea;
+        for (const auto& record : live_pole::RecordsOf(track))
+            if (record.channel == field::Channel::Receiver) nmea += record.bytes;
+        folder.Write("rover.nmea", nmea);
+    }
+    Outcome Merge(const std::vector<std::string>& more = {}) const
+    {
+        return RunProgram(
+            Joined({"merge", "--gnss", folder.Path(rover), "--pose", folder.Path("pose.csv"),
+                    "--pole", "2.0", "--north", "file", "--heading-sd", "3.0", "--config", config,
+                    "--out", folder.Path("tips.csv")},
+                   more));
+    }
+    void Replace(const std::string& name, const std::string& from, const std::string& to) const
+    {
+        std::string text = folder.Read(name);
+        for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
+            text.replace(at, from.size(), to);
+        folder.Write(name, text);
+    }
+    // Exit code 2 with this sentence, and the output as it was.
+    void ExpectRefused(const std::string& says, const std::vector<std::string>& more = {}) const
+    {
+        folder.Write("tips.csv", "old\n");
+        const Outcome outcome = Merge(more);
+        EXPECT_EQ(outcome.exitCode, 2) << says;
+        EXPECT_THAT(outcome.err, HasSubstr(says));
+        EXPECT_EQ(folder.Read("tips.csv"), "old\n");
+    }
+    ScratchFolder folder;
+    std::string rover = "rover.nmea";
+    std::string config = ParameterFile(folder);
+};
+
+TEST(Merge, FindsTheTipFromSeparateLogs)
+{
+    const Logs logs;
+    const Outcome outcome = logs.Merge({"--clock", "pose:utc"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto rows = LinesOf(logs.folder.Read("tips.csv"));
+    ASSERT_EQ(rows.size(), 1U + 49U) << outcome.err;
+    EXPECT_THAT(rows[0], StartsWith("date,utc,latitude,longitude,ellipsoidal_height_m,"));
+    const auto fields = CellsOf(rows[30]);
+    ASSERT_GE(fields.size(), 16U) << rows[30];
+    EXPECT_EQ(fields[0], "2026-11-22");
+    EXPECT_EQ(fields[1], "130801.00");
+    EXPECT_NEAR(std::stod(fields[2]), live_pole::kTip.latitude, 2e-7) << rows[30];
+    EXPECT_NEAR(std::stod(fields[3]), live_pole::kTip.longitude, 3e-7) << rows[30];
+    EXPECT_NEAR(std::stod(fields[4]), live_pole::kTip.ellipsoidalHeight, 0.005) << rows[30];
+    EXPECT_EQ(fields[15], "STORE") << rows[30];
+}
+
+TEST(Merge, SeesAPoseClockThatIsAnother)
+{
+    const Logs logs;
+    const Outcome outcome = logs.Merge({"--clock", "pose:gps"});
+    EXPECT_EQ(outcome.exitCode, 1) << outcome.err; // no pose within 18 s of an epoch
+    EXPECT_THAT(outcome.err, HasSubstr("0 store"));
+}
+
+TEST(Merge, LeavesBlankWhatIsNotKnown)
+{
+    const Logs logs;
+    EXPECT_EQ(logs.Merge().exitCode, 0);
+    const auto rows = LinesOf(logs.folder.Read("tips.csv"));
+    ASSERT_GT(rows.size(), 1U);
+    EXPECT_EQ(CellsOf(rows[1]).at(10), "") << "the speed of the antenna at the first epoch";
+    for (const std::string& row : rows)
+        EXPECT_THAT(row, testing::Not(HasSubstr("nan")));
+}
+
+// The tip of a single epoch of this pole is known to 19 mm and more.
+TEST(Merge, StoresTheTipOfTheOccupationWhileThePoleMoves)
+{
+    const Logs logs(live_pole::RockedTrack(3.0));
+    const Outcome outcome = logs.Merge();
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    int stored = 0;
+    for (const std::string& row : LinesOf(logs.folder.Read("tips.csv"))) {
+        const auto cells = CellsOf(row);
+        if (cells.at(15) != "STORE" || std::stod(cells[10]) < 0.2) continue;
+        ++stored;
+        const field::Geodetic tip{std::stod(cells[2]), std::stod(cells[3]), std::stod(cells[4])};
+        const xyhCoordinate off = field::Difference(live_pole::kTip, tip);
+        EXPECT_LT(std::hypot(off.x, off.y), 0.010) << row;
+        EXPECT_LT(std::stod(cells[5]), 0.012) << row;
+    }
+    EXPECT_GT(stored, 5) << outcome.err;
+}
+
+TEST(Merge, RefusesAReceiversLogInWhichTheTimeRunsBack)
+{
+    const Logs logs;
+    const std::string once = logs.folder.Read("rover.nmea");
+    logs.folder.Write("rover.nmea", once + once);
+    logs.ExpectRefused("rover.nmea: the time runs back, to 130758.10");
+}
+
+TEST(Merge, RefusesLogsOfDifferentDays)
+{
+    const Logs logs;
+    logs.ExpectRefused("rover.nmea: is of 2026-11-22, but --date of 2026-11-23",
+                       {"--date", "2026-11-23"});
+    logs.Replace("pose.csv", "2026-11-22", "2026-11-21");
+    logs.ExpectRefused("pose.csv of 2026-11-21");
+}
+
+TEST(Merge, PassesOverATimeThatWasDamaged)
+{
+    const Logs logs;
+    logs.Merge();
+    const auto rows = LinesOf(logs.folder.Read("tips.csv"));
+    logs.Replace("rover.nmea", "$GNRMC,130758.50", "$GNRMC,230758.50");
+    EXPECT_EQ(logs.Merge().exitCode, 0);
+    const auto damaged = LinesOf(logs.folder.Read("tips.csv"));
+    ASSERT_GT(damaged.size(), 40U);
+    EXPECT_EQ(damaged.back(), rows.back());
+}
+
+TEST(Merge, RefusesMillisecondsForSeconds)
+{
+    const Logs logs;
+    std::string pose = "seconds,dPitch,dRoll,dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,dMag_z_2\n";
+    for (int i = 0; i < 250; ++i)
+        pose += fmt::format("{},1,2,100,200,-400,-100,-200,-400\n", 47278000 + 20 * i);
+    logs.folder.Write("pose.csv", pose);
+    logs.ExpectRefused(
+        "pose.csv:2: 47278000 seconds since 1970 are before 2000: is the time in seconds?");
+}
+
+TEST(Merge, ReplacesNothingWithoutAnEpochAndReadsNoFolder)
+{
+    Logs logs;
+    logs.rover = ".";
+    logs.ExpectRefused(": cannot be read: ");
+    logs.rover = "rover.nmea";
+    logs.folder.Write("rover.nmea", "no sentences\n");
+    logs.folder.Write("tips.csv", "old\n");
+    const Outcome outcome = logs.Merge();
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("tips.csv: not written, because there is no epoch"));
+    EXPECT_EQ(logs.folder.Read("tips.csv"), "old\n");
+}
+
+TEST(LiveReplay, ReadsNoFolder)
+{
+    const ScratchFolder folder;
+    const Outcome outcome = RunProgram({"live", "--replay", folder.Path("."), "--pole", "2"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.err, HasSubstr("cannot be read: "));
+}
+
+} // namespace
