@@ -43,6 +43,7 @@ function(tiltpole_add_library name)
         POSITION_INDEPENDENT_CODE ON
         CXX_VISIBILITY_PRESET hidden
         VISIBILITY_INLINES_HIDDEN ON)
+    tiltpole_harden_link(${target})
     target_include_directories(${target} PRIVATE ${PROJECT_SOURCE_DIR})
     if(NOT BUILD_SHARED_LIBS)
         target_compile_definitions(${target} PUBLIC TILTPOLE_STATIC)
