@@ -28,6 +28,7 @@ struct JobStore::File
 namespace {
 
 constexpr std::size_t kLongestName = 64; // bytes
+constexpr const char* kProtected = "the file may not be written";
 
 /// The result of `work`, or its failure as a sentence.
 template <class Work>
@@ -54,6 +55,16 @@ bool IsEmptyOrMissing(const std::string& path)
     return std::filesystem::is_regular_file(status) && std::filesystem::file_size(path, error) == 0;
 }
 
+// Nobody may write it. Root could, but who protected the file did not mean that.
+bool IsProtected(const std::string& path)
+{
+    using std::filesystem::perms;
+    constexpr perms kAnyWrite = perms::owner_write | perms::group_write | perms::others_write;
+    std::error_code error;
+    const auto status = std::filesystem::status(path, error);
+    return std::filesystem::exists(status) && (status.permissions() & kAnyWrite) == perms::none;
+}
+
 void Prepare(inner::Sqlite& sqlite, JobAccess access)
 {
     sqlite.Run("PRAGMA foreign_keys = ON");
@@ -61,7 +72,7 @@ void Prepare(inner::Sqlite& sqlite, JobAccess access)
         sqlite.Run("PRAGMA query_only = ON");
         return;
     }
-    if (sqlite.IsWriteProtected()) throw inner::SqliteFailure("the file may not be written");
+    if (sqlite.IsWriteProtected()) throw inner::SqliteFailure(kProtected);
     // While another program keeps the file in write-ahead mode, that stays; it is as durable.
     try {
         sqlite.Run("PRAGMA journal_mode = DELETE");
@@ -158,6 +169,7 @@ JobResult<JobStore> JobStore::Open(const std::string& path, JobAccess access) no
             const std::string problem = inner::NotAJob(look);
             if (!problem.empty()) throw inner::SqliteFailure(problem);
         }
+        if (access == JobAccess::Write && IsProtected(path)) throw inner::SqliteFailure(kProtected);
         using inner::SqliteAccess;
         auto file = std::make_unique<File>(path, makes                        ? SqliteAccess::Make
                                                  : access == JobAccess::Write ? SqliteAccess::Write

@@ -223,6 +223,8 @@ TEST(JobStoreFaults, RefusesAWriteProtectedFile)
     const std::string path = folder.Path("job.gpkg");
     NewJob(path);
     ASSERT_EQ(chmod(path.c_str(), 0444), 0);
+    EXPECT_EQ(JobStore::Open(path, JobAccess::Write).error, path + ": the file may not be written")
+        << "by root neither";
     const RightsOfNobody rights(folder);
     EXPECT_EQ(JobStore::Open(path, JobAccess::Write).error, path + ": the file may not be written");
     EXPECT_TRUE(JobStore::Open(path, JobAccess::Read));
