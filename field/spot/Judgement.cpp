@@ -33,6 +33,7 @@ constexpr double kStepGain = 25.0;   // chi-square, as for an occupation
 constexpr double kLeastStep = 0.012; // [m]
 constexpr double kLengthSigmas = 3.0;
 constexpr double kLeastLength = 0.015; // [m]
+constexpr double kMostLength = 0.25;   // error that somebody could have entered [lengths]
 constexpr double kWorstVariance = 6.0; // factor of the antenna's variances
 constexpr double kWildForce = 0.05;    // residual of a second's mean force [g]
 constexpr double kRoughField = 0.02;   // residual of the readings, relative to the field ...
@@ -71,7 +72,7 @@ bool RefusesInput(SpotResult& result, const std::vector<SpotReading>& readings,
     return false;
 }
 
-void Judge(SpotResult& result, const MotionFit& motion)
+void Judge(SpotResult& result, const MotionFit& motion, double poleLength)
 {
     const double left = std::max(1.0, motion.AntennaMisfit() / motion.Freedom());
     const auto step = motion.StepOfTip();
@@ -83,7 +84,9 @@ void Judge(SpotResult& result, const MotionFit& motion)
     const bool forceIsKnown = std::max(acceleration.x, acceleration.y) < kForceKnown;
     const bool known = result.axisSigma < kAxisKnown && forceIsKnown && IronIsKnown(result.a)
                        && IronIsKnown(result.b);
-    if (wrong && (!moved || length * length > step.gain / left))
+    if (std::fabs(result.lengthError) > kMostLength * poleLength)
+        result.reason = SpotReason::SensorsContradict;
+    else if (wrong && (!moved || length * length > step.gain / left))
         result.reason = SpotReason::WrongLength;
     else if (moved)
         result.reason = SpotReason::TipMoved;

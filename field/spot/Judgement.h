@@ -27,7 +27,7 @@ bool RefusesInput(::field::SpotResult& result, const std::vector<SpotReading>& r
                   const SpotCounts& counts);
 
 /// Sets the reason of a result whose values are set.
-void Judge(::field::SpotResult& result, const MotionFit& motion);
+void Judge(::field::SpotResult& result, const MotionFit& motion, double poleLength);
 
 /// `setup` with the values of a usable result as priors.
 ::field::OccupationSetup PriorsBy(const ::field::OccupationSetup& setup,

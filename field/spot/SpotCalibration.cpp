@@ -192,7 +192,7 @@ void SpotCalibration::Memory::Solve(SpotResult& result) const
     SetMotion(result, motion, setup);
     result.a = MagnetometerOf(IronOf(readings, motion, 0), 0, setup.sensorType);
     result.b = MagnetometerOf(IronOf(readings, motion, 1), 1, setup.sensorType);
-    tiltpole::field::Judge(result, motion);
+    tiltpole::field::Judge(result, motion, setup.poleLength);
 }
 
 SpotCalibration::SpotCalibration(const SpotSetup& setup) : m_memory(std::make_unique<Memory>(setup))

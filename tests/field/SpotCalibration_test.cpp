@@ -270,6 +270,8 @@ TEST(SpotCalibration, NamesWhatDoesNotFit)
     plan = FreePlan();
     plan.poleError = 0.06;
     CheckRefused(plan, SpotReason::WrongLength, "a longer pole");
+    plan.poleError = -0.3;
+    CheckRefused(plan, SpotReason::WrongLength, "1.7 m for 2 m");
     plan = FreePlan();
     plan.magnets.push_back({.from = 5.0, .to = 9.0, .strength = 80.0, .azimuth = 90.0});
     CheckRefused(plan, SpotReason::FieldDisturbed, "a magnet");
