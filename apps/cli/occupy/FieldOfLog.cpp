@@ -6,21 +6,12 @@
 
 namespace cli {
 
-void FieldOfLog::Add(const field::InertialSample& sample, int sensorType)
+std::optional<field::FieldShape> MiddleField(const std::vector<OccupiedPoint>& points)
 {
-    constexpr std::size_t kMost = 32768;
-    const field::SensorVector& m = sample.magnetic;
-    if (m.x == 0.0 && m.y == 0.0 && m.z == 0.0) return;
-    if (m_seen++ % m_stride != 0) return;
-    if (m_shapes.size() == kMost) {
-        for (std::size_t i = 0; i < kMost / 2; ++i)
-            m_shapes[i] = m_shapes[2 * i];
-        m_shapes.resize(kMost / 2);
-        m_stride *= 2;
-    }
-    field::Tilt tilt = sample.tilt;
-    tilt.sensorType = sensorType;
-    m_shapes.push_back(ShapeOf(tilt, m));
+    std::vector<field::FieldShape> shapes;
+    for (const OccupiedPoint& point : points)
+        shapes.insert(shapes.end(), point.field.shapes.begin(), point.field.shapes.end());
+    return MedianShape(shapes);
 }
 
 std::string ChangeOf(const field::FieldShape& now, const field::SpotMagnetometer& calibrated)

@@ -102,10 +102,12 @@ void MarkBefore(std::vector<WaitingRow>& rows, const std::vector<field::Disturbe
 
 } // namespace
 
-std::vector<field::DisturbedSpan> MarkDisturbed(std::vector<WaitingRow>& rows,
-                                                const field::FieldShape& expected, int sensorType,
-                                                bool gyros)
+FieldOfPoint MarkDisturbed(std::vector<WaitingRow>& rows, const field::FieldShape& expected,
+                           int sensorType, bool gyros)
 {
+    constexpr std::size_t kShapes = 1024;
+    const std::size_t stride = rows.size() / kShapes + 1;
+    FieldOfPoint found;
     const Verticals verticals = gyros ? VerticalsOf(rows) : Verticals(rows.size());
     field::DisturbanceMonitor monitor(expected);
     for (std::size_t i = 0; i < rows.size(); ++i) {
@@ -122,9 +124,11 @@ std::vector<field::DisturbedSpan> MarkDisturbed(std::vector<WaitingRow>& rows,
         const field::MonitorVerdict verdict = monitor.Add(now);
         // A monitor speaks a moment after a disturbance began: what it suspects has no vote either.
         sample.disturbed = verdict.suspect || verdict.disturbed;
+        if (i % stride == 0) found.shapes.push_back(verdict.shape);
     }
-    MarkBefore(rows, monitor.Spans());
-    return monitor.Spans();
+    found.disturbances = monitor.Spans();
+    MarkBefore(rows, found.disturbances);
+    return found;
 }
 
 } // namespace cli

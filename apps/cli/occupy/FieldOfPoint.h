@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// Which samples of one point lie in a disturbed magnetic field. The dip needs the vertical, and
+// Strength and dip of the magnetic field at one point, and which of its samples lie in a disturbed
+// one. The dip needs the vertical, and
 // pitch and roll of a rocked sensor are those of its accelerations. Gyros carry the mean force of
 // some seconds to each sample instead:
 //
@@ -25,12 +26,16 @@ struct WaitingRow
     std::optional<field::AntennaEpoch> epoch;
 };
 
+struct FieldOfPoint
+{
+    std::vector<field::DisturbedSpan> disturbances; // when it was disturbed, and how
+    std::vector<field::FieldShape> shapes;          // of some of the samples, evenly spread
+};
+
 /// Marks the samples of a point that are in a disturbed field.
 /// @param expected  the undisturbed field
 /// @param gyros     whether the samples have rates and accelerations
-/// @return when it was disturbed, and how
-std::vector<field::DisturbedSpan> MarkDisturbed(std::vector<WaitingRow>& rows,
-                                                const field::FieldShape& expected, int sensorType,
-                                                bool gyros);
+FieldOfPoint MarkDisturbed(std::vector<WaitingRow>& rows, const field::FieldShape& expected,
+                           int sensorType, bool gyros);
 
 } // namespace cli

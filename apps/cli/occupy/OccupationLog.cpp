@@ -114,7 +114,7 @@ public:
         }
         m_progress.Wipe();
         RefuseForeignAxes(result);
-        result.field = m_field.Middle();
+        result.field = MiddleField(result.points);
         RefuseDoubtedSensors(result);
         if (result.points.empty()) result.trouble = Trouble(result);
         return result;
@@ -146,7 +146,6 @@ private:
     {
         const double seconds = tables::NumberIn(m_log.Rows(), m_seconds, tables::kSeconds);
         LogRow row{SampleOf(m_log.Pose(), seconds, m_setup), m_log.Pose(), std::nullopt};
-        if (!m_setup.calibration.empty()) m_field.Add(row.sample, m_setup.occupation.sensorType);
         if (m_log.HasAntenna()) {
             row.epoch = field::AntennaEpoch{seconds - m_setup.delay, m_log.Antenna(), 0.0, 0.0};
             row.repeatsEpoch = m_held.Repeats(*row.epoch);
@@ -203,7 +202,6 @@ private:
     tables::SampleLog m_log;
     std::optional<std::size_t> m_name;
     std::size_t m_seconds;
-    FieldOfLog m_field;
     HeldEpoch m_held;
     RowCheck m_rows; // of the whole log, where names do not divide it
     tables::Progress m_progress{m_log.Rows().Size(), tables::Unit::Bytes};

@@ -5,6 +5,7 @@
 
 #include "apps/cli/SpotSidecar.h"
 #include "apps/cli/occupy/AxesCheck.h"
+#include "apps/cli/occupy/FieldOfPoint.h"
 #include "field/DisturbanceMonitor.h"
 #include "field/Occupation.h"
 #include "positioning/InclineSensor_Position.h"
@@ -60,7 +61,7 @@ struct OccupiedPoint
     std::uint64_t outsideEpochs = 0;   // before the first sample or after the last
     std::uint64_t disturbedEpochs = 0; // without gyros: left out beside a disturbed field
     double from = 0.0;                 // time of the first sample [s]
-    std::vector<field::DisturbedSpan> disturbances; // of the field, times as in the log
+    FieldOfPoint field;                // where it is watched; times as in the log
     std::vector<AntennaFix> track;
     std::vector<xyhCoordinate> singleTips; // of each epoch alone, as `measure` has them [m]
     std::optional<xyhCoordinate> truth;    // where it is known [m]

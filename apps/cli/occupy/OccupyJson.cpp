@@ -110,7 +110,7 @@ ordered_json DisturbanceJson(const OccupiedPoint& point)
     ordered_json json;
     json["part"] = Figure(point.estimate.disturbedPart);
     json["spans"] = ordered_json::array();
-    for (const field::DisturbedSpan& span : point.disturbances)
+    for (const field::DisturbedSpan& span : point.field.disturbances)
         json["spans"].push_back({
             {"from_s", Figure(span.from - point.from)},
             {"to_s",   Figure(span.to - point.from)  },

@@ -185,9 +185,9 @@ std::string DisturbedRows(const OccupyResult& result)
 {
     std::string text;
     for (const OccupiedPoint& point : result.points) {
-        if (point.disturbances.empty()) continue;
+        if (point.field.disturbances.empty()) continue;
         std::vector<std::string> spans;
-        for (const field::DisturbedSpan& span : point.disturbances)
+        for (const field::DisturbedSpan& span : point.field.disturbances)
             spans.push_back(fmt::format("{:.1f} to {:.1f} s after its start, {}",
                                         span.from - point.from, span.to - point.from,
                                         TextOf(span)));

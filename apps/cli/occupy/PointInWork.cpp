@@ -142,8 +142,8 @@ void PointInWork::Judge()
 OccupiedPoint PointInWork::End()
 {
     if (m_watches)
-        m_point->disturbances = MarkDisturbed(m_waiting, *m_setup.field,
-                                              m_setup.occupation.sensorType, !m_setup.gyroFree);
+        m_point->field = MarkDisturbed(m_waiting, *m_setup.field, m_setup.occupation.sensorType,
+                                       !m_setup.gyroFree);
     TakeWaiting();
     m_point->estimate =
         m_setup.gyroFree ? m_occupation.EstimateWithoutGyros() : m_occupation.Estimate();
