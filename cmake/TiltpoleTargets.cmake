@@ -11,13 +11,30 @@ if(PROJECT_VERSION_MAJOR EQUAL 0)
     set(TILTPOLE_SOVERSION 0.${PROJECT_VERSION_MINOR})
 endif()
 
+# The registers of the x87 keep more digits than a double has: results would differ from those of other
+# processors, and with the optimization.
+include(CheckCXXSourceCompiles)
+check_cxx_source_compiles("
+    #include <cfloat>
+    #if !defined(__i386__) || FLT_EVAL_METHOD == 0
+    #error no x87
+    #endif
+    int main() {}" TILTPOLE_X87)
+
 # Language level, warnings and rounding of one target. A product and a sum stay two roundings:
-# contraction into fused operations would make results differ between processors.
+# contraction into fused operations would make results differ between processors. Processors of 32 bits
+# read files above 2 GiB, too.
 function(tiltpole_target_defaults target)
     target_compile_features(${target} PUBLIC cxx_std_20)
     set_target_properties(${target} PROPERTIES CXX_EXTENSIONS OFF)
     target_compile_options(${target} PRIVATE
         -Wall -Wextra -Wconversion -Wshadow -ffp-contract=off)
+    if(TILTPOLE_X87)
+        target_compile_options(${target} PRIVATE -msse2 -mfpmath=sse)
+    endif()
+    if(CMAKE_SIZEOF_VOID_P EQUAL 4)
+        target_compile_definitions(${target} PRIVATE _FILE_OFFSET_BITS=64)
+    endif()
 endfunction()
 
 # tiltpole_precompile(<target> [<headers>]): parses the headers that most sources include once a target.
