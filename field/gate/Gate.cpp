@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "field/gate/Gate.h"
 
+#include "field/Geodesy.h"
 #include "field/gate/Reasons.h"
 #include "survey/Angle.h"
 
@@ -18,6 +19,14 @@ constexpr double kLevelLean = 1.0;    // [degrees]
 constexpr double kLevelFoot = 0.035;  // [m]
 constexpr double kStalePeriods = 2.5; // an epoch is fresh for so many periods
 constexpr int kFineDecimals = 6;      // of a minute: 1.9 mm
+
+constexpr double kTrackSigmas = 4.0; // of the antenna's noise, beyond which it moves
+constexpr double kTrackPause = 3.0;  // a longer one begins the track anew [s]
+
+double LargestInPlan(const ::field::Covariance3& c)
+{
+    return std::sqrt(std::max({c.nn, c.ee, 0.0}));
+}
 
 double Largest(const ::field::Covariance3& c)
 {
@@ -127,9 +136,34 @@ bool Gate::AddSteps(const Sight& sight, std::vector<Reason>& reasons)
         if (step.jump) reasons.push_back(Jump(step.step, step.allowed));
         if (step.datumStep > 0.0) m_datumStep = step.datumStep;
         refuted = step.refuted;
+        m_trackSpeed = TrackSpeed(sight, step.jump || step.refuted || step.datumStep > 0.0);
     }
     if (m_datumStep > 0.0) reasons.push_back(DatumStep(m_datumStep, m_limits.datumStep));
     return refuted;
+}
+
+// A sensor that is not on this pole, or whose angles are in another unit, stands still while the
+// antenna moves: by its way in once or twice the time that a pole has to be still.
+double Gate::TrackSpeed(const Sight& sight, bool isStep)
+{
+    const ::field::Epoch& epoch = sight.epoch;
+    const bool paused = m_newer && !(sight.seconds - m_newer->seconds <= kTrackPause);
+    if (epoch.fix != Fix::Fixed || isStep || paused) {
+        m_older.reset();
+        m_newer.reset();
+        if (epoch.fix != Fix::Fixed) return 0.0;
+    }
+    const Place now{sight.seconds, epoch.antenna, LargestInPlan(epoch.sigma)};
+    if (!m_newer || now.seconds - m_newer->seconds >= m_limits.stillFor) {
+        m_older = m_newer;
+        m_newer = now;
+    }
+    if (!m_older) return 0.0;
+    const xyhCoordinate way = ::field::Difference(m_older->antenna, now.antenna);
+    const double moved = std::hypot(way.x, way.y);
+    const double noise = kTrackSigmas * std::hypot(m_older->sigma, now.sigma);
+    const double seconds = now.seconds - m_older->seconds;
+    return moved - noise > m_limits.antennaSpeed * seconds ? moved / seconds : 0.0;
 }
 
 void Gate::AddPose(const Sight& sight, std::vector<Reason>& reasons) const
@@ -150,7 +184,9 @@ void Gate::AddPose(const Sight& sight, std::vector<Reason>& reasons) const
     if (m_oneMagnetometer) reasons.push_back(OneMagnetometer());
     if (sight.tip == nullptr) return;
 
-    const double speed = sight.tip->antennaSpeed;
+    const double speed = std::isnan(sight.tip->antennaSpeed)
+                             ? sight.tip->antennaSpeed
+                             : std::max(sight.tip->antennaSpeed, m_trackSpeed);
     const bool moves = !(speed < m_limits.antennaSpeed);
     if (moves) reasons.push_back(Moving(speed, m_limits.antennaSpeed));
     if (!moves && sight.still < m_limits.stillFor)
@@ -197,6 +233,9 @@ void Gate::Acknowledge(Code code)
 void Gate::Restart()
 {
     m_steps.Restart();
+    m_older.reset();
+    m_newer.reset();
+    m_trackSpeed = 0.0;
 }
 
 } // namespace tiltpole::field

@@ -106,6 +106,7 @@ private:
     void AddPose(const Sight& sight, std::vector<::field::Reason>& reasons) const;
     void AddTip(const Sight& sight, std::vector<::field::Reason>& reasons) const;
     void AddCalibration(const Sight& sight, std::vector<::field::Reason>& reasons) const;
+    double TrackSpeed(const Sight& sight, bool isStep);
     void AddBase(const Sight& sight, std::vector<::field::Reason>& reasons);
     bool AddSteps(const Sight& sight, std::vector<::field::Reason>& reasons);
 
@@ -121,6 +122,16 @@ private:
     std::string m_current;    // of the last epoch that named one
     double m_datumStep = 0.0; // not acknowledged [m]; 0: none
     StepWatch m_steps;
+
+    struct Place
+    {
+        double seconds;
+        ::field::Geodetic antenna;
+        double sigma; // north, east [m]
+    };
+    std::optional<Place> m_older; // from which the track is measured, see TrackSpeed
+    std::optional<Place> m_newer; // the one that follows it
+    double m_trackSpeed = 0.0;    // that the fixed epochs show beyond their noise [m/s]; 0: none
 };
 
 } // namespace tiltpole::field

@@ -6,6 +6,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <functional>
 
 namespace {
@@ -65,6 +66,37 @@ void Check(const std::vector<Report>& reports, const Expected& expected,
         }
     }
     EXPECT_GT(seen, 0);
+}
+
+// The sensor fell from the pole, is that of another one, or tells its angles in radians.
+TEST(Faults, PoseStillWhileTheAntennaMoves)
+{
+    for (const double speed : {0.2, 0.5, 1.5}) {
+        Options options;
+        options.epoch = [speed](EpochFields& epoch) {
+            const double t = std::clamp(epoch.seconds - 4.0, 0.0, 2.0);
+            epoch.antenna = field::Offset(epoch.antenna, speed * t, 0.0, 0.0);
+            epoch.speed = epoch.seconds > 4.0 && epoch.seconds < 6.0 ? speed : 0.0;
+        };
+        int stored = 0;
+        for (const Report& report :
+             ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd), options))) {
+            const double t = SecondsOf(report);
+            const bool moves = t > 5.1 && t < 6.0;
+            if (moves) {
+                EXPECT_EQ(report.verdict.state, State::Wait)
+                    << speed << ' ' << t << ' ' << ReasonsOf(report);
+                EXPECT_TRUE(Has(report, Code::Moving))
+                    << speed << ' ' << t << ' ' << ReasonsOf(report);
+            }
+            const bool still = (t > 1.0 && t < 4.0) || t > 7.2;
+            if (!still) continue;
+            ++stored;
+            EXPECT_EQ(report.verdict.state, State::Store)
+                << speed << ' ' << t << ' ' << ReasonsOf(report);
+        }
+        EXPECT_GT(stored, 40);
+    }
 }
 
 TEST(Faults, PoseSilent)
