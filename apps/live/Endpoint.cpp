@@ -87,7 +87,7 @@ std::string ReadPort(std::string_view text, unsigned lowest, Endpoint& endpoint)
 std::string ReadHostAndPort(std::string_view rest, Endpoint& endpoint)
 {
     const auto [host, port] = AtLastColon(rest);
-    if (host.data() == nullptr) return "lacks HOST or PORT, which both are needed";
+    if (host.data() == nullptr) return "lacks HOST or PORT; both are needed";
     const auto name = HostOf(host);
     if (!name)
         return fmt::format("has the host '{}', which is no name and no address (an address of IPv6 "
@@ -101,7 +101,7 @@ std::string ReadHostAndPort(std::string_view rest, Endpoint& endpoint)
 std::string ReadAddressAndPort(std::string_view rest, unsigned lowest, Endpoint& endpoint)
 {
     const auto [host, port] = AtLastColon(rest);
-    if (host.data() == nullptr) return "lacks ADDR or PORT, which both are needed";
+    if (host.data() == nullptr) return "lacks ADDR or PORT; both are needed";
     const auto name = HostOf(host);
     if (!name || !ParseAddress(*name))
         return fmt::format(
@@ -125,7 +125,7 @@ std::string ReadOwnPort(std::string_view rest, unsigned lowest, Endpoint& endpoi
 std::string ReadDeviceAndSpeed(std::string_view rest, Endpoint& endpoint)
 {
     const std::size_t colon = rest.rfind(':');
-    if (colon == rest.npos || colon == 0) return "lacks DEV or BAUD, which both are needed";
+    if (colon == rest.npos || colon == 0) return "lacks DEV or BAUD; both are needed";
     endpoint.name = rest.substr(0, colon);
     const std::string_view speed = rest.substr(colon + 1);
     const auto baud = DigitsOf<unsigned>(speed);

@@ -216,7 +216,7 @@ int CalibrateSpot(const CLI::App& command, const CalibrateOptions& options)
 {
     RefuseOthersThan(command,
                      {"--on-the-spot", "--pole", "--out", "--columns", "--sensor-type", "--json"},
-                     "--on-the-spot finds all angles from one log");
+                     "--on-the-spot finds everything from one log");
     if (command.get_option("--pole")->count() == 0) throw CLI::RequiredError("--pole");
     return CalibrateOnTheSpot({options.spot, options.poleLength, options.sensorType,
                                options.columns, options.out, options.json});
