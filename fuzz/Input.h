@@ -7,6 +7,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <limits>
@@ -15,9 +16,13 @@
 
 namespace fuzz {
 
-inline void Require(bool condition)
+/// Where it does not hold, the run is a finding; the line is named.
+inline void Require(bool condition, const char* file = __builtin_FILE(),
+                    int line = __builtin_LINE())
 {
-    if (!condition) std::abort();
+    if (condition) return;
+    std::fprintf(stderr, "%s:%d: required\n", file, line);
+    std::abort();
 }
 
 class Input

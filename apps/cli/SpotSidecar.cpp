@@ -4,11 +4,13 @@
 #include "apps/cli/JsonOutput.h"
 #include "apps/cli/calibrate/CalibrationRecord.h"
 #include "apps/tables/Errors.h"
+#include "apps/tables/Ranges.h"
 #include "apps/tables/ReadFile.h"
 #include <chrono>
 #include <cmath>
 #include <cstdio>
 #include <fmt/format.h>
+#include <limits>
 #include <string_view>
 
 namespace cli {
@@ -19,6 +21,13 @@ using nlohmann::ordered_json;
 
 constexpr const char* kFormat = "tiltpole spot calibration";
 constexpr std::uint64_t kLargest = std::uint64_t{1} << 20; // bytes
+
+constexpr tables::Range kSlant{-90.0, 90.0, "degrees"}; // of the pole's axis, of a field
+constexpr tables::Range kAngleSigma{0.0, 180.0, "degrees"};
+constexpr tables::Range kSensorSigma{0.0, 1e6, ""};
+constexpr tables::Range kOnThePole{-100.0, 100.0, "m"};
+constexpr tables::Range kDelaySigma{0.0, 10.0, "s"};
+constexpr tables::Range kStrength{0.0, 1e7, "counts"};
 
 ordered_json VectorJson(const field::SensorVector& v)
 {
@@ -72,11 +81,20 @@ public:
         : m_file(file), m_json(json), m_path(std::move(path))
     {}
 
-    double Number(const char* key) const
+    double Number(const char* key, const tables::Range& range) const
     {
         if (m_json.is_object() && m_json.contains(key) && m_json[key].is_number())
-            return m_json[key].get<double>();
+            return Within(range, key, m_json[key].get<double>());
         throw tables::InputError(m_file, fmt::format("{}{} is not a number", m_path, key));
+    }
+
+    int Integer(const char* key) const
+    {
+        const bool isInteger =
+            m_json.is_object() && m_json.contains(key) && m_json[key].is_number_integer();
+        const double value = isInteger ? m_json[key].get<double>() : std::nan("");
+        if (std::fabs(value) <= std::numeric_limits<int>::max()) return static_cast<int>(value);
+        throw tables::InputError(m_file, fmt::format("{}{} is not an integer", m_path, key));
     }
 
     Members At(const char* key) const
@@ -88,25 +106,34 @@ public:
 
     bool IsNull(const char* key) const { return m_json.contains(key) && m_json[key].is_null(); }
 
-    field::SensorVector Vector(const char* key) const
+    field::SensorVector Vector(const char* key, const tables::Range& range) const
     {
         const bool isArray = m_json.is_object() && m_json.contains(key) && m_json[key].is_array()
                              && m_json[key].size() == 3;
         if (isArray) {
             const ordered_json& v = m_json[key];
             if (v[0].is_number() && v[1].is_number() && v[2].is_number())
-                return {v[0].get<double>(), v[1].get<double>(), v[2].get<double>()};
+                return {Within(range, key, v[0].get<double>()),
+                        Within(range, key, v[1].get<double>()),
+                        Within(range, key, v[2].get<double>())};
         }
         throw tables::InputError(m_file, fmt::format("{}{} is not three numbers", m_path, key));
     }
 
-    field::SpotVector SpotVector(const char* key) const
+    field::SpotVector SpotVector(const char* key, const tables::Range& range) const
     {
         const Members members = At(key);
-        return {members.Vector("value"), members.Vector("sd")};
+        return {members.Vector("value", range), members.Vector("sd", kSensorSigma)};
     }
 
 private:
+    double Within(const tables::Range& range, const char* key, double value) const
+    {
+        const std::string problem = tables::OutsideOf(range, value);
+        if (problem.empty()) return value;
+        throw tables::InputError(m_file, fmt::format("{}{} {}", m_path, key, problem));
+    }
+
     const std::string& m_file;
     const ordered_json& m_json;
     std::string m_path;
@@ -118,20 +145,20 @@ field::SpotMagnetometer MagnetometerIn(const Members& json, const char* key)
     if (json.IsNull(key)) return m;
     const Members members = json.At(key);
     m.found = true;
-    m.hardIron = members.SpotVector("hard_iron_counts");
+    m.hardIron = members.SpotVector("hard_iron_counts", tables::kReading);
     const Members c = members.At("correction");
-    m.correction.x0 = c.Number("x0");
-    m.correction.y0 = c.Number("y0");
-    m.correction.z0 = c.Number("z0");
-    m.correction.a = c.Number("a");
-    m.correction.b = c.Number("b");
-    m.correction.c = c.Number("c");
-    m.correction.d = c.Number("d");
-    m.correction.e = c.Number("e");
-    m.bias = members.Number("bias_found_deg");
-    m.biasSigma = members.Number("bias_sd_deg");
-    m.strength = members.Number("strength_counts");
-    m.dip = members.Number("dip_deg");
+    m.correction.x0 = c.Number("x0", tables::kReading);
+    m.correction.y0 = c.Number("y0", tables::kReading);
+    m.correction.z0 = c.Number("z0", tables::kReading);
+    m.correction.a = c.Number("a", tables::kCorrectionShare);
+    m.correction.b = c.Number("b", tables::kCorrectionScale);
+    m.correction.c = c.Number("c", tables::kCorrectionShare);
+    m.correction.d = c.Number("d", tables::kCorrectionShare);
+    m.correction.e = c.Number("e", tables::kCorrectionScale);
+    m.bias = members.Number("bias_found_deg", tables::kAngle);
+    m.biasSigma = members.Number("bias_sd_deg", kAngleSigma);
+    m.strength = members.Number("strength_counts", kStrength);
+    m.dip = members.Number("dip_deg", kSlant);
     return m;
 }
 
@@ -240,8 +267,8 @@ SpotSidecar ReadSpotSidecar(const std::string& path)
         throw tables::InputError(path, "is a calibration that cannot be used");
     const Members members(path, json);
     SpotSidecar sidecar;
-    sidecar.poleLength = members.Number("pole_m");
-    sidecar.sensorType = static_cast<int>(std::lround(members.Number("sensor_type")));
+    sidecar.poleLength = members.Number("pole_m", tables::kPoleLength);
+    sidecar.sensorType = members.Integer("sensor_type");
     if (json.contains("made_utc") && json["made_utc"].is_string())
         sidecar.madeUtc = json["made_utc"].get<std::string>();
     const Members values = members.At("values");
@@ -249,15 +276,16 @@ SpotSidecar ReadSpotSidecar(const std::string& path)
     found.reason = field::SpotReason::Usable;
     found.hasValues = true;
     const Members place = values.At("place_m");
-    found.tip = {place.Number("N"), place.Number("E"), place.Number("h")};
-    found.axisX = values.Number("axis_x_deg");
-    found.axisY = values.Number("axis_y_deg");
-    found.axisSigma = values.Number("axis_sd_deg");
-    found.accelerometerBias = values.SpotVector("accelerometer_bias_g");
-    found.gyroBias = values.SpotVector("gyro_bias_dps");
-    found.sensorHeight = values.Number("sensor_height_m");
-    found.delay = -values.Number("delay_s");
-    found.delaySigma = values.Number("delay_sd_s");
+    found.tip = {place.Number("N", tables::kCoordinate), place.Number("E", tables::kCoordinate),
+                 place.Number("h", tables::kHeight)};
+    found.axisX = values.Number("axis_x_deg", kSlant);
+    found.axisY = values.Number("axis_y_deg", kSlant);
+    found.axisSigma = values.Number("axis_sd_deg", kAngleSigma);
+    found.accelerometerBias = values.SpotVector("accelerometer_bias_g", tables::kSensorValue);
+    found.gyroBias = values.SpotVector("gyro_bias_dps", tables::kSensorValue);
+    found.sensorHeight = values.Number("sensor_height_m", kOnThePole);
+    found.delay = -values.Number("delay_s", tables::kDelay);
+    found.delaySigma = values.Number("delay_sd_s", kDelaySigma);
     found.a = MagnetometerIn(values, "magnetometer_a");
     found.b = MagnetometerIn(values, "magnetometer_b");
     return sidecar;

@@ -34,7 +34,8 @@ quality::Calibration CalibrationOf(const field::SpotResult& result);
 
 nlohmann::ordered_json SpotJson(const SpotSidecar& sidecar);
 
-/// @throws InputError where it cannot be read, or is not a sidecar of this version
+/// @throws InputError where it cannot be read, is not a sidecar of this version, or has a value that
+///         cannot be: those of the parameter file have its limits
 SpotSidecar ReadSpotSidecar(const std::string& path);
 
 /// "2 days 3 hours": from then to now; empty where the time cannot be read or lies in the future.

@@ -24,6 +24,10 @@ inline constexpr Range kHeight{-1e5, 1e5, "m"};
 inline constexpr Range kAngle{-360.0, 360.0, "degrees"};
 /// Readings of magnetometers; offsets in parameter files have the same limits.
 inline constexpr Range kReading{-1e6, 1e6, "counts"};
+/// Scales, and shares of one axis in another, of the correction of a magnetometer; as the library
+/// checks them in parameter files.
+inline constexpr Range kCorrectionScale{0.1, 10.0, ""};
+inline constexpr Range kCorrectionShare{-5.0, 5.0, ""};
 /// Gyros, accelerometers and the sensor's other values, in any unit.
 inline constexpr Range kSensorValue{-1e6, 1e6, ""};
 /// From the antenna to the tip of a pole.

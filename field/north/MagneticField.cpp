@@ -130,6 +130,9 @@ Field MagneticFieldAt(const Geodetic& place, double decimalYear)
 double DecimalYear(std::chrono::sys_days day, double secondsOfDay)
 {
     using std::chrono::January;
+    constexpr std::chrono::sys_days kFirst = std::chrono::year::min() / January / 1;
+    constexpr std::chrono::sys_days kEnd = std::chrono::year::max() / January / 1;
+    if (day < kFirst || day >= kEnd) return kNaN;
     const std::chrono::year year = std::chrono::year_month_day(day).year();
     const std::chrono::sys_days begin = year / January / 1;
     const std::chrono::sys_days end = (year + std::chrono::years(1)) / January / 1;

@@ -105,7 +105,7 @@ double CoveredBy(const std::vector<Gap>& gaps)
     double covered = 360.0;
     for (const Gap& gap : gaps)
         covered -= gap.Width();
-    return covered;
+    return std::max(covered, 0.0); // widths that make a whole turn are rounded
 }
 
 Circle CircleThrough(const std::vector<Eigen::Vector2d>& points)

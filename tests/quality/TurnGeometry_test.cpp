@@ -4,6 +4,7 @@
 #include <Eigen/Geometry>
 #include <cmath>
 #include <gtest/gtest.h>
+#include <random>
 
 using namespace tiltpole::quality;
 
@@ -73,6 +74,15 @@ TEST(Gaps, AreTheWholeTurnWithoutAnyAngleOrWithOne)
 {
     EXPECT_DOUBLE_EQ(CoveredBy(GapsOf({})), 0.0);
     EXPECT_DOUBLE_EQ(CoveredBy(GapsOf({77.0})), 0.0);
+}
+
+// Their widths are rounded: without a limit three gaps may cover -3e-14 degrees.
+TEST(Gaps, NeverCoverLessThanNothing)
+{
+    std::mt19937 random(5);
+    std::uniform_real_distribution<double> angle(0.0, 360.0);
+    for (int round = 0; round < 1000; ++round)
+        EXPECT_GE(CoveredBy(GapsOf({angle(random), angle(random), angle(random)})), 0.0);
 }
 
 TEST(Circle, IsFoundFromAPartOfIt)

@@ -163,3 +163,13 @@ TEST(DecimalYear, CountsTheDaysOfItsYear)
     EXPECT_EQ(field::DecimalYear(sys_days(2029y / December / 31), 86400.0), 2030.0);
     EXPECT_TRUE(std::isnan(field::DecimalYear(sys_days(2026y / July / 2), kNaN)));
 }
+
+// Years of the calendar library go from -32767 to 32767.
+TEST(DecimalYear, IsNoneForADayBeyondTheCalendar)
+{
+    using namespace std::chrono;
+    EXPECT_EQ(field::DecimalYear(sys_days(-32767y / January / 1)), -32767.0);
+    EXPECT_EQ(field::DecimalYear(sys_days(32766y / January / 1)), 32766.0);
+    for (const int day : {40'000'000, -40'000'000, INT_MAX, INT_MIN})
+        EXPECT_TRUE(std::isnan(field::DecimalYear(sys_days(days(day))))) << day;
+}

@@ -300,6 +300,40 @@ TEST_F(OnTheSpot, ItsFieldMarksAMagnetOfOnePoint)
     EXPECT_NEAR(result["points"][0]["disturbed"]["part"].get<double>(), 0.4, 0.1);
 }
 
+// Each of them would move a tip or hide that it is moved.
+TEST_F(OnTheSpot, ASidecarWithAValueThatCannotBeIsRefused)
+{
+    ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
+    const json whole = json::parse(m_folder.Read("pole.cfg.spot.json"));
+    struct Damage
+    {
+        const char* place;
+        double value;
+        const char* reason;
+    };
+    constexpr Damage kDamages[] = {
+        {"/sensor_type",                           1.5,  "sensor_type is not an integer"        },
+        {"/pole_m",                                -2.0, "pole_m is -2, not between 0.01 and"   },
+        {"/values/axis_sd_deg",                    -0.1, "values.axis_sd_deg is -0.1, not"      },
+        {"/values/axis_x_deg",                     200,  "values.axis_x_deg is 200, not between"},
+        {"/values/delay_s",                        1e6,  "values.delay_s is 1000000, not"       },
+        {"/values/gyro_bias_dps/sd/1",             -1,   "values.gyro_bias_dps.sd is -1, not"   },
+        {"/values/magnetometer_a/correction/b",    -1,   "correction.b is -1, not between 0.1"  },
+        {"/values/magnetometer_a/correction/a",    9,    "correction.a is 9, not between -5"    },
+        {"/values/magnetometer_b/bias_found_deg",  3600, "bias_found_deg is 3600, not between"  },
+        {"/values/magnetometer_a/strength_counts", -1,   "strength_counts is -1, not between 0" },
+    };
+    for (const Damage& damage : kDamages) {
+        json damaged = whole;
+        damaged[json::json_pointer(damage.place)] = damage.value;
+        m_folder.Write("pole.cfg.spot.json", damaged.dump());
+        const auto done = RunLine("occupy " + m_folder.Path("rocked.csv")
+                                  + " --pole 2 --calibration " + Sidecar());
+        EXPECT_EQ(done.exitCode, 2) << damage.place;
+        EXPECT_THAT(done.output, HasSubstr(damage.reason));
+    }
+}
+
 TEST_F(OnTheSpot, IsRefusedForAnotherSensorType)
 {
     ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
