@@ -92,7 +92,8 @@ protected:
     int MagCorrPara(CSZMatrix p, CSZMatrix q, CSZMatrix l, Incline_MagneticCorrectParameter& P);
 
     /// Translation from the raw horizontal readings of A and B and the current corrections. 0,
-    /// after a message box, when the numbers of rows differ.
+    /// after a message box, when the numbers of rows differ. NaN of no rows, which copies have for
+    /// which memory was short.
     int MagneticCoordinateOffset(CSZMatrix HA, CSZMatrix HB,
                                  Incline_MagneticTranslationParameter& T);
 

@@ -66,7 +66,8 @@ public:
     }
     int SetData(unsigned r, double value) { return SetData(r, 0, value); }
 
-    /// Copies `block` with its first element at (r, c). @return 1, or 0 where it does not fit
+    /// Copies `block` with its first element at (r, c). @return 1, or 0 where it does not fit.
+    /// A copy for which memory was short is 0 x 0: it fits, and nothing is written.
     int SetData(unsigned r, unsigned c, CTiltMatrix block);
 
     /// Gives the matrix the size n x 1, or r x c, zero-filled.

@@ -4,6 +4,9 @@
 ///
 ///     const CalibrationRun run = RunSolver(recorded);
 ///     const CalibrationReport report = AssessCalibration(run);
+///
+/// Where memory runs out, std::bad_alloc is thrown, or a filter leaves samples out, which are then
+/// missing in `used`, or the solver's answer is 0.
 #pragma once
 
 #include "framework/core/Export.h"

@@ -27,6 +27,7 @@
 #include <algorithm>
 #include <cassert>
 #include <memory>
+#include <type_traits>
 #include <utility>
 
 template <class TYPE, class ARG_TYPE = const TYPE&>
@@ -125,8 +126,17 @@ public:
     void Copy(const CArray& source)
     {
         if (&source == this) return;
-        Cut(0);
-        Append(source);
+        if constexpr (std::is_nothrow_copy_constructible_v<TYPE>) {
+            Reserve(source.m_size);
+            Cut(0);
+            Append(source);
+        } else {
+            CArray copies;
+            copies.Append(source);
+            std::swap(m_data, copies.m_data);
+            std::swap(m_size, copies.m_size);
+            std::swap(m_capacity, copies.m_capacity);
+        }
     }
 
     /// Inserts `count` copies in front of the element at `index`; an array that ends before `index`

@@ -194,8 +194,9 @@ CString CString::Tokenize(const wchar_t* separators, int& start) const
         return {};
     }
     const std::size_t last = std::min(m_text.find_first_of(set, first), m_text.size());
-    start = static_cast<int>(last) + 1;
-    return CString(std::wstring_view(m_text).substr(first, last - first));
+    CString part(std::wstring_view(m_text).substr(first, last - first));
+    start = static_cast<int>(last) + 1; // not moved where the part does not fit into memory
+    return part;
 }
 
 CString& CString::MakeUpper()

@@ -7,6 +7,7 @@
 #include "quality/JointFit.h"
 
 #include <memory>
+#include <new>
 #include <utility>
 
 namespace quality {
@@ -33,6 +34,12 @@ std::vector<PoseSensorData> Screened(const std::vector<PoseSensorData>& samples,
     return copies;
 }
 
+// A sample for which memory was short is left out without a word.
+void CheckTaken(int isTaken)
+{
+    if (isTaken == 0) throw std::bad_alloc();
+}
+
 void Solve(CalibrationRun& run)
 {
     CInclineSensor_MagneticAdjust adjust;
@@ -40,6 +47,11 @@ void Solve(CalibrationRun& run)
         adjust.Horizontal_Add(&s);
     for (const PoseSensorData& s : run.used.vertical)
         adjust.Vertical_Add(&s);
+    PoseSensorData last;
+    if (const std::size_t n = run.used.horizontal.size(); n > 0)
+        CheckTaken(adjust.Horizontal_Get(static_cast<int>(n) - 1, last));
+    if (const std::size_t n = run.used.vertical.size(); n > 0)
+        CheckTaken(adjust.Vertical_Get(static_cast<int>(n) - 1, last));
     run.solverAnswer = adjust.Adjust();
     run.calibration.correctionA = adjust.GetCorrectPar_A();
     run.calibration.correctionB = adjust.GetCorrectPar_B();

@@ -23,7 +23,7 @@ namespace {
 struct State
 {
     long count = 0;
-    long held = 0; // blocks of operator new
+    long held = 0; // blocks
     long firstToFail = std::numeric_limits<long>::max();
     long lastToFail = 0;
     bool hasFailed = false;
@@ -45,6 +45,14 @@ bool Fails()
     const bool fails = state.firstToFail <= state.count && state.count <= state.lastToFail;
     state.hasFailed = state.hasFailed || fails;
     return fails;
+}
+
+// `memory` is a block that has been given, or null.
+template <class Pointer>
+Pointer Given(Pointer memory)
+{
+    if (memory != nullptr) ++state.held;
+    return memory;
 }
 
 // The allocator's own function behind the one that this file puts in front of it.
@@ -70,9 +78,7 @@ void* NoMemory()
 
 void* New(std::size_t size) noexcept
 {
-    void* memory = std::malloc(size > 0 ? size : 1);
-    if (memory != nullptr) ++state.held;
-    return memory;
+    return std::malloc(size > 0 ? size : 1);
 }
 
 void* NewOrThrow(std::size_t size)
@@ -86,13 +92,11 @@ void* NewOrThrow(std::size_t size, std::align_val_t alignment)
     void* memory = nullptr;
     if (::posix_memalign(&memory, static_cast<std::size_t>(alignment), size > 0 ? size : 1) != 0)
         throw std::bad_alloc();
-    ++state.held;
     return memory;
 }
 
 void Delete(void* memory) noexcept
 {
-    if (memory != nullptr) --state.held;
     std::free(memory);
 }
 
@@ -101,31 +105,54 @@ void Delete(void* memory) noexcept
 extern "C" void* malloc(std::size_t size) noexcept
 {
     static void* (*next)(std::size_t) = nullptr;
-    return Fails() ? NoMemory() : CallNext<void*>(next, "malloc", nullptr, size);
+    return Fails() ? NoMemory() : Given(CallNext<void*>(next, "malloc", nullptr, size));
 }
 
 extern "C" void* calloc(std::size_t count, std::size_t size) noexcept
 {
     static void* (*next)(std::size_t, std::size_t) = nullptr;
-    return Fails() ? NoMemory() : CallNext<void*>(next, "calloc", nullptr, count, size);
+    return Fails() ? NoMemory() : Given(CallNext<void*>(next, "calloc", nullptr, count, size));
 }
 
 extern "C" void* realloc(void* memory, std::size_t size) noexcept
 {
     static void* (*next)(void*, std::size_t) = nullptr;
-    return Fails() ? NoMemory() : CallNext<void*>(next, "realloc", nullptr, memory, size);
+    if (Fails()) return NoMemory();
+    void* moved = CallNext<void*>(next, "realloc", nullptr, memory, size);
+    if (memory == nullptr) return Given(moved);
+    if (size == 0) --state.held; // freed
+    return moved;
 }
 
 extern "C" void* aligned_alloc(std::size_t alignment, std::size_t size) noexcept
 {
     static void* (*next)(std::size_t, std::size_t) = nullptr;
-    return Fails() ? NoMemory() : CallNext<void*>(next, "aligned_alloc", nullptr, alignment, size);
+    return Fails() ? NoMemory()
+                   : Given(CallNext<void*>(next, "aligned_alloc", nullptr, alignment, size));
 }
 
 extern "C" int posix_memalign(void** memory, std::size_t alignment, std::size_t size) noexcept
 {
     static int (*next)(void**, std::size_t, std::size_t) = nullptr;
-    return Fails() ? ENOMEM : CallNext(next, "posix_memalign", ENOMEM, memory, alignment, size);
+    if (Fails()) return ENOMEM;
+    const int error = CallNext(next, "posix_memalign", ENOMEM, memory, alignment, size);
+    if (error == 0) Given(*memory);
+    return error;
+}
+
+extern "C" void free(void* memory) noexcept
+{
+    static void (*next)(void*) = nullptr;
+    if (memory == nullptr) return;
+    if (next == nullptr) {
+        if (state.isResolving) return; // what dlsym gives back before free is known stays taken
+        state.isResolving = true;
+        next = reinterpret_cast<void (*)(void*)>(::dlsym(RTLD_NEXT, "free"));
+        state.isResolving = false;
+        if (next == nullptr) std::abort();
+    }
+    --state.held;
+    next(memory);
 }
 
 void* operator new(std::size_t size)

@@ -3,7 +3,7 @@
 // Counts the memory that a test program allocates, and makes allocations fail on purpose.
 //
 // A test lists tests/reference/FailingAllocations.cpp among its sources. That file replaces
-// operator new and malloc, calloc, realloc, aligned_alloc and posix_memalign for the whole program,
+// operator new, malloc, calloc, realloc, aligned_alloc, posix_memalign and free for the whole program,
 // shared libraries included; only the calling thread is counted and only what runs inside
 // AllocationRound::Run fails.
 //
@@ -22,7 +22,7 @@ namespace reference {
 /// Allocations of this thread since it began.
 long Allocations();
 
-/// Blocks that operator new has given to this thread less those that it has deleted.
+/// Blocks that this thread has been given less those that it has freed.
 long HeldBlocks();
 
 /// Whether allocations can be counted and made to fail here. They cannot where another tool has put
@@ -70,17 +70,25 @@ private:
     bool m_hasFailed = false;
 };
 
+/// The first `eachOne` allocations fail one by one, of those beyond every `step`-th.
+struct Pace
+{
+    long eachOne = 1;
+    long step = 1;
+};
+
 /// Calls `attempt(round)` with the first allocation failing, the second, and so on, until a round
 /// ends in which none failed; then the same with all allocations failing from there on.
 ///
+/// @param pace  for operations of many thousand allocations
 /// @return how many rounds had a failing allocation
 template <class Attempt>
-long ForEveryFailingAllocation(Attempt attempt)
+long ForEveryFailingAllocation(Attempt attempt, const Pace& pace = {})
 {
     constexpr long kMostRounds = 100000;
     long failures = 0;
     for (const Failing which : {Failing::One, Failing::AllFrom}) {
-        for (long k = 1;; ++k) {
+        for (long k = 1;; k += k < pace.eachOne ? 1 : pace.step) {
             AllocationRound round(k, which);
             {
                 SCOPED_TRACE(testing::Message()
@@ -90,7 +98,7 @@ long ForEveryFailingAllocation(Attempt attempt)
             }
             if (!round.HasFailed()) break;
             ++failures;
-            if (k == kMostRounds) {
+            if (k >= kMostRounds) {
                 ADD_FAILURE() << "still allocating after " << kMostRounds << " rounds";
                 break;
             }

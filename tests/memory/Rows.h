@@ -1,0 +1,19 @@
+// SPDX-License-Identifier: MIT
+//
+// The operations of the libraries, as rows of the allocation sweep.
+#pragma once
+
+#include "tests/memory/Sweep.h"
+
+#include <vector>
+
+namespace sweep {
+
+std::vector<Row> FrameworkRows();
+std::vector<Row> MatrixRows();
+std::vector<Row> PositioningRows();
+std::vector<Row> CalibrationRows();
+std::vector<Row> GeometryRows();
+std::vector<Row> QualityRows();
+
+} // namespace sweep
