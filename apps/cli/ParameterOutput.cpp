@@ -65,7 +65,8 @@ void WriteParameters(const std::string& path, const CInclineSensor_Position& pos
     const CString name(file.Path().c_str());
     CInclineSensor_Position saved = position;
     if (saved.ConfigSave(name) != 1)
-        throw tables::InputError(path, "was not written: a value is not finite, or too long");
+        throw tables::InputError(path, "was not written: a value is not finite or too long, or "
+                                       "there is no room to make the file in memory");
     CInclineSensor_Position readBack;
     if (readBack.ConfigRead(name) != 1 || !IsSame(saved, readBack)) {
         throw tables::InputError(
