@@ -198,6 +198,25 @@ TEST_F(AxisDiagnosis, NamesExchangedLogsWithoutPitchAndRollToo)
     EXPECT_EQ(AssessCalibration(RunSolver(turns)).reason, Finding::LogsExchanged);
 }
 
+// Logs are exchanged for both magnetometers or for none.
+TEST_F(AxisDiagnosis, DoesNotTakeLogsForExchangedByOneMagnetometerAlone)
+{
+    const study::Setting s = Setting(4);
+    const CalibrationTurns turns = Record(s, 4);
+    EXPECT_TRUE(tiltpole::quality::LogsLookExchanged({turns.vertical, turns.horizontal}));
+    for (const Magnetometer which : {Magnetometer::A, Magnetometer::B}) {
+        CalibrationTurns one = turns;
+        const std::size_t common = std::min(turns.horizontal.size(), turns.vertical.size());
+        one.horizontal.resize(common);
+        one.vertical.resize(common);
+        for (std::size_t i = 0; i < common; ++i) {
+            SetReading(one.horizontal[i], which, ReadingOf(turns.vertical[i], which));
+            SetReading(one.vertical[i], which, ReadingOf(turns.horizontal[i], which));
+        }
+        EXPECT_FALSE(tiltpole::quality::LogsLookExchanged(one));
+    }
+}
+
 // The sensor sits a quarter turn about the pole from where its type says: the pole that goes over
 // head turns it about its x axis.
 TEST_F(AxisDiagnosis, TellsHowFarTheAxisOfASensorMountedWronglyIsOff)

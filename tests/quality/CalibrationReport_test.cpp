@@ -330,6 +330,18 @@ TEST_F(CalibrationReport, TellsVerdictReasonAndAdviceAsText)
     EXPECT_THAT(text, HasSubstr("mm at tilt 30"));
 }
 
+TEST_F(CalibrationReport, TellsDegreesToTwoDecimals)
+{
+    quality::CalibrationReport report;
+    report.a.heading.emplace();
+    report.a.heading->hidden = {.tilt = 0.126, .turns = 0.246, .noise = 0.366};
+    report.agreement = {.mean = 0.126, .deviation = 0.246, .largest = 0.366};
+    const std::string text = ToText(report);
+    EXPECT_THAT(text,
+                HasSubstr("0.13 by pitch and roll, 0.25 by turns that differ, 0.37 by noise"));
+    EXPECT_THAT(text, HasSubstr("mean 0.13, deviation 0.25, largest 0.37 degrees\n"));
+}
+
 TEST_F(CalibrationReport, TellsOfAJointFitHowUncertainItIs)
 {
     CalibrationRun run;

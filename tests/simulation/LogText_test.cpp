@@ -182,12 +182,13 @@ TEST(TruthText, HoldsTheCorrectionThatUndoesTheDistortion)
 
 TEST(TruthText, NamesEveryTipOfAWalk)
 {
-    const WalkPlan plan{.points = 4};
+    const WalkPlan plan{.points = 4, .startOfDay = 43200.5};
     const Walk walk = SimulateWalk({}, {}, plan, 1);
     const auto truth = nlohmann::json::parse(TruthOfWalk({}, plan, walk));
     ASSERT_EQ(truth["tips"].size(), 4U);
     EXPECT_EQ(truth["tips"][2]["n_m"], walk.tips[2].x);
     EXPECT_EQ(truth["samples_written"], walk.samples.size());
+    EXPECT_EQ(truth["start_of_day_s"], 43200.5);
 }
 
 TEST(TruthText, NamesTheOutliersOfAPointSet)

@@ -104,6 +104,31 @@ TEST(LiveReplay, LeavesOutHalfALineAtTheEndAndRefusesOtherDamage)
     EXPECT_THAT(r.Replay({}).err, HasSubstr("not a recording"));
 }
 
+// The record beside the parameter file has the verdict; only a good or usable one may store.
+TEST(LiveReplay, StoresNothingByACalibrationThatIsNotUsable)
+{
+    const Recorded r;
+    constexpr const char* kPoor = "calibration is poor: calibrate again";
+    for (const auto* const verdict : {"good", "usable"}) {
+        r.folder.Write("pole.cfg.json",
+                       json{
+                           {"verdict", verdict}
+        }
+                           .dump());
+        EXPECT_EQ(Count(r.Replay({"--json"}).out, kPoor), 0U) << verdict;
+    }
+    for (const auto* const verdict : {"poor", "refused", "unchecked"}) {
+        r.folder.Write("pole.cfg.json",
+                       json{
+                           {"verdict", verdict}
+        }
+                           .dump());
+        const std::string reports = r.Replay({"--json"}).out;
+        EXPECT_EQ(Count(reports, kPoor), LinesOf(reports).size()) << verdict;
+        EXPECT_EQ(Count(reports, R"("state":"store")"), 0U) << verdict;
+    }
+}
+
 struct Mistake
 {
     const char* line;
@@ -156,6 +181,18 @@ TEST(Live, EndsWithItsInputAndSumsUp)
     EXPECT_THAT(outcome.err, HasSubstr("BLOCK"));
     EXPECT_THAT(outcome.err, HasSubstr("1 epochs"));
     EXPECT_EQ(outcome.out, "");
+}
+
+TEST(Live, LooksForTheDelayInItsInput)
+{
+    const ScratchFolder folder;
+    folder.Write("pose", "");
+    const Outcome outcome = RunProgram({"live", "--find-delay", "--pole", "2", "--gnss", "-",
+                                        "--pose", "file:" + folder.Path("pose")},
+                                       "");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.err, HasSubstr("rock the pole for 20 s, the tip on a fixed mark\n"));
+    EXPECT_THAT(outcome.err, HasSubstr("no delay was found in 0 epochs: "));
 }
 
 } // namespace

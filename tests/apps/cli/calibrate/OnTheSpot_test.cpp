@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <fmt/format.h>
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -70,6 +71,20 @@ TEST_F(OnTheSpot, WritesParameterFileRecordAndSidecar)
     EXPECT_NEAR(record["calibration"]["magnetometer_a"]["x0"].get<double>(),
                 a["correction"]["x0"].get<double>(), 1e-9);
     EXPECT_THAT(m_folder.Read("pole.cfg"), HasSubstr("MagneticBiasAngle_A"));
+}
+
+TEST_F(OnTheSpot, SaysHowWellItKnowsTheIron)
+{
+    const std::string log = Rocked();
+    const std::string text = Calibrate(log).out;
+    const json values = json::parse(Calibrate(log, "--json").out)["values"];
+    for (const char* name : {"magnetometer_a", "magnetometer_b"}) {
+        const json& m = values[name];
+        EXPECT_THAT(text,
+                    HasSubstr(fmt::format("soft iron to {:.4f}; readings fit to {:.1f} counts\n",
+                                          m["soft_iron_sd"].get<double>(),
+                                          m["residual_counts"].get<double>())));
+    }
 }
 
 TEST_F(OnTheSpot, FindsWhatTheSceneSays)

@@ -2,6 +2,7 @@
 //
 // tiltpole job: lists and exports what the store holds.
 #include "apps/cli/job/JobPoints.h"
+#include "apps/cli/job/Projection.h"
 #include "tests/apps/RunLine.h"
 #include "tests/apps/ScratchFile.h"
 #include "tests/field/job/JobRows.h"
@@ -269,6 +270,23 @@ TEST(Job, NamesPointsOutsideTheAreaOfTheSystem)
                                         + " --crs EPSG:32601 --height received --format pnezd");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.output, HasSubstr("outside its area        P1, P3"));
+}
+
+TEST(JobProjection, IsMeantForTheBordersOfItsAreaToo)
+{
+    const cli::Projection zone("EPSG:32634"); // 18 to 24 degrees east, 0 to 84 north
+    for (const field::Geodetic& corner : {
+             field::Geodetic{0.0,  18.0, 0.0},
+             {84.0, 24.0, 0.0}
+    })
+        EXPECT_TRUE(zone.IsMeantFor(corner)) << corner.latitude;
+    for (const field::Geodetic& outside : {
+             field::Geodetic{-0.1, 20.0, 0.0},
+             {84.1, 20.0, 0.0},
+             {45.0, 17.9, 0.0},
+             {45.0, 24.1, 0.0}
+    })
+        EXPECT_FALSE(zone.IsMeantFor(outside)) << outside.latitude << ' ' << outside.longitude;
 }
 
 TEST(JobPoints, AreChosenByNamesAndRanges)

@@ -142,6 +142,20 @@ TEST(MeasurePoints, WarnsOfALogWithoutHeights)
     EXPECT_TRUE(Summary(log("97.5", 0.0))["warnings"].empty()) << "a pole that is held";
 }
 
+TEST(MeasurePoints, DoesNotWarnOfHeightsThatChangeOrOfAShortLog)
+{
+    const auto log = [](int rows, double height, double rise) {
+        std::string text = kHeader;
+        for (int i = 0; i < rows; ++i)
+            text +=
+                fmt::format("{}.0,0,400,0,0,-400,0,0,10,500000.5,{:.2f},a\n", i, height + rise * i);
+        return text;
+    };
+    EXPECT_EQ(Summary(log(8, 97.5, 0.0))["warnings"].size(), 1U);
+    EXPECT_TRUE(Summary(log(8, 97.5, 0.01))["warnings"].empty());
+    EXPECT_TRUE(Summary(log(7, 97.5, 0.0))["warnings"].empty());
+}
+
 TEST(MeasurePoints, RowsWithoutAnAntennaAreCountedAndHaveNoTip)
 {
     std::string blank = LogRow("0", "10");

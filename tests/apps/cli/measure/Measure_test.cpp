@@ -7,6 +7,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
+#include <sstream>
 #include <unistd.h>
 
 namespace {
@@ -375,6 +376,19 @@ TEST(Measure, TellsWhenTheFieldWasDisturbedAndHow)
     EXPECT_EQ(Value(outcome.out, "field_disturbed", 20), 0.0);
     EXPECT_NEAR(Value(outcome.out, "field_strength", 12), 600.0, kLastDigit);
     EXPECT_NEAR(Value(outcome.out, "field_dip_deg", 12), 53.130102, kLastDigit);
+}
+
+// The column `seconds` begins anywhere, the time of day says when.
+TEST(Measure, TellsTheTimeOfDayWhereSecondsHaveAColumnOfTheirOwn)
+{
+    std::string log;
+    int second = -1;
+    std::istringstream lines(LogWithAMagnet());
+    for (std::string line; std::getline(lines, line); ++second)
+        log += line + (second < 0 ? ",seconds" : "," + std::to_string(500 + second)) + '\n';
+    const Outcome outcome = Measure(log, {"--field", "500,53.13"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_THAT(outcome.err, HasSubstr("10:00:10 to 10:00:15, 20 % too strong\n"));
 }
 
 TEST(Measure, ListsDisturbedSpansAsJson)
