@@ -34,15 +34,19 @@ ROOT = pathlib.Path(__file__).resolve().parents[2]
 WORK = ROOT / "build" / "mutation"
 RESULTS = ROOT / "out" / "mutation"
 FOLDERS = ["survey", "vector", "positioning", "matrix", "calibration", "geometry",
-           "quality/calibration", "quality/tip", "simulation", "framework/core", "framework/gui",
-           "controls"]
+           "quality/calibration", "quality/tip", "quality/parameters", "quality/statistics",
+           "simulation", "apps/cli", "framework/core", "framework/gui", "controls"]
 # Programs of folders without a list of tests of their own.
-PROGRAMS = {"quality/calibration": ["quality_tests"], "quality/tip": ["quality_tip_tests"]}
+PROGRAMS = {"quality/calibration": ["quality_tests"], "quality/tip": ["quality_tip_tests"],
+            "quality/parameters": ["quality_tests"],
+            "quality/statistics": ["quality_tip_tests", "quality_tests"]}
 # Folders whose tests also hold a folder to its rules.
 ALSO = {
     "survey": ["positioning", "calibration"],
     "vector": ["matrix", "geometry", "calibration"],
     "matrix": ["calibration", "geometry"],
+    "simulation": ["quality/calibration"],
+    "apps/cli": ["simulation", "apps/live"],
     "framework/core": ["positioning"],
     "framework/gui": ["controls"],
 }
@@ -63,6 +67,7 @@ def parse_options():
                         help="changes tried at a time, each in a copy of its own (default 1)")
     parser.add_argument("--tree", type=int, default=0, metavar="N",
                         help="number of the first copy; runs at the same time need their own")
+    parser.add_argument("--sources", action="store_true", help="change no headers")
     parser.add_argument("--again", action="store_true", help="also try again what survived before")
     options = parser.parse_args()
     if options.count < 1 or options.jobs < 1:
@@ -150,14 +155,15 @@ class Scratch:
                               capture_output=True, text=True)
         return done.returncode == 0, done.stdout
 
-    def run(self, program, path=None):
-        """How one test program ends: None if it passes. Its first failure ends it."""
+    def run(self, program, path=None, only="*"):
+        """How the tests `only` of a program end: None if they pass. The first failure ends them."""
         if path is None:
             path = next(p for p in (self.tree / "build" / "tests").rglob(program) if p.is_file())
         with tempfile.TemporaryDirectory() as folder:
             os.chmod(folder, 0o755)  # some tests go on as an ordinary user
             seconds, wall = self.limits.get(program, (None, None))
-            running = subprocess.Popen([path, "--gtest_fail_fast", "--gtest_brief=1"], cwd=folder,
+            running = subprocess.Popen([path, "--gtest_fail_fast", "--gtest_brief=1",
+                                        f"--gtest_filter={only}"], cwd=folder,
                                        env={**self.environment, "TMPDIR": folder},
                                        start_new_session=True, preexec_fn=lambda: limit(seconds),
                                        stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL)
@@ -171,10 +177,11 @@ class Scratch:
             return None
         return "timed out" if ended in (-signal.SIGXCPU, -signal.SIGKILL) else "killed"
 
-    def build_and_run(self, program):
+    def build_and_run(self, program, changed):
+        """The tests named like the changed source begin."""
         if not self.build([program])[0]:
             return "does not compile"
-        return self.run(program)
+        return self.run(program, only=f"*{pathlib.Path(changed).stem}*") or self.run(program)
 
     def link_command(self, program):
         """The words that link a program, without what the shell needs around them."""
@@ -241,7 +248,7 @@ class Scratch:
                 if mutant["file"].endswith(".h"):
                     outcome = self.build_and_run_by_source(program, mutant["file"])
                 else:
-                    outcome = self.build_and_run(program)
+                    outcome = self.build_and_run(program, mutant["file"])
                 if outcome:
                     return outcome
             return "survived"
@@ -249,9 +256,9 @@ class Scratch:
             path.write_text(original, encoding="utf-8")
 
 
-def choose(folder, seed):
+def choose(folder, seed, suffixes):
     """All changes of a folder in the order of the seed, the kinds of change in turn."""
-    names = sorted(tracked(f"{folder}/*.cpp", f"{folder}/*.h"))
+    names = sorted(tracked(*(f"{folder}/*{suffix}" for suffix in suffixes)))
     kinds = {}
     for name in names:
         for mutant in mutants_of(name, (ROOT / name).read_text(encoding="utf-8")):
@@ -309,7 +316,8 @@ class Journal:
 
 def run(options, journal):
     """Judges changes until `count` of them compiled."""
-    candidates = choose(options.folder, options.seed)
+    candidates = choose(options.folder, options.seed,
+                        [".cpp"] if options.sources else [".cpp", ".h"])
     if not candidates:
         sys.exit(f"nothing can be changed in {options.folder}")
     present = {key_of(mutant) for mutant in candidates}

@@ -115,6 +115,15 @@ TEST(ParameterCheck, LoadsNothingOfADamagedFile)
     EXPECT_EQ(Saved(folder, position), before);
 }
 
+// The key that the text ends within is missing, whatever follows in memory.
+TEST(ParameterCheck, ReadsNothingBehindTheText)
+{
+    const std::string content = "[MagneticBiasAngle_A]\r0";
+    const std::string cut = content.substr(0, content.find(']'));
+    EXPECT_EQ(TextsOf(CheckParameterText(std::string_view(content).substr(0, cut.size()))),
+              Problems(cut));
+}
+
 // The first place that reads "[key]" counts, also behind brackets that open nothing, and with its
 // line.
 TEST(ParameterCheck, FindsAKeyWhereverItStandsFirst)
