@@ -6,6 +6,7 @@
 #include "apps/cli/OptionChecks.h"
 #include "apps/study/CalibrationStudy.h"
 #include "apps/study/FaultStudy.h"
+#include "apps/study/LiveStudy.h"
 #include "apps/study/OccupationStudy.h"
 #include "apps/study/SlipStudy.h"
 #include "apps/study/TipStudy.h"
@@ -48,6 +49,8 @@ int Run(int argc, char** argv)
     bool slips = false;
     program.add_flag("--slips", slips,
                      "Instead: occupations with a slipped tip or a wrong length, and with neither");
+    bool live = false;
+    program.add_flag("--live", live, "Instead: occupations of a live pole, while they go on");
     study::RecordedPoints points;
     CLI::Option* const log = program.add_option(
         "--log", points.log, "Recorded points for --occupations, as for tiltpole occupy");
@@ -69,6 +72,10 @@ int Run(int argc, char** argv)
     }
     if (slips) {
         tables::WriteFile("-", study::SlipStudy(runs, seed, only));
+        return cli::kDone;
+    }
+    if (live) {
+        tables::WriteFile("-", study::LiveStudy(runs, seed, only));
         return cli::kDone;
     }
     if (tips) {

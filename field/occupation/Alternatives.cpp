@@ -154,16 +154,24 @@ private:
 // One walk from the last epoch to the first: the sums of the epochs after the step grow.
 StepScore StepOfTip(const Fitter& fitter)
 {
+    constexpr double kLate = 1.5;  // before the last epoch [s]
+    constexpr double kShown = 0.3; // of what comes after the step [s]
     StepScore best;
     Shift shift;
     double likelihood = 0.0; // over all times
+    double late = 0.0;
     const auto& rows = fitter.Rows();
+    const double end = rows.back().epoch->time;
     for (std::size_t i = rows.size(); i-- > 1;) {
         shift.Add(rows[i], 1.0);
         const StepScore score = shift.ScoreIn(fitter, rows[i].epoch->time);
         if (std::isfinite(score.evidence)) likelihood += std::exp(std::min(score.evidence, 500.0));
-        if (score.gain > best.gain && score.size.allFinite()) best = score;
+        if (!score.size.allFinite()) continue;
+        if (score.gain > best.gain) best = score;
+        if (score.time >= end - kLate && rows[i - 1].epoch->time <= end - kShown)
+            late = std::max(late, score.size.head<2>().norm());
     }
+    best.late = late;
     best.evidence = std::log(std::max(1e-300, likelihood));
     return best;
 }
@@ -261,6 +269,7 @@ Alternatives AlternativesOf(Fitter& fitter, const Track& track, const FitSetup& 
     Alternatives found;
     found.length = LengthScore(fitter);
     found.step = StepOfTip(fitter);
+    found.late = found.step.late;
     const StepScore glide =
         GlideOfTip(fitter, fit.span >= kTrendSpan ? AddTrend(fitter, track, sharper) : WithTrend{});
     if (fit.span < kGlideSpan && glide.size.allFinite()) {

@@ -35,6 +35,7 @@ struct StepScore
     double gain = 0.0;                              // chi-square of three degrees of freedom
     double time = 0.0;     // of the epoch after the step that explains most
     double evidence = 0.0; // of a step at some time, see Score
+    double late = 0.0;     // size in plan of the largest one shortly before the end [m]
     double planGain =
         0.0; // chi-square of its plan part, two degrees of freedom, where the antenna wanders
     // Likewise of what parts it from the nearest one of 30 mm; where it is not asked for, none
@@ -55,6 +56,7 @@ struct Alternatives
     StepScore step;
     StepScore glide; // none where the occupation is longer than the antenna's own wander
     Jump jump;
+    double late = 0.0; // size in plan of a step shortly before the end [m]
     double leftByLength =
         0.0;                 ///< of the antenna's misfit per degree of freedom, by stated variances
     double leftByStep = 0.0; ///< likewise

@@ -5,6 +5,7 @@
 #include "field/occupation/Axes.h"
 #include "field/occupation/Fit.h"
 #include "field/occupation/GyroFree.h"
+#include "field/occupation/LastingErrors.h"
 #include "field/occupation/Region.h"
 #include "field/occupation/Report.h"
 #include "field/occupation/Verdict.h"
@@ -299,6 +300,7 @@ OccupationEstimate Occupation::Estimate()
         const double factor = RegionFactorOf(fit);
         e.tip = memory.PointOf(fit.state.tip);
         Matrix3d own = fit.covariance.topLeftCorner<3, 3>();
+        own.diagonal() += tiltpole::field::LastingVariance(memory.fitter, setup);
         own.topLeftCorner<2, 2>() += tiltpole::field::SpreadOfGlide(alternatives.glide);
         tiltpole::field::SetRegion(e, own, factor, memory.setup);
         tiltpole::field::SetAttitude(e, fit, memory.track, factor);

@@ -20,13 +20,16 @@ constexpr double kMoves = 0.05;          // root mean square of positions that d
 constexpr double kStill = 0.2;           // part of the way expected below which nothing moves
 constexpr double kStepEvidence = 1.0;    // logarithm of the odds from which a step is named ...
 constexpr double kLikelyEvidence = -2.5; // ... one that would do harm
-constexpr double kHarmfulStep = 0.018;   // [m]
+constexpr double kHeightEvidence = 4.0;  // one that is mostly of the height
+constexpr double kHarmfulStep = 0.018;   // in plan [m]
+constexpr double kHarmfulDepth = 0.022;  // in all [m]
 constexpr double kStepFirst = 2.2;       // by which a wrong length must be likelier ...
 constexpr double kSwingEvidence = 10.0;  // ... and where the residuals jump
 constexpr double kLeastStep = 0.010;     // [m]
 constexpr double kGlideGain = 11.0;      // chi-square of a glide in plan that is one: 99.6 %
+constexpr double kNamedGlide = 0.020;    // below it the tip may still be found to stand [m]
 constexpr double kGlideExcluded = 2.0;   // of a stored tip, a glide of 30 mm [sigma]
-constexpr double kSuddenStep = 0.013;    // jump of the residuals that is one [m]
+constexpr double kSuddenStep = 0.018;    // jump of the residuals that is one [m]
 constexpr double kLengthEvidence = 0.3;  // likewise of another length
 constexpr double kLeastLength = 0.015;   // [m]
 constexpr double kHarmfulLength = 0.05;  // error that a stored tip excludes [m] ...
@@ -105,7 +108,7 @@ bool IsWander(const OccupationEstimate& e, const StepScore& step, const Occupati
 bool HasGlided(OccupationEstimate& e, const StepScore& glide, const OccupationSetup& setup)
 {
     const double size = glide.size.head<2>().norm();
-    if (!(glide.planGain > kGlideGain) || !(size > kLeastStep) || IsWander(e, glide, setup))
+    if (!(glide.planGain > kGlideGain) || !(size > kNamedGlide) || IsWander(e, glide, setup))
         return false;
     e.tipStep = size;
     e.tipStepAt = glide.time;
@@ -123,7 +126,11 @@ bool HasFault(OccupationEstimate& e, const Alternatives& alternatives, const Occ
     e.tipStepAt = step.time;
     e.lengthError = length.value;
     e.lengthSigma = length.sigma;
-    const double least = e.tipStep > kHarmfulStep ? kLikelyEvidence : kStepEvidence;
+    const double plan = step.size.head<2>().norm();
+    // Errors of the height that last for seconds look like steps of it.
+    const bool sinks = plan < std::fabs(step.size.z());
+    const bool harmful = plan > kHarmfulStep || e.tipStep > kHarmfulDepth;
+    const double least = harmful ? kLikelyEvidence : sinks ? kHeightEvidence : kStepEvidence;
     const bool moved = !IsWander(e, step, setup) && step.evidence > least && e.tipStep > kLeastStep
                        && alternatives.leftByStep < kWorstVariance;
     const bool wrong = length.evidence > kLengthEvidence && std::fabs(length.value) > kLeastLength
@@ -143,10 +150,24 @@ bool HasFault(OccupationEstimate& e, const Alternatives& alternatives, const Occ
 // with the pole, its own motion hides what the vertical says of that.
 void JudgeGlide(OccupationEstimate& e, const StepScore& glide)
 {
-    if (e.advice != OccupationAdvice::Store || !(e.sensorHeight > 0.0)) return;
-    if (glide.harmGain > kGlideExcluded * kGlideExcluded) return;
-    e.tipStep = glide.size.head<2>().norm();
+    if (e.advice != OccupationAdvice::Store) return;
+    const double size = glide.size.head<2>().norm();
+    const bool seen = glide.planGain > kGlideGain && size > kLeastStep;
+    const bool excluded =
+        !(e.sensorHeight > 0.0) || glide.harmGain > kGlideExcluded * kGlideExcluded;
+    if (!seen && excluded) return;
+    e.tipStep = size;
     e.tipStepAt = glide.time;
+    Set(e, OccupationAdvice::Move, OccupationReason::TipUnchecked);
+}
+
+// A slip just before the end has too few epochs after it to be named: what is nearer to one that
+// must be than to none is not stored yet.
+void JudgeLateStep(OccupationEstimate& e, double late)
+{
+    constexpr double kNearer = 0.015; // [m]
+    if (e.advice != OccupationAdvice::Store || !(late > kNearer)) return;
+    e.tipStep = late;
     Set(e, OccupationAdvice::Move, OccupationReason::TipUnchecked);
 }
 
@@ -182,8 +203,9 @@ void JudgeLength(OccupationEstimate& e)
 void JudgeStep(OccupationEstimate& e, const Jump& jump, double bound)
 {
     constexpr double kHarmful = 0.03; // [m]
+    constexpr double kSudden = 0.013; // [m]
     if (e.advice != OccupationAdvice::Store) return;
-    if (jump.size > kSuddenStep)
+    if (jump.size > kSudden)
         Set(e, OccupationAdvice::Refuse, OccupationReason::TipMoved);
     else if (!(bound < kHarmful))
         Set(e, OccupationAdvice::Move, OccupationReason::TipUnchecked);
@@ -253,6 +275,7 @@ void Judge(OccupationEstimate& e, const Fitter& fitter, const Alternatives& alte
               setup.poleLength * fit.tiltSigma, setup);
     JudgeLength(e);
     JudgeGlide(e, alternatives.glide);
+    JudgeLateStep(e, alternatives.late);
 }
 
 } // namespace tiltpole::field

@@ -102,6 +102,47 @@ TEST(OccupationFaults, ASlipIsNamedWhateverTheMotion)
     }
 }
 
+// Too few epochs follow it to name it. Errors are new in each epoch, so that a single one tells little.
+TEST(OccupationFaults, ASlipJustBeforeTheEndIsNotStored)
+{
+    for (const OccupationMotion motion : kUsual) {
+        OccupationPlan plan = PlanOf(motion, 25);
+        plan.antennaRate = 10.0;
+        plan.noise = {0.004, 0.011, 0.0, 0.0, 1.0};
+        Tally tally;
+        for (const double direction : {0.2, 1.8, 3.3, 4.9}) {
+            simulation::Slip slip;
+            slip.at = plan.motion.duration - 0.6;
+            slip.by = {0.03 * std::cos(direction), 0.03 * std::sin(direction), 0.0};
+            plan.motion.slips = {slip};
+            Count(tally, plan, 590);
+        }
+        EXPECT_LE(tally.stored, 0.01 * tally.points) << NameOf(motion);
+    }
+}
+
+// All that an occupation says of the errors beside those that all positions share, which are not simulated.
+TEST(OccupationFaults, HeightIntervalsHoldWhereErrorsOfTheAntennaLast)
+{
+    const field::OccupationSetup setup;
+    for (const double lasting : {1.0, 3.0, 30.0}) {
+        OccupationPlan plan = PlanOf(OccupationMotion::Rock, 200);
+        plan.noise = {0.0, 0.0, setup.planSigma, setup.heightSigma, lasting};
+        int stored = 0;
+        int held = 0;
+        field_tests::OccupyEach(plan, 596, [&](field::Occupation& occupation, const auto& tip) {
+            const OccupationEstimate e = occupation.Estimate();
+            if (e.advice != OccupationAdvice::Store) return;
+            const double own =
+                e.covariance[2][2] - setup.sharedHeightSigma * setup.sharedHeightSigma;
+            ++stored;
+            held += std::fabs(e.tip.h - tip.h) <= 1.96 * std::sqrt(own) ? 1 : 0;
+        });
+        EXPECT_GE(stored, 50) << lasting;
+        EXPECT_GE(held, 0.9 * stored) << lasting;
+    }
+}
+
 // Within the plane of the leans it looks like another length, across it like a turn of the heading.
 TEST(OccupationFaults, ASlipInTheMiddleOfTheMoveIsNoWrongLength)
 {
