@@ -157,6 +157,21 @@ TEST(Pieces, DoNotMatter)
     }
 }
 
+// An epoch is judged by what came before it, also where bad lines are read together with it.
+TEST(Pieces, OfBadLinesBehindAnEpochDoNotMatter)
+{
+    auto records = RecordsOf(StandingTrack(4.0));
+    for (std::size_t i = records.size() / 2;; ++i) {
+        if (records.at(i).channel != field::Channel::Receiver) continue;
+        for (int line = 0; line < 40; ++line)
+            records[i].bytes += "$GNGGA,1,2*00\r\n";
+        break;
+    }
+    const std::string whole = WholeText(TrackSetup(), records);
+    EXPECT_NE(whole.find("bad"), std::string::npos) << "they speak against the epochs after them";
+    EXPECT_EQ(TextInPieces(TrackSetup(), records, 1, 1), whole);
+}
+
 TEST(Pieces, OfSentencesMayComeAmongTheOtherChannels)
 {
     const auto records = TroubledRecords();

@@ -76,6 +76,21 @@ TEST(Replay, StoresNothingOfAPoleThatIsWaved)
     EXPECT_LT(blocked, 200U) << stored;
 }
 
+// GGA alone is an epoch once 60 ms have passed, whether something arrives or a key is pressed.
+TEST(Replay, EndsTheEpochsBeforeAKey)
+{
+    EpochFields epoch;
+    epoch.utc = kStart;
+    epoch.antenna = kTip;
+    epoch.gst = epoch.rmc = false;
+    field::Bridge bridge(TrackSetup());
+    field::Play(bridge, {InstantOf(1.0), field::Channel::Receiver, EpochText(epoch)});
+    field::Play(bridge, {InstantOf(1.059), field::Channel::Keys, "undo"});
+    EXPECT_EQ(bridge.Count().epochs, 0U);
+    field::Play(bridge, {InstantOf(1.060), field::Channel::Keys, "undo"});
+    EXPECT_EQ(bridge.Count().epochs, 1U);
+}
+
 TEST(Replay, StoresAPoleThatStands)
 {
     const auto reports = ReportsOf(TrackSetup(), RecordsOf(StandingTrack(5.0)));
