@@ -51,6 +51,31 @@ bool IsRough(const SpotMagnetometer& m)
     return m.found && !(m.residual < limit * m.strength);
 }
 
+SpotReason ReasonFor(const SpotResult& result, const MotionFit& motion, double poleLength)
+{
+    const double left = std::max(1.0, motion.AntennaMisfit() / motion.Freedom());
+    const auto step = motion.StepOfTip();
+    const double length = result.lengthError / result.lengthSigma;
+    const bool wrong =
+        std::fabs(length) > kLengthSigmas && std::fabs(result.lengthError) > kLeastLength;
+    const bool moved = step.gain / left > kStepGain && step.size > kLeastStep;
+    if (std::fabs(result.lengthError) > kMostLength * poleLength)
+        return SpotReason::SensorsContradict;
+    if (wrong && (!moved || length * length > step.gain / left)) return SpotReason::WrongLength;
+    if (moved) return SpotReason::TipMoved;
+    if (left > kWorstVariance || motion.ForceSigma() > kWildForce
+        || 3 * motion.Doubtful() > motion.Epochs())
+        return SpotReason::SensorsContradict;
+    if (result.turned < kEnoughTurn) return SpotReason::TurnMore;
+    if (result.leanSpread < kEnoughLean) return SpotReason::LeanFurther;
+    if (IsRough(result.a) || IsRough(result.b)) return SpotReason::FieldDisturbed;
+    const auto& acceleration = result.accelerometerBias.sigma;
+    const bool forceIsKnown = std::max(acceleration.x, acceleration.y) < kForceKnown;
+    const bool known = result.axisSigma < kAxisKnown && forceIsKnown && IronIsKnown(result.a)
+                       && IronIsKnown(result.b);
+    return known ? SpotReason::Usable : SpotReason::GoOn;
+}
+
 } // namespace
 
 bool RefusesInput(SpotResult& result, const std::vector<SpotReading>& readings,
@@ -74,33 +99,7 @@ bool RefusesInput(SpotResult& result, const std::vector<SpotReading>& readings,
 
 void Judge(SpotResult& result, const MotionFit& motion, double poleLength)
 {
-    const double left = std::max(1.0, motion.AntennaMisfit() / motion.Freedom());
-    const auto step = motion.StepOfTip();
-    const double length = result.lengthError / result.lengthSigma;
-    const bool wrong =
-        std::fabs(length) > kLengthSigmas && std::fabs(result.lengthError) > kLeastLength;
-    const bool moved = step.gain / left > kStepGain && step.size > kLeastStep;
-    const auto& acceleration = result.accelerometerBias.sigma;
-    const bool forceIsKnown = std::max(acceleration.x, acceleration.y) < kForceKnown;
-    const bool known = result.axisSigma < kAxisKnown && forceIsKnown && IronIsKnown(result.a)
-                       && IronIsKnown(result.b);
-    if (std::fabs(result.lengthError) > kMostLength * poleLength)
-        result.reason = SpotReason::SensorsContradict;
-    else if (wrong && (!moved || length * length > step.gain / left))
-        result.reason = SpotReason::WrongLength;
-    else if (moved)
-        result.reason = SpotReason::TipMoved;
-    else if (left > kWorstVariance || motion.ForceSigma() > kWildForce
-             || 3 * motion.Doubtful() > motion.Epochs())
-        result.reason = SpotReason::SensorsContradict;
-    else if (result.turned < kEnoughTurn)
-        result.reason = SpotReason::TurnMore;
-    else if (result.leanSpread < kEnoughLean)
-        result.reason = SpotReason::LeanFurther;
-    else if (IsRough(result.a) || IsRough(result.b))
-        result.reason = SpotReason::FieldDisturbed;
-    else
-        result.reason = known ? SpotReason::Usable : SpotReason::GoOn;
+    result.reason = ReasonFor(result, motion, poleLength);
 }
 
 OccupationSetup PriorsBy(const OccupationSetup& setup, const SpotResult& result)
