@@ -157,8 +157,8 @@ OccupyResult Recorded(const RecordedPoints& recorded)
 std::string OccupationStudy(int runs, std::uint64_t seed, const std::string& only,
                             const RecordedPoints& recorded)
 {
-    const auto motions = Chosen(simulation::OccupationMotions(), only);
-    const auto faults = Chosen(simulation::OccupationFaults(), only);
+    const auto motions = CasesNamed(simulation::OccupationMotions(), only);
+    const auto faults = CasesNamed(simulation::OccupationFaults(), only);
     if (motions.empty() && faults.empty())
         throw tables::InputError("no occupation has '" + only + "' in its name");
     std::string text = "| occupation | points | one sample [mm] | mean [mm] | occupation [mm] | "

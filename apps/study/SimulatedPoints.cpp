@@ -54,7 +54,7 @@ cli::OccupyResult Simulated(const OccupationCase& occupation, int points, std::u
     return result;
 }
 
-std::vector<OccupationCase> Chosen(std::vector<OccupationCase> cases, const std::string& only)
+std::vector<OccupationCase> CasesNamed(std::vector<OccupationCase> cases, const std::string& only)
 {
     std::erase_if(cases,
                   [&](const OccupationCase& c) { return c.name.find(only) == std::string::npos; });

@@ -26,8 +26,8 @@ cli::OccupyResult Simulated(const simulation::OccupationCase& occupation, int po
                             std::uint64_t seed);
 
 /// Those whose name has `only` in it.
-std::vector<simulation::OccupationCase> Chosen(std::vector<simulation::OccupationCase> cases,
-                                               const std::string& only);
+std::vector<simulation::OccupationCase> CasesNamed(std::vector<simulation::OccupationCase> cases,
+                                                   const std::string& only);
 
 /// In percent, "-" of nothing.
 std::string Share(std::uint64_t part, std::uint64_t whole);

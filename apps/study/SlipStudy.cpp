@@ -117,7 +117,7 @@ std::string EllipseRow(const std::string& name, const OccupyResult& sound)
 
 std::string SlipStudy(int runs, std::uint64_t seed, const std::string& only)
 {
-    const auto motions = Chosen(simulation::SlipMotions(), only);
+    const auto motions = CasesNamed(simulation::SlipMotions(), only);
     if (motions.empty()) throw tables::InputError("no occupation has '" + only + "' in its name");
     std::string faults = "| motion | slip: named [%] | stored [%] | wrong length: named [%] | "
                          "named a slip [%] | stored [%] | nothing wrong: refused [%] | "
