@@ -38,6 +38,7 @@ constexpr double kWorstVariance = 6.0; // factor of the antenna's variances
 constexpr double kWildForce = 0.05;    // residual of a second's mean force [g]
 constexpr double kRoughField = 0.02;   // residual of the readings, relative to the field ...
 constexpr double kSuspectField = 0.01; // ... and where hard iron is not known therefore
+constexpr double kDipsDiffer = 10.0;   // of A and B: one of them is reversed [degrees]
 
 bool IronIsKnown(const SpotMagnetometer& m)
 {
@@ -69,6 +70,9 @@ SpotReason ReasonFor(const SpotResult& result, const MotionFit& motion, double p
     if (result.turned < kEnoughTurn) return SpotReason::TurnMore;
     if (result.leanSpread < kEnoughLean) return SpotReason::LeanFurther;
     if (IsRough(result.a) || IsRough(result.b)) return SpotReason::FieldDisturbed;
+    // A reversed field is constant, too, and only turns the heading bias by half a turn.
+    if (result.a.found && result.b.found && std::fabs(result.a.dip - result.b.dip) > kDipsDiffer)
+        return SpotReason::SensorsContradict;
     const auto& acceleration = result.accelerometerBias.sigma;
     const bool forceIsKnown = std::max(acceleration.x, acceleration.y) < kForceKnown;
     const bool known = result.axisSigma < kAxisKnown && forceIsKnown && IronIsKnown(result.a)

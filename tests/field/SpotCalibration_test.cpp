@@ -280,6 +280,18 @@ TEST(SpotCalibration, NamesWhatDoesNotFit)
     CheckRefused(plan, SpotReason::Gap, "a pause");
 }
 
+TEST(SpotCalibration, NamesAMagnetometerWhoseSignsAreAllReversed)
+{
+    for (const bool isA : {true, false}) {
+        std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+        for (Fed& row : rows) {
+            field::SensorVector& m = isA ? row.sample.magnetic : row.magneticB;
+            m = {-m.x, -m.y, -m.z};
+        }
+        CheckRefused(rows, SpotReason::SensorsContradict, isA ? "A" : "B");
+    }
+}
+
 TEST(SpotCalibration, RefusesRowsThatCannotBeUsed)
 {
     const std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
