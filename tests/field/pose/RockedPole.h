@@ -24,7 +24,7 @@ using tiltpole::survey::Rad2Deg;
 
 inline constexpr double kLength = 2.0; // [m]
 
-inline Instant InstantOf(double seconds)
+inline Instant MomentOf(double seconds)
 {
     return Instant(std::llround(seconds * 1e9));
 }
@@ -71,7 +71,7 @@ struct Rocking
         sample.data.dMag_y_2 = -sample.data.dMag_y;
         sample.data.dMag_z_2 = sample.data.dMag_z;
         sample.deviceSeconds = t;
-        sample.moment = InstantOf(t);
+        sample.moment = MomentOf(t);
         sample.arrival = sample.moment;
         return sample;
     }

@@ -12,7 +12,7 @@
 using field::PoseLookup;
 using field::PoseRing;
 using field::PoseSample;
-using rocked_pole::InstantOf;
+using rocked_pole::MomentOf;
 using rocked_pole::Rocking;
 
 namespace {
@@ -44,7 +44,7 @@ Misses At(double rate)
     std::vector<double> interpolated;
     std::vector<double> held;
     for (double t = 0.013; t < 29.9; t += 0.1) {
-        const PoseLookup found = ring.At(InstantOf(t));
+        const PoseLookup found = ring.At(MomentOf(t));
         EXPECT_EQ(found.state, PoseLookup::State::Found) << t;
         interpolated.push_back(MissOf(found.pose, rocking, t));
         held.push_back(MissOf(rocking.PoseAt(std::floor(t * rate) / rate), rocking, t));

@@ -22,7 +22,7 @@ using field::Geodetic;
 using field::PoseRing;
 using field::PoseSample;
 using field::Setup;
-using rocked_pole::InstantOf;
+using rocked_pole::MomentOf;
 using rocked_pole::Point3;
 using rocked_pole::Rocking;
 
@@ -37,7 +37,7 @@ Epoch EpochAt(double moment, const Point3& fromTip)
     epoch.antenna = Offset(kMark, fromTip.x, fromTip.y, fromTip.z);
     epoch.sigma = {6.4e-5, 0.0, 6.4e-5, 0.0, 0.0, 2.25e-4};
     epoch.fix = Fix::Fixed;
-    epoch.moment = InstantOf(moment);
+    epoch.moment = MomentOf(moment);
     return epoch;
 }
 
@@ -106,7 +106,7 @@ struct Replay
         while (std::getline(file, line)) {
             reader->Feed(line + "\n", {});
             for (PoseSample& sample : reader->Take()) {
-                sample.moment = InstantOf(*sample.deviceSeconds);
+                sample.moment = MomentOf(*sample.deviceSeconds);
                 poses.Add(sample);
                 seconds.push_back(*sample.deviceSeconds);
                 antenna.push_back(AntennaOf(line));
