@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 //
 // Any bytes of a client: what passes is frames alone, whatever the pieces, and a true frame behind them
-// passes, too.
+// passes, too. A frame that was begun before may end inside that one with a checksum that is right by
+// chance, which one of 16.7 million is; the next one passes then.
 #include "field/nmea/RtcmFilter.h"
 
 #include <cstddef>
@@ -49,6 +50,9 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     Demand(joined == passed);
 
     const std::string frame("\xD3\x00\x00\x47\xEA\x4B", 6);
-    Demand(whole.Feed(frame).ends_with(frame));
+    const std::string behind = whole.Feed(frame);
+    CheckFrames(behind);
+    Demand(!behind.empty());
+    Demand(whole.Feed(frame) == frame);
     return 0;
 }
