@@ -3,6 +3,7 @@
 // Rates, lengths and orders of samples at the edge of what an occupation takes.
 #include "field/Occupation.h"
 
+#include "survey/Angle.h"
 #include "tests/field/SimulatedPole.h"
 
 #include <gtest/gtest.h>
@@ -23,6 +24,7 @@ using field_tests::LedOver;
 using field_tests::PoleErrors;
 using field_tests::Rock;
 using field_tests::SimulatedPole;
+using tiltpole::survey::Deg2Rad;
 
 // Samples at `rate` [Hz], from the first to the last second; epochs at 4 Hz of the first `antenna` seconds.
 void Feed(Occupation& occupation, SimulatedPole pole, double rate, double seconds, double antenna)
@@ -161,6 +163,20 @@ TEST(OccupationAtItsEdges, ToleranceBelowTheSharedErrorIsNotBlamedOnTheHeading)
     const auto e = occupation.Estimate();
     ASSERT_LT(e.ellipseMajor, 0.02);
     EXPECT_EQ(e.reason, OccupationReason::AntennaUncertain) << OccupationText(e);
+}
+
+TEST(OccupationAtItsEdges, AVerticalThatIsNotKnownIsNotBlamedOnTheHeading)
+{
+    OccupationSetup setup;
+    setup.tolerance = 0.015;
+    Occupation occupation(setup);
+    SimulatedPole(Rock(15.0), 40.0, {}, 3).Feed(occupation, 8.0);
+    const auto e = occupation.Estimate();
+    ASSERT_GT(e.ellipseMajor, setup.tolerance);
+    // What the heading moves the tip by, at 95 %.
+    ASSERT_LT(2.5 * 2.0 * std::sin(Deg2Rad(e.lean)) * Deg2Rad(e.headingSigma),
+              0.5 * e.ellipseMajor);
+    EXPECT_EQ(e.reason, OccupationReason::VerticalUncertain) << OccupationText(e);
 }
 
 TEST(OccupationText, OfAStoredTipCoversItsHeight)

@@ -89,6 +89,14 @@ TEST(Gga, WithoutAFixNeedsNoPosition)
     EXPECT_TRUE(Read(ReadGga, Changed(kGga, ",4,12", ",0,12"))->position);
 }
 
+TEST(Gga, HasAWholePositionOrNoneWithoutAFixToo)
+{
+    for (const char* position : {"4733.9633191,N,,", ",,01900.5012567,E", ",N,01900.5012567,E"}) {
+        const std::string body = std::string("GNGGA,130758.00,") + position + ",0,00,99.99,,,,,,";
+        EXPECT_FALSE(Read(ReadGga, body)) << position;
+    }
+}
+
 TEST(Gga, IsRefusedWhereAFieldIsOutOfItsRange)
 {
     constexpr Change changes[] = {
