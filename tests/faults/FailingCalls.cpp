@@ -7,6 +7,7 @@
 //   last    this call and all that follow fail with it
 //   kill    the process is killed before the call
 //   after   the process is killed after the call
+//   end     the process is asked to end (SIGTERM) after the call
 //   short   write and read transfer half; other calls succeed
 //   cut     write transfers half, then the process is killed; before other calls it is killed
 //   signal  the call is interrupted once (EINTR) where it may be
@@ -40,7 +41,7 @@ std::string_view Kind()
 
 [[noreturn]] void Kill()
 {
-    syscall(SYS_kill, syscall(SYS_getpid), SIGKILL);
+    syscall(SYS_kill, syscall(SYS_getpid), Kind() == "end" ? SIGTERM : SIGKILL);
     std::abort();
 }
 
@@ -68,7 +69,7 @@ Fault Next(const char* name, bool transfers, bool mayBeInterrupted)
     errno = static_cast<int>(Number("TILTPOLE_FAULT_ERROR"));
     if (kind == "fail" || kind == "last") return Fault::Error;
     if (kind == "kill" || (kind == "cut" && !transfers)) Kill();
-    if (kind == "after") return Fault::KillAfter;
+    if (kind == "after" || kind == "end") return Fault::KillAfter;
     if (kind == "cut") return Fault::HalfThenKill;
     if (kind == "short") return transfers ? Fault::Half : Fault::None;
     errno = EINTR;

@@ -1,22 +1,23 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Fails, kills, cuts short and interrupts every file call of every saving command in turn.
+"""Fails, kills, ends, cuts short and interrupts every file call of every saving command in turn.
 
 usage: file_faults.py PROGRAM PRELOADED_LIBRARY
 
 The processes write below a scratch folder only. After each run every output is its old or its new content, whole. A run that ends with 0 left the new one;
-one that was not killed left no other file in the folder, and says why where it ends with another code. The
-next run after a kill succeeds and removes what was left over. Prints how many runs there were.
+one that was not killed left no other file in the folder (one that was asked to end neither), and says why where it
+ends with another code. The next run after a kill succeeds and removes what was left over. Prints how many runs there were.
 """
 import errno
 import os
 import pathlib
+import signal
 import subprocess
 import sys
 import tempfile
 
 FAULTS = [("fail", errno.EIO), ("fail", errno.ENOSPC), ("last", errno.EIO), ("kill", 0), ("after", 0),
-          ("short", 0), ("cut", 0), ("signal", 0)]
+          ("end", 0), ("short", 0), ("cut", 0), ("signal", 0)]
 PAIRS = "x_source,y_source,x_target,y_target\n0,0,1,1\n9,0,10,1\n0,9,1,10\n"
 
 
@@ -78,6 +79,8 @@ class Check:
                 self.complain(f"{name} is neither old nor new", words, shown)
             elif ended.returncode == 0 and not self.is_new(name, content, new):
                 self.complain(f"ends with 0, {name} is not new", words, shown)
+        if ended.returncode == -signal.SIGTERM and found:
+            self.complain(f"leaves {sorted(found)}", words, shown)
         if ended.returncode < 0:
             if self.run(*words).returncode != 0 or {p.name for p in out.iterdir()} != set(names):
                 self.complain("the next run does not put it right", words, shown)

@@ -138,17 +138,19 @@ bool TemporaryFile::Make(const std::string& folder, mode_t mode)
     if (!m_folder.IsOpen()) return false;
     RemoveLeftOvers(m_folder.Get());
     for (int i = 0; i < kMostNames; ++i) {
-        std::string name = RandomName();
-        m_file = Descriptor(::openat(m_folder.Get(), name.c_str(),
-                                     O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
-        if (!m_file.IsOpen() && errno == EEXIST) continue;
-        if (!m_file.IsOpen()) return false;
-        m_name = std::move(name);
+        // Entered before it is made: a signal in between would leave it.
+        m_name = RandomName();
         m_slot = EnterForCleanup(m_folder.Get(), m_name);
-        if (LockOwn()) return true;
-        ::unlinkat(m_folder.Get(), m_name.c_str(), 0);
+        m_file = Descriptor(::openat(m_folder.Get(), m_name.c_str(),
+                                     O_RDWR | O_CREAT | O_EXCL | O_CLOEXEC | O_NOFOLLOW, mode));
+        if (m_file.IsOpen() && LockOwn()) return true;
+        const bool isMade = m_file.IsOpen();
+        const int reason = errno;
+        if (isMade) ::unlinkat(m_folder.Get(), m_name.c_str(), 0);
         Forget();
         m_file.Close();
+        errno = reason;
+        if (!isMade && reason != EEXIST) return false;
     }
     errno = EEXIST;
     return false;
