@@ -35,11 +35,13 @@ WORK = ROOT / "build" / "mutation"
 RESULTS = ROOT / "out" / "mutation"
 FOLDERS = ["survey", "vector", "positioning", "matrix", "calibration", "geometry",
            "quality/calibration", "quality/tip", "quality/parameters", "quality/statistics",
-           "simulation", "apps/cli", "framework/core", "framework/gui", "controls"]
+           "field", "simulation", "apps/cli", "apps/live", "apps/tables", "apps/charts",
+           "framework/core", "framework/gui", "controls"]
 # Programs of folders without a list of tests of their own.
 PROGRAMS = {"quality/calibration": ["quality_tests"], "quality/tip": ["quality_tip_tests"],
             "quality/parameters": ["quality_tests"],
-            "quality/statistics": ["quality_tip_tests", "quality_tests"]}
+            "quality/statistics": ["quality_tip_tests", "quality_tests"],
+            "field": ["live_pole_tests", "field_tests", "job_tests"]}
 # Folders whose tests also hold a folder to its rules.
 ALSO = {
     "survey": ["positioning", "calibration"],
@@ -47,6 +49,8 @@ ALSO = {
     "matrix": ["calibration", "geometry"],
     "simulation": ["quality/calibration"],
     "apps/cli": ["simulation", "apps/live"],
+    "apps/tables": ["apps/cli"],
+    "apps/charts": ["apps/cli"],
     "framework/core": ["positioning"],
     "framework/gui": ["controls"],
 }
