@@ -294,9 +294,6 @@ private:
     /// is below `tol`, where (p, q) and (q, p) differ by more than `tol`, or for indices outside.
     CSZMatrix JacobiDouble(int p, int q, double tol) const;
 
-    /// The same rotation whatever the size and symmetry of the elements.
-    CSZMatrix JacobiSingle(int p, int q, double tol) const;
-
     bool IsSquare() const { return HasElements() && m_nRows == m_nCols; }
     bool IsVector3() const;
     bool HasSizeOf(const CSZMatrix& B) const

@@ -202,14 +202,6 @@ CSZMatrix CSZMatrix::JacobiDouble(int p, int q, double tol) const
     return RotationMatrix(m_nRows, p, q, PairRotation(*this, p, q, tol));
 }
 
-CSZMatrix CSZMatrix::JacobiSingle(int p, int q, double) const
-{
-    if (!IsSquare() || !checkRowIndex(p) || !checkRowIndex(q))
-        return {m_nRows, m_nRows, MatIdentity};
-    return RotationMatrix(m_nRows, p, q,
-                          matrix::ZeroingRotation(GetData(p, p), GetData(q, q), GetData(p, q)));
-}
-
 // Sets D = J^T * D * J and Vt = J^T * Vt by full products, which carry infinite elements and those
 // that are no numbers into the others.
 void CSZMatrix::RotateByProducts(CSZMatrix& D, CSZMatrix& Vt, const CSZMatrix& J)

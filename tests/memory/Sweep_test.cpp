@@ -84,7 +84,6 @@ const std::set<std::string> kInternal = {
     "CSZMatrix::Clear",
     "CSZMatrix::IsVector3",
     "CSZMatrix::JacobiDouble",
-    "CSZMatrix::JacobiSingle",
     "CSZMatrix::RotateByProducts",
     "CSZMatrix::RotateLines",
     "CSZMatrix::SetSize",
