@@ -107,10 +107,10 @@ struct FileReplacement::State
     bool Commit();
     bool RenameOrOverwrite();
 
-    // Keeps the reason of the first failure.
+    // After a failure nothing is tried again: its reason stays.
     bool Check(bool done)
     {
-        if (!done && error == 0) error = errno != 0 ? errno : EIO;
+        if (!done) error = errno != 0 ? errno : EIO;
         return done;
     }
 

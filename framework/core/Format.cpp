@@ -160,10 +160,11 @@ std::string_view SignOf(const Conversion& conversion, bool negative)
     return conversion.blank ? " " : "";
 }
 
+// Of a number: there is nothing behind its letters.
 void ToUpper(char* first, char* last)
 {
     for (; first != last; ++first)
-        if (*first >= 'a' && *first <= 'z') *first = static_cast<char>(*first - 'a' + 'A');
+        if (*first >= 'a') *first = static_cast<char>(*first - 'a' + 'A');
 }
 
 void AppendDigits(std::wstring& out, const Conversion& conversion, std::string_view prefix,
@@ -275,7 +276,7 @@ void AppendReal(std::wstring& out, const Conversion& conversion, const FormatArg
     const std::string_view sign = SignOf(conversion, std::signbit(value));
     if (std::isfinite(value)) return AppendFinite(out, conversion, std::fabs(value), sign);
 
-    const bool upper = conversion.type >= L'A' && conversion.type <= L'Z';
+    const bool upper = conversion.type <= L'Z';
     const std::string_view lowerName = std::isnan(value) ? "nan" : "inf";
     const std::string_view upperName = std::isnan(value) ? "NAN" : "INF";
     AppendNumber(out, conversion, sign, 0, upper ? upperName : lowerName, false);

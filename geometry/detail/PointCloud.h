@@ -42,7 +42,6 @@ class PointCloud
 public:
     explicit PointCloud(const std::vector<Point3>& positions);
 
-    std::size_t Count() const { return m_count; }
     Point3 At(std::size_t k) const { return m_positions.At(k); }
     Coordinates View() const { return m_positions.View(); }
     const Cloud& Moments() const { return m_moments; }

@@ -177,6 +177,32 @@ TEST(AdjustByMoments, OddTurnsAnswerAsTheFits)
     }
 }
 
+// Iron beside one magnetometer: only the other one is solved by its sums.
+TEST(AdjustByMoments, OneMagnetometerFarOffLeavesTheOffsetOfTheFits)
+{
+    constexpr double kFarOff = 10000; // counts
+    const turns::Shape shape{.samples = 120, .seed = 3};
+    for (const auto field : {&PoseSensorData::dMag_x_2, &PoseSensorData::dMag_x}) {
+        Turn horizontal = turns::Make(shape, turns::TurnAxis::Horizontal),
+             vertical = turns::Make(shape, turns::TurnAxis::Vertical);
+        for (Turn* turn : {&horizontal, &vertical})
+            for (PoseSensorData& s : *turn)
+                s.*field += kFarOff;
+        const bool isB = field == &PoseSensorData::dMag_x_2;
+        EXPECT_EQ(tiltpole::calibration::SolveByMoments(Columns(horizontal), Columns(vertical))
+                      .has_value(),
+                  isB);
+        ExpectSameAsTheFits(horizontal, vertical, 1e-9);
+
+        const OwnDataFolder folder;
+        ReachAdjust adjust;
+        Load(adjust, horizontal, vertical);
+        ASSERT_EQ(adjust.Adjust(), 1);
+        const auto& farOff = isB ? adjust.GetCorrectPar_B() : adjust.GetCorrectPar_A();
+        EXPECT_GT(std::fabs(farOff.x0), kFarOff / 2) << "and is solved nevertheless";
+    }
+}
+
 TEST(AdjustByMoments, RecordedReadingsAnswerAsTheFits)
 {
     const Turn recorded = turns::Recorded();

@@ -5,6 +5,7 @@
 #include "tests/calibration/AdjustTools.h"
 #include "tests/reference/LiteralAdjust.h"
 
+#include <array>
 #include <gtest/gtest.h>
 #include <limits>
 
@@ -216,6 +217,12 @@ TEST(CircleCenter, NeedsAVectorOfFiveAndNoParabola)
     EXPECT_EQ(adjust.CircleCenter(CSZMatrix(), &u, &v), 0);
     EXPECT_EQ(adjust.CircleCenter(ColumnOf({0.5, 0, -1, -2}), &u, &v), 0);
     EXPECT_EQ(adjust.CircleCenter(ColumnOf({0.5, 0, -1, -2, 0}).matTran(), &u, &v), 0);
+    CSZMatrix twice(5, 2);
+    for (int i = 0; i < 5; ++i)
+        for (int column = 0; column < 2; ++column)
+            twice.SetData(i, column,
+                          std::array{0.5, 0.0, -1.0, -2.0, 0.0}[static_cast<unsigned>(i)]);
+    EXPECT_EQ(adjust.CircleCenter(twice, &u, &v), 0) << "two columns";
     EXPECT_EQ(adjust.CircleCenter(ColumnOf({0.5, 1, -1, -2, 0}), &u, &v), 0) << "a parabola";
     EXPECT_EQ(u, 7);
     EXPECT_EQ(v, 8);

@@ -287,6 +287,16 @@ TEST(ProbableCoor, IsNotFiniteForPointsOfEqualHeight)
     EXPECT_FALSE(std::isfinite(center.GetData(2)));
 }
 
+TEST(ProbableCoor, IsNotFiniteForAVectorOfTwo)
+{
+    CTiltPosition_Geometry geometry;
+    const CTiltMatrix center =
+        geometry.ProbableCoor(poles::Vector({6, 2, 3}), CTiltMatrix(2), poles::Vector({1, 2, 8}),
+                              poles::Vector({1, -1, 7}));
+    for (unsigned i = 0; i < 3; ++i)
+        EXPECT_FALSE(std::isfinite(center.GetData(i))) << i;
+}
+
 // Six positions at ±2 along the axes, start (0, 0, 0.1) with radius 2. By symmetry N is diagonal,
 // its first two elements 2, and the step is along h.
 TEST(ReProcess, TakesOneStepWithTheSignOfTheMisclosure)

@@ -16,7 +16,6 @@ class Descriptor
 public:
     explicit Descriptor(int value = -1) : m_value(value) {}
     ~Descriptor() { Close(); }
-    Descriptor(Descriptor&& other) noexcept : m_value(std::exchange(other.m_value, -1)) {}
     Descriptor& operator=(Descriptor&& other) noexcept
     {
         std::swap(m_value, other.m_value);

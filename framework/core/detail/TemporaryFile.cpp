@@ -129,7 +129,9 @@ bool TemporaryFile::LockOwn()
 {
     const bool isLocked = ::flock(m_file.Get(), LOCK_EX | LOCK_NB) == 0;
     if (!isLocked && errno == EWOULDBLOCK) return false;
-    return ::fstat(m_file.Get(), &m_status) == 0 && m_status.st_nlink > 0;
+    struct stat made
+    {};
+    return ::fstat(m_file.Get(), &made) == 0 && made.st_nlink > 0;
 }
 
 bool TemporaryFile::Make(const std::string& folder, mode_t mode)

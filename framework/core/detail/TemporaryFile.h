@@ -28,10 +28,7 @@ public:
     /// @return false, with the reason in errno, where the folder takes no new file
     bool Make(const std::string& folder, mode_t mode);
 
-    bool IsOpen() const { return m_file.IsOpen(); }
     int Get() const { return m_file.Get(); }
-    /// What the system knew of the new file when it was made.
-    const struct stat& Status() const { return m_status; }
 
     /// Renames it to `name` in its folder, replacing what is there. False, with the reason in
     /// errno, where the system refuses.
@@ -50,8 +47,6 @@ private:
     Descriptor m_folder; // O_PATH: names in it may be used even where its path is very long
     Descriptor m_file;
     int m_slot = -1; // in the list of what a signal removes; -1: in none
-    struct stat m_status
-    {};
 };
 
 } // namespace framework

@@ -366,3 +366,14 @@ TEST(Array, KeepsItsElementsWhereMemoryRunsOut)
     });
     EXPECT_GT(failures, 0);
 }
+
+TEST(Array, InsertsNoArrayBeforeItsStart)
+{
+    CArray<int, int> some;
+    some.Add(1);
+    CArray<int, int> more;
+    more.Add(2);
+    some.InsertAt(-1, &more);
+    EXPECT_EQ(some.GetSize(), 1);
+    EXPECT_EQ(some[0], 1);
+}

@@ -265,3 +265,24 @@ TEST(Format, AppendsAndAcceptsTheTextItself)
     format.Format(format, 5);
     EXPECT_EQ(format, L"5");
 }
+
+TEST(Format, PrintsWhatFollowsASizeThatIsNone)
+{
+    EXPECT_EQ(Formatted(L"%I64d", 7), L"7");
+    EXPECT_EQ(Formatted(L"%I32d", 7), L"7");
+    EXPECT_EQ(Formatted(L"%I65d", 7), L"65d");
+    EXPECT_EQ(Formatted(L"%I34d", 7), L"34d");
+}
+
+TEST(Format, CutsNarrowTextBetweenCharacters)
+{
+    EXPECT_EQ(Formatted(L"%.9hs", "abc"), L"abc") << "no more than there is";
+    EXPECT_EQ(Formatted(L"%.1hs|", "\xF0\x9F\x98\x80x"), L"\U0001F600|") << "four bytes";
+    EXPECT_EQ(Formatted(L"%.2hs|", "\xC3(x"), L"\uFFFD(|") << "no byte of another character";
+}
+
+TEST(Format, PrintsNoTextForAnAddress)
+{
+    int value = 0;
+    EXPECT_EQ(Formatted(L"<%s>", static_cast<void*>(&value)), L"<>");
+}

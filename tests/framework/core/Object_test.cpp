@@ -67,3 +67,11 @@ TEST(RuntimeClass, CreatesObjectsOfClassesThatAllowIt)
     EXPECT_EQ(RUNTIME_CLASS(Gauge)->CreateObject(), nullptr);
     EXPECT_EQ(RUNTIME_CLASS(CObject)->CreateObject(), nullptr);
 }
+
+TEST(RuntimeClass, OfAClassThatDeclaresNoneIsThatOfItsBase)
+{
+    class Plain : public CObject
+    {};
+    EXPECT_EQ(Plain().GetRuntimeClass(), RUNTIME_CLASS(CObject));
+    EXPECT_FALSE(Plain().IsKindOf(RUNTIME_CLASS(Compass)));
+}

@@ -146,3 +146,11 @@ TEST(MakeFolder, CreatesAllThatIsMissing)
     EXPECT_FALSE(framework::MakeFolder(folder.File(L"file/below")));
     EXPECT_FALSE(framework::MakeFolder(L""));
 }
+
+TEST(FollowLinks, EndsWhereLinksFormALoop)
+{
+    const TestFolder folder;
+    const std::string link = (folder.Native() / "loop").string();
+    std::filesystem::create_symlink("loop", link);
+    EXPECT_EQ(framework::FollowLinks(link), link);
+}

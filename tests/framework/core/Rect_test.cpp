@@ -193,3 +193,50 @@ TEST(Size, AddsAndNegates)
     size.SetSize(0, 0);
     EXPECT_EQ(size, CSize());
 }
+
+TEST(Rect, IsEqualWhereAllEdgesAre)
+{
+    const CRect frame(1, 2, 3, 4);
+    EXPECT_EQ(frame, CRect(1, 2, 3, 4));
+    for (const CRect& other :
+         {CRect(0, 2, 3, 4), CRect(1, 0, 3, 4), CRect(1, 2, 0, 4), CRect(1, 2, 3, 0)})
+        EXPECT_NE(frame, other) << other.left << other.top << other.right << other.bottom;
+}
+
+TEST(Rect, IsNotNullWhereOneEdgeIsNot)
+{
+    for (const CRect& one :
+         {CRect(1, 0, 0, 0), CRect(0, 1, 0, 0), CRect(0, 0, 1, 0), CRect(0, 0, 0, 1)})
+        EXPECT_FALSE(one.IsRectNull()) << one.left << one.top << one.right << one.bottom;
+}
+
+TEST(Point, AndSizeAreEqualWhereBothNumbersAre)
+{
+    const CPoint point(1, 2);
+    const CSize size(1, 2);
+    EXPECT_EQ(point, CPoint(1, 2));
+    EXPECT_NE(point, CPoint(0, 2));
+    EXPECT_NE(point, CPoint(1, 0));
+    EXPECT_EQ(size, CSize(1, 2));
+    EXPECT_NE(size, CSize(0, 2));
+    EXPECT_NE(size, CSize(1, 0));
+}
+
+TEST(Point, ComesFromTheRecordsOfTheSystem)
+{
+    POINT point;
+    point.x = 3;
+    point.y = 4;
+    SIZE size;
+    size.cx = 5;
+    size.cy = 6;
+    CPoint position;
+    EXPECT_EQ(position, CPoint(0, 0));
+    position = point;
+    EXPECT_EQ(position, CPoint(3, 4));
+    EXPECT_EQ(CSize(size), CSize(5, 6));
+    const CRect frame(position, CSize(size));
+    const LPCRECT record = frame;
+    EXPECT_EQ(record->right, 8);
+    EXPECT_EQ(record->bottom, 10);
+}

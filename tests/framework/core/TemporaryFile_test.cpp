@@ -4,6 +4,7 @@
 // removes after a kill, and what is never removed.
 #include "framework/core/AtomicFile.h"
 #include "tests/framework/core/Folder.h"
+#include "tests/framework/core/OrdinaryUser.h"
 
 #include <array>
 #include <csignal>
@@ -184,4 +185,51 @@ TEST_F(TemporaryFile, IsNotTakenForWhatItCannotBe)
     EXPECT_EQ(Count(), before);
     for (const std::string& name : alike)
         EXPECT_EQ(m_folder.Read(name), "another's") << name;
+}
+
+TEST_F(TemporaryFile, OfAnotherUserIsRemovedByRootAlone)
+{
+    if (::geteuid() != 0) GTEST_SKIP() << "needs a file of another user";
+    ::chmod(m_folder.Native().c_str(), 0777);
+    const std::string ofRoot = NameHere("0000000000000001");
+    const std::string ofUser = NameHere("0000000000000002");
+    for (const std::string& name : {ofRoot, ofUser}) {
+        m_folder.Write(name, "part");
+        ASSERT_EQ(::chmod(Path(name).c_str(), 0666), 0);
+    }
+    ASSERT_EQ(::chown(Path(ofUser).c_str(), OrdinaryUser::kNobody, 0), 0);
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"file"), "new"));
+    EXPECT_EQ(m_folder.Names(), Names{"file"}) << "root removes those of all";
+
+    m_folder.Write(ofRoot, "part");
+    ASSERT_EQ(::chmod(Path(ofRoot).c_str(), 0666), 0);
+    {
+        const OrdinaryUser user;
+        EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"other"), "new"));
+    }
+    EXPECT_EQ(m_folder.Names(), (Names{ofRoot, "file", "other"}));
+}
+
+// A signal to a process that was forked while its parent saves ends that process alone.
+TEST_F(TemporaryFile, IsNotRemovedByASignalToAChildOfItsProcess)
+{
+    const pid_t parent = ::fork();
+    if (parent == 0) {
+        framework::RemoveTemporaryFilesOnSignals();
+        FileReplacement file(Path("file"));
+        file.Write("content");
+        const pid_t child = ::fork();
+        if (child == 0)
+            for (;;)
+                ::pause();
+        int status = 0;
+        ::kill(child, SIGTERM);
+        ::waitpid(child, &status, 0);
+        ::_exit(WIFSIGNALED(status) && WTERMSIG(status) == SIGTERM && file.Commit() ? 0 : 1);
+    }
+    int status = 0;
+    ::waitpid(parent, &status, 0);
+    EXPECT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0) << "the file was there to be renamed";
+    EXPECT_EQ(m_folder.Read("file"), "content");
 }
