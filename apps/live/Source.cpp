@@ -22,7 +22,8 @@ struct ReadResult
 {
     std::size_t count = 0;
     bool isEnd = false;
-    std::string problem; // of the end
+    bool isFailure = false; // rather than no more bytes
+    std::string problem;    // of the end
 };
 
 ReadResult ReadSome(int descriptor, char* block, std::size_t size)
@@ -31,10 +32,10 @@ ReadResult ReadSome(int descriptor, char* block, std::size_t size)
     do {
         count = read(descriptor, block, size);
     } while (count < 0 && errno == EINTR);
-    if (count > 0) return {static_cast<std::size_t>(count), false, {}};
-    if (count == 0) return {0, true, "the connection was closed"};
+    if (count > 0) return {static_cast<std::size_t>(count), false, false, {}};
+    if (count == 0) return {0, true, false, "the connection was closed"};
     if (errno == EAGAIN || errno == EWOULDBLOCK) return {};
-    return {0, true, LastProblem()};
+    return {0, true, true, LastProblem()};
 }
 
 } // namespace
@@ -135,6 +136,9 @@ void Source::Read()
     std::array<char, kBlock> block;
     for (int i = 0; i < 8; ++i) {
         const ReadResult result = ReadSome(m_descriptor.Get(), block.data(), block.size());
+        const bool isEmptyDatagram =
+            m_endpoint.kind == Kind::Udp && result.isEnd && !result.isFailure;
+        if (isEmptyDatagram) continue;
         if (result.isEnd) return Lost(result.problem);
         if (result.count == 0) return;
         m_since = m_loop.Now();

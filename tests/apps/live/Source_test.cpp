@@ -5,6 +5,7 @@
 #include "tests/apps/live/Peers.h"
 #include <fstream>
 #include <gmock/gmock.h>
+#include <sys/socket.h>
 
 namespace {
 
@@ -194,20 +195,36 @@ TEST(Source, OfASerialPortIsForOneProgramOnly)
     EXPECT_NE(second.problem, "");
 }
 
+std::uint16_t FreeUdpPort()
+{
+    const live::Opened free = live::BindUdp("127.0.0.1", 0);
+    return live::PortOf(free.descriptor.Get());
+}
+
 TEST(Source, OfUdpTakesDatagrams)
 {
     live::Loop loop;
-    std::uint16_t port = 0;
-    {
-        const live::Opened free = live::BindUdp("127.0.0.1", 0);
-        port = live::PortOf(free.descriptor.Get());
-    }
+    const std::uint16_t port = FreeUdpPort();
     const Started s(loop, "udp:" + std::to_string(port));
     ASSERT_TRUE(RunUntil(loop, [&] { return s.source.IsConnected(); }));
     const live::Opened sender = live::ConnectUdp("127.0.0.1", port);
     for (const std::string_view text : {"$one\r\n", "$two\r\n"})
         ASSERT_EQ(write(sender.descriptor.Get(), text.data(), text.size()), 6);
     EXPECT_TRUE(RunUntil(loop, [&] { return s.heard.bytes == "$one\r\n$two\r\n"; }));
+}
+
+TEST(Source, OfUdpDoesNotEndWithAnEmptyDatagram)
+{
+    live::Loop loop;
+    const std::uint16_t port = FreeUdpPort();
+    const Started s(loop, "udp:" + std::to_string(port));
+    ASSERT_TRUE(RunUntil(loop, [&] { return s.source.IsConnected(); }));
+    const live::Opened sender = live::ConnectUdp("127.0.0.1", port);
+    for (const std::string_view text : {"", "$one\r\n"})
+        ASSERT_EQ(send(sender.descriptor.Get(), text.data(), text.size(), 0), std::ssize(text));
+    EXPECT_TRUE(RunUntil(loop, [&] { return s.heard.bytes == "$one\r\n"; }));
+    EXPECT_EQ(s.heard.events, "");
+    EXPECT_EQ(s.heard.connections, 1);
 }
 
 } // namespace
