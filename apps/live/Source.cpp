@@ -14,8 +14,7 @@ namespace {
 
 using Kind = Endpoint::Kind;
 
-constexpr std::size_t kBlock = 4096;
-constexpr std::size_t kFileBlock = 65536;
+constexpr std::size_t kBlock = 65536; // no datagram is longer: what does not fit of one is lost
 
 // What came of reading: some bytes, nothing yet, or the end.
 struct ReadResult
@@ -151,11 +150,11 @@ void Source::Read()
 // A file cannot be waited for: it is read piece by piece, or so many lines a second.
 void Source::ReadFile()
 {
-    if (m_read.size() - m_emitted < kFileBlock) {
+    if (m_read.size() - m_emitted < kBlock) {
         m_read.erase(0, std::exchange(m_emitted, 0));
         const std::size_t before = m_read.size();
-        m_read.resize(before + kFileBlock);
-        const ReadResult result = ReadSome(m_descriptor.Get(), &m_read[before], kFileBlock);
+        m_read.resize(before + kBlock);
+        const ReadResult result = ReadSome(m_descriptor.Get(), &m_read[before], kBlock);
         m_read.resize(before + result.count);
         if (result.isEnd && m_read.empty()) return Lost(result.problem);
     }

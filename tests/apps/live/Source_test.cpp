@@ -227,4 +227,19 @@ TEST(Source, OfUdpDoesNotEndWithAnEmptyDatagram)
     EXPECT_EQ(s.heard.connections, 1);
 }
 
+// An epoch with all its satellites in one datagram is longer than a page.
+TEST(Source, OfUdpTakesDatagramsOfAnySize)
+{
+    live::Loop loop;
+    const std::uint16_t port = FreeUdpPort();
+    const Started s(loop, "udp:" + std::to_string(port));
+    ASSERT_TRUE(RunUntil(loop, [&] { return s.source.IsConnected(); }));
+    const live::Opened sender = live::ConnectUdp("127.0.0.1", port);
+    constexpr std::size_t kLongest = 65507; // by its header
+    std::string text(kLongest, 'a');
+    text.back() = 'z';
+    ASSERT_EQ(write(sender.descriptor.Get(), text.data(), text.size()), std::ssize(text));
+    EXPECT_TRUE(RunUntil(loop, [&] { return s.heard.bytes == text; }));
+}
+
 } // namespace
