@@ -5,8 +5,10 @@
 #include "field/bridge/OccupationInput.h"
 #include "survey/Point.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace tiltpole::field {
@@ -47,6 +49,7 @@ bool HasGyros(const PoseSensorData& data)
 
 void OccupationWatch::Add(const ::field::PoseSample& pose, bool disturbed)
 {
+    FreeOne();
     if (!m_running) {
         m_hasGyros = HasGyros(pose.data);
         return;
@@ -99,6 +102,7 @@ void OccupationWatch::LeaveOut(const Epoch& epoch, std::string why)
 
 void OccupationWatch::Keep(const Epoch& epoch, std::string leftOut)
 {
+    FreeOne();
     m_piece.epoch = epoch;
     m_piece.leftOut = std::move(leftOut);
     m_pieces.push_back(std::make_shared<OccupationTrack::Piece>(std::exchange(m_piece, {})));
@@ -139,10 +143,17 @@ void OccupationWatch::Clear()
     m_tip.reset();
     m_estimate.reset();
     m_track.reset();
+    std::ranges::move(m_pieces, std::back_inserter(m_ended));
     m_pieces.clear();
     m_piece = {};
     m_poses = 0;
     m_estimated = Instant{};
+}
+
+// With each pose and with each new piece: no more of them wait than there ever were in an occupation.
+void OccupationWatch::FreeOne()
+{
+    if (!m_ended.empty()) m_ended.pop_back();
 }
 
 std::optional<::field::Geodetic> OccupationWatch::Tip() const

@@ -54,6 +54,7 @@ private:
                double declination);
     void Keep(const ::field::Epoch& epoch, std::string leftOut);
     void FormEstimate();
+    void FreeOne();
 
     ::field::Setup m_setup;
     std::unique_ptr<::field::Occupation> m_occupation;
@@ -66,7 +67,9 @@ private:
     ::field::Instant m_estimated{}; // of that of the last estimate
     std::optional<::field::OccupationEstimate> m_estimate;
     std::shared_ptr<const ::field::OccupationTrack> m_track; // of m_estimate
-    std::vector<std::shared_ptr<const ::field::OccupationTrack::Piece>> m_pieces;
+    using Pieces = std::vector<std::shared_ptr<const ::field::OccupationTrack::Piece>>;
+    Pieces m_pieces;
+    Pieces m_ended; // of occupations that ended: freed piece by piece, which takes long at once
     ::field::OccupationTrack::Piece m_piece; // whose epoch has not come yet
     std::size_t m_poses = 0;                 // in all pieces
 };

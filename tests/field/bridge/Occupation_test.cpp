@@ -93,6 +93,31 @@ TEST(LiveOccupation, IsEstimatedAfterTheSentencesWereHandedOut)
     EXPECT_EQ(sent, reported);
 }
 
+TEST(LiveOccupation, FreesWhatItKeptOfAnEndedOnePieceByPiece)
+{
+    Track track = LeanInTrack(8.0, 1.0);
+    for (TrackRow& row : track)
+        if (row.seconds > 6.0) row.antenna.x += 2.0;
+    Options options;
+    options.epoch = [](EpochFields& epoch) { epoch.speed = 30.0; };
+    field::Bridge bridge(TrackSetup());
+    std::vector<std::weak_ptr<const field::OccupationTrack::Piece>> kept;
+    const auto freed = [&] {
+        return std::ranges::count_if(kept, [](const auto& piece) { return piece.expired(); });
+    };
+    for (const Record& record : RecordsOf(track, options)) {
+        const auto before = freed();
+        field::Play(bridge, record);
+        EXPECT_LE(freed() - before, 2);
+        for (const Report& report : bridge.Take())
+            if (report.occupationTrack)
+                kept.assign(report.occupationTrack->pieces.begin(),
+                            report.occupationTrack->pieces.end());
+    }
+    EXPECT_GT(kept.size(), 30U);
+    EXPECT_EQ(freed(), static_cast<long>(kept.size()));
+}
+
 TEST(LiveOccupation, NeedsGyros)
 {
     for (const Report& report : ReportsOf(TrackSetup(), RecordsOf(StandingTrack(5.0))))
