@@ -127,13 +127,7 @@ void OccupationsCommand::AddPole(CLI::App& command)
     UnderHeading(command, "Points and pole");
     AddCount(command, "--points", m_plan.points, 1, 1000000, "Points to occupy");
     AddNumber(command, "--rate", m_plan.rate, in::kRate, "Samples of the sensor per second");
-    AddPoint(command, "--start", m_plan.start, "First tip: N (x), E (y), h in meters");
-    AddNumber(command, "--spacing", m_plan.spacing, in::kDistance,
-              "Distance between neighboring points, m");
-    AddNumber(command, "--relief", m_plan.relief, in::kDistance,
-              "Spread of the points' heights, m");
-    AddNumber(command, "--pole", m_plan.poleLength, tables::kPoleLength,
-              "Pole length, antenna to tip, m");
+    AddPointsAndPole(command, m_plan);
     AddMotionAmount(command, "--sensor-height", &PlantedMotion::sensorHeight, in::kDistance,
                     "Of the sensor above the tip, along the pole, m [1.8]");
     AddStartTime(command, m_plan.startOfDay);

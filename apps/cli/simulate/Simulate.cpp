@@ -217,13 +217,7 @@ void WalkCommand::AddTo(CLI::App& command)
     AddNumber(command, "--rate", m_plan.rate, in::kRate, "Samples per second");
     AddNumber(command, "--dwell", m_plan.dwell, in::kTime, "Time on each point, s");
     AddNumber(command, "--travel", m_plan.travel, in::kTime, "Time between two points, s");
-    AddPoint(command, "--start", m_plan.start, "First tip: N (x), E (y), h in meters");
-    AddNumber(command, "--spacing", m_plan.spacing, in::kDistance,
-              "Distance between neighboring points, m");
-    AddNumber(command, "--relief", m_plan.relief, in::kDistance,
-              "Spread of the points' heights, m");
-    AddNumber(command, "--pole", m_plan.poleLength, tables::kPoleLength,
-              "Pole length, antenna to tip, m");
+    AddPointsAndPole(command, m_plan);
     AddNumber(command, "--least-lean", m_plan.leastLean, in::kLean,
               "Smallest lean on a point, degrees");
     AddNumber(command, "--most-lean", m_plan.mostLean, in::kLean,

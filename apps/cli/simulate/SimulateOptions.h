@@ -47,6 +47,19 @@ CLI::Option* AddCount(CLI::App& command, const std::string& option, int& target,
 CLI::Option* AddPoint(CLI::App& command, const std::string& option, simulation::Point3& target,
                       const std::string& description);
 
+/// --start, --spacing, --relief, --pole of a walk or of occupations
+template <class Plan>
+void AddPointsAndPole(CLI::App& command, Plan& plan)
+{
+    using tables::simulated::kDistance;
+    AddPoint(command, "--start", plan.start, "First tip: N (x), E (y), h in meters");
+    AddNumber(command, "--spacing", plan.spacing, kDistance,
+              "Distance between neighboring points, m");
+    AddNumber(command, "--relief", plan.relief, kDistance, "Spread of the points' heights, m");
+    AddNumber(command, "--pole", plan.poleLength, tables::kPoleLength,
+              "Pole length, antenna to tip, m");
+}
+
 /// --start-time hh:mm:ss
 void AddStartTime(CLI::App& command, double& secondOfDay);
 

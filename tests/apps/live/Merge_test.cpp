@@ -15,15 +15,6 @@ using namespace apps::test;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-std::vector<std::string> LinesOf(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
-
 std::vector<std::string> CellsOf(const std::string& row)
 {
     std::vector<std::string> cells;

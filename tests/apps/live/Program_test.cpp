@@ -7,7 +7,6 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
-#include <sstream>
 
 namespace {
 
@@ -15,15 +14,6 @@ using namespace apps::test;
 using nlohmann::json;
 using testing::HasSubstr;
 using testing::StartsWith;
-
-std::vector<std::string> LinesOf(const std::string& text)
-{
-    std::vector<std::string> lines;
-    std::istringstream stream(text);
-    for (std::string line; std::getline(stream, line);)
-        lines.push_back(line);
-    return lines;
-}
 
 // The recorded pole of examples/pole-replay.csv.
 struct Recorded

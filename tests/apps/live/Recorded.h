@@ -9,6 +9,7 @@
 #include "tests/field/bridge/LivePole.h"
 #include <algorithm>
 #include <gtest/gtest.h>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -47,6 +48,15 @@ inline std::vector<std::string> Joined(std::vector<std::string> a,
 {
     a.insert(a.end(), b.begin(), b.end());
     return a;
+}
+
+inline std::vector<std::string> LinesOf(const std::string& text)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(text);
+    for (std::string line; std::getline(stream, line);)
+        lines.push_back(line);
+    return lines;
 }
 
 inline std::size_t Count(const std::string& text, const std::string& what)
