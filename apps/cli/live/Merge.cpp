@@ -3,22 +3,16 @@
 
 #include "apps/cli/ExitCode.h"
 #include "apps/cli/live/LiveOptions.h"
-#include "apps/cli/live/UtcText.h"
+#include "apps/cli/live/MergeLogs.h"
 #include "apps/live/Feed.h"
 #include "apps/live/ReportText.h"
 #include "apps/tables/Errors.h"
 #include "apps/tables/Messages.h"
 #include "apps/tables/Output.h"
-#include "apps/tables/SampleLog.h"
-#include "field/nmea/Sentence.h"
 #include "field/nmea/StateName.h"
-#include <cerrno>
-#include <charconv>
 #include <cmath>
 #include <fmt/format.h>
-#include <fstream>
 #include <memory>
-#include <system_error>
 
 namespace cli {
 
@@ -43,136 +37,14 @@ computes the tip of each epoch as `tiltpole live` would have done.
 The pose log is a table as `tiltpole measure` reads it, without the antenna, and with one of the
 columns utc, seconds or Time. It holds times of day (13:07:58.120), dates and times
 (2026-11-22T13:07:58.120Z), or seconds since midnight or since 1970, with decimals. --clock tells
-which clock that is. A receiver's log without dates (RMC or ZDA) needs --date. Both logs have to be
-of one day, and in neither may the time run back. Without an epoch no file is written.
+which clock that is. A receiver's log without dates (RMC or ZDA) needs --date. One log may begin
+before midnight and the other after it: dates tell, and without them times of day that are more than
+18 hours apart. In neither may the time run back. Without an epoch no file is written.
 
 Examples:
   tiltpole merge --gnss rover.nmea --pose pose.csv --pole 2.0 --clock pose:utc --out tips.csv
 
 Exit codes: 0 done, 1 no epoch has a tip, 2 wrong use or unreadable input.)";
-
-bool HasChecksum(std::string_view line)
-{
-    const std::size_t star = line.rfind('*');
-    if (star == line.npos || line.size() < star + 3) return false;
-    unsigned stated = 0;
-    const char* const first = line.data() + star + 1;
-    const auto read = std::from_chars(first, first + 2, stated, 16);
-    return read.ptr == first + 2 && tiltpole::field::Checksum(line.substr(1, star - 1)) == stated;
-}
-
-// The time of day of a sentence that has one.
-std::optional<UtcTime> TimeOf(std::string_view line)
-{
-    const std::size_t comma = line.find(',');
-    if (comma != 6 || line.front() != '$' || !HasChecksum(line)) return std::nullopt;
-    const std::string_view type = line.substr(3, 3);
-    if (type != "GGA" && type != "RMC" && type != "GST" && type != "ZDA") return std::nullopt;
-    const std::string_view rest = line.substr(comma + 1);
-    const std::string_view time = rest.substr(0, rest.find_first_of(",*"));
-    constexpr std::size_t kShortest = 6;
-    if (time.size() < kShortest) return std::nullopt;
-    return ParseUtcTime(
-        fmt::format("{}:{}:{}", time.substr(0, 2), time.substr(2, 2), time.substr(4)));
-}
-
-// Lines of the receiver with the time at which they were true.
-class ReceiverLog
-{
-public:
-    explicit ReceiverLog(const std::string& path) : m_path(path), m_file(path, std::ios::binary)
-    {
-        if (!m_file) throw Unreadable();
-        Next();
-    }
-
-    bool IsAtEnd() const { return m_isAtEnd; }
-    double Seconds() const { return m_seconds; } // since the first midnight
-    const std::string& Line() const { return m_line; }
-
-    void Next()
-    {
-        m_isAtEnd = !std::getline(m_file, m_line);
-        if (m_file.bad()) throw Unreadable();
-        m_line += '\n';
-        if (const auto time = TimeOf(m_line)) m_seconds = std::max(m_seconds, m_days.Next(*time));
-    }
-
-private:
-    tables::InputError Unreadable() const
-    {
-        return {m_path, "cannot be read: " + std::generic_category().message(errno)};
-    }
-
-    std::string m_path;
-    std::ifstream m_file;
-    std::string m_line;
-    double m_seconds = 0.0;
-    DayCounter m_days;
-    bool m_isAtEnd = false;
-};
-
-// Samples of the pose sensor with their time.
-class PoseLog
-{
-public:
-    PoseLog(const std::string& path, double ahead) : m_log(path, {}), m_ahead(ahead)
-    {
-        for (const char* const name : {"utc", "seconds", "Time"}) {
-            const auto column = m_log.Rows().Find(name);
-            if (column && !m_column) m_column = column;
-        }
-        if (!m_column) throw m_log.Rows().HeaderError("there is no column utc, seconds or Time");
-        Next();
-    }
-
-    bool IsAtEnd() const { return m_isAtEnd; }
-    double Seconds() const { return m_seconds; }
-    bool HasDate() const { return m_hasDate; }
-
-    field::PoseSample Sample(field::Instant arrival) const
-    {
-        field::PoseSample sample;
-        sample.data = m_log.Pose();
-        sample.deviceSeconds = m_seconds;
-        sample.arrival = arrival;
-        return sample;
-    }
-
-    void Next()
-    {
-        m_isAtEnd = !m_log.Next();
-        if (m_isAtEnd) return;
-        const std::string_view text = m_log.Rows().Field(*m_column);
-        const auto time = ParseUtcTime(text);
-        if (!time) throw m_log.Rows().Error(fmt::format("'{:.40}' is not a time in UTC", text));
-        constexpr double kYear2000 = 946684800.0; // seconds since 1970
-        if (time->hasDate && time->seconds < kYear2000)
-            throw m_log.Rows().Error(fmt::format(
-                "{:.40} seconds since 1970 are before 2000: is the time in seconds?", text));
-        const double seconds = m_days.Next(*time) - m_ahead;
-        if (m_isBegun && seconds == m_seconds && ++m_equal > kMostEqual)
-            throw m_log.Rows().Error("many rows have the same time: it needs decimals of a second");
-        if (m_isBegun && seconds < m_seconds) throw m_log.Rows().Error("the time runs back");
-        if (seconds != m_seconds) m_equal = 0;
-        m_isBegun = true;
-        m_hasDate = time->hasDate;
-        m_seconds = seconds;
-    }
-
-private:
-    static constexpr int kMostEqual = 3; // rows
-
-    tables::SampleLog m_log;
-    double m_ahead; // of the log's clock before UTC [s]
-    std::optional<std::size_t> m_column;
-    DayCounter m_days;
-    double m_seconds = 0.0;
-    bool m_hasDate = false;
-    bool m_isAtEnd = false;
-    bool m_isBegun = false;
-    int m_equal = 0;
-};
 
 constexpr const char* kHeader =
     "date,utc,latitude,longitude,ellipsoidal_height_m,sd_n_m,sd_e_m,sd_h_m,lean_deg,"
@@ -229,23 +101,62 @@ field::Setup MergeSetup(const MergeOptions& options)
     return setup;
 }
 
-// Seconds since 1970 of the midnight that both logs count from, where it is known.
-std::optional<double> MidnightOf(const MergeOptions& options, const PoseLog& pose)
+// How the logs lie to one another: their midnights are those before their starts, and the earlier one
+// is the midnight from which the instants of the merged log count.
+struct Midnights
 {
-    if (!options.date.empty())
-        if (const auto day = ParseUtcTime(options.date + "T00:00:00")) return day->seconds;
-    if (pose.HasDate()) return std::floor(pose.Seconds() / kDay) * kDay;
-    return std::nullopt;
+    double receiver = 0.0;                          // after the earlier one [s]
+    double pose = 0.0;                              // likewise
+    std::optional<std::chrono::sys_days> receivers; // day of the receiver's, where it is known
+    std::optional<double> unix;                     // the earlier one, since 1970 [s]
+};
+
+std::chrono::sys_days DateIn(const std::string& date)
+{
+    const double seconds = ParseUtcTime(date + "T00:00:00")->seconds;
+    return std::chrono::sys_days(std::chrono::days(std::lround(seconds / kDay)));
 }
 
-// Epochs in the order of their time, of the day that was given or that the pose log has.
+tables::InputError OtherDay(const MergeOptions& options, std::chrono::sys_days is,
+                            const std::string& source, std::chrono::sys_days other)
+{
+    return {options.gnss,
+            fmt::format("is of {}, but {} of {}", DateText(is), source, DateText(other))};
+}
+
+Midnights MidnightsOf(const MergeOptions& options, const ReceiverLog& receiver, const PoseLog& pose)
+{
+    LogStart start = receiver.Start().value_or(pose.Start());
+    if (!options.date.empty()) {
+        const auto date = DateIn(options.date);
+        if (start.day && *start.day != date) throw OtherDay(options, *start.day, "--date", date);
+        start.day = date;
+    }
+    const auto days = DaysBetween(start, pose.Start());
+    if (!days) throw OtherDay(options, *start.day, options.pose, *pose.Start().day);
+
+    Midnights midnights;
+    midnights.receiver = std::max(0, *days) * kDay;
+    midnights.pose = std::max(0, -*days) * kDay;
+    midnights.receivers = start.day;
+    if (!start.day && pose.Start().day)
+        midnights.receivers = *pose.Start().day + std::chrono::days(*days);
+    if (midnights.receivers) {
+        const double day = static_cast<double>(midnights.receivers->time_since_epoch().count());
+        midnights.unix = kDay * day - midnights.receiver;
+    }
+    return midnights;
+}
+
+// Epochs in the order of their time, of the day on which the log begins.
 class EpochOrder
 {
 public:
-    EpochOrder(const MergeOptions& options, const PoseLog& pose)
-        : m_options(options),
-          m_poseDay(pose.HasDate() ? std::optional(DayOf(pose.Seconds())) : std::nullopt)
-    {}
+    EpochOrder(const MergeOptions& options, const ReceiverLog& receiver, const Midnights& midnights)
+        : m_options(options), m_first(midnights.receivers)
+    {
+        if (const auto start = receiver.Start()) m_days.Next({start->timeOfDay, false});
+    }
 
     /// @throws InputError where the epoch is earlier than one before it, or of another day
     void Check(const field::Epoch& epoch)
@@ -258,31 +169,18 @@ public:
             throw tables::InputError(m_options.gnss,
                                      fmt::format("the time runs back, to {}", epoch.utc));
         m_last = seconds;
-        if (!epoch.date) return;
-        const auto first = *epoch.date - std::chrono::days(static_cast<int>(seconds / kDay));
-        if (!m_options.date.empty())
-            Compare(first, DayOf(ParseUtcTime(m_options.date + "T00:00:00")->seconds), "--date");
-        if (m_poseDay) Compare(first, *m_poseDay, m_options.pose);
+        if (!epoch.date || !m_first) return;
+        const auto expected = *m_first + std::chrono::days(static_cast<int>(seconds / kDay));
+        if (*epoch.date != expected)
+            throw tables::InputError(
+                m_options.gnss, fmt::format("its time {} is of {}, where {} is expected", epoch.utc,
+                                            DateText(*epoch.date), DateText(expected)));
     }
 
 private:
-    static std::chrono::sys_days DayOf(double seconds)
-    {
-        return std::chrono::sys_days(std::chrono::days(static_cast<int>(seconds / kDay)));
-    }
-
-    void Compare(std::chrono::sys_days is, std::chrono::sys_days other,
-                 const std::string& says) const
-    {
-        if (is != other)
-            throw tables::InputError(
-                m_options.gnss,
-                fmt::format("is of {}, but {} of {}", DateText(is), says, DateText(other)));
-    }
-
     const MergeOptions& m_options;
-    std::optional<std::chrono::sys_days> m_poseDay;
-    std::optional<double> m_last; // since the first midnight [s]
+    std::optional<std::chrono::sys_days> m_first; // day of the log's start
+    std::optional<double> m_last;                 // since the first midnight [s]
     DayCounter m_days;
 };
 
@@ -293,16 +191,15 @@ int Run(const MergeOptions& options)
     field::Setup setup = MergeSetup(options);
     ReceiverLog receiver(options.gnss);
     PoseLog pose(options.pose, options.clock == "pose:gps" ? kLeapSeconds : 0.0);
-    const auto midnight = MidnightOf(options, pose);
-    const double poseBase = pose.HasDate() ? std::floor(pose.Seconds() / kDay) * kDay : 0.0;
-    setup.started = midnight;
+    const Midnights midnights = MidnightsOf(options, receiver, pose);
+    setup.started = midnights.unix;
 
     field::Bridge bridge(setup);
     live::Feed feed(bridge);
     tables::Output out(options.out);
     out.Write(kHeader);
     std::uint64_t tips = 0;
-    EpochOrder order(options, pose);
+    EpochOrder order(options, receiver, midnights);
     const auto write = [&] {
         for (const field::Report& report : bridge.Take()) {
             if (report.epoch.utc.empty()) continue;
@@ -313,12 +210,13 @@ int Run(const MergeOptions& options)
     };
     field::Instant now{};
     while (!receiver.IsAtEnd() || !pose.IsAtEnd()) {
-        const double poseSeconds = pose.Seconds() - poseBase;
+        const double poseSeconds = midnights.pose + pose.Seconds();
+        const double receiverSeconds = midnights.receiver + receiver.Seconds();
         const bool isPose =
-            receiver.IsAtEnd() || (!pose.IsAtEnd() && poseSeconds <= receiver.Seconds());
-        const double seconds = isPose ? poseSeconds : receiver.Seconds();
+            receiver.IsAtEnd() || (!pose.IsAtEnd() && poseSeconds <= receiverSeconds);
+        const double seconds = isPose ? poseSeconds : receiverSeconds;
         now = std::max(now, std::chrono::duration_cast<field::Instant>(
-                                std::chrono::duration<double>(std::max(seconds, 0.0))));
+                                std::chrono::duration<double>(seconds)));
         feed.Advance(now);
         if (isPose) {
             bridge.FeedPose(pose.Sample(now));

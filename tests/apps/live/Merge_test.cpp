@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // tiltpole merge as a user runs it: logs of a receiver and of a pose sensor that were recorded apart.
+#include "field/nmea/Sentence.h"
 #include "tests/apps/RunProgram.h"
 #include "tests/apps/live/Recorded.h"
 #include "tests/field/bridge/PlantedPole.h"
@@ -143,6 +144,98 @@ TEST(Merge, RefusesLogsOfDifferentDays)
                        {"--date", "2026-11-23"});
     logs.Replace("pose.csv", "2026-11-22", "2026-11-21");
     logs.ExpectRefused("pose.csv of 2026-11-21");
+}
+
+// The pole's 5 s begin 2 s before midnight; the receiver's log has all of them.
+struct LogsAroundMidnight : Logs
+{
+    LogsAroundMidnight()
+    {
+        Replace("pose.csv", "2026-11-22T13:07", "2026-11-21T23:59");
+        Replace("pose.csv", "2026-11-22T13:08", "2026-11-22T00:00");
+        std::string nmea;
+        for (std::string line : LinesOf(folder.Read("rover.nmea"))) {
+            const std::size_t time = line.find(",130");
+            if (time == std::string::npos) continue;
+            const bool isBefore = line.compare(time + 1, 4, "1307") == 0;
+            line.replace(time + 1, 4, isBefore ? "2359" : "0000");
+            if (const std::size_t date = line.find(",221126"); isBefore && date != line.npos)
+                line.replace(date, 7, ",211126");
+            nmea += tiltpole::field::Framed(line.substr(1, line.rfind('*') - 1));
+        }
+        folder.Write("rover.nmea", nmea);
+    }
+    // Leaves only the rows of the pose log after midnight.
+    void BeginPoseAfterMidnight() const
+    {
+        std::string pose;
+        for (const std::string& line : LinesOf(folder.Read("pose.csv")))
+            if (!line.starts_with("2026-11-21")) pose += line + "\n";
+        folder.Write("pose.csv", pose);
+    }
+    // Leaves only the sentences of the receiver after midnight.
+    void BeginReceiverAfterMidnight() const
+    {
+        std::string nmea;
+        for (const std::string& line : LinesOf(folder.Read("rover.nmea")))
+            if (line.find(",2359") == std::string::npos) nmea += line + "\n";
+        folder.Write("rover.nmea", nmea);
+    }
+    // The row of 00:00:01 has the tip.
+    void ExpectTip(const std::string& date, const std::vector<std::string>& more = {}) const
+    {
+        const Outcome outcome = Merge(more);
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+        for (const std::string& row : LinesOf(folder.Read("tips.csv"))) {
+            const auto cells = CellsOf(row);
+            if (cells.at(1) != "000001.50") continue;
+            EXPECT_EQ(cells[0], date);
+            ASSERT_NE(cells[2], "") << row;
+            EXPECT_NEAR(std::stod(cells[2]), live_pole::kTip.latitude, 2e-7) << row;
+            EXPECT_NEAR(std::stod(cells[3]), live_pole::kTip.longitude, 3e-7) << row;
+            return;
+        }
+        ADD_FAILURE() << "there is no row of 00:00:01.5";
+    }
+};
+
+TEST(Merge, JoinsLogsThatBeginOnEitherSideOfMidnight)
+{
+    const LogsAroundMidnight poseLater;
+    poseLater.ExpectTip("2026-11-22");
+    poseLater.BeginPoseAfterMidnight();
+    poseLater.ExpectTip("2026-11-22");
+    const LogsAroundMidnight receiverLater;
+    receiverLater.BeginReceiverAfterMidnight();
+    receiverLater.ExpectTip("2026-11-22");
+}
+
+TEST(Merge, JoinsTimesOfDayThatBeginOnEitherSideOfMidnight)
+{
+    const LogsAroundMidnight poseLater;
+    poseLater.BeginPoseAfterMidnight();
+    poseLater.Replace("pose.csv", "2026-11-22T", "");
+    poseLater.ExpectTip("2026-11-22");
+    poseLater.ExpectTip("2026-11-22", {"--date", "2026-11-21"});
+    const LogsAroundMidnight receiverLater;
+    receiverLater.BeginReceiverAfterMidnight();
+    receiverLater.Replace("pose.csv", "2026-11-21T", "");
+    receiverLater.Replace("pose.csv", "2026-11-22T", "");
+    receiverLater.ExpectTip("2026-11-22");
+}
+
+TEST(Merge, RefusesADateThatStepsInTheReceiversLog)
+{
+    const LogsAroundMidnight logs;
+    std::string nmea;
+    for (const std::string& line : LinesOf(logs.folder.Read("rover.nmea"))) {
+        std::string body = line.substr(1, line.rfind('*') - 1);
+        const std::size_t date = body.find(",221126");
+        if (date != body.npos && body.find(",00000") != body.npos) body[date + 2] = '5';
+        nmea += tiltpole::field::Framed(body);
+    }
+    logs.folder.Write("rover.nmea", nmea);
+    logs.ExpectRefused("is of 2026-11-25, where 2026-11-22 is expected");
 }
 
 TEST(Merge, PassesOverATimeThatWasDamaged)
