@@ -3,7 +3,6 @@
 
 #include "apps/charts/ChartPainter.h"
 #include "apps/tables/Errors.h"
-#include "apps/tables/Output.h"
 #include <cairo-svg.h>
 #include <memory>
 #include <utility>
@@ -56,6 +55,16 @@ Frame Picture::Body() const
 
 void Picture::Save(const std::string& path) const
 {
+    tables::WriteFile(path, Bytes(path));
+}
+
+void Picture::Save(tables::OutputFiles& files, const std::string& path) const
+{
+    files.Write(path, Bytes(path));
+}
+
+std::string Picture::Bytes(const std::string& path) const
+{
     std::string content;
     const bool asSvg = EndsWith(path, ".svg");
     const Surface surface(
@@ -86,7 +95,7 @@ void Picture::Save(const std::string& path) const
         throw tables::InputError(path,
                                  std::string("cannot be drawn: ") + cairo_status_to_string(status));
     }
-    tables::WriteFile(path, content);
+    return content;
 }
 
 bool IsPictureName(std::string_view path)

@@ -10,6 +10,7 @@
 #pragma once
 
 #include "apps/charts/Chart.h"
+#include "apps/tables/Output.h"
 #include <string>
 #include <string_view>
 #include <vector>
@@ -30,8 +31,12 @@ public:
     /// Replaces the file: an SVG where its name ends in .svg, otherwise a PNG.
     /// @throws InputError when it cannot be written
     void Save(const std::string& path) const;
+    /// The same as one of the files of a command.
+    void Save(tables::OutputFiles& files, const std::string& path) const;
 
 private:
+    std::string Bytes(const std::string& path) const;
+
     struct Placed
     {
         Chart chart;

@@ -2,7 +2,6 @@
 #include "apps/cli/ParameterOutput.h"
 
 #include "apps/tables/Errors.h"
-#include "apps/tables/Output.h"
 #include "apps/tables/ReadFile.h"
 #include "quality/ParameterFile.h"
 #include <cerrno>
@@ -59,7 +58,7 @@ bool IsSame(CInclineSensor_Position& p, CInclineSensor_Position& q)
 
 } // namespace
 
-void WriteParameters(const std::string& path, const CInclineSensor_Position& position)
+std::string ParameterText(const std::string& path, const CInclineSensor_Position& position)
 {
     const MemoryFile file;
     const CString name(file.Path().c_str());
@@ -72,13 +71,13 @@ void WriteParameters(const std::string& path, const CInclineSensor_Position& pos
         throw tables::InputError(
             path, "was left unchanged, because reading the new content back gave other values");
     }
-    const std::string content = tables::ReadFile(file.Path());
+    std::string content = tables::ReadFile(file.Path());
     if (const auto problems = quality::CheckParameterText(content); !problems.empty()) {
         throw tables::InputError(path,
                                  "was left unchanged, because the calibration is implausible: "
                                      + ToText(problems.front()));
     }
-    tables::WriteFile(path, content);
+    return content;
 }
 
 } // namespace cli

@@ -116,8 +116,42 @@ void Output::Flush()
     m_buffered.clear();
 }
 
-void KeepApart(std::initializer_list<std::string> outputs,
-               std::initializer_list<std::string> inputs)
+Output& OutputFiles::Open(const std::string& path)
+{
+    return *m_outputs.emplace_back(std::make_unique<Output>(path));
+}
+
+void OutputFiles::Write(const std::string& path, std::string_view content)
+{
+    if (path.empty()) return;
+    Output& output = Open(path);
+    if (output.m_file)
+        output.Write(content);
+    else
+        output.m_buffered += content;
+}
+
+void OutputFiles::Finish()
+{
+    bool isClosed = false;
+    std::vector<framework::FileReplacement*> files;
+    for (const auto& output : m_outputs) {
+        try {
+            output->Flush();
+        } catch (const OutputClosed&) {
+            isClosed = true; // `| head` has seen enough, but the files are still wanted
+        }
+        if (output->m_file) files.push_back(&*output->m_file);
+    }
+    if (!framework::CommitTogether(files)) {
+        for (const auto& output : m_outputs)
+            if (output->m_file && output->m_file->Error() != 0)
+                Fail(output->m_name, output->m_file->Error());
+    }
+    if (isClosed) throw OutputClosed();
+}
+
+void KeepApart(const std::vector<std::string>& outputs, const std::vector<std::string>& inputs)
 {
     std::vector<Identity> read;
     for (const std::string& input : inputs)
@@ -135,9 +169,11 @@ void KeepApart(std::initializer_list<std::string> outputs,
         for (const auto& [other, name] : written)
             if (other == *identity)
                 throw InputError(ShownName(output),
-                                 fmt::format("is the same file as the output {}; choose another "
-                                             "name for one of them",
-                                             name));
+                                 isStream && name == ShownName(output)
+                                     ? "is asked for by two outputs; give one of them a file"
+                                     : fmt::format("is the same file as the output {}; choose "
+                                                   "another name for one of them",
+                                                   name));
         written.emplace_back(*identity, ShownName(output));
     }
 }

@@ -5,10 +5,11 @@
 #pragma once
 
 #include "framework/core/AtomicFile.h"
-#include <initializer_list>
+#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <vector>
 
 namespace tables {
 
@@ -33,6 +34,7 @@ public:
     void Finish();
 
 private:
+    friend class OutputFiles;
     void Flush();
 
     std::string m_name;                               // for messages
@@ -40,13 +42,34 @@ private:
     std::string m_buffered;
 };
 
+/// The output files of one command: none is replaced before all of them are complete and on the
+/// device, as framework::CommitTogether describes.
+class OutputFiles
+{
+public:
+    /// One more file, which is finished with the others. The file that the others belong to comes
+    /// last: it is the last one to be replaced.
+    /// @throws InputError when it cannot be opened for writing
+    Output& Open(const std::string& path);
+
+    /// One more file and its whole content; nothing where `path` is empty.
+    /// @throws as Open and Output::Write
+    void Write(const std::string& path, std::string_view content);
+
+    /// Replaces the files. Nothing may be written afterward.
+    /// @throws as Output::Write
+    void Finish();
+
+private:
+    std::vector<std::unique_ptr<Output>> m_outputs;
+};
+
 /// Refuses files that a command must not use together: an output that is an input - recordings
 /// often exist only once - and an output that is another output. Links are followed, files that are
 /// still to be made are compared by folder and name. Empty names are ignored, "-" is standard input
 /// or standard output; terminals and other character devices can be used more than once.
 /// @throws InputError naming the output file
-void KeepApart(std::initializer_list<std::string> outputs,
-               std::initializer_list<std::string> inputs);
+void KeepApart(const std::vector<std::string>& outputs, const std::vector<std::string>& inputs);
 
 /// Replaces the file in one step.
 /// @throws as Output

@@ -104,8 +104,10 @@ struct FileReplacement::State
     bool Begin(const std::string& path);
     bool BeginInFolder();
     bool Write(std::string_view bytes);
-    bool Commit();
+    bool Prepare();
+    bool Replace();
     bool RenameOrOverwrite();
+    void Settle();
 
     // After a failure nothing is tried again: its reason stays.
     bool Check(bool done)
@@ -178,28 +180,36 @@ bool FileReplacement::State::Write(std::string_view bytes)
     return Check(WriteAll(way == Way::Stream ? stream.Get() : beside.Get(), bytes));
 }
 
-bool FileReplacement::State::Commit()
+// All that can be done while the old content is still there.
+bool FileReplacement::State::Prepare()
 {
-    if (error != 0) return false;
+    return error == 0 && (way != Way::Beside || Check(Flush(beside.Get())));
+}
+
+bool FileReplacement::State::Replace()
+{
     switch (way) {
     case Way::Stream:
         return Check(stream.Close());
     case Way::InPlace:
         return Check(OverwriteInPlace(target, content));
     default:
-        return Check(Flush(beside.Get()) && RenameOrOverwrite());
+        return Check(RenameOrOverwrite());
     }
 }
 
 bool FileReplacement::State::RenameOrOverwrite()
 {
-    if (beside.RenameTo(NameOf(target))) {
-        beside.FlushFolder();
-        beside.Remove();
-        return true;
-    }
+    if (beside.RenameTo(NameOf(target))) return true;
     return exists && IsRefusal(errno) && AppendContentOf(beside.Get(), content)
            && OverwriteInPlace(target, content);
+}
+
+void FileReplacement::State::Settle()
+{
+    if (way != Way::Beside || error != 0) return;
+    beside.FlushFolder();
+    beside.Remove();
 }
 
 FileReplacement::FileReplacement(const std::string& path) : m_state(std::make_unique<State>(path))
@@ -214,12 +224,31 @@ bool FileReplacement::Write(std::string_view bytes)
 
 bool FileReplacement::Commit()
 {
-    return m_state->Commit();
+    FileReplacement* const self = this;
+    return CommitTogether({&self, 1});
 }
 
 int FileReplacement::Error() const
 {
     return m_state->error;
+}
+
+bool CommitTogether(std::span<FileReplacement* const> files)
+{
+    using State = FileReplacement::State;
+    const auto all = [files](auto&& step) {
+        return std::all_of(files.begin(), files.end(),
+                           [&step](FileReplacement* file) { return step(*file->m_state); });
+    };
+    const auto isBeside = [](const State& file) { return file.way == State::Way::Beside; };
+    const bool done = all([](State& file) { return file.Prepare(); })
+                      && all([&](State& file) { return isBeside(file) || file.Replace(); })
+                      && all([&](State& file) { return !isBeside(file) || file.Replace(); });
+    all([](State& file) {
+        file.Settle();
+        return true;
+    });
+    return done;
 }
 
 bool ReplaceFileContent(const CString& path, std::string_view bytes)

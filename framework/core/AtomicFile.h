@@ -12,6 +12,13 @@
 ///         file.Write(row.Text());
 ///     if (!file.Commit()) std::fputs(std::strerror(file.Error()), stderr);
 ///
+///     // Files that belong together: all of the old ones, or all of the new ones.
+///     framework::FileReplacement points("/var/lib/pole/points.csv");
+///     framework::FileReplacement index("/var/lib/pole/points.idx");
+///     framework::FileReplacement* const both[] = {&points, &index};
+///     if (!points.Write(rows) || !index.Write(places) || !framework::CommitTogether(both))
+///         return 0;
+///
 /// How it is done. The new content goes into another file of the same folder,
 /// ".tiltpole-HOST-RANDOM.new", which is flushed to the device and renamed to the name wanted. A
 /// process that is killed in between leaves that file behind; the next replacement in the folder
@@ -33,10 +40,25 @@
 #include "framework/core/String.h"
 
 #include <memory>
+#include <span>
 #include <string>
 #include <string_view>
 
 namespace framework {
+
+class FileReplacement;
+
+/// Puts several new contents in the place of the old ones: all of them are flushed to the device
+/// before the first file is replaced, and then the files are renamed one right after the other, in
+/// this order. What is written in place, and devices and pipes, come before those.
+///
+/// So a full disk, a device that fails and a file that may not be written leave all the old files.
+/// What is left is the moment between the first and the last renaming: whoever is interrupted there
+/// leaves the first files new and the others old. Let the file on which the others depend be the
+/// last one.
+/// @return false where a file was not replaced: Error() of that file has the reason
+/// @throws std::bad_alloc  as Commit
+TILTPOLE_API bool CommitTogether(std::span<FileReplacement* const> files);
 
 /// A new content for a file, written piece by piece; the old one stays until Commit.
 class TILTPOLE_API FileReplacement
@@ -64,6 +86,7 @@ public:
     int Error() const;
 
 private:
+    friend TILTPOLE_API bool CommitTogether(std::span<FileReplacement* const> files);
     struct State;
     std::unique_ptr<State> m_state;
 };

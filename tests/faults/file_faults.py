@@ -4,7 +4,9 @@
 
 usage: file_faults.py PROGRAM PRELOADED_LIBRARY
 
-The processes write below a scratch folder only. After each run every output is its old or its new content, whole. A run that ends with 0 left the new one;
+The processes write below a scratch folder only. After each run every output is its old or its new content, whole, and
+those of one command are all old or all new. Only a fault of the renaming itself may leave some of each, and then the
+file that the others belong to is an old one. A run that ends with 0 left the new ones;
 one that was not killed left no other file in the folder (one that was asked to end neither), and says why where it
 ends with another code. The next run after a kill succeeds and removes what was left over. Prints how many runs there were.
 """
@@ -22,20 +24,20 @@ PAIRS = "x_source,y_source,x_target,y_target\n0,0,1,1\n9,0,10,1\n0,9,1,10\n"
 
 
 def commands(folder, run):
-    """Each saving command with its outputs in `folder`/out; their inputs are made in `folder`."""
+    """Each saving command, its outputs in `folder`/out, and the one that they belong to; their inputs are made in `folder`."""
     inputs = {name: str(folder / name) for name in ("walk.csv", "h.csv", "v.csv", "pairs.csv")}
     run("simulate", "walk", "--points", "1", "--out", inputs["walk.csv"])
     run("simulate", "turns", "--samples", "120", "--horizontal", inputs["h.csv"], "--vertical",
         inputs["v.csv"])
     pathlib.Path(inputs["pairs.csv"]).write_text(PAIRS)
     out = folder / "out"
-    yield ["simulate", "points", "--out", str(out / "points.csv")]
-    yield ["simulate", "walk", "--points", "1", "--out", str(out / "w.csv"), "--truth",
-           str(out / "t.csv")]
-    yield ["measure", inputs["walk.csv"], "--pole", "2", "--out", str(out / "tips.csv")]
-    yield ["transform", "fit", inputs["pairs.csv"], "--out", str(out / "fit.json")]
-    yield ["calibrate", "--horizontal", inputs["h.csv"], "--vertical", inputs["v.csv"], "--force",
-           "--out", str(out / "pole.cfg")]
+    yield "points.csv", ["simulate", "points", "--out", str(out / "points.csv")]
+    yield "w.csv", ["simulate", "walk", "--points", "1", "--out", str(out / "w.csv"), "--truth",
+                    str(out / "t.csv")]
+    yield "tips.csv", ["measure", inputs["walk.csv"], "--pole", "2", "--out", str(out / "tips.csv")]
+    yield "fit.json", ["transform", "fit", inputs["pairs.csv"], "--out", str(out / "fit.json")]
+    yield "pole.cfg", ["calibrate", "--horizontal", inputs["h.csv"], "--vertical", inputs["v.csv"],
+                       "--force", "--out", str(out / "pole.cfg")]
 
 
 class Check:
@@ -61,7 +63,7 @@ class Check:
         for name, content in old.items():
             (out / name).write_bytes(content)
 
-    def one(self, words, out, names, old, new, fault, told):
+    def one(self, words, out, last, names, old, new, fault, told):
         """Runs with a fault; False where the program makes fewer calls."""
         self.reset(out, old)
         told.unlink(missing_ok=True)
@@ -73,6 +75,9 @@ class Check:
         self.calls[call] = self.calls.get(call, 0) + 1
         shown = f"{fault['TILTPOLE_FAULT']} at {call} {fault['TILTPOLE_FAULT_AT']}"
         found = {path.name: path.read_bytes() for path in out.iterdir()}
+        ages = {name: "old" if found.get(name) == old.get(name) else "new" for name in names}
+        if len(set(ages.values())) > 1 and (call != "renameat" or ages[last] == "new"):
+            self.complain(f"files of different ages: {ages}", words, shown)
         for name in names:
             content = found.pop(name, None)
             if content != old.get(name) and not self.is_new(name, content, new):
@@ -100,7 +105,7 @@ class Check:
         return content == new[name] or (name.endswith(".json") and b"made_utc" in content
                                         and len(content) == len(new[name]))
 
-    def command(self, words, out, told):
+    def command(self, last, words, out, told):
         self.reset(out, {})
         if self.run(*words).returncode != 0:
             raise SystemExit(f"{words[:2]} does not run at all")
@@ -109,7 +114,7 @@ class Check:
         for old in ({}, {name: b"old\n" for name in names if not name.endswith(".cfg.json")}):
             for kind, error in FAULTS:
                 at = 1
-                while self.one(words, out, names, old, new,
+                while self.one(words, out, last, names, old, new,
                                {"TILTPOLE_FAULT": kind, "TILTPOLE_FAULT_AT": str(at),
                                 "TILTPOLE_FAULT_ERROR": str(error)}, told):
                     at += 1
@@ -122,9 +127,9 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         folder = pathlib.Path(scratch)
         (folder / "out").mkdir()
-        for words in commands(folder, check.run):
+        for last, words in commands(folder, check.run):
             before = check.runs
-            check.command(words, folder / "out", folder / "told")
+            check.command(last, words, folder / "out", folder / "told")
             print(f"{' '.join(words[:2])}: {check.runs - before} runs with a fault")
     print(f"{check.runs} runs, {check.failures} losses; "
           + ", ".join(f"{name} {count}" for name, count in sorted(check.calls.items())))

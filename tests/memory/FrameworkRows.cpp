@@ -242,6 +242,11 @@ void AddFileRows(std::vector<Row>& rows)
             const bool done = file.Write("a new ") && file.Write("content") && file.Commit();
             f.n = done && file.Error() == 0 ? 1 : 0;
         });
+    add("framework::CommitTogether", Shortage::Throws, [](Files& f) {
+        framework::FileReplacement file(f.bytes);
+        framework::FileReplacement* const files[] = {&file};
+        f.n = file.Write("a new content") && framework::CommitTogether(files) ? 1 : 0;
+    });
     add("framework::MakeFolder", Shortage::Reports,
         [](Files& f) { f.n = framework::MakeFolder(f.other) ? 1 : 0; });
     add("GetFileAttributesW", Shortage::Reports,

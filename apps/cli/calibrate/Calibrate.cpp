@@ -149,8 +149,8 @@ std::string Refusal(const CalibrationReport& report, const std::optional<Assesse
     return text + "--force writes it)";
 }
 
-int Conclude(const CalibrateOptions& options, const BiasAngles& bias, const Assessed& chosen,
-             const std::optional<Assessed>& alternative)
+int Conclude(tables::OutputFiles& files, const CalibrateOptions& options, const BiasAngles& bias,
+             const Assessed& chosen, const std::optional<Assessed>& alternative)
 {
     const CalibrationReport& report = chosen.report;
     const bool accepted =
@@ -162,7 +162,7 @@ int Conclude(const CalibrateOptions& options, const BiasAngles& bias, const Asse
         tables::Tell("{}: {}\n", options.out, Refusal(report, alternative));
         return exitCode;
     }
-    SaveWithRecord(options.out, chosen.run.calibration, bias,
+    SaveWithRecord(files, options.out, chosen.run.calibration, bias,
                    {report.isJoint ? "joint" : "adjust", std::string(Name(report.verdict))});
     return exitCode;
 }
@@ -191,9 +191,13 @@ int CalibrateTurns(const CalibrateOptions& options)
     if (IsJoint(options) && chosen.run.solverAnswer == 0) {
         tables::Tell("The joint fit was rejected: {}.\n", Describe(chosen.report.jointFit));
     }
-    if (!options.report.empty()) tables::WriteFile(options.report, JsonText(json));
-    if (!options.plot.empty()) SaveCalibrationPicture(options.plot, chosen.report, chosen.run);
-    return Conclude(options, bias, chosen, alternative);
+    tables::OutputFiles files;
+    files.Write(options.report, JsonText(json));
+    if (!options.plot.empty())
+        SaveCalibrationPicture(files, options.plot, chosen.report, chosen.run);
+    const int exitCode = Conclude(files, options, bias, chosen, alternative);
+    files.Finish();
+    return exitCode;
 }
 
 // Options that a way of working does not use would be ignored.

@@ -127,11 +127,10 @@ int CalibrateOnTheSpot(const SpotOptions& options)
         return kNegative;
     }
     if (options.out.empty()) return kDone;
-    if (!found.result.a.found)
-        throw tables::InputError(options.log, "has no readings of magnetometer A: there is nothing "
-                                              "to write into a parameter file");
-    SaveWithRecord(options.out, CalibrationOf(found.result), {}, {"spot", "usable"});
-    if (!sidecar.empty()) tables::WriteFile(sidecar, JsonText(json));
+    tables::OutputFiles files;
+    files.Write(sidecar, JsonText(json));
+    SaveWithRecord(files, options.out, CalibrationOf(found.result), {}, {"spot", "usable"});
+    files.Finish();
     return kDone;
 }
 

@@ -3,6 +3,7 @@
 // The output files of a calibration: the report as JSON, the picture, the parameter file.
 #pragma once
 
+#include "apps/tables/Output.h"
 #include "quality/CalibrationReport.h"
 #include <nlohmann/json.hpp>
 #include <string>
@@ -19,11 +20,12 @@ nlohmann::ordered_json CalibrationJson(const quality::Calibration& calibration);
 
 /// Raw and corrected readings of both turns in their planes, missing sectors marked; PNG or SVG.
 /// @throws InputError when the file cannot be written
-void SaveCalibrationPicture(const std::string& path, const quality::CalibrationReport& report,
+void SaveCalibrationPicture(tables::OutputFiles& files, const std::string& path,
+                            const quality::CalibrationReport& report,
                             const quality::CalibrationRun& run);
 
-/// Replaces the parameter file.
-/// @throws as WriteParameters
-void SaveParameters(const std::string& path, const quality::Calibration& calibration);
+/// The content of the parameter file.
+/// @throws as ParameterText
+std::string ParametersOf(const std::string& path, const quality::Calibration& calibration);
 
 } // namespace cli

@@ -193,8 +193,8 @@ std::string Subtitle(const CalibrationReport& report)
 
 } // namespace
 
-void SaveCalibrationPicture(const std::string& path, const CalibrationReport& report,
-                            const CalibrationRun& run)
+void SaveCalibrationPicture(tables::OutputFiles& files, const std::string& path,
+                            const CalibrationReport& report, const CalibrationRun& run)
 {
     const TurnView turns[] = {
         {run.recorded.horizontal, run.used.horizontal, report.horizontal, TurnAxis::Horizontal,
@@ -216,7 +216,7 @@ void SaveCalibrationPicture(const std::string& path, const CalibrationReport& re
         picture.Place(CorrectedChart(turn, run.calibration),
                       {body.x + width, body.y + row * height, width, height - kGap});
     }
-    picture.Save(path);
+    picture.Save(files, path);
 }
 
 } // namespace cli

@@ -6,7 +6,6 @@
 #include "apps/cli/calibrate/CalibrationOutput.h"
 #include "apps/tables/Errors.h"
 #include "apps/tables/Messages.h"
-#include "apps/tables/Output.h"
 #include "apps/tables/ReadFile.h"
 
 #include <cmath>
@@ -149,22 +148,18 @@ void CheckNameBeside(const std::string& parameterFile, const std::string& name, 
                                                what, parameterFile));
 }
 
-void SaveWithRecord(const std::string& parameterFile, const quality::Calibration& calibration,
-                    const BiasAngles& given, const RecordedVerdict& verdict)
+void SaveWithRecord(tables::OutputFiles& files, const std::string& parameterFile,
+                    const quality::Calibration& calibration, const BiasAngles& given,
+                    const RecordedVerdict& verdict)
 {
     quality::Calibration sum = calibration;
     sum.biasAngleA += given.a;
     sum.biasAngleB += given.b;
-    const std::string name = RecordOf(parameterFile);
-    if (name.empty()) return SaveParameters(parameterFile, sum);
-
-    SaveParameters(parameterFile, sum);
+    const std::string parameters = ParametersOf(parameterFile, sum);
     CInclineSensor_Position position;
-    const bool isPlausible =
-        quality::LoadParameterText(tables::ReadFile(parameterFile), position).empty();
-    if (!isPlausible && position.ConfigRead(parameterFile.c_str()) != 1) {
+    if (!quality::LoadParameterText(parameters, position).empty())
         throw tables::InputError(parameterFile, "cannot be read again");
-    }
+
     ordered_json record = JsonHeader("calibration record");
     record["method"] = verdict.method;
     record["verdict"] = verdict.verdict;
@@ -173,7 +168,8 @@ void SaveWithRecord(const std::string& parameterFile, const quality::Calibration
     record["bias_found_a_deg"] = calibration.biasAngleA;
     record["bias_found_b_deg"] = calibration.biasAngleB;
     record["calibration"] = CalibrationJson(ValuesOf(position));
-    tables::WriteFile(name, JsonText(record));
+    files.Write(RecordOf(parameterFile), JsonText(record));
+    files.Write(parameterFile, parameters);
 }
 
 } // namespace cli

@@ -9,6 +9,7 @@
 // since is noticed. Its format: docs/programs.md, "The record beside the parameter file".
 #pragma once
 
+#include "apps/tables/Output.h"
 #include "quality/Calibration.h"
 #include <nlohmann/json.hpp>
 #include <string>
@@ -54,12 +55,14 @@ void CheckRecordName(const std::string& parameterFile);
 void CheckNameBeside(const std::string& parameterFile, const std::string& name, const char* what,
                      const char* format);
 
-/// Writes a parameter file with the sum of both bias angles, then its record.
+/// Adds a parameter file with the sum of both bias angles and its record to the files of a command,
+/// the parameter file last.
 ///
 /// @param calibration  its bias angles are those that the fit found [degrees]
 /// @param given        those of the operator [degrees]
-/// @throws as SaveParameters; InputError when the record cannot be written
-void SaveWithRecord(const std::string& parameterFile, const quality::Calibration& calibration,
-                    const BiasAngles& given, const RecordedVerdict& verdict);
+/// @throws as ParametersOf and OutputFiles::Write
+void SaveWithRecord(tables::OutputFiles& files, const std::string& parameterFile,
+                    const quality::Calibration& calibration, const BiasAngles& given,
+                    const RecordedVerdict& verdict);
 
 } // namespace cli

@@ -4,7 +4,7 @@
 
 namespace cli {
 
-void SaveParameters(const std::string& path, const quality::Calibration& calibration)
+std::string ParametersOf(const std::string& path, const quality::Calibration& calibration)
 {
     CInclineSensor_Position position;
     position.SetMagneticCorrectPar_A(calibration.correctionA);
@@ -12,7 +12,7 @@ void SaveParameters(const std::string& path, const quality::Calibration& calibra
     position.SetMagneticTranslationPar(calibration.translation);
     position.SetMagneticBiasAngle_A(calibration.biasAngleA);
     position.SetMagneticBiasAngle_B(calibration.biasAngleB);
-    WriteParameters(path, position);
+    return ParameterText(path, position);
 }
 
 } // namespace cli

@@ -45,29 +45,25 @@ public:
                                          "is not a sink of --replay, which writes file:PATH or -");
             if (!isFile && options.json)
                 throw tables::InputError("--json and --serve - both write to standard output");
-            m_nmea.push_back(std::make_unique<tables::Output>(isFile ? sink.name : "-"));
+            m_nmea.push_back(&m_files.Open(isFile ? sink.name : "-"));
         }
-        if (options.json) m_json = std::make_unique<tables::Output>("-");
+        if (options.json) m_json = &m_files.Open("-");
     }
 
     void Write(const field::Report& report)
     {
         if (report.nmea.empty()) return;
-        for (const auto& output : m_nmea)
+        for (tables::Output* const output : m_nmea)
             output->Write(report.nmea);
         if (m_json) m_json->Write(live::ReportJson(report));
     }
 
-    void Finish()
-    {
-        for (const auto& output : m_nmea)
-            output->Finish();
-        if (m_json) m_json->Finish();
-    }
+    void Finish() { m_files.Finish(); }
 
 private:
-    std::vector<std::unique_ptr<tables::Output>> m_nmea;
-    std::unique_ptr<tables::Output> m_json;
+    tables::OutputFiles m_files;
+    std::vector<tables::Output*> m_nmea;
+    tables::Output* m_json = nullptr;
 };
 
 // What the surveyor asked for while it was recorded, done again where there is a job.

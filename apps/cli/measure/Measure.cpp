@@ -182,8 +182,8 @@ public:
         m_summary.SetColumns(tables::DescribeColumns(m_log.Rows(), m_log.UsedColumns()));
         const bool rowsGoOut = !options.out.empty() || !options.json;
         if (!rowsGoOut) return;
-        m_output.emplace(options.out.empty() ? "-" : options.out);
-        m_table.emplace(*m_output, m_log, m_summary.Setup().truth, m_watch.has_value());
+        tables::Output& rows = m_files.Open(options.out.empty() ? "-" : options.out);
+        m_table.emplace(rows, m_log, m_summary.Setup().truth, m_watch.has_value());
     }
 
     int Measure()
@@ -231,14 +231,15 @@ private:
             m_summary.Skipped()
             - std::min<std::uint64_t>(m_summary.Skipped(), MeasureSummary::kMostNamed);
         if (unnamed > 0) tables::Tell("{} more rows were skipped.\n", unnamed);
-        if (m_output) m_output->Finish();
+        const bool draws = !m_options.plot.empty() && m_summary.Samples() > 0;
+        if (draws) m_picture.Save(m_files, m_options.plot, m_summary);
+        m_files.Finish();
         if (m_options.json) PrintJson(Json());
         if (m_summary.Samples() == 0) {
             tables::Tell("{}: no sample could be measured{}\n", m_log.Rows().Name(),
                          m_summary.WithoutAntenna() > 0 ? ": no row has an antenna position" : "");
             return kNegative;
         }
-        if (!m_options.plot.empty()) m_picture.Save(m_options.plot, m_summary);
         if (!m_options.json) tables::TellText(m_summary.Text() + (m_watch ? m_watch->Text() : ""));
         return kDone;
     }
@@ -258,7 +259,7 @@ private:
     std::optional<FieldWatch> m_watch;
     MeasurePicture m_picture;
     tables::Progress m_progress;
-    std::optional<tables::Output> m_output;
+    tables::OutputFiles m_files;
     std::optional<TipTable> m_table;
 };
 

@@ -53,7 +53,8 @@ void MeasurePicture::Add(const Measurement& m)
     m_tipsByTilt[tiltClass].Add({1000.0 * tip.x, 1000.0 * tip.y});
 }
 
-void MeasurePicture::Save(const std::string& path, MeasureSummary& summary) const
+void MeasurePicture::Save(tables::OutputFiles& files, const std::string& path,
+                          MeasureSummary& summary) const
 {
     const MeasureSetup& setup = summary.Setup();
     const auto slash = setup.log.find_last_of('/');
@@ -77,7 +78,7 @@ void MeasurePicture::Save(const std::string& path, MeasureSummary& summary) cons
         frame.width = each;
     }
     picture.Place(Plan(), frame);
-    picture.Save(path);
+    picture.Save(files, path);
 }
 
 Chart MeasurePicture::Plan() const

@@ -6,6 +6,7 @@
 
 #include "apps/charts/ThinnedPoints.h"
 #include "apps/cli/measure/MeasureSummary.h"
+#include "apps/tables/Output.h"
 #include <array>
 
 namespace cli {
@@ -18,7 +19,7 @@ public:
     void Add(const Measurement& measurement);
 
     /// @throws InputError when the picture cannot be written
-    void Save(const std::string& path, MeasureSummary& summary) const;
+    void Save(tables::OutputFiles& files, const std::string& path, MeasureSummary& summary) const;
 
 private:
     static constexpr std::size_t kTiltClasses = 3;

@@ -128,6 +128,14 @@ OccupySetup SetupOf(const OccupyOptions& options)
     return setup;
 }
 
+void WriteFiles(const OccupyOptions& options, const OccupyResult& result)
+{
+    tables::OutputFiles files;
+    if (!options.plot.empty()) SaveOccupyPicture(files, options.plot, result);
+    if (!options.out.empty()) files.Write(options.out, OccupyTable(result));
+    files.Finish();
+}
+
 int Run(const OccupyOptions& options)
 {
     const std::string& log = options.setup.log;
@@ -138,8 +146,7 @@ int Run(const OccupyOptions& options)
     if (!result.setup.truth.empty()) CompareWithTruth(result);
     const auto refused = [](const OccupiedPoint& point) { return point.IsRefused(); };
     const bool allRefused = std::all_of(result.points.begin(), result.points.end(), refused);
-    if (!options.out.empty() && !allRefused) tables::WriteFile(options.out, OccupyTable(result));
-    if (!options.plot.empty() && !allRefused) SaveOccupyPicture(options.plot, result);
+    if (!allRefused) WriteFiles(options, result);
     if (options.json) {
         PrintJson(OccupyJson(result));
     } else if (!allRefused) {

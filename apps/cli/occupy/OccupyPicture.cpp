@@ -201,7 +201,8 @@ std::string Subtitle(const OccupyResult& result, bool overview)
 
 } // namespace
 
-void SaveOccupyPicture(const std::string& path, const OccupyResult& result)
+void SaveOccupyPicture(tables::OutputFiles& files, const std::string& path,
+                       const OccupyResult& result)
 {
     const std::size_t count = result.points.size();
     const bool overview = count > 1;
@@ -229,7 +230,7 @@ void SaveOccupyPicture(const std::string& path, const OccupyResult& result)
         PlaceView(picture, result.points[i],
                   {body.x + column * (each + kGap), body.y + row * (kView + kGap), each, kView});
     }
-    picture.Save(path);
+    picture.Save(files, path);
 }
 
 } // namespace cli

@@ -6,12 +6,14 @@
 #pragma once
 
 #include "apps/cli/occupy/OccupiedPoint.h"
+#include "apps/tables/Output.h"
 
 namespace cli {
 
 inline constexpr std::size_t kMostViews = 6; // points with views of their own
 
 /// @throws InputError when the picture cannot be written
-void SaveOccupyPicture(const std::string& path, const OccupyResult& result);
+void SaveOccupyPicture(tables::OutputFiles& files, const std::string& path,
+                       const OccupyResult& result);
 
 } // namespace cli

@@ -233,12 +233,14 @@ int OccupationsCommand::Run()
     const OccupationPlan plan = Plan();
     RefuseProblem(ProblemOf(plan));
     tables::KeepApart({m_out, m_truth, m_scene, m_options.ParameterFile()}, {m_antennaFile});
-    m_options.WriteParameters();
+    tables::OutputFiles files;
+    m_options.WriteParameters(files);
     const simulation::Occupations log =
         SimulateOccupations(scene.sensor, scene.field, plan, scene.seed);
-    tables::WriteFile(m_out, TextOf(log));
-    if (!m_truth.empty()) tables::WriteFile(m_truth, TipsOf(log));
-    if (!m_scene.empty()) tables::WriteFile(m_scene, TruthOfOccupations(scene, plan, log));
+    files.Write(m_truth, TipsOf(log));
+    if (!m_scene.empty()) files.Write(m_scene, TruthOfOccupations(scene, plan, log));
+    files.Write(m_out, TextOf(log));
+    files.Finish();
     PrintResult(scene, log);
     return kDone;
 }

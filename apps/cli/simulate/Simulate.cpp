@@ -53,7 +53,8 @@ public:
 private:
     void AddOperator(CLI::App& command);
     TurnPlan PlanOf(TurnAxis axis) const;
-    void Write(TurnAxis axis, const std::string& path);
+    void Write(tables::OutputFiles& files, TurnAxis axis, const std::string& path);
+    void TellWritten() const;
 
     SceneOptions m_options;
     MagnetOptions m_magnets;
@@ -142,13 +143,13 @@ TurnPlan Turns::PlanOf(TurnAxis axis) const
     return plan;
 }
 
-void Turns::Write(TurnAxis axis, const std::string& path)
+void Turns::Write(tables::OutputFiles& files, TurnAxis axis, const std::string& path)
 {
     if (path.empty()) return;
     const TurnPlan plan = PlanOf(axis);
     const simulation::Recording turn =
         SimulateTurn(m_scene.sensor, m_scene.field, plan, m_scene.seed);
-    tables::WriteFile(path, TextOf(turn));
+    files.Write(path, TextOf(turn));
     m_results.push_back({plan, turn.samples.size()});
     const char* name = axis == TurnAxis::Horizontal ? "horizontal" : "vertical";
     m_logs.push_back({
@@ -157,9 +158,14 @@ void Turns::Write(TurnAxis axis, const std::string& path)
         {"samples_taken",   plan.samples       },
         {"samples_written", turn.samples.size()}
     });
-    if (m_json) return;
-    Say(fmt::format("{}: {} turn, {} of {} samples written", path, name, turn.samples.size(),
-                    plan.samples));
+}
+
+void Turns::TellWritten() const
+{
+    for (const ordered_json& log : m_logs)
+        Say(fmt::format("{}: {} turn, {} of {} samples written", log["log"].get<std::string>(),
+                        log["axis"].get<std::string>(), log["samples_written"].get<std::size_t>(),
+                        log["samples_taken"].get<int>()));
 }
 
 int Turns::Run()
@@ -172,16 +178,20 @@ int Turns::Run()
     RefuseProblem(ProblemOf(PlanOf(TurnAxis::Horizontal)));
     RefuseProblem(ProblemOf(PlanOf(TurnAxis::Vertical)));
     tables::KeepApart({m_horizontal, m_vertical, m_truth, m_options.ParameterFile()}, {});
-    m_options.WriteParameters();
-    Write(TurnAxis::Horizontal, m_horizontal);
-    Write(TurnAxis::Vertical, m_vertical);
-    if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfTurns(m_scene, m_results));
+    tables::OutputFiles files;
+    m_options.WriteParameters(files);
+    Write(files, TurnAxis::Horizontal, m_horizontal);
+    Write(files, TurnAxis::Vertical, m_vertical);
+    if (!m_truth.empty()) files.Write(m_truth, TruthOfTurns(m_scene, m_results));
+    files.Finish();
     if (m_json) {
         ordered_json json = JsonHeader("simulate turns");
         json["seed"] = m_scene.seed;
         json["turns"] = m_logs;
         json["truth"] = NameOrNull(m_truth);
         PrintJson(json);
+    } else {
+        TellWritten();
     }
     return kDone;
 }
@@ -256,10 +266,12 @@ int WalkCommand::Run()
     if (m_silent) m_plan.noise = Silent(m_plan.noise);
     RefuseProblem(ProblemOf(m_plan));
     tables::KeepApart({m_out, m_truth, m_options.ParameterFile()}, {});
-    m_options.WriteParameters();
+    tables::OutputFiles files;
+    m_options.WriteParameters(files);
     const simulation::Walk walk = SimulateWalk(scene.sensor, scene.field, m_plan, scene.seed);
-    tables::WriteFile(m_out, TextOf(walk));
-    if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfWalk(scene, m_plan, walk));
+    if (!m_truth.empty()) files.Write(m_truth, TruthOfWalk(scene, m_plan, walk));
+    files.Write(m_out, TextOf(walk));
+    files.Finish();
     if (m_json) {
         ordered_json json = JsonHeader("simulate walk");
         json["seed"] = scene.seed;
@@ -335,8 +347,10 @@ int PointsCommand::Run() const
             fmt::format("there is only room for {} of {} positions: lean more, or "
                         "use a smaller --spacing",
                         count, m_plan.points));
-    tables::WriteFile(m_out, TextOf(positions));
-    if (!m_truth.empty()) tables::WriteFile(m_truth, TruthOfPoints(m_seed, m_plan, positions));
+    tables::OutputFiles files;
+    if (!m_truth.empty()) files.Write(m_truth, TruthOfPoints(m_seed, m_plan, positions));
+    files.Write(m_out, TextOf(positions));
+    files.Finish();
     if (m_json) {
         ordered_json json = JsonHeader("simulate points");
         json["seed"] = m_seed;

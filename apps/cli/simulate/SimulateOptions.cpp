@@ -383,7 +383,7 @@ simulation::Scene SceneOptions::Result() const
     return m_scene;
 }
 
-void SceneOptions::WriteParameters() const
+void SceneOptions::WriteParameters(tables::OutputFiles& files) const
 {
     if (m_config.empty()) return;
     const simulation::Scene scene = Result();
@@ -397,7 +397,7 @@ void SceneOptions::WriteParameters() const
     position.SetMagneticCorrectPar_B(*b);
     position.SetMagneticBiasAngle_A(BiasAngleOf(scene.field));
     position.SetMagneticBiasAngle_B(BiasAngleOf(scene.field));
-    cli::WriteParameters(m_config, position);
+    files.Write(m_config, ParameterText(m_config, position));
 }
 
 void RefuseProblem(const std::string& problem)

@@ -4,6 +4,7 @@
 // and options with several numbers.
 #pragma once
 
+#include "apps/tables/Output.h"
 #include "apps/tables/Ranges.h"
 #include "simulation/TruthText.h"
 #include <CLI/CLI.hpp>
@@ -95,9 +96,9 @@ public:
     void AddTo(CLI::App& command);
     simulation::Scene Result() const;
 
-    /// Writes the parameter file that corrects the simulated iron, if --config was given.
+    /// Adds the parameter file that corrects the simulated iron, if --config was given.
     /// @throws InputError when it cannot be written, or when no eight values correct the iron
-    void WriteParameters() const;
+    void WriteParameters(tables::OutputFiles& files) const;
     /// The name given by --config; empty without it.
     const std::string& ParameterFile() const { return m_config; }
 

@@ -218,6 +218,55 @@ TEST_F(Files, ThatAreReadOnlyStayAsTheyAre)
     }
 }
 
+// One of two outputs may not be written.
+TEST_F(Files, OfOneCommandAreAllReplacedOrNone)
+{
+    const std::string log = Log();
+    ASSERT_EQ(
+        RunProgram({"simulate", "occupations", "--points", "1", "--out", Path("o.csv")}).exitCode,
+        0);
+    ASSERT_EQ(RunProgram(Calibration({"--out", Path("pole.cfg")})).exitCode, 0);
+    const std::string record = ReadAll(Path("pole.cfg.json"));
+    const std::string out = m_folder.Write("out", "old");
+    const std::string locked = m_folder.Write("locked.svg", "old");
+    for (const std::string& path : {locked, Path("pole.cfg.json")})
+        ASSERT_EQ(chmod(path.c_str(), 0444), 0);
+    m_folder.Write("pole.cfg", "old");
+    // clang-format off
+    const Words commands[] = {
+        {"simulate", "walk", "--points", "2", "--out", out, "--truth", locked},
+        {"simulate", "walk", "--points", "2", "--out", locked, "--config", out},
+        {"simulate", "walk", "--points", "2", "--out", out, "--config", locked},
+        {"simulate", "points", "--out", out, "--truth", locked},
+        {"simulate", "points", "--out", locked, "--truth", out},
+        {"simulate", "occupations", "--points", "1", "--out", out, "--scene", locked},
+        {"simulate", "occupations", "--points", "1", "--out", locked, "--truth", out},
+        {"simulate", "turns", "--horizontal", out, "--vertical", locked},
+        {"measure", log, "--pole", "2", "--out", out, "--plot", locked},
+        {"occupy", Path("o.csv"), "--pole", "2", "--out", out, "--plot", locked},
+        Calibration({"--report", out, "--plot", locked}),
+        Calibration({"--report", out, "--out", Path("pole.cfg"), "--bias", "3"}),
+    };
+    // clang-format on
+    for (const Words& command : commands) {
+        const Outcome outcome = RunProgram(command);
+        EXPECT_EQ(outcome.exitCode, 2) << command[0] << ' ' << command[1];
+        EXPECT_THAT(outcome.err, HasSubstr(": is a read-only file"));
+        EXPECT_EQ(ReadAll(out), "old") << command[0] << ' ' << command[1];
+    }
+    EXPECT_EQ(ReadAll(Path("pole.cfg")), "old");
+    EXPECT_EQ(ReadAll(Path("pole.cfg.json")), record);
+}
+
+TEST_F(Files, BesideAStandardOutputThatIsClosedAreWritten)
+{
+    const Outcome outcome = apps::test::RunProgramIntoClosedPipe(
+        {"simulate", "walk", "--points", "9", "--config", Path("a.cfg"), "--truth", Path("t")});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_THAT(ReadAll(Path("a.cfg")), HasSubstr("MagneticA"));
+    EXPECT_THAT(ReadAll(Path("t")), HasSubstr("walk"));
+}
+
 TEST_F(Files, OfOtherNamesAreNeverTouched)
 {
     const Words others = {"pole.cfg.new", "pole.cfg.part", "pole.cfg.tmp", "pole.cfg~"};

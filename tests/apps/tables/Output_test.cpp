@@ -38,6 +38,34 @@ TEST(Output, AnUnfinishedFileLeavesNothingBehind)
     EXPECT_EQ(folder.Names().size(), 1U);
 }
 
+TEST(OutputFiles, AreReplacedTogether)
+{
+    const ScratchFolder folder;
+    const std::string tips = folder.Write("tips.csv", "old");
+    const std::string plot = folder.Path("plot.svg");
+    tables::OutputFiles files;
+    files.Write("", "nothing");
+    files.Write(plot, "new plot");
+    files.Open(tips).Write(std::string(300000, 'n'));
+    EXPECT_EQ(ReadAll(tips), "old");
+    EXPECT_FALSE(fs::exists(plot));
+    files.Finish();
+    EXPECT_EQ(ReadAll(tips), std::string(300000, 'n'));
+    EXPECT_EQ(ReadAll(plot), "new plot");
+}
+
+TEST(OutputFiles, StayOldWhereOneCannotBeWritten)
+{
+    const ScratchFolder folder;
+    const std::string tips = folder.Write("tips.csv", "old");
+    tables::OutputFiles files;
+    files.Write(tips, "new");
+    files.Write("/dev/full", "new");
+    EXPECT_THROW(files.Finish(), tables::InputError);
+    EXPECT_EQ(ReadAll(tips), "old");
+    EXPECT_THROW(files.Open(folder.Path("nowhere/plot.svg")), tables::InputError);
+}
+
 TEST(Output, KeepsTheModeAndTheLinkOfTheOldFile)
 {
     const ScratchFolder folder;

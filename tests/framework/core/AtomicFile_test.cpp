@@ -4,6 +4,7 @@
 #include "tests/framework/core/Folder.h"
 #include "tests/framework/core/OrdinaryUser.h"
 
+#include <cerrno>
 #include <filesystem>
 #include <gtest/gtest.h>
 #include <string>
@@ -126,6 +127,49 @@ TEST_F(AtomicFile, LeavesAFileAloneThatMayNotBeWritten)
     }
     EXPECT_FALSE(ReplaceFileContent(m_folder.File(L"locked"), "new")) << "not by root either";
     EXPECT_EQ(m_folder.Read("locked"), "old");
+}
+
+TEST_F(AtomicFile, IsReplacedTogetherWithAnother)
+{
+    m_folder.Write("a", "old a");
+    framework::FileReplacement a((m_folder.Native() / "a").string());
+    framework::FileReplacement b((m_folder.Native() / "b").string());
+    EXPECT_TRUE(a.Write("new a"));
+    EXPECT_TRUE(b.Write("new b"));
+    EXPECT_EQ(m_folder.Read("a"), "old a");
+    framework::FileReplacement* const both[] = {&a, &b};
+    EXPECT_TRUE(framework::CommitTogether(both));
+    EXPECT_EQ(m_folder.Read("a"), "new a");
+    EXPECT_EQ(m_folder.Read("b"), "new b");
+    EXPECT_EQ(m_folder.Names(), (Names{"a", "b"}));
+}
+
+TEST_F(AtomicFile, IsNotReplacedWhereOneOfThemCannotBe)
+{
+    m_folder.Write("a", "old a");
+    framework::FileReplacement a((m_folder.Native() / "a").string());
+    framework::FileReplacement full("/dev/full");
+    EXPECT_TRUE(a.Write("new a"));
+    EXPECT_FALSE(full.Write("new"));
+    framework::FileReplacement* const both[] = {&a, &full};
+    EXPECT_FALSE(framework::CommitTogether(both));
+    EXPECT_EQ(full.Error(), ENOSPC);
+    EXPECT_EQ(a.Error(), 0);
+    EXPECT_EQ(m_folder.Read("a"), "old a");
+}
+
+TEST_F(AtomicFile, IsNotReplacedOnceARenamingFailed)
+{
+    m_folder.Write("a", "old a");
+    framework::FileReplacement a((m_folder.Native() / "a").string());
+    framework::FileReplacement gone((m_folder.Native() / "b").string());
+    EXPECT_TRUE(a.Write("new a"));
+    EXPECT_TRUE(gone.Write("new b"));
+    std::filesystem::create_directory(m_folder.Native() / "b"); // which no file can replace
+    framework::FileReplacement* const both[] = {&gone, &a};
+    EXPECT_FALSE(framework::CommitTogether(both));
+    EXPECT_EQ(gone.Error(), EISDIR);
+    EXPECT_EQ(m_folder.Read("a"), "old a");
 }
 
 TEST_F(AtomicFile, LeavesNoDescriptorOpen)
