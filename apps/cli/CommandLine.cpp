@@ -21,9 +21,23 @@ namespace cli {
 
 namespace {
 
+// "--pole: 1 required LENGTH missing" and "--pole: At Most 1 required but received 2" in plain
+// words.
+std::string PlainMismatch(const std::string& message)
+{
+    const std::size_t colon = message.find(": ");
+    const std::string option = message.substr(0, colon);
+    if (message.ends_with(" missing")) return option + " needs a value";
+    if (message.find(": At Most 1 required") != message.npos)
+        return option + " is given more than once";
+    return message;
+}
+
 // What is wrong with the command line; where the parser's own message does not help, another one.
 std::string Complaint(const CLI::App& command, const CLI::ParseError& error)
 {
+    if (dynamic_cast<const CLI::ArgumentMismatch*>(&error) != nullptr)
+        return PlainMismatch(error.what());
     if (command.get_require_subcommand_min() == 0) return error.what();
     const std::vector<std::string> unknown = command.remaining();
     if (unknown.empty()) return "a command is required";

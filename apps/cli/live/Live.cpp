@@ -99,13 +99,16 @@ live::SessionSetup SessionSetupOf(const LiveOptions& options)
     setup.config = options.pole.config;
     setup.poseFormat = PoseFormatName(options.pole);
     int outputs = 0;
+    std::vector<std::string> files{options.job, options.record};
     for (const auto* const sinks : {&setup.sinks, &setup.status})
         for (const live::Endpoint& sink : *sinks) {
             if (sink.kind == live::Endpoint::Kind::Standard) ++outputs;
-            if (sink.kind == live::Endpoint::Kind::File)
-                tables::KeepApart({sink.name, options.record},
-                                  {setup.receiver.name, setup.pose.name, options.pole.config});
+            if (sink.kind == live::Endpoint::Kind::File) files.push_back(sink.name);
         }
+    std::vector<std::string> inputs{options.pole.config};
+    for (const live::Endpoint* const source : {&setup.receiver, &setup.pose})
+        if (source->kind == live::Endpoint::Kind::File) inputs.push_back(source->name);
+    tables::KeepApart(files, inputs);
     if (outputs > 1) throw tables::InputError("standard output is asked for twice (-, --json)");
     return setup;
 }
@@ -122,7 +125,6 @@ int RunFindDelay(const LiveOptions& options)
 int RunLive(const LiveOptions& options)
 {
     const live::SessionSetup setup = SessionSetupOf(options);
-    tables::KeepApart({options.job, options.record}, {options.pole.config});
     PointKeeper points(options.job, setup.pole, options.program);
     live::Loop loop;
     live::Session session(loop, setup,

@@ -140,13 +140,10 @@ field::Instant ReadRecording(const std::string& path,
 int Replay(const LiveOptions& options)
 {
     field::Setup setup = SetupOf(options.pole);
-    std::vector<std::string> files;
+    std::vector<std::string> files{options.job};
     for (const live::Endpoint& sink : SinksOf(options.serve))
         if (sink.kind == live::Endpoint::Kind::File) files.push_back(sink.name);
-    for (const std::string& file : files)
-        tables::KeepApart({file}, {options.replay, options.pole.config});
-
-    tables::KeepApart({options.job}, {options.replay, options.pole.config});
+    tables::KeepApart(files, {options.replay, options.pole.config});
 
     ReplayOutputs outputs(options);
     std::optional<field::Bridge> bridge;

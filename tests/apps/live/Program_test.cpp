@@ -158,6 +158,38 @@ TEST(Live, RefusesWhatCannotBeInOneSentence)
     }
 }
 
+// Sentences that were written into the job destroyed it.
+TEST(Live, NeverWritesTwoOutputsIntoOneFile)
+{
+    const ScratchFolder folder;
+    const std::string job = folder.Path("site.gpkg");
+    const std::string pose = folder.Write("pose", "");
+    const std::vector<std::string> run = {"live", "--pole", "2",           "--gnss",
+                                          "-",    "--pose", "file:" + pose};
+    ASSERT_EQ(RunProgram(Joined(run, {"--job", job})).exitCode, 0);
+    const std::string before = folder.Read("site.gpkg");
+    const std::string sink = "file:" + job;
+    const std::vector<std::string> twice[] = {
+        {"--job",   job,  "--serve",  sink},
+        {"--job",   job,  "--status", sink},
+        {"--serve", sink, "--status", sink},
+        {"--serve", sink, "--serve",  sink},
+    };
+    for (const auto& more : twice) {
+        const Outcome outcome = RunProgram(Joined(run, more));
+        EXPECT_EQ(outcome.exitCode, 2) << more[2];
+        EXPECT_THAT(outcome.err, HasSubstr(": is the same file as the output " + job));
+    }
+    const Outcome record = RunProgram(Joined(run, {"--record", pose}));
+    EXPECT_EQ(record.exitCode, 2);
+    EXPECT_THAT(record.err, HasSubstr(pose + ": is an input of this command"));
+    const Outcome replay =
+        RunProgram({"live", "--pole", "2", "--replay", pose, "--job", job, "--serve", sink});
+    EXPECT_EQ(replay.exitCode, 2);
+    EXPECT_THAT(replay.err, HasSubstr(": is the same file as the output " + job));
+    EXPECT_EQ(folder.Read("site.gpkg"), before);
+}
+
 TEST(Live, EndsWithItsInputAndSumsUp)
 {
     const ScratchFolder folder;
