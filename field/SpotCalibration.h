@@ -66,6 +66,7 @@ enum class SpotReason {
     FieldDisturbed,    ///< the magnetometer does not follow one constant field
     SensorsContradict, ///< sensors and antenna do not belong to a pole on its tip
     NoSolution,        ///< fewer than four antenna epochs lie within the time of the samples
+    MagnetometerStuck, ///< an axis of a magnetometer reads the same however the pole turns
 };
 
 /// A value of three components and the standard deviation of each.
@@ -78,7 +79,8 @@ struct SpotVector
 /// What was found for one magnetometer. Offsets in counts of the raw readings, in its own axes.
 struct SpotMagnetometer
 {
-    bool found = false; ///< whether the rest is set: there were readings
+    bool found = false; ///< whether the rest is set: there were readings other than 0
+    bool stuck = false; ///< whether an axis gave the same reading throughout
     SpotVector hardIron;
     /// Reading by field along the axes; the first element is 1, since readings alone do not tell
     /// how strong the field is.

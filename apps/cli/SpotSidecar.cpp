@@ -211,15 +211,15 @@ quality::Calibration CalibrationOf(const field::SpotResult& result)
     return calibration;
 }
 
-ordered_json SpotJson(const SpotSidecar& sidecar)
+ordered_json SpotJson(const SpotSidecar& sidecar, const std::string& refusal)
 {
     const field::SpotResult& found = sidecar.result;
     ordered_json json = JsonHeader("spot calibration");
     json["units"]["_counts"] = "raw readings of a magnetometer";
     json["units"]["_g"] = "standard gravity";
     json["units"]["_dps"] = "degrees per second";
-    json["verdict"] = found.IsUsable() ? "usable" : "not usable";
-    json["reason"] = SpotText(found);
+    json["verdict"] = refusal.empty() ? "usable" : "not usable";
+    json["reason"] = refusal.empty() ? SpotText(found) : refusal;
     json["made_utc"] = sidecar.madeUtc;
     json["pole_m"] = sidecar.poleLength;
     json["sensor_type"] = sidecar.sensorType;

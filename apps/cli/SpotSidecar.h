@@ -32,7 +32,8 @@ struct SpotSidecar
 /// The values that the parameter file takes: corrections and bias angles as they were found.
 quality::Calibration CalibrationOf(const field::SpotResult& result);
 
-nlohmann::ordered_json SpotJson(const SpotSidecar& sidecar);
+/// @param refusal  why it is not usable; empty: it is
+nlohmann::ordered_json SpotJson(const SpotSidecar& sidecar, const std::string& refusal);
 
 /// @throws InputError where it cannot be read, is not a sidecar of this version, or has a value that
 ///         cannot be: those of the parameter file have its limits

@@ -69,6 +69,7 @@ SpotReason ReasonFor(const SpotResult& result, const MotionFit& motion, double p
         return SpotReason::SensorsContradict;
     if (result.turned < kEnoughTurn) return SpotReason::TurnMore;
     if (result.leanSpread < kEnoughLean) return SpotReason::LeanFurther;
+    if (result.a.stuck || result.b.stuck) return SpotReason::MagnetometerStuck;
     if (IsRough(result.a) || IsRough(result.b)) return SpotReason::FieldDisturbed;
     // A reversed field is constant, too, and only turns the heading bias by half a turn.
     if (result.a.found && result.b.found && std::fabs(result.a.dip - result.b.dip) > kDipsDiffer)

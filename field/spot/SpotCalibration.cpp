@@ -10,8 +10,10 @@
 #include "survey/Angle.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
 #include <limits>
+#include <optional>
 
 namespace field {
 
@@ -96,6 +98,22 @@ SpotMagnetometer MagnetometerOf(const Iron& iron, int which, int sensorType)
     m.residual = iron.residual;
     SetField(m, iron, correction.field);
     return m;
+}
+
+// Whether an axis of a magnetometer that has readings always reads the same.
+bool IsStuck(const std::vector<SpotReading>& readings, std::size_t which)
+{
+    std::optional<Vector3d> first;
+    std::array<bool, 3> changes{};
+    for (const SpotReading& reading : readings) {
+        const Vector3d& magnetic = reading.magnetic[which];
+        if (magnetic.isZero(0.0)) continue;
+        if (!first) first = magnetic;
+        for (std::size_t axis = 0; axis < 3; ++axis)
+            if (magnetic[static_cast<int>(axis)] != (*first)[static_cast<int>(axis)])
+                changes[axis] = true;
+    }
+    return first && !(changes[0] && changes[1] && changes[2]);
 }
 
 // How far the pole was turned about its axis, from one extreme to the other [rad].
@@ -192,6 +210,8 @@ void SpotCalibration::Memory::Solve(SpotResult& result) const
     SetMotion(result, motion, setup);
     result.a = MagnetometerOf(IronOf(readings, motion, 0), 0, setup.sensorType);
     result.b = MagnetometerOf(IronOf(readings, motion, 1), 1, setup.sensorType);
+    result.a.stuck = result.a.found && IsStuck(readings, 0);
+    result.b.stuck = result.b.found && IsStuck(readings, 1);
     tiltpole::field::Judge(result, motion, setup.poleLength);
 }
 

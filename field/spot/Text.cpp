@@ -49,6 +49,9 @@ std::string SpotText(const SpotResult& result)
         return "the magnetic field is not the same throughout: go away from iron and begin again";
     case SpotReason::SensorsContradict:
         return "sensors and antenna contradict each other: check axes, signs, units and times";
+    case SpotReason::MagnetometerStuck:
+        return std::string("magnetometer ") + (result.a.stuck ? "A" : "B")
+               + " does not follow the pole: an axis of it reads the same throughout";
     case SpotReason::NoSolution:
         break;
     }

@@ -336,6 +336,22 @@ TEST(SpotCalibration, DoesWithoutMagnetometers)
     EXPECT_EQ(setup.headingSigma, field::OccupationSetup().headingSigma);
 }
 
+// One axis is enough to be wrong, also beside readings that were left out.
+TEST(SpotCalibration, NamesTheMagnetometerThatIsStuck)
+{
+    std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 4));
+    for (Fed& row : rows)
+        row.magneticB.y = 300.0;
+    rows[1].magneticB = {};
+    const SpotResult result = ResultOf(rows);
+    EXPECT_EQ(result.reason, SpotReason::MagnetometerStuck);
+    EXPECT_EQ(SpotText(result), "magnetometer B does not follow the pole: an axis of it reads the "
+                                "same throughout");
+    for (Fed& row : rows)
+        row.sample.magnetic.z = -400.0;
+    EXPECT_EQ(SpotText(ResultOf(rows)).substr(0, 14), "magnetometer A");
+}
+
 TEST(SpotCalibration, ChangesNothingWhereItIsNotUsable)
 {
     SpotResult result;

@@ -67,7 +67,7 @@ std::string Row(const char* label, const field::SpotVector& v, double factor, in
 
 std::string MagnetometerText(const char* name, const field::SpotMagnetometer& m)
 {
-    if (!m.found) return Line(name, "no readings: it keeps its default correction");
+    if (!m.found) return Line(name, "reads 0 throughout: it keeps its default correction");
     std::string text = Row(name, m.hardIron, 1.0, 2, "counts of hard iron");
     text += Line("", fmt::format("soft iron to {:.4f}; readings fit to {:.1f} counts",
                                  m.softIronSigma, m.residual));
@@ -78,10 +78,20 @@ std::string MagnetometerText(const char* name, const field::SpotMagnetometer& m)
                                   m.biasSigma));
 }
 
+// Why there is no calibration to write; empty where there is one.
+std::string Refusal(const SpotOptions& options, const field::SpotResult& found)
+{
+    if (!found.IsUsable()) return SpotText(found);
+    if (options.out.empty() || found.a.found) return {};
+    return "magnetometer A reads 0 throughout: it is broken or not connected, and a parameter file "
+           "needs it";
+}
+
 std::string TextOf(const SpotOptions& options, const field::SpotResult& found)
 {
+    const std::string refusal = Refusal(options, found);
     std::string text = Line("log", options.log);
-    text += Line("calibration", (found.IsUsable() ? "" : "not usable: ") + SpotText(found));
+    text += Line("calibration", refusal.empty() ? SpotText(found) : "not usable: " + refusal);
     text +=
         Line("recording", fmt::format("{:.1f} s, {} samples, {} epochs, {} left out", found.seconds,
                                       found.samples, found.epochs, found.rejected));
@@ -119,9 +129,10 @@ int CalibrateOnTheSpot(const SpotOptions& options)
     CheckRecordName(options.out);
     CheckSidecarName(options.out);
     const SpotSidecar found{ResultOf(options), options.poleLength, options.sensorType, NowUtc()};
-    const nlohmann::ordered_json json = SpotJson(found);
+    const std::string refusal = Refusal(options, found.result);
+    const nlohmann::ordered_json json = SpotJson(found, refusal);
     tables::WriteFile("-", options.json ? JsonText(json) : TextOf(options, found.result));
-    if (!found.result.IsUsable()) {
+    if (!refusal.empty()) {
         if (!options.out.empty())
             tables::Tell("{}: not written, because the calibration cannot be used\n", options.out);
         return kNegative;

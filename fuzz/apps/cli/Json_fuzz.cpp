@@ -133,7 +133,7 @@ void CheckSidecar(Input& input)
 {
     static const fuzz::MemoryFile file;
     static const fuzz::MemoryFile copy;
-    static const std::string whole = cli::JsonText(SpotJson(WholeSidecar()));
+    static const std::string whole = cli::JsonText(SpotJson(WholeSidecar(), {}));
     file.Set(Changed(whole, input));
     cli::SpotSidecar sidecar;
     try {
@@ -151,7 +151,7 @@ void CheckSidecar(Input& input)
     Require(std::isfinite(found.delay) && found.delaySigma >= 0.0);
     cli::AgeOf(sidecar);
 
-    copy.Set(cli::JsonText(SpotJson(sidecar)));
+    copy.Set(cli::JsonText(SpotJson(sidecar, {})));
     const cli::SpotSidecar again = cli::ReadSpotSidecar(copy.Path());
     Require(AreSame(again.poleLength, sidecar.poleLength));
     Require(again.sensorType == sidecar.sensorType);
