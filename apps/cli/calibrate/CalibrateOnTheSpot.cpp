@@ -7,6 +7,7 @@
 #include "apps/cli/SummaryLine.h"
 #include "apps/cli/calibrate/CalibrationRecord.h"
 #include "apps/cli/occupy/OccupationLog.h"
+#include "apps/cli/occupy/RateSpikes.h"
 #include "apps/tables/Errors.h"
 #include "apps/tables/Messages.h"
 #include "apps/tables/Numbers.h"
@@ -32,9 +33,8 @@ field::SpotResult ResultOf(const SpotOptions& options)
     if (!seconds) throw log.Rows().MissingColumns({kRowSeconds.key});
     const auto point = FindColumn(log.Rows(), kPointName, options.columns);
     std::optional<std::string> name;
-    field::SpotCalibration calibration(
-        {.poleLength = options.poleLength, .sensorType = options.sensorType});
-    while (log.Next()) {
+    RateSpikes rows(options.log, [&]() -> std::optional<ReadRow> {
+        if (!log.Next()) return std::nullopt;
         if (point) {
             const std::string now(log.Rows().Field(*point));
             if (name && *name != now)
@@ -48,10 +48,19 @@ field::SpotResult ResultOf(const SpotOptions& options)
         sample.rate = {pose.dGyro_x, pose.dGyro_y, pose.dGyro_z};
         sample.acceleration = {pose.dAcc_x, pose.dAcc_y, pose.dAcc_z};
         sample.magnetic = {pose.dMag_x, pose.dMag_y, pose.dMag_z};
-        calibration.Add(sample, {pose.dMag_x_2, pose.dMag_y_2, pose.dMag_z_2});
+        LogRow row{sample, pose, std::nullopt};
         if (log.HasAntenna())
-            calibration.Add(field::AntennaEpoch{sample.seconds, log.Antenna(), 0.0, 0.0});
+            row.epoch = field::AntennaEpoch{sample.seconds, log.Antenna(), 0.0, 0.0};
+        return ReadRow{{}, log.HasAntenna(), log.Rows().Line(), row};
+    });
+    field::SpotCalibration calibration(
+        {.poleLength = options.poleLength, .sensorType = options.sensorType});
+    while (const auto read = rows.Next()) {
+        const LogRow& row = *read->row;
+        calibration.Add(row.sample, {row.pose.dMag_x_2, row.pose.dMag_y_2, row.pose.dMag_z_2});
+        if (row.epoch) calibration.Add(*row.epoch);
     }
+    rows.Conclude();
     return calibration.Estimate();
 }
 

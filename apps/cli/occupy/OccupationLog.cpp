@@ -3,6 +3,7 @@
 
 #include "apps/cli/occupy/FieldOfLog.h"
 #include "apps/cli/occupy/PointsByMotion.h"
+#include "apps/cli/occupy/RateSpikes.h"
 #include "apps/tables/Progress.h"
 #include "apps/tables/SampleLog.h"
 #include "survey/Correction.h"
@@ -108,11 +109,12 @@ public:
             ReadNamed(result);
         } else {
             PointsByMotion points(m_setup, result);
-            while (NextRow())
-                points.Add(Row());
+            while (const auto read = m_spikes.Next())
+                points.Add(Counted(*read->row));
             points.Finish();
         }
         m_progress.Wipe();
+        m_spikes.Conclude();
         RefuseForeignAxes(result);
         result.field = MiddleField(result.points);
         RefuseDoubtedSensors(result);
@@ -136,10 +138,16 @@ private:
         return tables::DescribeColumns(m_log.Rows(), used);
     }
 
-    bool NextRow()
+    std::optional<ReadRow> ReadNext()
     {
         m_progress.Update(m_log.Rows().BytesRead());
-        return m_log.Next();
+        if (!m_log.Next()) return std::nullopt;
+        ReadRow read;
+        if (m_name) read.name = m_log.Rows().Field(*m_name);
+        read.hasAntenna = m_log.HasAntenna();
+        read.line = m_log.Rows().Line();
+        if (!m_name || !read.name.empty()) read.row = Row();
+        return read;
     }
 
     LogRow Row()
@@ -153,6 +161,11 @@ private:
         } else {
             m_held.Clear();
         }
+        return row;
+    }
+
+    const LogRow& Counted(const LogRow& row)
+    {
         m_rows.Add(row);
         return row;
     }
@@ -183,17 +196,17 @@ private:
     void ReadNamed(OccupyResult& result)
     {
         PointInWork point(m_setup);
-        while (NextRow()) {
-            const std::string_view name = m_log.Rows().Field(*m_name);
+        while (const auto read = m_spikes.Next()) {
+            const std::string& name = read->name;
             if (point.HasBegun() && point.Point().name != name)
                 result.points.push_back(point.End());
             if (name.empty()) {
                 ++result.otherRows;
-                result.otherEpochs += m_log.HasAntenna() ? 1 : 0;
+                result.otherEpochs += read->hasAntenna ? 1 : 0;
                 continue;
             }
-            if (!point.HasBegun()) point.Begin(std::string(name));
-            point.Add(Row());
+            if (!point.HasBegun()) point.Begin(name);
+            point.Add(Counted(*read->row));
         }
         if (point.HasBegun()) result.points.push_back(point.End());
     }
@@ -204,6 +217,7 @@ private:
     std::size_t m_seconds;
     HeldEpoch m_held;
     RowCheck m_rows; // of the whole log, where names do not divide it
+    RateSpikes m_spikes{m_setup.log, [this] { return ReadNext(); }};
     tables::Progress m_progress{m_log.Rows().Size(), tables::Unit::Bytes};
 };
 
@@ -213,7 +227,7 @@ field::InertialSample SampleOf(const PoseSensorData& pose, double seconds, const
 {
     field::InertialSample sample;
     sample.seconds = seconds;
-    sample.rate = {pose.dGyro_x, pose.dGyro_y, pose.dGyro_z};
+    if (!setup.gyroFree) sample.rate = {pose.dGyro_x, pose.dGyro_y, pose.dGyro_z};
     sample.acceleration = {pose.dAcc_x, pose.dAcc_y, pose.dAcc_z};
     sample.magnetic = Corrected(setup.position, pose);
     sample.tilt.pitch = pose.dPitch;

@@ -250,6 +250,18 @@ TEST_F(OnTheSpot, WritesNothingFromADeadMagnetometer)
     }
 }
 
+TEST_F(OnTheSpot, LeavesOutRatesThatNoPoleHas)
+{
+    Rocked();
+    Table table = occupy::test::TableOf(m_folder.Read("rocked.csv"));
+    for (const std::size_t row : {98U, 198U, 298U})
+        table.Cell(row, "dGyro_y") = "100000";
+    const auto done = Calibrate(m_folder.Write("spikes.csv", table.Text()), Out());
+    EXPECT_EQ(done.exitCode, 0) << done.out;
+    EXPECT_THAT(done.err, HasSubstr("spikes.csv: 3 of 1000 rows have rates that no pole has, the "
+                                    "first in line 100 (100000 degrees/s); left out\n"));
+}
+
 TEST_F(OnTheSpot, MakesOccupationsBetter)
 {
     ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);

@@ -101,6 +101,50 @@ TEST_F(OccupyMistakes, ASinglePointWithForeignAxesIsRefusedWithoutTheMagnetomete
     }
 }
 
+// Three rates of 100000 degrees/s passed for exchanged axes of the whole log.
+TEST_F(OccupyMistakes, RatesThatNoPoleHasAreNamedAndLeftOut)
+{
+    const Table right = Log("--points 2 --seed 11");
+    const json tips = Points(right);
+    for (const char* rate : {"100000", "-4001", "500", "-250"}) {
+        Table table = right;
+        for (const std::size_t row : {98U, 198U, 298U})
+            table.Cell(row, "dGyro_x") = rate;
+        const Outcome outcome = Run(table, "--json");
+        EXPECT_EQ(outcome.exitCode, 0) << rate;
+        EXPECT_THAT(outcome.err, HasSubstr(fmt::format(
+                                     ": 3 of {} rows have rates that no pole has, the first in "
+                                     "line 100 ({} degrees/s); left out\n",
+                                     table.rows.size(), rate)));
+        const json points = json::parse(outcome.out)["points"];
+        ASSERT_EQ(points.size(), 2U);
+        for (std::size_t i = 0; i < 2; ++i) {
+            EXPECT_EQ(points[i]["advice"], "store") << points[i]["reason"];
+            for (const char* axis : {"N", "E", "h"})
+                EXPECT_NEAR(points[i]["tip_m"][axis].get<double>(),
+                            tips[i]["tip_m"][axis].get<double>(), 0.002)
+                    << rate;
+        }
+    }
+}
+
+TEST_F(OccupyMistakes, RatesOfAnotherUnitAreNotLeftOut)
+{
+    Table table = Log("--points 1 --seed 11 --motion rock");
+    Scale(table, kRates, 1000.0);
+    const Outcome outcome = Run(table, "--json");
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.err, HasSubstr("rows have rates that no pole has, the first in line "));
+    EXPECT_THAT(outcome.err, HasSubstr(": are the rates in degrees per second?\n"));
+}
+
+TEST_F(OccupyMistakes, AFastRockIsNoSpike)
+{
+    const Table table =
+        Log("--points 1 --seed 11 --motion rock --amplitude 20 --frequency 3 --rate 20");
+    EXPECT_THAT(Run(table, "--json").err, testing::Not(HasSubstr("rates that no pole has")));
+}
+
 TEST_F(OccupyMistakes, APartOfThePointsSpeaksForTheSensors)
 {
     Table table = Log("--points 8 --seed 11 --motion rock --amplitude 15");
