@@ -215,12 +215,14 @@ TEST(Merge, JoinsTimesOfDayThatBeginOnEitherSideOfMidnight)
     const LogsAroundMidnight poseLater;
     poseLater.BeginPoseAfterMidnight();
     poseLater.Replace("pose.csv", "2026-11-22T", "");
+    poseLater.Replace("pose.csv", "Z", "");
     poseLater.ExpectTip("2026-11-22");
     poseLater.ExpectTip("2026-11-22", {"--date", "2026-11-21"});
     const LogsAroundMidnight receiverLater;
     receiverLater.BeginReceiverAfterMidnight();
     receiverLater.Replace("pose.csv", "2026-11-21T", "");
     receiverLater.Replace("pose.csv", "2026-11-22T", "");
+    receiverLater.Replace("pose.csv", "Z", "");
     receiverLater.ExpectTip("2026-11-22");
 }
 
