@@ -99,7 +99,7 @@ def main():
     with tempfile.TemporaryDirectory() as scratch:
         folder = pathlib.Path(scratch)
         (folder / "out").mkdir()
-        for words in commands(folder, check.run):
+        for _, words in commands(folder, check.run):
             before = check.runs
             check.command(words, folder / "out")
             print(f"{' '.join(words[:2])}: {check.runs - before} runs")
