@@ -242,6 +242,11 @@ struct Counters
 };
 
 /// The engine. One thread; memory is bounded.
+///
+/// Where memory is short (std::bad_alloc) while bytes, poses or time are given, the bridge goes on
+/// as after RestartReceiver and RestartPose, and epochs that waited are lost: what was half known
+/// makes no tip. Reports that were formed before stay. Sentences may have been given to the
+/// callback of an epoch that has no report. Any other call has not happened then.
 class TILTPOLE_API Bridge
 {
 public:

@@ -39,7 +39,8 @@ inline constexpr double kFieldModelEnds = 2030.0;
 
 /// @param decimalYear  see DecimalYear
 /// @return all NaN before 2025.0, after 2030.0, beyond latitude ±90, below -1 km or above 850 km, where a
-///         value is not finite; declination and its sigma mean nothing where H vanishes
+///         value is not finite, or where memory is too short for the coefficients, which the first
+///         call keeps for good; declination and its sigma mean nothing where H vanishes
 TILTPOLE_API Field MagneticFieldAt(const Geodetic& place, double decimalYear);
 
 /// The year and the part of it that has passed: 2026-07-02 12:00 is 2026.5.

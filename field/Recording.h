@@ -66,7 +66,8 @@ public:
 
     /// @param line  without its LF; a CR before it is passed over. The first one is the header; empty
     ///              lines and further ones that begin with # are comments
-    /// @return false: the line is bad, see Error; the next one may be read all the same
+    /// @return false: the line is bad, see Error; the next one may be read all the same. Where memory is
+    ///         short (std::bad_alloc) the line has not been read: Last is none, and it may be given again
     bool Read(std::string_view line);
 
     /// The record of the last line; none after a header, a comment or a bad line.

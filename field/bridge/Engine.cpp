@@ -126,40 +126,69 @@ void Engine::EmitSilence(std::optional<::field::Reason> reason)
     Emit(std::move(report));
 }
 
+// A step that ends halfway, as where memory is short, leaves parts that do not belong together: a
+// pose that the occupation has and its track has not, an epoch that the gate has seen already.
+template <class Call>
+void Engine::WholeOrForgotten(const Call& call)
+{
+    try {
+        call();
+    } catch (...) {
+        Forget();
+        throw;
+    }
+}
+
+void Engine::Forget()
+{
+    m_receiver.Forget();
+    m_poses.Restart();
+    m_waiting.clear();
+    m_gate.Restart();
+    m_occupation.Clear();
+    CountAll();
+}
+
 void Engine::Tick(Instant now)
 {
-    Advance(now);
+    WholeOrForgotten([&] { Advance(now); });
 }
 
 void Engine::FeedReceiver(std::string_view bytes, Instant arrival)
 {
-    Advance(arrival);
-    while (!bytes.empty()) {
-        const std::size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
-        m_receiver.Feed(bytes.substr(0, end), m_now);
-        bytes.remove_prefix(end);
-        EmitSilence(m_receiver.NewSilence(m_now));
-        TakeEpochs();
-        Resolve();
-    }
-    CountAll();
+    WholeOrForgotten([&] {
+        Advance(arrival);
+        while (!bytes.empty()) {
+            const std::size_t end = std::min(bytes.find('\n'), bytes.size() - 1) + 1;
+            m_receiver.Feed(bytes.substr(0, end), m_now);
+            bytes.remove_prefix(end);
+            EmitSilence(m_receiver.NewSilence(m_now));
+            TakeEpochs();
+            Resolve();
+        }
+        CountAll();
+    });
 }
 
 void Engine::FeedPose(std::string_view bytes, Instant arrival)
 {
-    Advance(arrival);
-    for (const PoseSample& sample : m_poses.Read(bytes, m_now))
-        AddPose(sample);
-    CountAll();
+    WholeOrForgotten([&] {
+        Advance(arrival);
+        for (const PoseSample& sample : m_poses.Read(bytes, m_now))
+            AddPose(sample);
+        CountAll();
+    });
 }
 
 void Engine::FeedPose(const PoseSample& sample)
 {
-    Advance(sample.arrival);
-    PoseSample arrived = sample;
-    arrived.arrival = m_now;
-    AddPose(arrived);
-    CountAll();
+    WholeOrForgotten([&] {
+        Advance(sample.arrival);
+        PoseSample arrived = sample;
+        arrived.arrival = m_now;
+        AddPose(arrived);
+        CountAll();
+    });
 }
 
 void Engine::AddPose(const PoseSample& sample)
@@ -299,8 +328,9 @@ void Engine::Finish(const TimedEpoch& timed, TipSolution&& solution, const Judge
     report.nmea = WriteEpoch(report.epoch, report.tip, report.verdict, m_setup, pole, m_clients);
     if (m_onSentences) m_onSentences(report.nmea); // an estimate takes longer than all the rest
     AddOccupation(report, pole.declination);
-    CountVerdict(report.verdict.state, m_counters);
+    const ::field::State state = report.verdict.state;
     Emit(std::move(report));
+    CountVerdict(state, m_counters);
 }
 
 void Engine::AddOccupation(Report& report, double declination)

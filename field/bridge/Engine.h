@@ -35,6 +35,7 @@ public:
 
     explicit Engine(const ::field::Setup& setup);
 
+    // Where one of these throws, the engine has forgotten what was in progress.
     void FeedReceiver(std::string_view bytes, ::field::Instant arrival);
     void FeedPose(std::string_view bytes, ::field::Instant arrival);
     void FeedPose(const ::field::PoseSample& sample);
@@ -51,6 +52,9 @@ public:
     const ::field::Counters& Count() const { return m_counters; }
 
 private:
+    template <class Call>
+    void WholeOrForgotten(const Call& call);
+    void Forget();
     void Advance(::field::Instant now);
     void AddPose(const ::field::PoseSample& sample);
     void TakeEpochs();

@@ -125,9 +125,9 @@ void OccupationWatch::Begin(const Epoch& epoch, const std::optional<::field::Tip
     const bool byFile = m_setup.north == ::field::NorthSource::File;
     if (!m_hasGyros || (!byFile && !std::isfinite(declination))) return;
     if (!m_occupation || (!byFile && std::fabs(declination - m_declination) > kDeclinationChange)) {
-        m_declination = declination;
         m_occupation =
             std::make_unique<::field::Occupation>(OccupationSetupOf(m_setup, declination));
+        m_declination = declination; // of an occupation that there is
     }
     Keep(epoch, "the occupation begins with it");
     if (tip) m_tip = tip->position;

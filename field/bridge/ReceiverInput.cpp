@@ -61,6 +61,12 @@ void ReceiverInput::Restart()
     m_garbled = false;
 }
 
+void ReceiverInput::Forget()
+{
+    Restart();
+    m_silent = false;
+}
+
 void ReceiverInput::CountLines(Instant arrival)
 {
     const LineCounters now = m_reader.Lines();

@@ -41,6 +41,8 @@ public:
     void Feed(std::string_view bytes, ::field::Instant arrival);
     void Tick(::field::Instant now);
     void Restart();
+    /// Restart; that there are no epochs is said once more, since it may not have been heard.
+    void Forget();
 
     /// Epochs since the last call, in order; those with the time of the last one are left out.
     std::vector<TimedEpoch> Take();

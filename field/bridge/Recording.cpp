@@ -157,15 +157,21 @@ bool RecordingReader::Read(std::string_view line)
     ++m_line;
     m_last.reset();
     if (line.ends_with('\r')) line.remove_suffix(1);
-    if (!m_started) return ReadHeader(line);
-    if (line.empty() || line.front() == '#') return true;
-    return ReadRecord(line);
+    try {
+        if (!m_started) return ReadHeader(line);
+        if (line.empty() || line.front() == '#') return true;
+        return ReadRecord(line);
+    } catch (...) {
+        --m_line;
+        throw;
+    }
 }
 
 bool RecordingReader::Fail(std::string_view what)
 {
-    m_error = "line " + std::to_string(m_line) + ": ";
-    m_error += what;
+    std::string error = "line " + std::to_string(m_line) + ": ";
+    error += what;
+    m_error = std::move(error);
     return false;
 }
 

@@ -58,6 +58,16 @@ std::optional<PoseSample> ReadPoseLine(const Sentence& sentence)
 
 void PoseLines::Feed(std::string_view bytes, Instant arrival)
 {
+    try {
+        Read(bytes, arrival);
+    } catch (...) {
+        Restart();
+        throw;
+    }
+}
+
+void PoseLines::Read(std::string_view bytes, Instant arrival)
+{
     while (const auto line = m_framer.Next(bytes)) {
         const std::optional<Sentence> sentence = ReadSentence(*line);
         if (!sentence) {

@@ -35,6 +35,8 @@ public:
     bool HasOneMagnetometer() const override { return false; }
 
 private:
+    void Read(std::string_view bytes, Instant arrival);
+
     Framer m_framer;
 };
 

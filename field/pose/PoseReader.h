@@ -44,7 +44,9 @@ public:
     PoseReader(const PoseReader&) = delete;
     PoseReader& operator=(const PoseReader&) = delete;
 
-    /// Bytes cut anywhere. A sample's arrival is that of the piece that completed it.
+    /// Bytes cut anywhere. A sample's arrival is that of the piece that completed it. Where memory is
+    /// short (std::bad_alloc) the samples so far stay, the rest of the bytes is lost, and what was
+    /// half read is forgotten.
     virtual void Feed(std::string_view bytes, Instant arrival) = 0;
 
     /// Forgets what is half read, after a cable was pulled. Keeps counters and samples.

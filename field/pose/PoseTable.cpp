@@ -93,13 +93,26 @@ PoseTable::PoseTable()
     m_line.clear();
 }
 
+// Rows have no checksum: the rest of one that was half read could be taken for a row.
 void PoseTable::Restart()
 {
+    m_isCut = m_isCut || !m_line.empty();
     m_line.clear();
     m_overlong = false;
 }
 
 void PoseTable::Feed(std::string_view bytes, Instant arrival)
+{
+    try {
+        Read(bytes, arrival);
+    } catch (...) {
+        Restart();
+        m_isCut = true; // bytes of another line may be lost, too
+        throw;
+    }
+}
+
+void PoseTable::Read(std::string_view bytes, Instant arrival)
 {
     while (!bytes.empty()) {
         const std::size_t end = bytes.find('\n');
@@ -112,7 +125,9 @@ void PoseTable::Feed(std::string_view bytes, Instant arrival)
         if (end == std::string_view::npos) return;
         bytes.remove_prefix(end + 1);
         TakeLine(arrival);
-        Restart();
+        m_line.clear();
+        m_overlong = false;
+        m_isCut = false;
     }
 }
 
@@ -123,7 +138,7 @@ void PoseTable::TakeLine(Instant arrival)
     Split();
     const bool header =
         std::find(m_fields.begin(), m_fields.end(), kNumbers[0].name) != m_fields.end();
-    const bool good = !m_overlong && (header ? TakeHeader() : TakeRow(arrival));
+    const bool good = !m_overlong && (header ? TakeHeader() : !m_isCut && TakeRow(arrival));
     ++(good ? m_counters.lines : m_counters.bad);
 }
 

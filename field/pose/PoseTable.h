@@ -33,6 +33,7 @@ public:
 private:
     static constexpr std::size_t kColumns = 17; // that are read
 
+    void Read(std::string_view bytes, Instant arrival);
     void TakeLine(Instant arrival);
     void Split();
     bool TakeHeader();
@@ -47,6 +48,7 @@ private:
     int m_days = 0;              // midnights since the first
     std::string m_line;
     bool m_overlong = false;
+    bool m_isCut = false;                   // the beginning of the line may be lost
     std::vector<std::string_view> m_fields; // of m_line
 };
 

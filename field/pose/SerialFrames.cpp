@@ -50,10 +50,15 @@ TypeTwoAngles AnglesOfTurns(double aboutX, double aboutY)
 
 void SerialFrames::Feed(std::string_view bytes, Instant arrival)
 {
-    for (const char byte : bytes) {
-        m_frame[m_filled++] = static_cast<std::uint8_t>(byte);
-        if (m_filled == 1 && m_frame[0] != kHead) Resynchronize();
-        if (m_filled == kLength) Understand(arrival);
+    try {
+        for (const char byte : bytes) {
+            m_frame[m_filled++] = static_cast<std::uint8_t>(byte);
+            if (m_filled == 1 && m_frame[0] != kHead) Resynchronize();
+            if (m_filled == kLength) Understand(arrival);
+        }
+    } catch (...) {
+        Restart();
+        throw;
     }
 }
 

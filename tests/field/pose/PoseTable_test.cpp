@@ -155,6 +155,22 @@ TEST(PoseTable, HoldsLinesOfOneKibibyteAtMost)
     EXPECT_EQ(reader->Take().size(), 1U);
 }
 
+// Rows have no checksum: "21.25,..." of which the first digit is lost reads as another pitch.
+TEST(PoseTable, TakesNoRowWhoseBeginningWasForgotten)
+{
+    const auto reader = field::MakePoseReader(PoseFormat::Csv);
+    const std::string header = "dPitch,dRoll,dMag_x,dMag_y,dMag_z\n";
+    reader->Feed(header + "21.25,2,3,4,5\n2", 1s);
+    reader->Restart();
+    reader->Feed("1.25,2,3,4,5\n", 1s);
+    EXPECT_EQ(reader->Take().size(), 1U);
+    EXPECT_EQ(reader->Count().bad, 1U);
+    reader->Feed("2", 1s);
+    reader->Restart();
+    reader->Feed(header + "7,2,3,4,5\n", 1s);
+    EXPECT_EQ(reader->Take().size(), 1U) << "a device that began anew";
+}
+
 TEST(PoseTable, ReadsTheRecordedPole)
 {
     std::ifstream file(TILTPOLE_SOURCE_DIR "/examples/pole-replay.csv", std::ios::binary);
