@@ -273,7 +273,11 @@ std::string JobStore::FreeName(std::string_view stem) const noexcept
         }
         return number;
     });
-    return std::string(stem) + std::to_string(largest.value.value_or(0) + 1);
+    try {
+        return std::string(stem) + std::to_string(largest.value.value_or(0) + 1);
+    } catch (...) {
+        return {};
+    }
 }
 
 JobResult<std::vector<JobSetup>> JobStore::Setups() const noexcept

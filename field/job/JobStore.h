@@ -19,7 +19,8 @@
 /// After an addition that failed (disk full, file locked by another program, cable of the disk
 /// pulled) the job is as it was before, and the next call may succeed.
 ///
-/// No function throws; an error is one sentence that names the file.
+/// No function throws; an error is one sentence that names the file. Where memory is short it may be
+/// "out of memory" alone.
 #pragma once
 
 #include "field/job/JobRecords.h"
@@ -104,7 +105,8 @@ public:
     JobResult<std::int64_t> AddEvent(const JobEvent& event) noexcept;
 
     /// A name that is free: `stem` and the number after the largest one in use with it.
-    /// @return stem and 1 where the job cannot be read
+    /// @return stem and 1 where the job cannot be read; empty, which is no name of a point, where
+    ///         there is no memory for it
     std::string FreeName(std::string_view stem) const noexcept;
 
     /// All rows in the order in which they were added; void and replaced points included.

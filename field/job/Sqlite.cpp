@@ -206,6 +206,11 @@ bool Statement::Step()
     throw SqliteFailure(ReasonOf(m_sqlite.Handle(), code));
 }
 
+void Statement::TryStep() noexcept
+{
+    sqlite3_step(m_statement);
+}
+
 double Statement::Number()
 {
     const int column = m_column++;
@@ -237,11 +242,14 @@ std::optional<std::string> Statement::MaybeText()
     if (sqlite3_column_type(m_statement, column) == SQLITE_NULL) return std::nullopt;
     const void* bytes = sqlite3_column_blob(m_statement, column);
     const int size = sqlite3_column_bytes(m_statement, column);
+    // A number that another program wrote becomes a text, which takes memory.
+    if (bytes == nullptr && sqlite3_errcode(m_sqlite.Handle()) == SQLITE_NOMEM)
+        throw SqliteFailure(ReasonOf(m_sqlite.Handle(), SQLITE_NOMEM));
     if (bytes == nullptr || size <= 0) return std::string{};
     return std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
 }
 
-Transaction::Transaction(Sqlite& sqlite) : m_sqlite(sqlite)
+Transaction::Transaction(Sqlite& sqlite) : m_sqlite(sqlite), m_rollback(sqlite, "ROLLBACK")
 {
     sqlite.Run("BEGIN IMMEDIATE");
 }
@@ -249,8 +257,7 @@ Transaction::Transaction(Sqlite& sqlite) : m_sqlite(sqlite)
 Transaction::~Transaction()
 {
     // SQLite has taken it back already after some failures; where it cannot, the next opening does.
-    if (m_sqlite.InTransaction())
-        sqlite3_exec(m_sqlite.Handle(), "ROLLBACK", nullptr, nullptr, nullptr);
+    if (m_sqlite.InTransaction()) m_rollback.TryStep();
 }
 
 void Transaction::Commit()

@@ -72,6 +72,7 @@ public:
 
     /// @return whether there is a row
     bool Step();
+    void TryStep() noexcept;
 
     /// The next column of the row. NULL is NaN, 0, nothing or an empty text.
     double Number();
@@ -89,7 +90,8 @@ private:
     int m_column = 0;
 };
 
-/// BEGIN IMMEDIATE; taken back unless committed.
+/// BEGIN IMMEDIATE; taken back unless committed, also where memory has run out: what takes it back
+/// is prepared before it begins.
 class Transaction
 {
 public:
@@ -101,6 +103,7 @@ public:
 
 private:
     Sqlite& m_sqlite;
+    Statement m_rollback;
 };
 
 /// Whether the text is well-formed UTF-8.

@@ -7,6 +7,7 @@
 
 #include <cmath>
 #include <limits>
+#include <new>
 #include <string_view>
 #include <utility>
 
@@ -73,6 +74,7 @@ std::optional<GridNorth> GridNorth::Of(const std::string& name)
     auto made = std::make_unique<Projection>();
     made->context.reset(proj_context_create());
     PJ_CONTEXT* const context = made->context.get();
+    if (context == nullptr) throw std::bad_alloc(); // PROJ would take one that all threads share
     proj_log_level(context, PJ_LOG_NONE);
     const Object system(proj_create(context, name.c_str()));
     if (!system || proj_get_type(system.get()) != PJ_TYPE_PROJECTED_CRS) return std::nullopt;
