@@ -16,4 +16,11 @@ std::vector<Row> CalibrationRows();
 std::vector<Row> GeometryRows();
 std::vector<Row> QualityRows();
 
+std::vector<Row> ReaderRows();
+std::vector<Row> BridgeRows();
+std::vector<Row> OccupationRows();
+std::vector<Row> JobRecordRows();
+std::vector<Row> JobRows();
+std::vector<Row> GridRows();
+
 } // namespace sweep

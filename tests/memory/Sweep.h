@@ -17,6 +17,7 @@
 #include <cstdio>
 #include <functional>
 #include <new>
+#include <ostream>
 #include <string>
 
 namespace sweep {
@@ -33,6 +34,11 @@ struct Row
     std::string covers; // as tests/abi lists them, without parameters; separated by blanks
     std::function<void()> check;
 };
+
+inline void PrintTo(const Row& row, std::ostream* out)
+{
+    *out << row.covers;
+}
 
 /// What an operation may leave where it failed, beside its object as it was.
 template <class State>

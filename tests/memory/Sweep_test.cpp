@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// The allocation sweep through every operation of the core and of the library of quality, and that it
-// leaves none out: what the libraries export and what their headers declare is compared with the rows.
+// The allocation sweep through every operation of the libraries of this program (Program.h), and that
+// it leaves none out: what the libraries export and what their headers declare is compared with the rows.
 #include "tests/ScratchFolder.h"
-#include "tests/memory/Rows.h"
+#include "tests/memory/Program.h"
 
 #include <gmock/gmock.h>
 
@@ -15,16 +15,9 @@
 
 namespace {
 
+using sweep::Library;
 using sweep::Row;
-
-std::vector<Row> AllRows()
-{
-    std::vector<Row> all;
-    for (const auto& rows : {sweep::FrameworkRows(), sweep::MatrixRows(), sweep::PositioningRows(),
-                             sweep::CalibrationRows(), sweep::GeometryRows(), sweep::QualityRows()})
-        all.insert(all.end(), rows.begin(), rows.end());
-    return all;
-}
+using sweep::TheProgram;
 
 class AllocationSweep : public testing::TestWithParam<Row>
 {
@@ -56,55 +49,12 @@ std::string NameOf(const testing::TestParamInfo<Row>& info)
     return name + std::to_string(info.index);
 }
 
-INSTANTIATE_TEST_SUITE_P(Rows, AllocationSweep, testing::ValuesIn(AllRows()), NameOf);
-
-// Exported for the library's own headers and sources: nothing that a host calls.
-const std::set<std::string> kInternal = {
-    "CInclineSensor_Filter_XY::Turn",
-    "CInclineSensor_Filter_XZ::Turn",
-    "CInclineSensor_Position::CalculateYaw_ADI",
-    "CInclineSensor_Position::CalculateYaw_SCA",
-    "CInclineSensor_Position::Heading",
-    "CInclineSensor_Position::HeadingByAxes",
-    "CInclineSensor_Position::JudgeInterference",
-    "CInclineSensor_Position::JudgeStillness",
-    "CInclineSensor_Position::Keep",
-    "CInclineSensor_Position::KeepPose",
-    "CInclineSensor_Position::MagneticModify",
-    "CInclineSensor_Position::MeasureByFormulas",
-    "CInclineSensor_Position::PoseOf",
-    "CInclineSensor_Position::ProjectionAngle",
-    "CKFilter::Factor::Set",
-    "CKFilter::HasWholeModel",
-    "CKFilter::KeepProcessNoise",
-    "CKFilter::NoteSeparateStates",
-    "CKFilter::StepSeparately",
-    "CMagneticConvert::Prepare",
-    "CSZMatrix::Block",
-    "CSZMatrix::Clear",
-    "CSZMatrix::IsVector3",
-    "CSZMatrix::JacobiDouble",
-    "CSZMatrix::RotateByProducts",
-    "CSZMatrix::RotateLines",
-    "CSZMatrix::SetSize",
-    "CSZMatrix::isSymmetric",
-    "CTiltMatrix::Factor",
-    "CTiltMatrix::Failed",
-    "CTiltMatrix::Inverse",
-    "CTiltMatrix::SetSize",
-    "CTiltMatrix::SingularityFigure",
-    "CTiltMatrix::TakeFrom",
-    "framework::FileReplacement::State::Begin",
-    "framework::FileReplacement::State::BeginInFolder",
-    "framework::FileReplacement::State::Commit",
-    "framework::FileReplacement::State::RenameOrOverwrite",
-    "framework::FileReplacement::State::Write",
-};
+INSTANTIATE_TEST_SUITE_P(Rows, AllocationSweep, testing::ValuesIn(TheProgram().rows), NameOf);
 
 std::set<std::string> Covered()
 {
     std::set<std::string> covered;
-    for (const Row& row : AllRows()) {
+    for (const Row& row : TheProgram().rows) {
         std::istringstream names(row.covers);
         covered.insert(std::istream_iterator<std::string>(names), {});
     }
@@ -134,49 +84,64 @@ bool IsDestructor(const std::string& name)
     return name.find("::~") != std::string::npos;
 }
 
-TEST(AllocationSweepRows, CoverEveryFunctionThatIsExported)
-{
-    const std::set<std::string> covered = Covered();
-    for (const std::string library : {"core", "quality"}) {
-        const std::set<std::string> exported = Exported(library);
-        EXPECT_GT(exported.size(), 15U) << library;
-        for (const std::string& name : exported)
-            EXPECT_TRUE(covered.contains(name) || kInternal.contains(name) || IsDestructor(name))
-                << name << " of " << library << " has no row";
-    }
-}
+class AllocationSweepRows : public testing::TestWithParam<Library>
+{};
 
-TEST(AllocationSweepRows, CallNothingInternalThatIsNotExported)
+TEST_P(AllocationSweepRows, CoverEveryFunctionThatIsExported)
 {
-    const std::set<std::string> exported = Exported("core");
     const std::set<std::string> covered = Covered();
-    for (const std::string& name : kInternal) {
-        EXPECT_TRUE(exported.contains(name)) << name << " is no longer exported";
-        EXPECT_FALSE(covered.contains(name)) << name << " has a row";
-    }
+    const std::set<std::string> internal = TheProgram().internal;
+    const std::set<std::string> exported = Exported(GetParam().name);
+    EXPECT_GT(exported.size(), 4U);
+    for (const std::string& name : exported)
+        EXPECT_TRUE(covered.contains(name) || internal.contains(name) || IsDestructor(name))
+            << name << " has no row";
 }
 
 // Templates and classes that are whole in their headers are not among the exported functions.
-TEST(AllocationSweepRows, CoverEveryClassOfThePublicHeaders)
+TEST_P(AllocationSweepRows, CoverEveryClassOfThePublicHeaders)
 {
     static const std::regex kClass(
-        R"(^(?:class|struct) (?:TILTPOLE_API )?(C[A-Z]\w+)(?: final)?(?: :.*)?$)");
-    std::set<std::string> classes;
-    for (const std::string& name : Covered())
-        classes.insert(name.substr(0, name.find("::")));
+        R"(^(?:(?:class|struct) (?:TILTPOLE_API )?(C[A-Z]\w+)|class TILTPOLE_API (\w+))(?: final)?(?: :.*)?$)");
+    std::set<std::string> classes; // and names of functions and namespaces
+    for (const std::string& name : Covered()) {
+        static const std::regex kPart(R"(\w+)");
+        for (std::sregex_iterator part(name.begin(), name.end(), kPart), end; part != end; ++part)
+            classes.insert(part->str());
+    }
     int found = 0;
-    std::ifstream headers(TILTPOLE_PUBLIC_HEADERS);
+    std::ifstream headers(TILTPOLE_PUBLIC_HEADERS "/" + GetParam().name + ".txt");
     for (std::string header; std::getline(headers, header);) {
         std::ifstream file(header);
         for (std::string line; std::getline(file, line);) {
             std::smatch match;
             if (!std::regex_match(line, match, kClass)) continue;
             ++found;
-            EXPECT_TRUE(classes.contains(match[1].str()))
-                << match[1] << " of " << header << " has no row";
+            const std::string name = match[1].matched ? match[1] : match[2];
+            EXPECT_TRUE(classes.contains(name)) << name << " of " << header << " has no row";
         }
     }
-    EXPECT_GT(found, 14) << "classes in public headers";
+    EXPECT_GE(found, GetParam().publicClasses) << "classes in public headers";
 }
+
+TEST_P(AllocationSweepRows, CallNothingInternalThatIsNotExported)
+{
+    std::set<std::string> exported;
+    for (const Library& library : TheProgram().libraries)
+        exported.merge(Exported(library.name));
+    const std::set<std::string> covered = Covered();
+    for (const std::string& name : TheProgram().internal) {
+        EXPECT_TRUE(exported.contains(name)) << name << " is no longer exported";
+        EXPECT_FALSE(covered.contains(name)) << name << " has a row";
+    }
+}
+
+std::string NameOfLibrary(const testing::TestParamInfo<Library>& info)
+{
+    return info.param.name;
+}
+
+INSTANTIATE_TEST_SUITE_P(Of, AllocationSweepRows, testing::ValuesIn(TheProgram().libraries),
+                         NameOfLibrary);
 
 } // namespace
