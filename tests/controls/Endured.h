@@ -186,7 +186,7 @@ void LiveAsMeter()
 inline void LiveTakenOver()
 {
     HostWindow host;
-    const HWND item =
+    auto* const item =
         CreateWindowExW(0, L"STATIC", L"", kInHost, 0, 0, 64, 96, host.GetSafeHwnd(), 2);
     CGraphCompass dial;
     dial.SubclassWindow(item);

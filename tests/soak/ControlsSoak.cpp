@@ -13,6 +13,7 @@
 #include <algorithm>
 #include <cstdio>
 #include <cstdlib>
+#include <exception>
 #include <string_view>
 #include <vector>
 
@@ -114,7 +115,7 @@ void Paint(const Kind& kind, long paints, framework::Application& events)
 } // namespace
 
 int main(int argc, char** argv)
-{
+try {
     const long lifetimes = argc > 2 ? std::strtol(argv[1], nullptr, 10) : 0;
     const long paints = argc > 2 ? std::strtol(argv[2], nullptr, 10) : 0;
     if (lifetimes < 1 || paints < 1 || argc > 4) {
@@ -130,4 +131,7 @@ int main(int argc, char** argv)
         Live(kind, lifetimes, events);
         if (kind.make) Paint(kind, paints, events);
     }
+} catch (const std::exception& error) {
+    std::fprintf(stderr, "controls_soak: %s\n", error.what());
+    return 2;
 }
