@@ -46,7 +46,8 @@ struct Moment
     double seconds = 0.0; // since the start of the run
     int occupation = 0;   // from 0
     OccupationEstimate estimate;
-    xyhCoordinate error; // of the tip [m]
+    xyhCoordinate error; // of the tip against where it stood at first [m]
+    double risen = 0.0;  // the true tip since then [m]
 };
 
 field::Instant InstantOf(double seconds)
@@ -117,7 +118,7 @@ std::vector<Moment> Run(const Line& line, const std::vector<simulation::Slip>& s
         }
         if (watch.Estimate()->seconds == estimated) continue;
         estimated = watch.Estimate()->seconds;
-        Moment moment{seconds, occupation, *watch.Estimate(), {}};
+        Moment moment{seconds, occupation, *watch.Estimate(), {}, row.truth.tip.z - tip.z};
         if (const auto found = watch.Tip()) moment.error = field::Difference(kTip, *found);
         moments.push_back(moment);
     }
@@ -139,6 +140,20 @@ bool HoldsInPlan(const Moment& moment)
     return square <= 5.9914645471;
 }
 
+bool HoldsInHeight(const Moment& moment, double risen)
+{
+    return std::fabs(moment.error.h - risen) <= moment.estimate.heightHalfInterval;
+}
+
+// Runs whose tip moves.
+struct Moved
+{
+    int runs = 0;
+    int named = 0;
+    int kept = 0;   // stored in spite of it
+    int missed = 0; // with a height interval that misses where the tip stood at first, or stands
+};
+
 struct Count
 {
     int runs = 0;
@@ -150,9 +165,8 @@ struct Count
     int height = 0;
     int firstPlan = 0;
     int firstHeight = 0;
-    int slips = 0;
-    int named = 0;
-    int kept = 0; // stored in spite of the slip
+    Moved slips;
+    Moved sunk;
 };
 
 void CountRun(Count& count, const std::vector<Moment>& moments)
@@ -164,7 +178,7 @@ void CountRun(Count& count, const std::vector<Moment>& moments)
         refused = refused || moment.estimate.advice == OccupationAdvice::Refuse;
         if (!IsStored(moment)) continue;
         const bool plan = HoldsInPlan(moment);
-        const bool height = std::fabs(moment.error.h) <= moment.estimate.heightHalfInterval;
+        const bool height = HoldsInHeight(moment, 0.0);
         ++count.estimates;
         count.plan += plan ? 1 : 0;
         count.height += height ? 1 : 0;
@@ -177,13 +191,14 @@ void CountRun(Count& count, const std::vector<Moment>& moments)
     count.last += !moments.empty() && IsStored(moments.back()) ? 1 : 0;
 }
 
-// Of the occupation during which the tip slips.
-void CountSlip(Count& count, const std::vector<Moment>& moments, double at)
+// Of the occupation during which the tip moves.
+void CountMoved(Moved& count, const std::vector<Moment>& moments, double at)
 {
-    ++count.slips;
+    ++count.runs;
     std::optional<int> during;
     bool named = false;
     bool kept = false;
+    bool missed = false;
     for (const Moment& moment : moments) {
         if (moment.seconds < at) {
             during =
@@ -193,10 +208,13 @@ void CountSlip(Count& count, const std::vector<Moment>& moments, double at)
         if (!during) during = moment.occupation;
         if (moment.occupation != *during) continue;
         named = named || moment.estimate.advice == OccupationAdvice::Refuse;
-        kept = kept || (moment.seconds > at + kSettled && IsStored(moment));
+        if (moment.seconds <= at + kSettled || !IsStored(moment)) continue;
+        kept = true;
+        missed = missed || !HoldsInHeight(moment, 0.0) || !HoldsInHeight(moment, moment.risen);
     }
     count.named += named ? 1 : 0;
     count.kept += kept ? 1 : 0;
+    count.missed += missed ? 1 : 0;
 }
 
 std::string Percent(int part, int whole)
@@ -206,9 +224,11 @@ std::string Percent(int part, int whole)
 
 std::string RowOf(const Line& line, const Count& c)
 {
-    return fmt::format("| {} | {} / {} | {} | {} / {} | {} / {} | {} / {} |\n", line.name,
-                       Percent(c.some, c.runs), Percent(c.last, c.runs), Percent(c.refused, c.runs),
-                       Percent(c.named, c.slips), Percent(c.kept, c.slips),
+    return fmt::format("| {} | {} / {} | {} | {} / {} | {} / {} / {} | {} / {} | {} / {} |\n",
+                       line.name, Percent(c.some, c.runs), Percent(c.last, c.runs),
+                       Percent(c.refused, c.runs), Percent(c.slips.named, c.slips.runs),
+                       Percent(c.slips.kept, c.slips.runs), Percent(c.sunk.named, c.sunk.runs),
+                       Percent(c.sunk.kept, c.sunk.runs), Percent(c.sunk.missed, c.sunk.runs),
                        Percent(c.plan, c.estimates), Percent(c.firstPlan, c.some),
                        Percent(c.height, c.estimates), Percent(c.firstHeight, c.some));
 }
@@ -273,9 +293,10 @@ std::string LiveStudy(int runs, std::uint64_t seed, const std::string& only)
     if (lines.empty()) throw tables::InputError("no line has '" + only + "' in its name");
     std::string text = "| live pole | stored at some time / at the end [%] | refused at some time "
                        "[%] | slip of 30 mm named / "
-                       "stored [%] | ellipse holds: all / first stored [%] | height holds: all / "
+                       "stored [%] | sunk by 30 mm named / stored / height misses first or last "
+                       "place [%] | ellipse holds: all / first stored [%] | height holds: all / "
                        "first stored [%] |\n"
-                       "|---|---|---|---|---|---|\n";
+                       "|---|---|---|---|---|---|---|\n";
     for (const Line& line : lines) {
         Count count;
         for (int i = 0; i < runs; ++i) {
@@ -285,14 +306,13 @@ std::string LiveStudy(int runs, std::uint64_t seed, const std::string& only)
             simulation::Generator random(own, simulation::Stream::Placement);
             const double at = random.Uniform(1.0, line.motion.duration - 1.0);
             const double azimuth = random.Uniform(0.0, 6.283185307);
-            const simulation::Point3 by{kSlip * std::cos(azimuth), kSlip * std::sin(azimuth), 0.0};
-            CountSlip(count,
-                      Run(line,
-                          {
-                              {.at = at, .duration = kSlipping, .by = by}
-            },
-                          own),
-                      at);
+            const auto movedBy = [&](const simulation::Point3& by) {
+                const simulation::Slip slip{.at = at, .duration = kSlipping, .by = by};
+                return Run(line, {slip}, own);
+            };
+            CountMoved(count.slips,
+                       movedBy({kSlip * std::cos(azimuth), kSlip * std::sin(azimuth), 0.0}), at);
+            CountMoved(count.sunk, movedBy({0.0, 0.0, -kSlip}), at);
         }
         text += RowOf(line, count);
     }

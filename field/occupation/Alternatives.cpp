@@ -115,6 +115,12 @@ public:
         return ScoreBy(fitter, fitter.Normal(), m_right, 0.0, time);
     }
 
+    // Of the height where north and west stay [m].
+    double HeightIn(const Fitter& fitter) const
+    {
+        return m_right.z() / (m_own.z() - fitter.Normal().Whitened(m_mixed[2]).squaredNorm());
+    }
+
 private:
     StepScore ScoreBy(const Fitter& fitter, const NormalEquations& normal, const Vector3d& right,
                       double others, double time) const
@@ -152,28 +158,30 @@ private:
 } // namespace
 
 // One walk from the last epoch to the first: the sums of the epochs after the step grow.
-StepScore StepOfTip(const Fitter& fitter)
+TipSteps StepsOfTip(const Fitter& fitter)
 {
     constexpr double kLate = 1.5;  // before the last epoch [s]
     constexpr double kShown = 0.3; // of what comes after the step [s]
-    StepScore best;
+    constexpr double kBegun = 0.9; // of what comes before one of the height [s]
+    TipSteps steps;
     Shift shift;
     double likelihood = 0.0; // over all times
-    double late = 0.0;
     const auto& rows = fitter.Rows();
+    const double begin = rows.front().epoch->time;
     const double end = rows.back().epoch->time;
     for (std::size_t i = rows.size(); i-- > 1;) {
         shift.Add(rows[i], 1.0);
         const StepScore score = shift.ScoreIn(fitter, rows[i].epoch->time);
         if (std::isfinite(score.evidence)) likelihood += std::exp(std::min(score.evidence, 500.0));
         if (!score.size.allFinite()) continue;
-        if (score.gain > best.gain) best = score;
+        if (score.gain > steps.best.gain) steps.best = score;
         if (score.time >= end - kLate && rows[i - 1].epoch->time <= end - kShown)
-            late = std::max(late, score.size.head<2>().norm());
+            steps.late = std::max(steps.late, score.size.head<2>().norm());
+        if (score.time >= begin + kBegun && score.time <= end - kShown)
+            steps.sunk = std::max(steps.sunk, std::fabs(shift.HeightIn(fitter)));
     }
-    best.late = late;
-    best.evidence = std::log(std::max(1e-300, likelihood));
-    return best;
+    steps.best.evidence = std::log(std::max(1e-300, likelihood));
+    return steps;
 }
 
 namespace {
@@ -259,7 +267,7 @@ Alternatives AlternativesOf(Fitter& fitter, const Track& track, const FitSetup& 
     constexpr double kFaulty = 0.7; // of the factor: a fault explains so much of the residuals
     const Fit& fit = fitter.Result();
     const double gain =
-        setup.antennaFactor * std::max(LengthScore(fitter).gain, StepOfTip(fitter).gain);
+        setup.antennaFactor * std::max(LengthScore(fitter).gain, StepsOfTip(fitter).best.gain);
     const double all = PooledFactor(fit.slowMisfit, fit.slowFreedom, kStatementFreedom);
     const double left = PooledFactor(std::max(0.0, fit.slowMisfit - gain), fit.slowFreedom - 1.0,
                                      kStatementFreedom);
@@ -268,8 +276,10 @@ Alternatives AlternativesOf(Fitter& fitter, const Track& track, const FitSetup& 
     fitter.Run(track, sharper);
     Alternatives found;
     found.length = LengthScore(fitter);
-    found.step = StepOfTip(fitter);
-    found.late = found.step.late;
+    const TipSteps steps = StepsOfTip(fitter);
+    found.step = steps.best;
+    found.late = steps.late;
+    found.sunk = steps.sunk;
     const StepScore glide =
         GlideOfTip(fitter, fit.span >= kTrendSpan ? AddTrend(fitter, track, sharper) : WithTrend{});
     if (fit.span < kGlideSpan && glide.size.allFinite()) {

@@ -35,7 +35,6 @@ struct StepScore
     double gain = 0.0;                              // chi-square of three degrees of freedom
     double time = 0.0;     // of the epoch after the step that explains most
     double evidence = 0.0; // of a step at some time, see Score
-    double late = 0.0;     // size in plan of the largest one shortly before the end [m]
     double planGain =
         0.0; // chi-square of its plan part, two degrees of freedom, where the antenna wanders
     // Likewise of what parts it from the nearest one of 30 mm; where it is not asked for, none
@@ -43,7 +42,15 @@ struct StepScore
     double harmGain = std::numeric_limits<double>::infinity();
 };
 
-StepScore StepOfTip(const Fitter& fitter);
+/// The steps of the tip at all times.
+struct TipSteps
+{
+    StepScore best;    // explains most
+    double late = 0.0; // size in plan of the largest one shortly before the end [m]
+    double sunk = 0.0; // size of the largest one of the height alone, but near the ends [m]
+};
+
+TipSteps StepsOfTip(const Fitter& fitter);
 
 /// The same of a tip that glides from the first epoch, its time, to the last, evenly or from rest
 /// to rest: of both the one that explains more in plan, and the smaller harmGain.
@@ -56,7 +63,8 @@ struct Alternatives
     StepScore step;
     StepScore glide; // none where the occupation is longer than the antenna's own wander
     Jump jump;
-    double late = 0.0; // size in plan of a step shortly before the end [m]
+    double late = 0.0; // see TipSteps [m]
+    double sunk = 0.0; // likewise [m]
     double leftByLength =
         0.0;                 ///< of the antenna's misfit per degree of freedom, by stated variances
     double leftByStep = 0.0; ///< likewise

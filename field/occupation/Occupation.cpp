@@ -159,7 +159,7 @@ double RegionFactorOf(const Fit& fit)
 bool AsksForDelay(const Fitter& fitter)
 {
     const auto delay = tiltpole::field::DelayScore(fitter);
-    const bool moved = tiltpole::field::StepOfTip(fitter).gain > delay.gain + kMovedGain;
+    const bool moved = tiltpole::field::StepsOfTip(fitter).best.gain > delay.gain + kMovedGain;
     return delay.gain > kDelayGain && delay.sigma < kDelayKnown && !moved;
 }
 

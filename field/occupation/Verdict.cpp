@@ -161,13 +161,17 @@ void JudgeGlide(OccupationEstimate& e, const StepScore& glide)
     Set(e, OccupationAdvice::Move, OccupationReason::TipUnchecked);
 }
 
-// A slip just before the end has too few epochs after it to be named: what is nearer to one that
-// must be than to none is not stored yet.
-void JudgeLateStep(OccupationEstimate& e, double late)
+// A slip just before the end has too few epochs after it to be named, and one of the height looks
+// like what errors of the antenna make: what is nearer to one that must be named than to none is
+// not stored yet.
+void JudgeHiddenSteps(OccupationEstimate& e, const Alternatives& alternatives)
 {
-    constexpr double kNearer = 0.015; // [m]
-    if (e.advice != OccupationAdvice::Store || !(late > kNearer)) return;
-    e.tipStep = late;
+    constexpr double kNearer = 0.015; // in plan [m]
+    constexpr double kSunk = 0.020;   // heights wander further [m]
+    if (e.advice != OccupationAdvice::Store) return;
+    const bool late = alternatives.late > kNearer;
+    if (!late && !(alternatives.sunk > kSunk)) return;
+    e.tipStep = late ? alternatives.late : alternatives.sunk;
     Set(e, OccupationAdvice::Move, OccupationReason::TipUnchecked);
 }
 
@@ -235,7 +239,9 @@ bool RefusesInput(OccupationEstimate& e, const Track& track, const Counts& count
 
 void JudgeSize(OccupationEstimate& e, double heading, double vertical, const OccupationSetup& setup)
 {
-    if (e.ellipseMajor <= setup.tolerance && e.heightHalfInterval <= setup.tolerance) {
+    constexpr int kFewestStored = 5; // epochs: of four, three may be on one side of a slip
+    const bool few = e.epochs < kFewestStored;
+    if (!few && e.ellipseMajor <= setup.tolerance && e.heightHalfInterval <= setup.tolerance) {
         Set(e, OccupationAdvice::Store, OccupationReason::Sure);
         return;
     }
@@ -275,7 +281,7 @@ void Judge(OccupationEstimate& e, const Fitter& fitter, const Alternatives& alte
               setup.poleLength * fit.tiltSigma, setup);
     JudgeLength(e);
     JudgeGlide(e, alternatives.glide);
-    JudgeLateStep(e, alternatives.late);
+    JudgeHiddenSteps(e, alternatives);
 }
 
 } // namespace tiltpole::field

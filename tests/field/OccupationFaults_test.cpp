@@ -121,6 +121,40 @@ TEST(OccupationFaults, ASlipJustBeforeTheEndIsNotStored)
     }
 }
 
+// Its height lies between two that may both be meant, and looks as good as any.
+TEST(OccupationFaults, ATipThatSinksOrRisesIsNotStored)
+{
+    for (const OccupationMotion motion : kUsual) {
+        OccupationPlan plan = PlanOf(motion, 20);
+        plan.noise = {0.004, 0.011, 0.0, 0.0, 1.0};
+        Tally tally;
+        for (const double up : {-0.03, 0.03})
+            for (const double part : {0.3, 0.6}) {
+                plan.motion.slips = {
+                    {.at = part * plan.motion.duration, .duration = 0.2, .by = {0.0, 0.0, up}}
+                };
+                Count(tally, plan, 591);
+            }
+        EXPECT_LE(tally.stored, 0.03 * tally.points) << NameOf(motion);
+    }
+}
+
+// Of four epochs, three may be on one side of a slip, and fit.
+TEST(OccupationFaults, FourEpochsAreTooFewToBeStored)
+{
+    const auto storedOf = [](double seconds) {
+        OccupationPlan plan = PlanOf(OccupationMotion::LeanIn, 60);
+        plan.motion.duration = seconds;
+        plan.motion.leanTo = 30.0;
+        plan.antennaRate = 1.0;
+        Tally tally;
+        Count(tally, plan, 592);
+        return tally.stored;
+    };
+    EXPECT_EQ(storedOf(3.6), 0);
+    EXPECT_GT(storedOf(4.6), 6);
+}
+
 // All that an occupation says of the errors beside those that all positions share, which are not simulated.
 TEST(OccupationFaults, HeightIntervalsHoldWhereErrorsOfTheAntennaLast)
 {
