@@ -27,11 +27,14 @@ using ::field::Setup;
 using survey::Magnetometer;
 using survey::Point3;
 using Code = ::field::Reason::Code;
+using Seconds = std::chrono::duration<double>;
 
 namespace {
 
 constexpr double kReceiverClockSigma = 0.002; // of the least delay [s]
 constexpr double kMotionMargin = 0.5;         // poses before the span that has to be still [s]
+constexpr std::string_view kNotPlumb =
+    "pitch and roll are not those of the accelerations: are they in degrees?";
 
 Setup Completed(const Setup& given, const PoseInput& poses)
 {
@@ -45,6 +48,11 @@ Setup Completed(const Setup& given, const PoseInput& poses)
     return {reading.x, reading.y, reading.z};
 }
 
+Point3 PointOf(const ::field::SensorVector& v)
+{
+    return {v.x, v.y, v.z};
+}
+
 // |A − B| as part of |A|, B in the axes of A.
 double PairDifference(const Setup& setup, const PoseSensorData& pose, const survey::Reading& a)
 {
@@ -55,6 +63,17 @@ double PairDifference(const Setup& setup, const PoseSensorData& pose, const surv
     const Point3 difference{a.x - (-b.x - shift.dX), a.y - (-b.y - shift.dY),
                             a.z - (b.z - shift.dZ)};
     return survey::Length(difference) / survey::Length({a.x, a.y, a.z});
+}
+
+::field::Tilt TiltOf(const Setup& setup, const PoseSensorData& pose)
+{
+    const bool slopes = survey::AxesOf(setup.sensorType) == survey::SensorAxes::ForwardLeftUp;
+    ::field::Tilt tilt;
+    tilt.pitch = pose.dPitch;
+    tilt.roll = pose.dRoll;
+    tilt.meaning = slopes ? ::field::PitchRoll::Slopes : ::field::PitchRoll::Turns;
+    tilt.sensorType = setup.sensorType;
+    return tilt;
 }
 
 // A level pole whose heading is not believed: the foot lies anywhere on the circle of its lean.
@@ -142,7 +161,7 @@ void Engine::WholeOrForgotten(const Call& call)
 void Engine::Forget()
 {
     m_receiver.Forget();
-    m_poses.Restart();
+    RestartPose();
     m_waiting.clear();
     m_gate.Restart();
     m_occupation.Clear();
@@ -242,6 +261,11 @@ void Engine::Complete(const TimedEpoch& timed, const PoseLookup& lookup)
     if (lookup.state == PoseLookup::State::Found) {
         sight.pose = PoseSight::Found;
         solution = Solved(timed, lookup.pose, sight);
+        CheckPlumb(timed.epoch.moment, lookup.pose, sight);
+        if (sight.pose == PoseSight::None) {
+            solution.tip.reset();
+            solution.lean = kNotKnown;
+        }
     } else {
         m_poses.Explain(timed.epoch.moment, sight);
     }
@@ -285,22 +309,37 @@ TipSolution Engine::Solved(const TimedEpoch& timed, const PoseSample& pose, Sigh
     return solution;
 }
 
+// Whether gravity bears out pitch and roll: of a sensor that stands still, by its own word, it is
+// the mean acceleration. The answer holds until it stands again.
+void Engine::CheckPlumb(Instant moment, const PoseSample& pose, Sight& sight)
+{
+    constexpr double kFarOff = 5.0; // accelerometers that were never calibrated: 2 [degrees]
+    constexpr double kLeast = 0.5;  // what is taken for gravity [g]
+    constexpr double kMost = 2.0;
+    if (sight.still >= m_setup.limits.stillFor) {
+        const Point3 up = PointOf(::field::LevelAxesOf(TiltOf(m_setup, pose.data)).up);
+        const Point3 force = PointOf(m_poses.MeanForce(moment, m_setup.limits.stillFor));
+        const double size = survey::Length(force);
+        const bool known = size > kLeast && size < kMost;
+        m_askew = known && survey::Length((1.0 / size) * force - up) > survey::Deg2Rad(kFarOff);
+        if (!m_askew) m_plumb = moment;
+    }
+    if (!m_askew) return;
+    sight.pose = PoseSight::None;
+    sight.poseFault = kNotPlumb;
+    sight.lean.reset();
+    if (m_plumb) sight.poseSilence = Seconds(moment - *m_plumb).count();
+}
+
 FieldSight Engine::SeenField(const TipSolution& solution)
 {
     const PoseSensorData& pose = solution.tip->pose.data;
     const auto& calibration = m_setup.calibration;
     const survey::Reading a = survey::Corrected(calibration.sensor.GetMagneticCorrectPar_A(),
                                                 survey::ReadingOf(pose, Magnetometer::A));
-    const bool slopes = survey::AxesOf(m_setup.sensorType) == survey::SensorAxes::ForwardLeftUp;
-
-    ::field::Tilt tilt;
-    tilt.pitch = pose.dPitch;
-    tilt.roll = pose.dRoll;
-    tilt.meaning = slopes ? ::field::PitchRoll::Slopes : ::field::PitchRoll::Turns;
-    tilt.sensorType = m_setup.sensorType;
 
     FieldSight sight;
-    sight.measured = ::field::ShapeOf(tilt, VectorOf(a));
+    sight.measured = ::field::ShapeOf(TiltOf(m_setup, pose), VectorOf(a));
     if (calibration.field) {
         sight.strength = calibration.field->strength;
         sight.dip = calibration.field->dip;
@@ -374,6 +413,8 @@ void Engine::RestartReceiver()
 void Engine::RestartPose()
 {
     m_poses.Restart();
+    m_plumb.reset();
+    m_askew = false;
 }
 
 void Engine::CountAll()

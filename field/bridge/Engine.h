@@ -62,6 +62,7 @@ private:
     bool ResolveFirst(bool waitNoMore);
     void Complete(const TimedEpoch& timed, const ::field::PoseLookup& lookup);
     TipSolution Solved(const TimedEpoch& timed, const ::field::PoseSample& pose, Sight& sight);
+    void CheckPlumb(::field::Instant moment, const ::field::PoseSample& pose, Sight& sight);
     FieldSight SeenField(const TipSolution& solution);
     void Finish(const TimedEpoch& timed, TipSolution&& solution, const Judgement& judgement);
     void AddOccupation(::field::Report& report, double declination);
@@ -75,7 +76,9 @@ private:
     TipSolver m_solver;
     Gate m_gate;
     OccupationWatch m_occupation;
-    bool m_disturbed = false; // the field at the last epoch
+    bool m_disturbed = false;                // the field at the last epoch
+    std::optional<::field::Instant> m_plumb; // moment at which gravity last bore out pitch and roll
+    bool m_askew = false;                    // what it said last
     ::field::Instant m_now{};
     std::deque<TimedEpoch> m_waiting;
     std::deque<::field::Report> m_reports;

@@ -119,6 +119,23 @@ PoleMotion PoseInput::Motion(const TipSolver& solver, double declination, Instan
     return motion;
 }
 
+::field::SensorVector PoseInput::MeanForce(Instant moment, double span) const
+{
+    const Instant from = moment - std::chrono::duration_cast<Instant>(Seconds(span));
+    ::field::SensorVector sum;
+    double count = 0.0;
+    for (std::size_t i = 0; i < m_ring.Size(); ++i) {
+        const PoseSample& sample = m_ring.Sample(i);
+        if (sample.moment < from || sample.moment > moment) continue;
+        sum.x += sample.data.dAcc_x;
+        sum.y += sample.data.dAcc_y;
+        sum.z += sample.data.dAcc_z;
+        count += 1.0;
+    }
+    if (count == 0.0) return {};
+    return {sum.x / count, sum.y / count, sum.z / count};
+}
+
 void PoseInput::Count(::field::Counters& counters) const
 {
     counters.poses = m_samples;

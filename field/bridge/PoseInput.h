@@ -51,6 +51,10 @@ public:
     PoleMotion Motion(const TipSolver& solver, double declination, ::field::Instant moment,
                       double limit, double span) const;
 
+    /// Mean acceleration in the axes of the sensor [g]; zero without poses or accelerometers.
+    /// @param span  before the moment [s]
+    ::field::SensorVector MeanForce(::field::Instant moment, double span) const;
+
     bool HasOneMagnetometer() const { return m_reader->HasOneMagnetometer(); }
     void Count(::field::Counters& counters) const;
 

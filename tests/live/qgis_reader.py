@@ -65,7 +65,7 @@ def pose_file():
     text = ""
     for i in range(int(50 * POSES_UNTIL)):
         a = [180.0 + noise.gauss(0.0, 0.3), -90.0 + noise.gauss(0.0, 0.3), -420.0 + noise.gauss(0.0, 0.3)]
-        values = [*a, -a[0], -a[1], a[2], 0, 0, 0, 0, 0, 1]
+        values = [*a, -a[0], -a[1], a[2], 0, 0, 0, 0.105, -0.070, 0.992]
         readings = ",".join(f"{v:.3f}" for v in values)
         text += sentence(f"PTPS,1,{1000 + 20 * i},6.0,-4.0,,{readings}")
     return text

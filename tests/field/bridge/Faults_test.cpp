@@ -99,6 +99,40 @@ TEST(Faults, PoseStillWhileTheAntennaMoves)
     }
 }
 
+// A pole that leans by 7 degrees looks plumb: nothing else shows it as long as it stands.
+TEST(Faults, PoseInRadians)
+{
+    for (const double pitch : {6.0, 20.0}) {
+        Options options;
+        options.pose = [](PoseFields& pose) {
+            pose.pitch *= kPi / 180.0;
+            pose.roll *= kPi / 180.0;
+        };
+        int named = 0;
+        for (const Report& report :
+             ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd, pitch), options))) {
+            EXPECT_NE(report.verdict.state, State::Store) << SecondsOf(report);
+            if (report.epoch.utc.empty() || !(SecondsOf(report) > 1.0)) continue;
+            ++named;
+            EXPECT_FALSE(report.tip);
+            EXPECT_EQ(report.verdict.reasons[0].text,
+                      "no pose yet; last one dropped: pitch and roll are not those of the "
+                      "accelerations: are they in degrees?");
+        }
+        EXPECT_GT(named, 70);
+    }
+}
+
+TEST(Faults, ASensorWithoutAccelerometersIsBelieved)
+{
+    Options options;
+    options.pose = [](PoseFields& pose) {
+        pose.readings[9] = pose.readings[10] = pose.readings[11] = 0.0;
+    };
+    const auto reports = ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd), options));
+    EXPECT_EQ(reports.back().verdict.state, State::Store) << ReasonsOf(reports.back());
+}
+
 TEST(Faults, PoseSilent)
 {
     Options options;

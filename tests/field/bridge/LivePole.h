@@ -118,6 +118,7 @@ inline Track StandingTrack(double seconds, double pitch = 6.0, double roll = -4.
     tilt.pitch = pitch;
     tilt.roll = roll;
     const field::SensorVector m = FieldOn(tilt, heading);
+    const field::SensorVector force = field::LevelAxesOf(tilt).up;
     const xyhCoordinate up = field::PoleDirection(tilt, heading);
     Track track;
     for (int i = 0; i < static_cast<int>(seconds * rate); ++i) {
@@ -127,8 +128,7 @@ inline Track StandingTrack(double seconds, double pitch = 6.0, double roll = -4.
         row.roll = roll;
         const std::array<double, 3> a{m.x + noise(random), m.y + noise(random),
                                       m.z + noise(random)};
-        row.readings = {a[0], a[1], a[2], -a[0], -a[1], a[2]};
-        row.readings[11] = 1.0;
+        row.readings = {a[0], a[1], a[2], -a[0], -a[1], a[2], 0, 0, 0, force.x, force.y, force.z};
         row.antenna = {2.0 * up.x, 2.0 * up.y, 2.0 * up.h};
         track.push_back(row);
     }
