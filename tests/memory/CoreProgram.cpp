@@ -50,8 +50,10 @@ Program TheProgram()
         "CTiltMatrix::TakeFrom",
         "framework::FileReplacement::State::Begin",
         "framework::FileReplacement::State::BeginInFolder",
-        "framework::FileReplacement::State::Commit",
+        "framework::FileReplacement::State::Prepare",
         "framework::FileReplacement::State::RenameOrOverwrite",
+        "framework::FileReplacement::State::Replace",
+        "framework::FileReplacement::State::Settle",
         "framework::FileReplacement::State::Write",
     };
     return program;
