@@ -12,9 +12,9 @@ int main()
 
     const auto reader = field::MakePoseReader(field::PoseFormat::Ptps);
     reader->Feed("$PTPS,1,81250,12.3456,-7.5,,150.1,-20.5,-380,-149,", 10ms);
-    reader->Feed("21,-381,0.12,-0.31,0.05,0.131,-0.214,0.968*37\r\n", 13ms);
+    reader->Feed("21,-381,0.12,-0.31,0.05,0.214,-0.131,0.968*37\r\n", 13ms);
     reader->Feed("$PTPS,1,81270,12.3456,-7.5,,150.1,-20.5,-380,-149,"
-                 "21,-381,0.12,-0.31,0.05,0.131,-0.214,0.968*00\r\n",
+                 "21,-381,0.12,-0.31,0.05,0.214,-0.131,0.968*00\r\n",
                  30ms); // a wrong checksum
     for (const field::PoseSample& sample : reader->Take())
         std::printf("clock %.3f s, pitch %.4f, roll %.4f degrees, A x %.1f counts\n",
