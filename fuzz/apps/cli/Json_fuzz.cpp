@@ -196,7 +196,9 @@ void CheckRecord(Input& input)
         quality::Calibration calibration;
         calibration.biasAngleA = 2.5;
         calibration.biasAngleB = -1.25;
-        cli::SaveWithRecord(parameters, calibration, {4.0, 5.0}, {"joint", "good"});
+        tables::OutputFiles files;
+        cli::SaveWithRecord(files, parameters, calibration, {4.0, 5.0}, {"joint", "good"});
+        files.Finish();
         return ContentOf(record);
     }();
     const bool findsItsOwn = input.Below(2) == 0;

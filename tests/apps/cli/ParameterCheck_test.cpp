@@ -3,7 +3,6 @@
 
 #include "apps/cli/ParameterOutput.h"
 #include "apps/tables/Errors.h"
-#include "apps/tables/ReadFile.h"
 #include "tests/apps/ScratchFile.h"
 #include <gtest/gtest.h>
 
@@ -49,17 +48,14 @@ TEST(LoadParameters, AFileThatCannotBeReadIsAnError)
     EXPECT_THROW(cli::LoadParameters(folder.Path(""), position), tables::InputError) << "a folder";
 }
 
-TEST(WriteParameters, LeavesTheOldFileWhereNoProgramWouldLoadTheNewOne)
+TEST(ParameterText, IsRefusedWhereNoProgramWouldLoadIt)
 {
-    const ScratchFolder folder;
-    const std::string path = folder.Write("pole.cfg", "old");
     CInclineSensor_Position position;
     position.SetMagneticTranslationPar({2e6, 0.0, 0.0});
-    EXPECT_THROW(cli::WriteParameters(path, position), tables::InputError);
-    EXPECT_EQ(tables::ReadFile(path), "old");
+    EXPECT_THROW(cli::ParameterText("pole.cfg", position), tables::InputError);
     position.SetMagneticTranslationPar({2e5, 0.0, 0.0});
-    cli::WriteParameters(path, position);
-    EXPECT_NE(tables::ReadFile(path), "old");
+    const std::string text = cli::ParameterText("pole.cfg", position);
+    EXPECT_EQ(Complaint(text), "");
 }
 
 } // namespace
