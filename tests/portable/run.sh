@@ -15,7 +15,8 @@ build() {
     local name=$1 tree=build/portable/$1 log=$out/$1.log
     shift
     {
-        cmake -S tests/portable -B "$tree" -G Ninja -Wno-dev -D CMAKE_CXX_COMPILER_LAUNCHER=ccache "$@" \
+        cmake -S tests/portable -B "$tree" -G Ninja -Wno-dev -D CMAKE_CXX_COMPILER_LAUNCHER=ccache \
+            -D "TILTPOLE_TOGETHER=${TILTPOLE_TOGETHER:-0}" "$@" \
             && cmake --build "$tree" -j "$jobs" --target results
     } >"$log" 2>&1 || {
         tail -n 40 "$log" >&2
