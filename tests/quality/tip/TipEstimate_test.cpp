@@ -411,6 +411,21 @@ TEST(TipEstimate, HasNoSolutionWithoutEnough)
     EXPECT_EQ(EstimateTip(antennas, 2.0, {0.01, 0.01, -1.0}).verdict, TipVerdict::NoSolution);
 }
 
+TEST(TipEstimate, HasNoSolutionForErrorsThatCannotBe)
+{
+    const auto antennas = Antennas({.count = 15}, 6);
+    EXPECT_NE(EstimateTip(antennas, 2.0).verdict, TipVerdict::NoSolution);
+    for (const auto error :
+         {&AntennaErrors::plan, &AntennaErrors::height, &AntennaErrors::sharedPlan,
+          &AntennaErrors::sharedHeight, &AntennaErrors::antennaHeight}) {
+        for (const double wrong : {-0.01, std::numeric_limits<double>::quiet_NaN()}) {
+            AntennaErrors errors;
+            errors.*error = wrong;
+            EXPECT_EQ(EstimateTip(antennas, 2.0, errors).verdict, TipVerdict::NoSolution) << wrong;
+        }
+    }
+}
+
 struct PlanErrors
 {
     double estimated = 0.0; // mean squares [m²]
