@@ -58,7 +58,10 @@ public:
     constexpr explicit CSize(POINT point) : CSize(point.x, point.y) {}
 
     void SetSize(int newCx, int newCy) { *this = CSize(newCx, newCy); }
-    constexpr bool operator==(SIZE other) const { return cx == other.cx && cy == other.cy; }
+    friend constexpr bool operator==(const CSize& a, const CSize& b)
+    {
+        return a.cx == b.cx && a.cy == b.cy;
+    }
     void operator+=(SIZE other) { SetSize(cx + other.cx, cy + other.cy); }
     void operator-=(SIZE other) { SetSize(cx - other.cx, cy - other.cy); }
     constexpr CSize operator+(SIZE other) const { return {cx + other.cx, cy + other.cy}; }
@@ -88,7 +91,10 @@ public:
     void Offset(int dx, int dy) { SetPoint(x + dx, y + dy); }
     void Offset(POINT by) { Offset(by.x, by.y); }
     void Offset(SIZE by) { Offset(by.cx, by.cy); }
-    constexpr bool operator==(POINT other) const { return x == other.x && y == other.y; }
+    friend constexpr bool operator==(const CPoint& a, const CPoint& b)
+    {
+        return a.x == b.x && a.y == b.y;
+    }
     void operator+=(SIZE by) { Offset(by); }
     void operator-=(SIZE by) { Offset(-by.cx, -by.cy); }
     void operator+=(POINT by) { Offset(by); }
@@ -192,10 +198,9 @@ public:
         return !IsRectEmpty();
     }
 
-    constexpr bool operator==(const RECT& other) const
+    friend constexpr bool operator==(const CRect& a, const CRect& b)
     {
-        return left == other.left && top == other.top && right == other.right
-               && bottom == other.bottom;
+        return a.left == b.left && a.top == b.top && a.right == b.right && a.bottom == b.bottom;
     }
     void operator+=(POINT by) { OffsetRect(by); }
     void operator+=(SIZE by) { OffsetRect(by); }

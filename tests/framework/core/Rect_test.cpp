@@ -203,6 +203,21 @@ TEST(Rect, IsEqualWhereAllEdgesAre)
         EXPECT_NE(frame, other) << other.left << other.top << other.right << other.bottom;
 }
 
+// Written out: GoogleTest's macros hide a warning of clang++ about operators that are ambiguous.
+TEST(Rect, IsComparedWithRecordsOfTheSystemFromBothSides)
+{
+    const CRect frame(1, 2, 3, 4);
+    const RECT record = frame;
+    const CPoint point(1, 2);
+    const POINT place = point;
+    const CSize size(1, 2);
+    const SIZE extent = size;
+    EXPECT_TRUE((frame == record) && (record == frame) && (frame == CRect(record)));
+    EXPECT_TRUE((point == place) && (place == point) && (point == CPoint(place)));
+    EXPECT_TRUE((size == extent) && (extent == size) && (size == CSize(extent)));
+    EXPECT_TRUE(frame != CRect() && point != CPoint() && size != CSize());
+}
+
 TEST(Rect, IsNotNullWhereOneEdgeIsNot)
 {
     for (const CRect& one :
