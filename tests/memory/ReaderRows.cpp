@@ -353,17 +353,23 @@ TEST(ShortPoseReader, GivesNoSampleOfHalves)
 bool IsRightOnceThereIsMemory()
 {
     const field::Geodetic place{47.5, 19.0, 100.0};
-    bool isNone = true;
-    long failures = 0;
+    const auto isNone = [](const field::Field& there) {
+        return std::isnan(there.declination) && std::isnan(there.strength);
+    };
+    const auto isRight = [](const field::Field& there) {
+        return std::fabs(there.strength - 48900.0) < 1000.0;
+    };
+    // The entry of what is to be destroyed at the end may be an allocation that is not needed.
+    bool isOneOfThem = true;
+    long nones = 0;
     for (long k = 1;; ++k) {
         reference::AllocationRound round(k, reference::Failing::One);
         const field::Field there = round.Run([&] { return field::MagneticFieldAt(place, 2026.5); });
         if (!round.HasFailed()) break;
-        ++failures;
-        isNone = isNone && std::isnan(there.declination) && std::isnan(there.strength);
+        nones += isNone(there) ? 1 : 0;
+        isOneOfThem = isOneOfThem && (isNone(there) || isRight(there));
     }
-    const field::Field there = field::MagneticFieldAt(place, 2026.5);
-    return failures > 0 && isNone && std::fabs(there.strength - 48900.0) < 1000.0;
+    return nones > 0 && isOneOfThem && isRight(field::MagneticFieldAt(place, 2026.5));
 }
 
 // In a process of its own, where what the first call keeps is not there yet.
