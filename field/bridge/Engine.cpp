@@ -321,7 +321,10 @@ void Engine::CheckPlumb(Instant moment, const PoseSample& pose, Sight& sight)
         const Point3 force = PointOf(m_poses.MeanForce(moment, m_setup.limits.stillFor));
         const double size = survey::Length(force);
         const bool known = size > kLeast && size < kMost;
-        m_askew = known && survey::Length((1.0 / size) * force - up) > survey::Deg2Rad(kFarOff);
+        const auto isOff = [&](const Point3& axis) {
+            return survey::Length((1.0 / size) * force - axis) > survey::Deg2Rad(kFarOff);
+        };
+        m_askew = known && isOff(up) && isOff(-1.0 * up); // some tell -1 g at rest
         if (!m_askew) m_plumb = moment;
     }
     if (!m_askew) return;

@@ -122,17 +122,23 @@ PoleMotion PoseInput::Motion(const TipSolver& solver, double declination, Instan
 ::field::SensorVector PoseInput::MeanForce(Instant moment, double span) const
 {
     const Instant from = moment - std::chrono::duration_cast<Instant>(Seconds(span));
+    ::field::SensorVector first;
     ::field::SensorVector sum;
     double count = 0.0;
+    bool changes = false;
     for (std::size_t i = 0; i < m_ring.Size(); ++i) {
         const PoseSample& sample = m_ring.Sample(i);
         if (sample.moment < from || sample.moment > moment) continue;
-        sum.x += sample.data.dAcc_x;
-        sum.y += sample.data.dAcc_y;
-        sum.z += sample.data.dAcc_z;
+        const ::field::SensorVector force{sample.data.dAcc_x, sample.data.dAcc_y,
+                                          sample.data.dAcc_z};
+        if (count == 0.0) first = force;
+        changes = changes || force.x != first.x || force.y != first.y || force.z != first.z;
+        sum.x += force.x;
+        sum.y += force.y;
+        sum.z += force.z;
         count += 1.0;
     }
-    if (count == 0.0) return {};
+    if (!changes) return {};
     return {sum.x / count, sum.y / count, sum.z / count};
 }
 

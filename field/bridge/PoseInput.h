@@ -51,7 +51,8 @@ public:
     PoleMotion Motion(const TipSolver& solver, double declination, ::field::Instant moment,
                       double limit, double span) const;
 
-    /// Mean acceleration in the axes of the sensor [g]; zero without poses or accelerometers.
+    /// Mean acceleration in the axes of the sensor [g]; zero without poses or accelerometers, and
+    /// where it does not change at all: what is measured is never the same twenty times.
     /// @param span  before the moment [s]
     ::field::SensorVector MeanForce(::field::Instant moment, double span) const;
 

@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cmath>
 #include <functional>
 
 namespace {
@@ -99,6 +100,12 @@ TEST(Faults, PoseStillWhileTheAntennaMoves)
     }
 }
 
+// What an accelerometer that stands tells besides gravity.
+void AddNoise(PoseFields& pose)
+{
+    pose.readings[9] += 0.002 * std::sin(400.0 * pose.seconds);
+}
+
 // A pole that leans by 7 degrees looks plumb: nothing else shows it as long as it stands.
 TEST(Faults, PoseInRadians)
 {
@@ -107,6 +114,7 @@ TEST(Faults, PoseInRadians)
         options.pose = [](PoseFields& pose) {
             pose.pitch *= kPi / 180.0;
             pose.roll *= kPi / 180.0;
+            AddNoise(pose);
         };
         int named = 0;
         for (const Report& report :
@@ -125,12 +133,42 @@ TEST(Faults, PoseInRadians)
 
 TEST(Faults, ASensorWithoutAccelerometersIsBelieved)
 {
+    for (const double vertical : {0.0, 1.0}) { // of all samples: filled in, not measured
+        Options options;
+        options.pose = [vertical](PoseFields& pose) {
+            pose.readings[9] = pose.readings[10] = 0.0;
+            pose.readings[11] = vertical;
+        };
+        const auto reports = ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd, 20.0), options));
+        EXPECT_EQ(reports.back().verdict.state, State::Store) << ReasonsOf(reports.back());
+    }
+}
+
+TEST(Faults, AccelerationsOfEitherSignAreGravity)
+{
+    for (const double sign : {1.0, -1.0}) {
+        Options options;
+        options.pose = [sign](PoseFields& pose) {
+            AddNoise(pose);
+            for (std::size_t i = 9; i < 12; ++i)
+                pose.readings[i] *= sign;
+        };
+        const auto reports = ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd, 20.0), options));
+        EXPECT_EQ(reports.back().verdict.state, State::Store) << ReasonsOf(reports.back());
+    }
+}
+
+TEST(Faults, LevelAccelerationsOfALeaningPoleAreNoGravityOfItsPose)
+{
     Options options;
     options.pose = [](PoseFields& pose) {
-        pose.readings[9] = pose.readings[10] = pose.readings[11] = 0.0;
+        pose.readings[9] = pose.readings[10] = 0.0;
+        pose.readings[11] = 1.0;
+        AddNoise(pose);
     };
-    const auto reports = ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd), options));
-    EXPECT_EQ(reports.back().verdict.state, State::Store) << ReasonsOf(reports.back());
+    const auto reports = ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd, 20.0), options));
+    EXPECT_FALSE(reports.back().tip);
+    EXPECT_EQ(reports.back().verdict.state, State::Block);
 }
 
 TEST(Faults, PoseSilent)
