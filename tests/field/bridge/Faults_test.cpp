@@ -123,6 +123,7 @@ TEST(Faults, PoseInRadians)
             if (report.epoch.utc.empty() || !(SecondsOf(report) > 1.0)) continue;
             ++named;
             EXPECT_FALSE(report.tip);
+            ASSERT_FALSE(report.verdict.reasons.empty());
             EXPECT_EQ(report.verdict.reasons[0].text,
                       "no pose yet; last one dropped: pitch and roll are not those of the "
                       "accelerations: are they in degrees?");
