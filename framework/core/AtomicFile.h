@@ -12,7 +12,7 @@
 ///         file.Write(row.Text());
 ///     if (!file.Commit()) std::fputs(std::strerror(file.Error()), stderr);
 ///
-///     // Files that belong together: all of the old ones, or all of the new ones.
+///     // Files that belong together: what fails before the first renaming leaves all the old ones.
 ///     framework::FileReplacement points("/var/lib/pole/points.csv");
 ///     framework::FileReplacement index("/var/lib/pole/points.idx");
 ///     framework::FileReplacement* const both[] = {&points, &index};
