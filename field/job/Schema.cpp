@@ -2,7 +2,6 @@
 #include "field/job/Schema.h"
 
 #include <algorithm>
-#include <array>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -151,7 +150,7 @@ struct Table
 };
 
 // In the order of the tables above.
-constexpr std::array kTables{
+constexpr Table kTables[]{
     Table{"PRAGMA table_info(setup)",
           "id made_utc pole_m arp_to_apc_m sensor_type calibration heading_sd_deg tilt_sd_deg "
           "pole_sd_m delay_ms delay_sd_ms axis_offset_deg north model program"                         },

@@ -4,8 +4,6 @@
 #include "quality/JointFit.h"
 #include "quality/calibration/Text.h"
 
-#include <array>
-
 namespace inside = tiltpole::quality;
 
 namespace quality {
@@ -23,7 +21,7 @@ struct FindingText
 
 // Aligned in columns it would be wider than a screen.
 // clang-format off
-constexpr std::array kFindings = {
+constexpr FindingText kFindings[] = {
     FindingText{Finding::HeadingsAgree, "headings-agree",
      "The headings agree with those of the joint fit.",
      "Use the calibration."},
@@ -129,7 +127,7 @@ const FindingText& TextOf(Finding finding)
     for (const FindingText& text : kFindings) {
         if (text.finding == finding) return text;
     }
-    return kFindings.front();
+    return kFindings[0];
 }
 
 void Line(std::string& text, std::string_view label, const std::string& content)

@@ -10,8 +10,8 @@
 #include <QWheelEvent>
 
 #include <algorithm>
-#include <array>
 #include <cmath>
+#include <iterator>
 #include <utility>
 
 namespace framework {
@@ -50,7 +50,7 @@ struct KeyPair
     unsigned ours;
 };
 
-constexpr std::array kKeys{
+constexpr KeyPair kKeys[]{
     KeyPair{Qt::Key_Backspace, VK_BACK      },
     KeyPair{Qt::Key_Tab,       VK_TAB       },
     KeyPair{Qt::Key_Backtab,   VK_TAB       },
@@ -80,7 +80,7 @@ constexpr std::array kKeys{
     KeyPair{Qt::Key_Period,    VK_OEM_PERIOD},
 };
 
-constexpr std::array kKeysOfNumberPad{
+constexpr KeyPair kKeysOfNumberPad[]{
     KeyPair{Qt::Key_Asterisk, VK_MULTIPLY},
     KeyPair{Qt::Key_Plus,     VK_ADD     },
     KeyPair{Qt::Key_Minus,    VK_SUBTRACT},
@@ -92,9 +92,9 @@ constexpr std::array kKeysOfNumberPad{
 template <class Table>
 unsigned Find(const Table& table, int key)
 {
-    const auto known = std::find_if(table.begin(), table.end(),
+    const auto known = std::find_if(std::begin(table), std::end(table),
                                     [key](const KeyPair& pair) { return pair.theirs == key; });
-    return known == table.end() ? 0 : known->ours;
+    return known == std::end(table) ? 0 : known->ours;
 }
 
 // The number of a key; 0 for one without.
