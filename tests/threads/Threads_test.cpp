@@ -9,32 +9,16 @@
 #include "tests/ScratchFolder.h"
 #include "tests/geometry/PoleSets.h"
 #include "tests/reference/Turns.h"
+#include "tests/threads/InThreads.h"
 
 #include <array>
 #include <atomic>
 #include <gtest/gtest.h>
-#include <thread>
 
 namespace {
 
-constexpr int kThreads = 4;
-
-// Runs `work(number of the thread)` in all threads at once.
-template <class Work>
-void InThreads(Work work)
-{
-    std::atomic<int> waiting{kThreads};
-    std::vector<std::thread> threads;
-    for (int i = 0; i < kThreads; ++i)
-        threads.emplace_back([&, i] {
-            --waiting;
-            while (waiting > 0)
-                std::this_thread::yield();
-            work(i);
-        });
-    for (std::thread& thread : threads)
-        thread.join();
-}
+using threads::InThreads;
+using threads::kThreads;
 
 xyhCoordinate TipBy(CInclineSensor_Position& pole)
 {
