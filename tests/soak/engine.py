@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
-"""Runs the library as a host does, 50 samples a second for minutes, at that pace or all at once, and prints the times of
+"""Runs the library as a host does, 50 samples a second for minutes, at that pace, all at once or with cold caches, and prints the times of
 its calls, memory and descriptors beside their limits; exits with 1 where one is missed.
 
-usage: engine.py PROGRAM MINUTES [--at-once]
+usage: engine.py PROGRAM MINUTES [--at-once | --cold]
 """
 import json
 import os
@@ -13,11 +13,13 @@ import time
 import judge
 
 RATE = 50  # [Hz]
+MODES = {"at that pace": ["paced"], "at once": [], "at once, caches cold": ["cold"]}  # arguments of the program
+OPTIONS = {"": "at that pace", "--at-once": "at once", "--cold": "at once, caches cold"}
 
 
-def soaked(path, samples, paced):
+def soaked(path, samples, mode="at once"):
     """Of judge.EngineSoak: what `engine_soak` prints, a line at a time."""
-    arguments = [path, str(samples)] + (["paced"] if paced else [])
+    arguments = [path, str(samples)] + MODES[mode]
     rounds, loads, last = [], [os.getloadavg()[0]], {}
     with subprocess.Popen(arguments, stdout=subprocess.PIPE, text=True) as process:
         for line in process.stdout:
@@ -37,15 +39,13 @@ def hours(samples):
 def main():
     try:
         path, minutes = sys.argv[1], float(sys.argv[2])
-        paced = sys.argv[3:] != ["--at-once"]
-        if paced and sys.argv[3:]:
-            raise ValueError
-    except (IndexError, ValueError):
-        sys.exit("usage: engine.py PROGRAM MINUTES [--at-once]")
+        mode = OPTIONS[" ".join(sys.argv[3:])]
+    except (IndexError, KeyError, ValueError):
+        sys.exit("usage: engine.py PROGRAM MINUTES [--at-once | --cold]")
     began = time.monotonic()
-    soak = soaked(path, max(int(60 * RATE * minutes), 1), paced)
+    soak = soaked(path, max(int(60 * RATE * minutes), 1), mode)
     seen = soak.outcome
-    print(f"{seen['samples']} samples at {RATE} Hz, {hours(seen['samples'])}, {'at that pace' if paced else 'at once'} in "
+    print(f"{seen['samples']} samples at {RATE} Hz, {hours(seen['samples'])}, {mode} in "
           f"{time.monotonic() - began:.0f} s; load of the machine {soak.load:.1f} on {soak.cores} cores")
     print(f"{seen['tips']} tips; live pole: {seen['reports']} epochs, {seen['live']} with a tip, {seen['stored']} may be stored, "
           f"{seen['byOccupation']} of them\nby the occupation; {seen['estimates']} estimates, {seen['calibrations']} calibrations\n")

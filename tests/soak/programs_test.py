@@ -14,7 +14,7 @@ import judge
 
 class Programs(unittest.TestCase):
     def test_engine_does_its_work_and_holds_what_it_held(self):
-        soak = engine.soaked(ENGINE, 16000, paced=False)
+        soak = engine.soaked(ENGINE, 16000)
         self.assertEqual(len(soak.rounds), 4)
         self.assertEqual(soak.outcome["samples"], 16000)
         missed = {row.name for row in judge.judged_engine(soak) if not row.holds}
@@ -26,9 +26,14 @@ class Programs(unittest.TestCase):
 
     def test_engine_keeps_the_pace(self):
         began = time.monotonic()
-        soak = engine.soaked(ENGINE, 25, paced=True)
+        soak = engine.soaked(ENGINE, 25, "at that pace")
         self.assertEqual(soak.calls["sample"]["clock"]["count"], 25)
         self.assertGreaterEqual(time.monotonic() - began, 24 / engine.RATE)
+
+    def test_engine_does_the_same_with_cold_caches(self):
+        cold, warm = (engine.soaked(ENGINE, 200, mode).outcome for mode in ("at once, caches cold", "at once"))
+        self.assertEqual(cold["samples"], 200)
+        self.assertEqual(cold, warm)
 
     def test_controls_hold_what_they_held(self):
         if CONTROLS is None:
