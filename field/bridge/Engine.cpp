@@ -212,7 +212,7 @@ void Engine::FeedPose(const PoseSample& sample)
 
 void Engine::AddPose(const PoseSample& sample)
 {
-    const std::optional<PoseSample> kept = m_poses.Add(sample);
+    const std::optional<PoseSample> kept = m_poses.Add(sample, m_solver);
     if (!kept) return;
     m_occupation.Add(*kept, m_disturbed);
     Resolve();

@@ -19,16 +19,15 @@ namespace {
 constexpr Instant kSilent = 100ms;
 constexpr Instant kBaseline = 200ms; // over which speeds are formed: 17 mm/s by 0.1 degrees of 2 m
 
-// Steps from antenna to tip of the samples in a span of time.
-struct Place
-{
-    Instant moment{};
-    Point3 step;
-};
+// A speed nearer to the limit is formed anew, with the declination of its epoch. That turns all steps
+// alike and leaves their differences as long as they are, but for rounding: 1e-10 m/s of a 2 m pole.
+constexpr double kDoubt = 1e-6; // [m/s]
 
 } // namespace
 
-PoseInput::PoseInput(::field::PoseFormat format) : m_reader(::field::MakePoseReader(format)) {}
+PoseInput::PoseInput(::field::PoseFormat format)
+    : m_reader(::field::MakePoseReader(format)), m_notes(m_ring.Room())
+{}
 
 std::vector<PoseSample> PoseInput::Read(std::string_view bytes, Instant arrival)
 {
@@ -36,7 +35,7 @@ std::vector<PoseSample> PoseInput::Read(std::string_view bytes, Instant arrival)
     return m_reader->Take();
 }
 
-std::optional<PoseSample> PoseInput::Add(PoseSample sample)
+std::optional<PoseSample> PoseInput::Add(PoseSample sample, const TipSolver& solver)
 {
     ++m_samples;
     m_fault = m_plausibility.Judge(sample);
@@ -55,9 +54,62 @@ std::optional<PoseSample> PoseInput::Add(PoseSample sample)
         if (m_least.Add(*sample.deviceSeconds, sample.arrival)) m_ring.Clear();
         sample.moment = m_least.HostTime(*sample.deviceSeconds).value_or(sample.arrival);
     }
-    if (m_ring.Add(sample)) return sample;
-    ++m_refused;
+    if (!m_ring.Add(sample)) {
+        ++m_refused;
+        return std::nullopt;
+    }
+    Note(sample, solver);
+    return sample;
+}
+
+void PoseInput::Note(const PoseSample& sample, const TipSolver& solver)
+{
+    const std::size_t newest = m_ring.Size() - 1;
+    m_newest = (m_newest + 1) % m_notes.size();
+    Noted& noted = m_notes[m_newest];
+    noted.moment = sample.moment;
+    noted.speed = kNotKnown;
+    noted.step = solver.Step(sample, 0.0);
+    noted.force = {sample.data.dAcc_x, sample.data.dAcc_y, sample.data.dAcc_z};
+    if (const auto base = BaseOf(newest, newest)) {
+        const Noted& before = NotedOf(*base);
+        const double seconds = Seconds(noted.moment - before.moment).count();
+        noted.speed = survey::Length(noted.step - before.step) / seconds;
+    }
+}
+
+// Of sample `index` of the ring.
+const PoseInput::Noted& PoseInput::NotedOf(std::size_t index) const
+{
+    const std::size_t room = m_notes.size();
+    return m_notes[(m_newest + room - (m_ring.Size() - 1 - index)) % room];
+}
+
+// The number of samples up to a moment.
+std::size_t PoseInput::CountUntil(Instant moment) const
+{
+    std::size_t count = m_ring.Size();
+    while (count > 0 && NotedOf(count - 1).moment > moment)
+        --count;
+    return count;
+}
+
+// The last sample by kBaseline before `index`, looked for from `from` back.
+std::optional<std::size_t> PoseInput::BaseOf(std::size_t index, std::size_t from) const
+{
+    const Instant latest = NotedOf(index).moment - kBaseline;
+    for (std::size_t i = from + 1; i > 0; --i)
+        if (NotedOf(i - 1).moment <= latest) return i - 1;
     return std::nullopt;
+}
+
+double PoseInput::SpeedAt(std::size_t index, std::size_t base, const TipSolver& solver,
+                          double declination) const
+{
+    const PoseSample& now = m_ring.Sample(index);
+    const PoseSample& before = m_ring.Sample(base);
+    const Point3 way = solver.Step(now, declination) - solver.Step(before, declination);
+    return survey::Length(way) / Seconds(now.moment - before.moment).count();
 }
 
 void PoseInput::Restart()
@@ -76,9 +128,7 @@ void PoseInput::Explain(Instant moment, Sight& sight) const
     if (m_fault == PoseFault::Stuck) sight.pose = PoseSight::Stuck;
     if (m_ring.Size() == 0) return;
 
-    std::size_t later = 0;
-    while (later < m_ring.Size() && m_ring.Sample(later).moment < moment)
-        ++later;
+    const std::size_t later = m_ring.FirstNotBefore(moment);
     const Instant before = later > 0 ? m_ring.Sample(later - 1).moment : m_ring.Sample(0).moment;
     const Instant after = later < m_ring.Size() ? m_ring.Sample(later).moment : moment;
     sight.poseSilence = Seconds(moment - before).count();
@@ -92,54 +142,47 @@ PoleMotion PoseInput::Motion(const TipSolver& solver, double declination, Instan
                              double limit, double span) const
 {
     const Instant from = moment - std::chrono::duration_cast<Instant>(Seconds(span)) - kBaseline;
-    std::vector<Place> places;
-    for (std::size_t i = 0; i < m_ring.Size(); ++i) {
-        const PoseSample& sample = m_ring.Sample(i);
-        if (sample.moment < from || sample.moment > moment) continue;
-        places.push_back({sample.moment, solver.Step(sample, declination)});
-    }
-
+    const std::size_t count = CountUntil(moment);
     PoleMotion motion;
-    std::optional<Instant> quick; // last moment above the limit
-    std::optional<Instant> first; // first moment whose speed is known
-    std::size_t base = 0;
-    for (const Place& now : places) {
-        if (now.moment - places[0].moment < kBaseline) continue;
-        while (now.moment - places[base + 1].moment >= kBaseline)
-            ++base;
-        const double seconds = Seconds(now.moment - places[base].moment).count();
-        motion.speed = survey::Length(now.step - places[base].step) / seconds;
-        if (!first) first = now.moment;
-        if (!(motion.speed < limit)) quick = now.moment;
+    if (count == 0) return motion;
+    const std::size_t last = count - 1;
+    std::size_t base = last;
+    for (std::size_t i = last;; --i) {
+        const auto found = BaseOf(i, base);
+        if (!found || NotedOf(*found).moment < from) break;
+        base = *found;
+        double speed = NotedOf(i).speed;
+        if (i == last || !(std::fabs(speed - limit) > kDoubt))
+            speed = SpeedAt(i, base, solver, declination);
+        if (i == last) motion.speed = speed;
+        motion.still = Seconds(moment - NotedOf(i).moment).count();
+        if (!(speed < limit)) break;
     }
-    if (quick)
-        motion.still = Seconds(moment - *quick).count();
-    else if (first)
-        motion.still = Seconds(moment - *first).count();
     return motion;
 }
 
 ::field::SensorVector PoseInput::MeanForce(Instant moment, double span) const
 {
     const Instant from = moment - std::chrono::duration_cast<Instant>(Seconds(span));
-    ::field::SensorVector first;
+    const std::size_t end = CountUntil(moment);
+    std::size_t begin = end;
+    while (begin > 0 && NotedOf(begin - 1).moment >= from)
+        --begin;
+    if (begin == end) return {};
+
+    const ::field::SensorVector first = NotedOf(begin).force;
     ::field::SensorVector sum;
-    double count = 0.0;
     bool changes = false;
-    for (std::size_t i = 0; i < m_ring.Size(); ++i) {
-        const PoseSample& sample = m_ring.Sample(i);
-        if (sample.moment < from || sample.moment > moment) continue;
-        const ::field::SensorVector force{sample.data.dAcc_x, sample.data.dAcc_y,
-                                          sample.data.dAcc_z};
-        if (count == 0.0) first = force;
+    for (std::size_t i = begin; i < end; ++i) {
+        const ::field::SensorVector& force = NotedOf(i).force;
         changes = changes || force.x != first.x || force.y != first.y || force.z != first.z;
         sum.x += force.x;
         sum.y += force.y;
         sum.z += force.z;
-        count += 1.0;
     }
     if (!changes) return {};
-    return {sum.x / count, sum.y / count, sum.z / count};
+    const auto samples = static_cast<double>(end - begin);
+    return {sum.x / samples, sum.y / samples, sum.z / samples};
 }
 
 void PoseInput::Count(::field::Counters& counters) const

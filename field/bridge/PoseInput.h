@@ -12,6 +12,7 @@
 #include "field/time/LeastDelay.h"
 #include "field/tip/TipSolver.h"
 
+#include <cstddef>
 #include <memory>
 #include <optional>
 #include <string_view>
@@ -35,7 +36,7 @@ public:
     /// Samples that these bytes complete.
     std::vector<::field::PoseSample> Read(std::string_view bytes, ::field::Instant arrival);
     /// @return the sample with its moment, where it is kept
-    std::optional<::field::PoseSample> Add(::field::PoseSample sample);
+    std::optional<::field::PoseSample> Add(::field::PoseSample sample, const TipSolver& solver);
     void Restart();
 
     const ::field::PoseRing& Ring() const { return m_ring; }
@@ -60,10 +61,28 @@ public:
     void Count(::field::Counters& counters) const;
 
 private:
+    // What an epoch asks of every sample of the last second, together: the samples are scattered.
+    struct Noted
+    {
+        ::field::Instant moment{};
+        double speed = kNotKnown;    // over kBaseline [m/s]; NaN: no sample is as far back
+        survey::Point3 step;         // from antenna to tip, from magnetic north [m]
+        ::field::SensorVector force; // [g]
+    };
+
+    void Note(const ::field::PoseSample& sample, const TipSolver& solver);
+    const Noted& NotedOf(std::size_t index) const;
+    std::size_t CountUntil(::field::Instant moment) const;
+    std::optional<std::size_t> BaseOf(std::size_t index, std::size_t from) const;
+    double SpeedAt(std::size_t index, std::size_t base, const TipSolver& solver,
+                   double declination) const;
+
     std::unique_ptr<::field::PoseReader> m_reader;
     Plausibility m_plausibility;
     LeastDelay m_least;
     ::field::PoseRing m_ring;
+    std::vector<Noted> m_notes; // ring: of the samples of m_ring
+    std::size_t m_newest = 0;
     PoseFault m_fault = PoseFault::None; // of the last sample
     bool m_hasClock = false;
     std::uint64_t m_samples = 0;

@@ -155,11 +155,16 @@ bool PoseRing::IsStill(Instant moment) const
            && rollHigh - rollLow <= kStillAngle;
 }
 
-// Index of the first sample at or after `moment`; the number of samples where there is none.
+// Looked for from the newest sample back: an epoch is late by a few samples only.
 std::size_t PoseRing::FirstNotBefore(Instant moment) const
 {
-    std::size_t low = 0;
+    std::size_t low = m_count;
     std::size_t high = m_count;
+    for (std::size_t step = 1; low > 0; step *= 2) {
+        low -= std::min(step, low);
+        if (Sample(low).moment < moment) break;
+        high = low;
+    }
     while (low < high) {
         const std::size_t middle = low + (high - low) / 2;
         if (Sample(middle).moment < moment)

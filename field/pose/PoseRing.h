@@ -72,9 +72,12 @@ public:
     std::size_t Size() const { return m_count; }
     /// From the oldest, 0.
     const PoseSample& Sample(std::size_t index) const;
+    /// Index of the first sample at or after a moment; Size() where there is none.
+    std::size_t FirstNotBefore(Instant moment) const;
+    /// The most samples that are kept.
+    std::size_t Room() const { return m_room; }
 
 private:
-    std::size_t FirstNotBefore(Instant moment) const;
     PoseLookup Drawn(std::size_t later, Instant moment) const;
 
     std::vector<PoseSample> m_samples; // ring, once it is full

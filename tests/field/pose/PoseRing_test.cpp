@@ -50,6 +50,19 @@ PoseRing Still(Instant step, int count)
 
 } // namespace
 
+TEST(PoseRing, FindsTheFirstSampleNotBeforeAMoment)
+{
+    for (int count = 0; count < 40; ++count) {
+        const PoseRing ring = Moving(20ms, count);
+        for (int i = 0; i <= count; ++i) {
+            EXPECT_EQ(ring.FirstNotBefore(i * 20ms), static_cast<std::size_t>(i));
+            EXPECT_EQ(ring.FirstNotBefore(i * 20ms - 1ns), static_cast<std::size_t>(i));
+        }
+        EXPECT_EQ(ring.FirstNotBefore(-1h), 0U);
+        EXPECT_EQ(ring.FirstNotBefore(1h), static_cast<std::size_t>(count));
+    }
+}
+
 TEST(PoseRing, DrawsStraightLinesBetweenNeighbors)
 {
     const PoseRing ring = Moving(20ms, 10);
