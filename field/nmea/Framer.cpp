@@ -48,11 +48,24 @@ bool Framer::Takes(char byte)
     return false;
 }
 
+// Takes the bytes that only lengthen the line.
+// @return how many
+std::size_t Framer::TakesRun(std::string_view bytes)
+{
+    if (m_line.size() < kMarked) return 0;
+    bytes = bytes.substr(0, kLongestLine + 1 - m_line.size());
+    for (const char end : {'\n', '$', '!'})
+        bytes = bytes.substr(0, bytes.find(end));
+    m_line.append(bytes);
+    return bytes.size();
+}
+
 std::optional<std::string_view> Framer::Next(std::string_view& bytes)
 {
     if (m_ended) Restart();
     for (std::size_t i = 0; i < bytes.size(); ++i) {
-        if (!Takes(bytes[i])) continue;
+        i += TakesRun(bytes.substr(i));
+        if (i == bytes.size() || !Takes(bytes[i])) continue;
         bytes.remove_prefix(i + 1);
         m_ended = true;
         ++m_counters.lines;

@@ -42,6 +42,7 @@ public:
 
 private:
     bool Takes(char byte);
+    std::size_t TakesRun(std::string_view bytes);
 
     std::string m_line;
     bool m_ended = false; // m_line was returned

@@ -47,6 +47,14 @@ TEST(Framer, BeginsAnewAtEveryDollar)
     EXPECT_EQ(framer.Count().lines, 2U);
 }
 
+TEST(Framer, BeginsAnewAtEveryExclamationMark)
+{
+    field_nmea::Framer framer;
+    EXPECT_EQ(LinesOf(framer, "$GNGGA,1307!AIVDM,1\r\n!AI$GNRMC,2!AIVDM,2\n"),
+              (Lines{"!AIVDM,1", "!AIVDM,2"}));
+    EXPECT_EQ(framer.Count().cut, 3U);
+}
+
 TEST(Framer, PassesOverBinaryMessages)
 {
     field_nmea::Framer framer;
