@@ -187,8 +187,22 @@ private:
             RewriteFlags();
         else
             ForgetAzimuths();
-        while (m_Notes.azimuths < CountOf(m_Record))
+        while (m_Notes.azimuths < CountOf(m_Record)) {
+            FetchAhead(m_Notes.azimuths);
             WriteNoted(*m_Record.GetAt(m_Notes.azimuths));
+        }
+    }
+
+    // The samples are scattered in memory and, ten samples later, in no cache any more.
+    void FetchAhead(int index) const
+    {
+        constexpr int kAhead = 16; // samples
+        if (index + kAhead >= CountOf(m_Record)) return;
+        const PoseSensorData& sample = *m_Record.GetAt(index + kAhead);
+        __builtin_prefetch(&sample.dMag_x);
+        __builtin_prefetch(&(sample.*Plane::Second));
+        __builtin_prefetch(&sample.dAzimuth, 1);
+        __builtin_prefetch(&sample.dSpare, 1);
     }
 
     void ForgetAzimuths()
