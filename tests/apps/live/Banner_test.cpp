@@ -9,12 +9,14 @@ namespace {
 using testing::HasSubstr;
 
 // What is shown of a pole after its recording.
-std::string Heard(const field::Setup& setup)
+std::string Heard(const field::Setup& setup, const std::string& config = "pole.cfg",
+                  bool withPoses = true)
 {
-    live::Banner banner(setup, "pole.cfg", "$PTPS");
+    live::Banner banner(setup, config, "$PTPS");
     field::Bridge bridge(setup);
     std::string shown;
     for (const field::Record& record : live_pole::RecordsOf(live_pole::StandingTrack(3.0))) {
+        if (!withPoses && record.channel == field::Channel::Pose) continue;
         field::Play(bridge, record);
         for (const field::Report& report : bridge.Take())
             banner.Add(report, bridge.Count());
@@ -42,6 +44,40 @@ TEST(Banner, NamesTheDeclinationAndAnOffsetThatLooksLikeIt)
     EXPECT_THAT(shown, HasSubstr("(WMM2025, valid to 2030.0), axis offset -5.80 (bias A of "
                                  "pole.cfg)\n"));
     EXPECT_THAT(shown, HasSubstr("warning    the axis offset is the declination"));
+}
+
+TEST(Banner, WarnsOfAnOffsetThatIsNotUsual)
+{
+    field::Setup setup = live_pole::TrackSetup();
+    setup.north = field::NorthSource::Model;
+    for (const double offset : {2.5, -2.5}) {
+        setup.calibration.sensor.SetMagneticBiasAngle_A(offset);
+        EXPECT_THAT(Heard(setup), HasSubstr("warning    an axis offset beyond 2 degrees"))
+            << offset;
+    }
+    for (const double offset : {0.0, 1.9, -1.9}) {
+        setup.calibration.sensor.SetMagneticBiasAngle_A(offset);
+        EXPECT_EQ(apps::test::Count(Heard(setup), "warning"), 0U) << offset;
+    }
+}
+
+TEST(Banner, SaysThatNoPoseHasComeYet)
+{
+    field::Setup setup = live_pole::TrackSetup();
+    EXPECT_THAT(Heard(setup, "pole.cfg", false), HasSubstr("pose       nothing yet\n"));
+    setup.north = field::NorthSource::Model;
+    setup.calibration.sensor.SetMagneticBiasAngle_A(2.5);
+    const std::string shown = Heard(setup, "", false);
+    EXPECT_THAT(shown, HasSubstr("north      true, axis offset +2.50 (no parameter file)\n"));
+    EXPECT_EQ(apps::test::Count(shown, "warning"), 0U) << "the declination of no place is known";
+}
+
+TEST(Banner, SaysThatOneMagnetometerHasNoComparison)
+{
+    field::Setup setup = live_pole::TrackSetup();
+    setup.oneMagnetometer = true;
+    EXPECT_THAT(Heard(setup),
+                HasSubstr("device clock, ONE magnetometer: no comparison of A and B\n"));
 }
 
 TEST(Banner, AsksForTheAntennaHeightThatIsRight)

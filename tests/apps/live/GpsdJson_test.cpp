@@ -73,12 +73,15 @@ TEST(GpsdJson, MapsStatusToQuality)
         field::Fix fix;
     };
     for (const Case& c : {
-             Case{"1", field::Fix::Single      },
-             {"2", field::Fix::Differential},
-             {"3", field::Fix::Fixed       },
-             {"4", field::Fix::Float       },
-             {"5", field::Fix::Estimated   },
-             {"7", field::Fix::Single      }
+             Case{"1",   field::Fix::Single      },
+             {"2",   field::Fix::Differential},
+             {"3",   field::Fix::Fixed       },
+             {"4",   field::Fix::Float       },
+             {"5",   field::Fix::Estimated   },
+             {"6",   field::Fix::Estimated   },
+             {"8",   field::Fix::Estimated   },
+             {"1e9", field::Fix::Single      },
+             {"7",   field::Fix::Single      }
     }) {
         const auto epochs = EpochsOf(
             GpsdJson().Feed(Changed(kTpv, "\"status\":3", std::string("\"status\":") + c.status)));
@@ -99,6 +102,67 @@ TEST(GpsdJson, CompletesHeightsAndWaitsForOneThatIsMissing)
     EXPECT_EQ(GpsdJson().Feed(Changed(Changed(kTpv, "altMSL", "x"), "altHAE", "y")), "");
 }
 
+TEST(GpsdJson, TakesHeightsByAnyTwoOfThree)
+{
+    for (const char* const without : {"altHAE", "altMSL", "geoidSep"}) {
+        const auto epochs = EpochsOf(GpsdJson().Feed(Changed(kTpv, without, "x")));
+        ASSERT_EQ(epochs.size(), 1U) << without;
+        EXPECT_NEAR(epochs[0].antenna.ellipsoidalHeight, 232.873, 1e-9) << without;
+        EXPECT_NEAR(epochs[0].geoidSeparation, 39.429, 1e-9) << without;
+    }
+    for (const auto& [one, other] : {
+             std::pair("altHAE", "altMSL"), {"altMSL", "geoidSep"}
+    })
+        EXPECT_EQ(GpsdJson().Feed(Changed(Changed(kTpv, one, "x"), other, "y")), "") << one;
+}
+
+TEST(GpsdJson, TakesNoPositionWithoutBothCoordinates)
+{
+    for (const char* const of : {"\"lat\":47.566055318", "\"lon\":-19.008354278"}) {
+        EXPECT_EQ(GpsdJson().Feed(Changed(kTpv, of, "\"x\":1")), "") << of;
+        EXPECT_EQ(GpsdJson().Feed(Changed(kTpv, of, std::string(of).substr(0, 6) + "\"7\"")), "")
+            << of;
+    }
+}
+
+TEST(GpsdJson, LeavesOutWhatIsNotGivenBesideThePosition)
+{
+    std::string line = kTpv;
+    for (const char* const key : {"speed", "track", "dgpsAge", "dgpsSta"})
+        line = Changed(line, key, "x");
+    const auto epochs = EpochsOf(GpsdJson().Feed(line));
+    ASSERT_EQ(epochs.size(), 1U);
+    EXPECT_FALSE(epochs[0].speed);
+    EXPECT_FALSE(epochs[0].correctionAge);
+    EXPECT_EQ(epochs[0].station, "");
+    const auto negative = EpochsOf(GpsdJson().Feed(Changed(kTpv, ":207", ":-207")));
+    EXPECT_EQ(negative.at(0).station, "");
+}
+
+TEST(GpsdJson, TakesNoTimeOfAnotherForm)
+{
+    for (const char* const time : {"13:07:58.200Z", "2026-11-22T13:07:58Z0",
+                                   "2026-11-22T13:07:58.2", "2026-11-22T13:07:58.2000000000000Z"}) {
+        EXPECT_EQ(GpsdJson().Feed(Changed(kTpv, "2026-11-22T13:07:58.200Z", time)), "") << time;
+        EXPECT_EQ(GpsdJson().Feed(Changed(kGst, "2026-11-22T13:07:58.200Z", time)), "") << time;
+    }
+}
+
+TEST(GpsdJson, KeepsTheLastDilutionThatCanBe)
+{
+    for (const char* const sky :
+         {R"({"class":"SKY","hdop":-1})", R"({"class":"SKY","hdop":1000})",
+          R"({"class":"SKY","hdop":"0.9"})", R"({"class":"SKY","satellites":7})"}) {
+        GpsdJson gpsd;
+        gpsd.Feed(kSky);
+        gpsd.Feed(sky);
+        const auto epochs = EpochsOf(gpsd.Feed(kTpv));
+        ASSERT_EQ(epochs.size(), 1U) << sky;
+        EXPECT_EQ(epochs[0].hdop, 0.72) << sky;
+        EXPECT_EQ(epochs[0].satellites, 17) << sky;
+    }
+}
+
 TEST(GpsdJson, CountsUsedSatellitesWhereTheirNumberIsNotGiven)
 {
     GpsdJson gpsd;
@@ -116,6 +180,7 @@ TEST(GpsdJson, TakesNothingFromWhatItDoesNotKnow)
                                  "[]",
                                  deep,
                                  "{\"class\":7}",
+                                 "{\"kind\":\"TPV\"}",
                                  "{\"class\":\"VERSION\",\"release\":\"3.22\"}",
                                  "{\"class\":\"TPV\"}",
                                  Changed(kTpv, "2026-11-22T", "22.11.2026 "),

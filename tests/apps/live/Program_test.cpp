@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // tiltpole live as a user runs it, and the options of merge.
+#include "apps/cli/SpotSidecar.h"
 #include "tests/apps/RunLine.h"
 #include "tests/apps/RunProgram.h"
 #include "tests/apps/live/Recorded.h"
@@ -119,6 +120,45 @@ TEST(LiveReplay, StoresNothingByACalibrationThatIsNotUsable)
     }
 }
 
+// What a calibration on the spot left beside the parameter file, with this offset of x.
+void WriteSidecar(const Recorded& r, double x0, const std::string& made)
+{
+    cli::SpotSidecar sidecar;
+    sidecar.poleLength = 2.0;
+    sidecar.madeUtc = made;
+    sidecar.result.reason = field::SpotReason::Usable;
+    sidecar.result.hasValues = true;
+    sidecar.result.a.found = true;
+    sidecar.result.a.correction = CInclineSensor_Position().GetMagneticCorrectPar_A();
+    sidecar.result.a.correction.x0 += x0;
+    sidecar.result.a.strength = 1e-3; // of no field on earth
+    sidecar.result.a.dip = -60.0;
+    r.folder.Write("pole.cfg.spot.json", cli::SpotJson(sidecar, "").dump());
+}
+
+TEST(LiveReplay, HoldsTheFieldOfItsCalibrationAgainstThatOfThePole)
+{
+    const Recorded r;
+    const std::string without = r.Replay({"--json"}).out;
+    EXPECT_EQ(Count(without, R"("FIELD")"), 0U);
+    WriteSidecar(r, 0.0, "2026-11-20T10:00:00Z");
+    const Outcome outcome = r.Replay({"--json"});
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ(Count(outcome.err, "is of another calibration"), 0U);
+    EXPECT_NE(outcome.out, without);
+    EXPECT_EQ(Count(outcome.out, R"("state":"store")"), 0U) << "in a field of another strength";
+}
+
+TEST(LiveReplay, UsesNoSidecarOfAnotherCalibration)
+{
+    const Recorded r;
+    const std::string without = r.Replay({"--json"}).out;
+    WriteSidecar(r, 0.02, "2026-11-20T10:00:00Z");
+    const Outcome outcome = r.Replay({"--json"});
+    EXPECT_THAT(outcome.err, HasSubstr("pole.cfg.spot.json: is of another calibration than "));
+    EXPECT_EQ(outcome.out, without);
+}
+
 struct Mistake
 {
     const char* line;
@@ -143,6 +183,8 @@ TEST(Live, RefusesWhatCannotBeInOneSentence)
         {"live --pole 2 --gnss - --pose tcp:h:1 --allow x",         "'x' is not ADDRESS/BITS"            },
         {"live --pole 2 --gnss - --pose tcp:h:1 --delay x",         "is not DELAY or DELAY,SD"           },
         {"live --pole 2 --gnss - --pose tcp:h:1 --max-lean 0",      "between"                            },
+        {"live --pole 2 --gnss - --pose tcp:h:1 --delay 1e9",       "--delay: DELAY "                    },
+        {"live --pole 2 --gnss - --pose tcp:h:1 --delay 0.1,1e9",   "--delay: SD "                       },
         {"live --pole 2 --gnss - --pose tcp:h:1 --config /nowhere", "/nowhere"                           },
         {"live --pole 2 --gnss - --pose tcp:h:1 --json --serve -",  "standard output is asked for"       },
         {"live --pole 2 --find-delay --replay a --json",            "serves nothing"                     },

@@ -52,6 +52,31 @@ TEST(ReportText, TellsLeanAndDeviationsOfATipThatMayBeStored)
     EXPECT_TRUE(live::StateLine(report).ends_with("fixed 20 sat"));
 }
 
+TEST(ReportText, NamesEachFix)
+{
+    constexpr std::pair<field::Fix, const char*> names[] = {
+        {field::Fix::Invalid,      " no fix 20 sat"      },
+        {field::Fix::Single,       " single 20 sat"      },
+        {field::Fix::Differential, " differential 20 sat"},
+        {field::Fix::Fixed,        " fixed 20 sat"       },
+        {field::Fix::Float,        " float 20 sat"       },
+        {field::Fix::Estimated,    " estimated 20 sat"   },
+    };
+    for (const auto& [fix, name] : names) {
+        Report report = Storable();
+        report.epoch.fix = fix;
+        EXPECT_THAT(live::StateLine(report), testing::HasSubstr(name));
+    }
+}
+
+TEST(ReportText, SaysThatTheTipIsNotKnownWhereNothingElseIs)
+{
+    Report report = Storable();
+    report.tip.reset();
+    report.epoch.utc = "130758";
+    EXPECT_EQ(live::StateLine(report), "13:07:58.0 STORE  the tip is not known");
+}
+
 TEST(ReportText, TellsTheFirstReasonAgainstATip)
 {
     EXPECT_EQ(live::StateLine(With(State::Wait,

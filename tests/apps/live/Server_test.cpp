@@ -7,6 +7,8 @@
 #include "tests/apps/live/Peers.h"
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <sstream>
+#include <unistd.h>
 
 namespace {
 
@@ -211,6 +213,89 @@ TEST(Sink, OfAPtyServesWhoeverHasItOpenWithFreshEpochs)
         }
     }
     EXPECT_NE(access(link.c_str(), F_OK), 0) << "the link remains";
+}
+
+TEST(Sink, OfAPtyGivesUpstreamBytesToWhoeverAskedForThem)
+{
+    const ScratchFolder folder;
+    live::Loop loop;
+    std::string events;
+    std::string upstream;
+    live::Server::Setup setup = Quiet(events);
+    setup.makeUpstream = [&upstream] {
+        return [&upstream](std::string_view bytes) { upstream += bytes; };
+    };
+    const auto sink = live::MakeSink(loop, Named("pty:" + folder.Path("pole")), setup);
+    Peer app(live::Descriptor(open(folder.Path("pole").c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK)));
+    sink->Send(Epoch("$1\r\n"));
+    const std::string corrections("\xd3\x00\x03\x04\x11\r\n", 7);
+    EXPECT_EQ(app.Write(corrections), corrections.size());
+    EXPECT_TRUE(RunUntil(loop, [&] { return upstream.size() >= corrections.size(); }));
+    EXPECT_EQ(upstream, corrections);
+}
+
+TEST(Sink, OfAPtyThatIsNotReadMissesWholeEpochsOnly)
+{
+    const ScratchFolder folder;
+    live::Loop loop;
+    std::string events;
+    const auto sink = live::MakeSink(loop, Named("pty:" + folder.Path("pole")), Quiet(events));
+    Peer app(live::Descriptor(open(folder.Path("pole").c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK)));
+    const std::string filling(3000, 'x');
+    std::string last;
+    for (int i = 0; sink->Dropped() < 3; ++i) {
+        ASSERT_LT(i, 1000);
+        last = std::to_string(i) + filling + "\r\n";
+        sink->Send(Epoch(last));
+    }
+    EXPECT_TRUE(RunUntil(loop, [&] { return app.Read().ends_with(last); }));
+    std::istringstream lines(app.Read());
+    int before = -1;
+    for (std::string line; std::getline(lines, line);) {
+        EXPECT_EQ(line, std::to_string(std::stoi(line)) + filling + "\r");
+        EXPECT_GT(std::stoi(line), before);
+        before = std::stoi(line);
+    }
+    EXPECT_EQ(events, "");
+}
+
+TEST(Sink, SaysWhereItServes)
+{
+    const ScratchFolder folder;
+    live::Loop loop;
+    std::string events;
+    const auto bannerOf = [&](const std::string& name) {
+        return live::MakeSink(loop, Named(name), Quiet(events))->Banner();
+    };
+    EXPECT_THAT(bannerOf("tcp:0"), testing::MatchesRegex("tcp 127.0.0.1:[0-9]+ .this computer "
+                                                         "only; tcp:0.0.0.0:[0-9]+ lets others "
+                                                         "in."));
+    EXPECT_THAT(bannerOf("tcp:0.0.0.0:0"),
+                testing::MatchesRegex("tcp 0.0.0.0:[0-9]+ .OTHERS CAN CONNECT."));
+    EXPECT_EQ(bannerOf("udp:127.0.0.1:9"), "udp 127.0.0.1:9");
+    EXPECT_EQ(bannerOf("udp:[::1]:9"), "udp ::1:9");
+    EXPECT_EQ(bannerOf("pty:" + folder.Path("p")), "pty " + folder.Path("p"));
+    EXPECT_EQ(bannerOf("file:" + folder.Path("f")), "file " + folder.Path("f"));
+    EXPECT_EQ(bannerOf("-"), "standard output");
+}
+
+TEST(Sink, OfAPtyTakesThePlaceOfADeadLinkButOfNoFile)
+{
+    const ScratchFolder folder;
+    live::Loop loop;
+    std::string events;
+    ASSERT_EQ(symlink("/dev/pts/none", folder.Path("dead").c_str()), 0);
+    EXPECT_EQ(live::MakeSink(loop, Named("pty:" + folder.Path("dead")), Quiet(events))->Banner(),
+              "pty " + folder.Path("dead"));
+    const std::string file = folder.Write("file", "mine");
+    const std::string link = folder.Path("link");
+    ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
+    for (const std::string& taken : {file, link, folder.Path("no folder/pole")})
+        EXPECT_THROW(live::MakeSink(loop, Named("pty:" + taken), Quiet(events)),
+                     tables::InputError)
+            << taken;
+    EXPECT_EQ(folder.Read("file"), "mine");
+    EXPECT_EQ(access(link.c_str(), F_OK), 0) << "the link of another program is gone";
 }
 
 TEST(Sink, OfAFullDiskEndsWithAnEventAndIsNotWrittenAgain)
