@@ -32,11 +32,18 @@ bool CanFailAllocations();
 /// Which allocations of an operation fail: the k-th alone, or the k-th and all that follow.
 enum class Failing { One, AllFrom };
 
+/// Whose allocations are counted and fail: everybody's, or only those of this program and our
+/// libraries, also where the language's library allocates for them. Those of a toolkit that does not
+/// survive a failure of its own then do not fail.
+enum class Whose { Everybodys, Ours };
+
 /// One attempt at an operation, with the k-th allocation failing.
 class AllocationRound
 {
 public:
-    AllocationRound(long k, Failing which) : m_k(k), m_which(which) {}
+    AllocationRound(long k, Failing which, Whose whose = Whose::Everybodys)
+        : m_k(k), m_which(which), m_whose(whose)
+    {}
 
     /// Runs `operation`, of which the k-th allocation fails (std::bad_alloc from operator new, null
     /// from malloc). Returns its result; an exception that leaves it leaves Run as well.
@@ -67,6 +74,7 @@ private:
 
     long m_k;
     Failing m_which;
+    Whose m_whose;
     bool m_hasFailed = false;
 };
 
@@ -83,13 +91,14 @@ struct Pace
 /// @param pace  for operations of many thousand allocations
 /// @return how many rounds had a failing allocation
 template <class Attempt>
-long ForEveryFailingAllocation(Attempt attempt, const Pace& pace = {})
+long ForEveryFailingAllocation(Attempt attempt, const Pace& pace = {},
+                               Whose whose = Whose::Everybodys)
 {
     constexpr long kMostRounds = 100000;
     long failures = 0;
     for (const Failing which : {Failing::One, Failing::AllFrom}) {
         for (long k = 1;; k += k < pace.eachOne ? 1 : pace.step) {
-            AllocationRound round(k, which);
+            AllocationRound round(k, which, whose);
             {
                 SCOPED_TRACE(testing::Message()
                              << "allocation " << k

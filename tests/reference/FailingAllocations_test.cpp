@@ -2,6 +2,7 @@
 #include "tests/reference/FailingAllocations.h"
 
 #include <cstdlib>
+#include <cstring>
 #include <gtest/gtest.h>
 #include <new>
 #include <string>
@@ -13,6 +14,7 @@ using reference::Allocations;
 using reference::CanFailAllocations;
 using reference::Failing;
 using reference::ForEveryFailingAllocation;
+using reference::Whose;
 
 class FailingAllocations : public testing::Test
 {
@@ -95,6 +97,16 @@ TEST_F(FailingAllocations, FailOneOrAllFromTheOneThatWasChosen)
     EXPECT_EQ(beyond.Run(takeThree), "yyy");
     EXPECT_FALSE(beyond.HasFailed());
     EXPECT_EQ(takeThree(), "yyy") << "outside Run nothing fails";
+}
+
+// Those of a toolkit are not: tests/memory/ControlsProgram.cpp.
+TEST_F(FailingAllocations, AreOurOwnWhereTheLanguagesLibraryMakesThemForUs)
+{
+    AllocationRound grown(1, Failing::One, Whose::Ours);
+    EXPECT_THROW(grown.Run([] { return std::wstring(1, L'x').append(100, L'x').size(); }),
+                 std::bad_alloc);
+    AllocationRound copied(1, Failing::One, Whose::Ours);
+    EXPECT_FALSE(copied.Run([] { return CanTake(::strdup("a text")); }));
 }
 
 TEST_F(FailingAllocations, AreTriedUntilNoneFails)
