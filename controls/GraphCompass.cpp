@@ -75,13 +75,14 @@ void CGraphCompass::ReconstructControl()
 
 void CGraphCompass::SetFix(int degrees)
 {
-    if (!m_face.AddFix(degrees)) return;
-    CDC* const dc = m_face.FixContext(*this);
-    if (!dc) return;
-    CPen pen(PS_SOLID, tiltpole::controls::kFixPen, tiltpole::controls::kFixColor);
-    const Selected usePen(*dc, pen);
-    const auto mark = tiltpole::controls::FixLine::Of(m_face.center, m_rings, degrees);
-    DrawSegment(*dc, mark.outer, mark.inner);
+    m_face.AddFix(degrees, [this, degrees] {
+        CDC* const dc = m_face.FixContext(*this);
+        if (!dc) return;
+        CPen pen(PS_SOLID, tiltpole::controls::kFixPen, tiltpole::controls::kFixColor);
+        const Selected usePen(*dc, pen);
+        const auto mark = tiltpole::controls::FixLine::Of(m_face.center, m_rings, degrees);
+        DrawSegment(*dc, mark.outer, mark.inner);
+    });
 }
 
 void CGraphCompass::ClearFix()
@@ -182,7 +183,8 @@ void CGraphCompass::OnPaint()
     CPaintDC dc(this);
     CRect client;
     GetClientRect(&client);
-    if (m_face.PrepareBackground(dc, client)) DrawBackground(&m_face.background, m_face.client);
+    m_face.PrepareBackground(dc, client,
+                             [this] { DrawBackground(&m_face.background, m_face.client); });
     Compose(dc);
 }
 

@@ -9,6 +9,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <utility>
 
 using framework::Borrowed;
 using framework::Selected;
@@ -65,8 +66,21 @@ CPoint CTiltPositionGraph::PixelOf(const TiltPoint_Sensor& point) const
 
 void CTiltPositionGraph::AddPoint(TiltPoint_Sensor point)
 {
-    m_points.Add(point);
-    const CPoint at = PixelOf(point);
+    const INT_PTR added = m_points.Add(point);
+    const tiltpole::controls::TiltView world = m_world;
+    try {
+        ShowLast();
+    } catch (...) {
+        m_points.RemoveAt(added);
+        m_world = world;
+        m_layers.isUnfinished = true;
+        throw;
+    }
+}
+
+void CTiltPositionGraph::ShowLast()
+{
+    const CPoint at = PixelOf(m_points[m_points.GetUpperBound()]);
     if (!m_client.PtInRect(at)) {
         ZoomAll();
         return;
@@ -89,8 +103,8 @@ void CTiltPositionGraph::SetCenterPoint(int index, TiltPoint_Sensor point)
 {
     const Borrowed context(m_view);
     if (!context || index < 1 || index > 3) return;
-    m_centers[index - 1] = point;
     DrawCircle(context.Get(), point);
+    m_centers[index - 1] = std::move(point);
 }
 
 void CTiltPositionGraph::Clear()
@@ -125,6 +139,7 @@ void CTiltPositionGraph::InvalidateCtrl()
 {
     const Borrowed context(m_view);
     if (!context) return;
+    m_layers.isUnfinished = true;
     m_view->GetClientRect(&m_client);
     m_layers.grid.Refill(*context, m_client, m_backColor);
     const tiltpole::controls::AxisGlyph axes{
@@ -137,6 +152,7 @@ void CTiltPositionGraph::InvalidateCtrl()
     axes.Draw(m_layers.grid.dc);
     m_layers.points.Refill(*context, m_client, m_backColor);
     DrawPointsLayer();
+    m_layers.isUnfinished = false;
 }
 
 void CTiltPositionGraph::DrawPointsLayer()
@@ -151,6 +167,7 @@ void CTiltPositionGraph::DrawPointsLayer()
 
 void CTiltPositionGraph::DrawAll()
 {
+    if (m_layers.isUnfinished) InvalidateCtrl();
     const Borrowed context(m_view);
     if (!context) return;
     m_view->GetClientRect(&m_client);
@@ -243,10 +260,10 @@ void CTiltPositionGraph::DrawCurrentPt(CDC* dc, TiltPoint_Sensor point)
     const Borrowed own(dc ? nullptr : m_view);
     CDC* const target = dc ? dc : own.Get();
     if (!target) return;
-    m_current = point;
     CPen pen(PS_SOLID, kMarkPen, kRed);
     const Selected usePen(*target, pen);
-    const CPoint at = PixelOf(point);
+    m_current = std::move(point);
+    const CPoint at = PixelOf(m_current);
     DrawCircle(target, at, kCurrentRadius);
     DrawSegment(*target, {at.x, Shifted(at.y, -kCurrentRadius)},
                 {at.x, Shifted(at.y, kCurrentRadius)});

@@ -96,4 +96,5 @@ private:
     void DrawLine(CDC& dc, const TiltPoint_Sensor& from, const TiltPoint_Sensor& to,
                   COLORREF color) const;
     void DrawPointsLayer();
+    void ShowLast();
 };

@@ -7,7 +7,19 @@
 #include "framework/gui/DeviceContext.h"
 #include "framework/gui/GdiObject.h"
 
+#include <new>
+
 namespace tiltpole::controls {
+
+/// Makes a picture of that size and selects it into `dc`; each is made where it is not there yet.
+/// @throws std::bad_alloc  what was made by then is used by the next call
+inline void PreparePicture(CDC& dc, CBitmap& picture, CDC& like, CSize size)
+{
+    if (!dc.GetSafeHdc()) dc.CreateCompatibleDC(&like);
+    if (!picture.GetSafeHandle() && !picture.CreateCompatibleBitmap(&like, size.cx, size.cy))
+        throw std::bad_alloc();
+    dc.SelectObject(&picture);
+}
 
 /// Copies `picture`, which is selected into `source`, to the upper left corner of a new picture of
 /// `size`. Any area it does not cover (the window has grown, or has no picture yet) is black.

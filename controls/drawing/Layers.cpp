@@ -25,11 +25,7 @@ void MakeLetterFont(CFont& font)
 
 void Layer::Refill(CDC& like, const CRect& client, COLORREF color)
 {
-    if (!dc.GetSafeHdc()) {
-        dc.CreateCompatibleDC(&like);
-        bitmap.CreateCompatibleBitmap(&like, client.Width(), client.Height());
-        dc.SelectObject(&bitmap);
-    }
+    PreparePicture(dc, bitmap, like, client.Size());
     dc.SetBkColor(color);
     CBrush brush(color);
     dc.FillRect(&client, &brush);
@@ -37,12 +33,9 @@ void Layer::Refill(CDC& like, const CRect& client, COLORREF color)
 
 void Layers::Present(CDC& target, const CRect& client, const std::function<void(CDC&)>& afterwards)
 {
-    CDC memory;
-    memory.CreateCompatibleDC(&target);
     CBitmap picture;
-    picture.CreateCompatibleBitmap(&target, client.Width(), client.Height());
-    if (!memory.GetSafeHdc()) return;
-    const Selected usePicture(memory, picture);
+    CDC memory; // ends before the picture, which it uses
+    PreparePicture(memory, picture, target, client.Size());
     const int width = client.Width();
     const int height = client.Height();
     CopyOntoFresh(memory, client.Size(), grid.dc, grid.bitmap);

@@ -31,6 +31,7 @@ struct Layers
 
     Layer grid;
     Layer points;
+    bool isUnfinished = false; // memory ran out while they were drawn
 };
 
 /// Two arrows of 50 pixels from a corner, each with a letter beyond its tip.

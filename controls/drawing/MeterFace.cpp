@@ -12,31 +12,31 @@ namespace tiltpole::controls {
 
 using framework::Selected;
 
-bool MeterFace::PrepareBackground(CDC& target, const CRect& clientNow)
+void MeterFace::PrepareBackground(CDC& target, const CRect& clientNow,
+                                  const std::function<void()>& draw)
 {
     client = clientNow;
-    if (background.GetSafeHdc() && backgroundBitmap.GetSafeHandle()) return false;
-    background.CreateCompatibleDC(&target);
-    backgroundBitmap.CreateCompatibleBitmap(&target, client.Width(), client.Height());
-    previousBitmap = background.SelectObject(&backgroundBitmap);
-    return true;
+    if (background.GetSafeHdc()) return;
+    try {
+        PreparePicture(background, backgroundBitmap, target, client.Size());
+        draw();
+    } catch (...) {
+        DropBackground();
+        throw;
+    }
 }
 
 void MeterFace::DropBackground()
 {
-    if (!previousBitmap || !backgroundBitmap.GetSafeHandle() || !background.GetSafeHdc()) return;
-    background.SelectObject(previousBitmap);
     background.DeleteDC();
     backgroundBitmap.DeleteObject();
 }
 
 void MeterFace::Compose(CDC& target, const std::function<void(CDC&)>& drawOver)
 {
-    CDC memory;
-    memory.CreateCompatibleDC(&target);
     CBitmap picture;
-    picture.CreateCompatibleBitmap(&target, client.Width(), client.Height());
-    const Selected usePicture(memory, picture);
+    CDC memory; // ends before the picture, which it uses
+    PreparePicture(memory, picture, target, client.Size());
     CopyOntoFresh(memory, client.Size(), background, backgroundBitmap);
     drawOver(memory);
     target.BitBlt(0, 0, client.Width(), client.Height(), &memory, 0, 0, SRCCOPY);
@@ -57,12 +57,17 @@ void MeterFace::FillAndMeasure(CDC& dc, const CRect& rect)
     needleUnit = diameter / 60;
 }
 
-bool MeterFace::AddFix(int degrees)
+void MeterFace::AddFix(int degrees, const std::function<void()>& draw)
 {
     for (INT_PTR i = 0; i < fixes.GetSize(); ++i)
-        if (fixes.GetAt(i) == degrees) return false;
-    fixes.Add(degrees);
-    return true;
+        if (fixes.GetAt(i) == degrees) return;
+    const INT_PTR added = fixes.Add(degrees);
+    try {
+        draw();
+    } catch (...) {
+        fixes.RemoveAt(added);
+        throw;
+    }
 }
 
 CDC* MeterFace::FixContext(CWnd& window)

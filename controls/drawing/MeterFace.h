@@ -19,9 +19,9 @@ struct MeterFace
     /// True once the background has been drawn and the client area has a width.
     bool CanCompose() const { return background.GetSafeHdc() && client.Width() > 0; }
 
-    /// Updates the client rectangle. Returns true if the background must be drawn, and has then
-    /// created a new picture of that size.
-    bool PrepareBackground(CDC& target, const CRect& clientNow);
+    /// Updates the client rectangle. Where there is no background, makes a picture of that size and
+    /// calls `draw`; if that throws there is none again.
+    void PrepareBackground(CDC& target, const CRect& clientNow, const std::function<void()>& draw);
 
     /// Discards the background, so that the next paint redraws it.
     void DropBackground();
@@ -33,8 +33,9 @@ struct MeterFace
     /// Fills `rect` with the background color and derives center, diameter and needle unit from it.
     void FillAndMeasure(CDC& dc, const CRect& rect);
 
-    /// Returns false if the mark is listed already.
-    bool AddFix(int degrees);
+    /// Lists the mark and calls `draw`; if that throws it is not listed. Nothing happens if it is
+    /// listed already.
+    void AddFix(int degrees, const std::function<void()>& draw);
 
     /// The context that marks are drawn with at once, obtained at the first call for a window and
     /// never released: it ends with the window. Null without a window.
@@ -47,7 +48,6 @@ struct MeterFace
     CRect client;
     CDC background;
     CBitmap backgroundBitmap;
-    CBitmap* previousBitmap = nullptr;
     CPoint center;
     int diameter = 0; // pixels
     /// Reserved member of the exported controls; never read.

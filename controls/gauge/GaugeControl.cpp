@@ -15,8 +15,10 @@ void GaugeControl::SetValue(double angle)
 
 void GaugeControl::SetFix(int angle)
 {
-    if (!m_scale.Holds(angle) || !m_gauge.face.AddFix(angle)) return;
-    if (CDC* const dc = m_gauge.face.FixContext(m_window)) m_gauge.DrawFix(*dc, m_scale, angle);
+    if (!m_scale.Holds(angle)) return;
+    m_gauge.face.AddFix(angle, [this, angle] {
+        if (CDC* const dc = m_gauge.face.FixContext(m_window)) m_gauge.DrawFix(*dc, m_scale, angle);
+    });
 }
 
 void GaugeControl::ClearFix()
@@ -43,7 +45,8 @@ void GaugeControl::Paint()
     CRect client;
     m_window.GetClientRect(&client);
     MeterFace& face = m_gauge.face;
-    if (face.PrepareBackground(dc, client)) m_gauge.DrawBackground(face.background, face.client);
+    face.PrepareBackground(dc, client,
+                           [this, &face] { m_gauge.DrawBackground(face.background, face.client); });
     Compose(dc);
 }
 

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <new>
 
 namespace tiltpole::controls {
 namespace {
@@ -66,14 +67,18 @@ void ScatterPlot::CreateWindow(DWORD style, const RECT& rect, const CWnd* parent
     WNDCLASS windowClass;
     windowClass.style = CS_HREDRAW | CS_VREDRAW;
     windowClass.lpszClassName = m_plane.windowClass;
-    AfxRegisterClass(&windowClass);
-
-    const BOOL created =
-        m_window.CreateEx(WS_EX_CLIENTEDGE | WS_EX_STATICEDGE, m_plane.windowClass, nullptr, style,
-                          rect.left, rect.top, rect.right - rect.left, rect.bottom - rect.top,
-                          parent ? parent->GetSafeHwnd() : nullptr, id);
-    m_window.GetClientRect(&m_client);
-    if (created) RebuildLayers();
+    BOOL created = FALSE;
+    try {
+        AfxRegisterClass(&windowClass);
+        created =
+            m_window.CreateEx(WS_EX_CLIENTEDGE | WS_EX_STATICEDGE, m_plane.windowClass, nullptr,
+                              style, rect.left, rect.top, rect.right - rect.left,
+                              rect.bottom - rect.top, parent ? parent->GetSafeHwnd() : nullptr, id);
+        m_window.GetClientRect(&m_client);
+        if (created) RebuildLayers();
+    } catch (const std::bad_alloc&) { // no window rather than one without layers
+        if (created) m_window.DestroyWindow();
+    }
 }
 
 CPoint ScatterPlot::PixelOf(const MagneticPlotPoint& point) const
@@ -87,6 +92,7 @@ CPoint ScatterPlot::PixelOf(const MagneticPlotPoint& point) const
 // Returns false for a point outside the client rectangle.
 bool ScatterPlot::DrawOnPoints(const MagneticPlotPoint& point, COLORREF color)
 {
+    if (m_layers.isUnfinished) RebuildLayers();
     const CPoint at = PixelOf(point);
     if (!m_client.PtInRect(at)) return false;
     CPen pen(PS_SOLID, 1, color);
@@ -98,10 +104,15 @@ bool ScatterPlot::DrawOnPoints(const MagneticPlotPoint& point, COLORREF color)
 
 void ScatterPlot::AddTrackPoint(const MagneticPlotPoint& point)
 {
-    m_track.Add(point);
-    if (!DrawOnPoints(point, m_plane.trackColor) && ++m_outside > kOutsideLimit) {
-        m_outside = 0;
-        ZoomAll();
+    const INT_PTR added = m_track.Add(point);
+    try {
+        if (!DrawOnPoints(point, m_plane.trackColor) && ++m_outside > kOutsideLimit) {
+            m_outside = 0;
+            ZoomAll();
+        }
+    } catch (...) {
+        m_track.RemoveAt(added);
+        throw;
     }
     const double scale = std::fabs(m_view.scale);
     if (scale < kSmallestScale || scale > kLargestScale) ++m_outside;
@@ -109,8 +120,13 @@ void ScatterPlot::AddTrackPoint(const MagneticPlotPoint& point)
 
 void ScatterPlot::AddCenterPoint(const MagneticPlotPoint& point)
 {
-    m_centers.Add(point);
-    DrawOnPoints(point, kCenterColor);
+    const INT_PTR added = m_centers.Add(point);
+    try {
+        DrawOnPoints(point, kCenterColor);
+    } catch (...) {
+        m_centers.RemoveAt(added);
+        throw;
+    }
 }
 
 void ScatterPlot::Clear()
@@ -159,6 +175,7 @@ void ScatterPlot::DrawCenterPoints(CDC* dc) const
 void ScatterPlot::RebuildLayers()
 {
     if (!m_window.GetSafeHwnd()) return;
+    m_layers.isUnfinished = true;
     m_window.GetClientRect(&m_client);
     CClientDC screen(&m_window);
     m_layers.grid.Refill(screen, m_client, kBackColor);
@@ -173,11 +190,13 @@ void ScatterPlot::RebuildLayers()
     axes.Draw(m_layers.grid.dc);
     DrawTrackPoints(&m_layers.points.dc);
     DrawCenterPoints(&m_layers.points.dc);
+    m_layers.isUnfinished = false;
 }
 
 // The crosses drawn after the last copy are never visible.
 void ScatterPlot::Paint()
 {
+    if (m_layers.isUnfinished) RebuildLayers();
     CPaintDC dc(&m_window);
     CRect client;
     m_window.GetClientRect(&client);
@@ -198,8 +217,10 @@ CString ScatterPlot::ViewPath() const
 }
 
 bool ScatterPlot::SaveView() const
-{
+try {
     return framework::ReplaceFileContent(ViewPath(), m_view.ToLine(m_plane.key));
+} catch (const std::bad_alloc&) {
+    return false;
 }
 
 bool ScatterPlot::ReadView()

@@ -54,7 +54,8 @@ private:
 
 /// Saves the current contents of the window's client area, including its children, as a PNG file
 /// without triggering a paint. The file is replaced in one step (framework/core/AtomicFile.h).
-/// Returns false without a window or if the file cannot be written; errno then holds the reason.
+/// Returns false without a window, short of memory or if the file cannot be written; errno then
+/// holds the reason.
 TILTPOLE_API bool SaveWindowImage(CWnd& window, const CString& pngPath);
 
 } // namespace framework

@@ -95,8 +95,9 @@ bool TakeBitmap(DcRecord& dc, GdiRecord& bitmap)
 HGDIOBJ Select(HDC dc, HGDIOBJ object)
 {
     if (!dc || !object) return nullptr;
-    if (object->kind == GdiKind::Bitmap && !TakeBitmap(*dc, *object)) return nullptr;
     GdiReference* slot = SlotOf(*dc, object->kind);
+    CGdiObject::FromHandle(slot->Get()); // made before anything changes: the caller returns it
+    if (object->kind == GdiKind::Bitmap && !TakeBitmap(*dc, *object)) return nullptr;
     dc->retired = std::exchange(*slot, GdiReference(object));
     return dc->retired.Get();
 }
@@ -148,9 +149,9 @@ HDC CDC::Detach()
 BOOL CDC::CreateCompatibleDC(CDC*)
 {
     if (m_hDC) return FALSE;
-    auto* record = new DcRecord;
+    auto record = std::make_unique<DcRecord>();
     record->bitmap = GdiReference(framework::EmptyBitmap());
-    return Attach(record);
+    return Attach(record.release());
 }
 
 BOOL CDC::DeleteDC()
@@ -387,11 +388,11 @@ BOOL CBitmap::CreateCompatibleBitmap(CDC* dc, int width, int height)
         || height > framework::kMaximumBitmapSide)
         return FALSE;
     if (width == 0 || height == 0) width = height = 1;
-    auto record = std::make_unique<framework::GdiRecord>(framework::GdiKind::Bitmap);
     try {
+        auto record = std::make_unique<framework::GdiRecord>(framework::GdiKind::Bitmap);
         record->image = std::make_shared<framework::Image>(width, height);
+        return Hold(record.release());
     } catch (const std::bad_alloc&) {
         return FALSE;
     }
-    return Hold(record.release());
 }

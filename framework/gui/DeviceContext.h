@@ -6,7 +6,7 @@
 /// Coordinates are device pixels from the upper left corner of the bitmap or client area; right and
 /// bottom edges are exclusive. Shapes set whole pixels and are never blended. Everything is clipped
 /// to the picture. Unless noted, a drawing call returns FALSE only without a handle or for a null
-/// argument; where memory runs out it throws std::bad_alloc.
+/// argument; where memory runs out it throws std::bad_alloc, and what was drawn by then stays.
 #pragma once
 
 #include "framework/core/Export.h"

@@ -234,13 +234,13 @@ CBrush* CBrush::FromHandle(HBRUSH handle)
 BOOL CFont::CreateFontIndirect(const LOGFONT* font)
 {
     if (!font) return FALSE;
-    auto* record = new GdiRecord(GdiKind::Font);
+    auto record = std::make_unique<GdiRecord>(GdiKind::Font);
     record->font.height = font->lfHeight;
     record->font.weight = font->lfWeight;
     record->font.italic = font->lfItalic != 0;
     for (int i = 0; i < LF_FACESIZE && font->lfFaceName[i]; ++i)
         record->font.face += font->lfFaceName[i];
-    return Hold(record);
+    return Hold(record.release());
 }
 
 BOOL CFont::CreateFont(int height, int width, int escapement, int orientation, int weight,

@@ -108,7 +108,7 @@ public:
     CBitmap() = default;
 
     /// Creates a picture with 32 bits per pixel and undefined content. A width or height of 0 gives
-    /// a bitmap of one pixel; a negative one fails.
+    /// a bitmap of one pixel. FALSE for a negative one, or where memory runs out.
     BOOL CreateCompatibleBitmap(CDC* dc, int width, int height);
     /// Width and height in pixels.
     CSize GetSize() const;

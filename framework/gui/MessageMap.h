@@ -20,6 +20,7 @@
 #include "framework/gui/Types.h"
 
 #include <bit>
+#include <utility>
 #include <vector>
 
 class CWnd;
@@ -109,9 +110,11 @@ protected:
             [](CWnd& window, UINT message, WPARAM wParam, LPARAM lParam, LRESULT& result) {        \
                 auto& self = static_cast<theClass&>(window);                                       \
                 if (!entries.IsListed()) {                                                         \
-                    entries.SetListed();                                                           \
+                    framework::EntryList whole;                                                    \
                     self.HandleOwnMessage(&self, framework::EntryList::kRequest, 0,                \
-                                          reinterpret_cast<LPARAM>(&entries), result);             \
+                                          reinterpret_cast<LPARAM>(&whole), result);               \
+                    whole.SetListed();                                                             \
+                    entries = std::move(whole);                                                    \
                     map.lpEntries = entries.Data();                                                \
                 }                                                                                  \
                 return self.HandleOwnMessage(&self, message, wParam, lParam, result);              \

@@ -252,8 +252,11 @@ BOOL CWnd::CreateEx(DWORD exStyle, LPCTSTR className, LPCTSTR windowName, DWORD 
         parameter, nullptr, framework::AsMenu(id), parent, height, width, y, x, style, windowName,
         className, exStyle};
     bool wasAttached = false;
-    const bool isMade =
-        PreCreateWindow(values) && framework::Create(values, this, wasAttached) != nullptr;
+    bool isMade = false;
+    try {
+        isMade = PreCreateWindow(values) && framework::Create(values, this, wasAttached) != nullptr;
+    } catch (const std::bad_alloc&) { // short of the name of its class
+    }
     if (!isMade && !wasAttached) PostNcDestroy();
     return isMade;
 }

@@ -6,6 +6,7 @@
 #include "framework/core/TextConversion.h"
 
 #include <cerrno>
+#include <new>
 
 namespace framework {
 namespace {
@@ -34,7 +35,7 @@ void Compose(const WindowRecord& window, const raster::Canvas& target, int x, in
 } // namespace
 
 bool SaveWindowImage(CWnd& window, const CString& pngPath)
-{
+try {
     Toolkit* toolkit = CurrentToolkit();
     errno = EINVAL;
     if (!window.m_hWnd || !toolkit) return false;
@@ -42,6 +43,9 @@ bool SaveWindowImage(CWnd& window, const CString& pngPath)
     const Image picture(record.ClientWidth(), record.ClientHeight());
     Compose(record, picture.View(), 0, 0, picture.View().clip);
     return toolkit->SavePng(picture.View(), ToUtf8(pngPath.GetString()));
+} catch (const std::bad_alloc&) {
+    errno = ENOMEM;
+    return false;
 }
 
 } // namespace framework

@@ -19,10 +19,20 @@ LRESULT WindowRecord::Send(UINT message, WPARAM wParam, LPARAM lParam)
     if (message == WM_MOUSEWHEEL) isLeftOpen = false;
     CWnd* window = CWnd::FromHandle(this);
     const CWnd::Message outer = std::exchange(window->m_current, {message, wParam, lParam});
-    const LRESULT result = window->WindowProc(message, wParam, lParam);
-    // The handler may have destroyed the window, or the object it belongs to.
-    if (!isGone && CWnd::FromHandle(this) == window) window->m_current = outer;
-    return result;
+    const auto end = [&] {
+        // The handler may have destroyed the window, or the object it belongs to.
+        const bool isThere = CWnd::FromHandlePermanent(this) == window
+                             || (attached.empty() && temporary.get() == window);
+        if (!isGone && isThere) window->m_current = outer;
+    };
+    try {
+        const LRESULT result = window->WindowProc(message, wParam, lParam);
+        end();
+        return result;
+    } catch (...) {
+        end();
+        throw;
+    }
 }
 
 void WindowRecord::LetGo()

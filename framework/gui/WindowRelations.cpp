@@ -19,13 +19,16 @@ CWnd* CWnd::SetParent(CWnd* parent)
     WindowRecord* const next = parent ? parent->m_hWnd : nullptr;
     if (!m_hWnd || (parent && !next) || (next && next->IsInside(*m_hWnd))) return nullptr;
     const std::shared_ptr<WindowRecord> window = m_hWnd->shared_from_this();
-    WindowRecord* const previous = std::exchange(window->parent, next);
-    if (previous == next) return FromHandle(previous);
-    if (previous) std::erase(previous->children, window.get());
+    WindowRecord* const previous = window->parent;
+    // What takes memory comes first.
+    CWnd* const wrapped = FromHandle(previous);
+    if (previous == next) return wrapped;
     if (next) {
         next->children.push_back(window.get());
         window->ownedBy = nullptr;
     }
+    if (previous) std::erase(previous->children, window.get());
+    window->parent = next;
     const std::shared_ptr<WindowRecord> before = previous ? previous->shared_from_this() : nullptr;
     // A widget that changes its parent loses the focus for a moment: each step may end the window.
     if (window->native) window->native->SetParent(next ? next->native.get() : nullptr);

@@ -6,6 +6,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <string_view>
 #include <utility>
 
 IMPLEMENT_DYNCREATE(CWnd, CObject)
@@ -243,7 +244,7 @@ void CWnd::SetWindowText(LPCTSTR text)
 int CWnd::GetWindowText(LPTSTR buffer, int size) const
 {
     if (!buffer || size < 1) return 0;
-    const std::wstring text = m_hWnd ? m_hWnd->text : std::wstring();
+    const std::wstring_view text = m_hWnd ? std::wstring_view(m_hWnd->text) : std::wstring_view();
     const std::size_t length = std::min(text.size(), static_cast<std::size_t>(size - 1));
     std::copy_n(text.begin(), length, buffer);
     buffer[length] = L'\0';
@@ -272,7 +273,14 @@ CFont* CWnd::GetFont() const
 
 CDC* CWnd::GetDC()
 {
-    return m_hWnd ? CDC::FromHandle(m_hWnd->LendContext()) : nullptr;
+    if (!m_hWnd) return nullptr;
+    framework::DcRecord* const context = m_hWnd->LendContext();
+    try {
+        return CDC::FromHandle(context);
+    } catch (...) {
+        m_hWnd->TakeBack(context);
+        throw;
+    }
 }
 
 int CWnd::ReleaseDC(CDC* dc)
@@ -325,7 +333,8 @@ CDC* CWnd::BeginPaint(PAINTSTRUCT* paint)
 {
     if (!m_hWnd || !paint) return nullptr;
     const std::shared_ptr<WindowRecord> window = m_hWnd->shared_from_this();
-    framework::DcRecord* context = window->LendContext();
+    CDC* const dc = GetDC();
+    framework::DcRecord* const context = dc->m_hDC;
     const raster::Box box = std::exchange(window->invalid, {});
     const bool erase = std::exchange(window->erase, false);
     context->clip = box;
@@ -333,9 +342,17 @@ CDC* CWnd::BeginPaint(PAINTSTRUCT* paint)
     *paint = {
         context, FALSE, {box.left, box.top, box.right, box.bottom}
     };
-    if (erase) paint->fErase = !window->Send(WM_ERASEBKGND, reinterpret_cast<WPARAM>(context), 0);
+    try {
+        if (erase)
+            paint->fErase = !window->Send(WM_ERASEBKGND, reinterpret_cast<WPARAM>(context), 0);
+    } catch (...) {
+        window->TakeBack(context);
+        window->isPainting = false;
+        window->StayInvalid(box, erase);
+        throw;
+    }
     if (window->isGone) *paint = {};
-    return window->isGone ? nullptr : CDC::FromHandle(context);
+    return window->isGone ? nullptr : dc;
 }
 
 void CWnd::EndPaint(PAINTSTRUCT* paint)

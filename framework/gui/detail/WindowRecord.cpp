@@ -185,9 +185,14 @@ void WindowRecord::Invalidate(raster::Box box, bool eraseToo)
     if (!image) return;
     box = raster::Intersect(box, image->View().clip);
     if (box.left >= box.right) return;
+    StayInvalid(box, eraseToo);
+    if (native && IsShown()) native->RequestPaint();
+}
+
+void WindowRecord::StayInvalid(raster::Box box, bool eraseToo)
+{
     invalid = Union(invalid, box);
     erase = erase || eraseToo;
-    if (native && IsShown()) native->RequestPaint();
 }
 
 void WindowRecord::Paint()
@@ -198,7 +203,15 @@ void WindowRecord::Paint()
 void WindowRecord::PaintInvalid()
 {
     if (invalid.left >= invalid.right || isPainting || !redraws) return;
-    Send(WM_PAINT, 0, 0);
+    const std::shared_ptr<WindowRecord> kept = shared_from_this();
+    const raster::Box box = invalid;
+    const bool erased = erase;
+    try {
+        Send(WM_PAINT, 0, 0);
+    } catch (...) {
+        StayInvalid(box, erased);
+        throw;
+    }
 }
 
 DcRecord* WindowRecord::LendContext()

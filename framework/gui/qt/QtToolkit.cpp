@@ -265,12 +265,17 @@ Application::Application(int& argc, char** argv, Display display)
     : m_connection(std::make_unique<Connection>())
 {
     m_connection->application = Connect(argc, argv, display);
+    MessageBoxHandler previous = SetMessageBoxHandler({});
+    try {
+        m_connection->previousHandler = previous;
+        SetMessageBoxHandler([previous](const wchar_t* text, const wchar_t* title, unsigned style) {
+            return CanShowBox() ? ShowBox(text, title, style) : previous(text, title, style);
+        });
+    } catch (...) {
+        SetMessageBoxHandler(std::move(previous));
+        throw;
+    }
     m_connection->number = ++Windows().applications;
-    const MessageBoxHandler previous = SetMessageBoxHandler({});
-    m_connection->previousHandler = previous;
-    SetMessageBoxHandler([previous](const wchar_t* text, const wchar_t* title, unsigned style) {
-        return CanShowBox() ? ShowBox(text, title, style) : previous(text, title, style);
-    });
 }
 
 Application::~Application()

@@ -187,8 +187,9 @@ std::optional<raster::Point> QtWidget::PlaceInForeignParent() const
 
 void QtWidget::StartTimer(std::uintptr_t id, unsigned milliseconds)
 {
-    StopTimer(id);
-    m_timers[id] = startTimer(static_cast<int>(std::min(milliseconds, unsigned{INT_MAX})));
+    int& timer = m_timers[id]; // first: a timer without a place here could not be stopped
+    if (timer != 0) killTimer(timer);
+    timer = startTimer(static_cast<int>(std::min(milliseconds, unsigned{INT_MAX})));
 }
 
 bool QtWidget::StopTimer(std::uintptr_t id)
