@@ -25,10 +25,24 @@ inline void PrintTo(const Library& library, std::ostream* out)
     *out << library.name;
 }
 
+/// An operation that works by a toolkit which does not survive a failure of its own: in its rows only
+/// our own allocations fail.
+struct Exception
+{
+    std::string covers; // first of its rows' names
+    std::string reason;
+};
+
+inline void PrintTo(const Exception& exception, std::ostream* out)
+{
+    *out << exception.covers;
+}
+
 struct Program
 {
     std::vector<Library> libraries;
     std::vector<Row> rows;
+    std::vector<Exception> exceptions;
     // Exported for the libraries' own headers and sources: nothing that a host calls.
     std::set<std::string> internal;
 };

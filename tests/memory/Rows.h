@@ -23,4 +23,11 @@ std::vector<Row> JobRecordRows();
 std::vector<Row> JobRows();
 std::vector<Row> GridRows();
 
+std::vector<Row> DrawingRows();
+std::vector<Row> TextRows();
+std::vector<Row> WindowRows();
+std::vector<Row> MessageRows();
+std::vector<Row> ControlRows();
+std::vector<Row> PlotRows();
+
 } // namespace sweep

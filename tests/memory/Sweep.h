@@ -31,8 +31,10 @@ enum class Shortage {
 
 struct Row
 {
-    std::string covers; // as tests/abi lists them, without parameters; separated by blanks
+    std::string
+        covers; // as tests/abi lists them, without parameters and blanks; separated by blanks
     std::function<void()> check;
+    std::function<void()> checkOurs = {}; // the same while only our own allocations fail
 };
 
 inline void PrintTo(const Row& row, std::ostream* out)
@@ -65,6 +67,7 @@ struct Operation
     std::function<void(State&)> run;
     std::function<std::string(const State&)> describe;
     AfterFailure<State> after;
+    reference::Whose whose;
 
     std::string before, once, twice; // descriptions of an untouched run
 
@@ -115,7 +118,21 @@ struct Operation
     long Sweep(const reference::Pace& pace) const
     {
         return reference::ForEveryFailingAllocation(
-            [this](reference::AllocationRound& round) { Attempt(round); }, pace);
+            [this](reference::AllocationRound& round) { Attempt(round); }, pace, whose);
+    }
+
+    void Check(const reference::Pace& pace)
+    {
+        RunUntouched();
+        EXPECT_NE(once, before) << "nothing to see";
+        Sweep({20, 41 * pace.step}); // what is allocated once for good
+        const long held = reference::HeldBlocks();
+        const long failures = Sweep(pace);
+        EXPECT_EQ(reference::HeldBlocks(), held) << "blocks of memory are lost";
+        if (shortage == Shortage::Never)
+            EXPECT_EQ(failures, 0) << "it allocates";
+        else
+            EXPECT_GT(failures, 0) << "it allocates nothing";
     }
 };
 
@@ -129,19 +146,11 @@ Row Operation(std::string covers, Shortage shortage, std::function<void(State&)>
               std::function<std::string(const State&)> describe, AfterFailure<State> after = {},
               reference::Pace pace = {})
 {
-    return {std::move(covers), [=] {
-                detail::Operation<State> operation{shortage, run, describe, after, {}, {}, {}};
-                operation.RunUntouched();
-                EXPECT_NE(operation.once, operation.before) << "nothing to see";
-                operation.Sweep({20, 41 * pace.step}); // what is allocated once for good
-                const long held = reference::HeldBlocks();
-                const long failures = operation.Sweep(pace);
-                EXPECT_EQ(reference::HeldBlocks(), held) << "blocks of memory are lost";
-                if (shortage == Shortage::Never)
-                    EXPECT_EQ(failures, 0) << "it allocates";
-                else
-                    EXPECT_GT(failures, 0) << "it allocates nothing";
-            }};
+    const auto check = [=](reference::Whose whose) {
+        detail::Operation<State>{shortage, run, describe, after, whose, {}, {}, {}}.Check(pace);
+    };
+    return {std::move(covers), [check] { check(reference::Whose::Everybodys); },
+            [check] { check(reference::Whose::Ours); }};
 }
 
 /// Operations that allocate nothing and whose results other tests look at.
@@ -151,6 +160,19 @@ inline Row WithoutMemory(std::string covers, std::function<void()> run)
                 run(); // what is allocated once for good
                 const long before = reference::Allocations();
                 run();
+                EXPECT_EQ(reference::Allocations(), before) << "it allocates";
+            }};
+}
+
+/// The same with an object to work on.
+template <class State>
+Row WithoutMemory(std::string covers, std::function<void(State&)> run)
+{
+    return {std::move(covers), [run = std::move(run)] {
+                State state;
+                run(state); // what is allocated once for good
+                const long before = reference::Allocations();
+                run(state);
                 EXPECT_EQ(reference::Allocations(), before) << "it allocates";
             }};
 }
