@@ -1,17 +1,16 @@
 #!/usr/bin/env python3
 # SPDX-License-Identifier: MIT
-"""Compares what Results.cpp printed on one processor with what it printed on another.
+"""Compares what the programs of this folder printed on one processor with what it printed on another.
 
-usage: compare.py EXPECTED FOUND [--limit 1e-9]
+usage: compare.py EXPECTED FOUND --least LINES [--limit 1e-9]
 
 Decisions and bytes have to be the same, numbers within the limit, relative to the larger of the
-number and its stated size. The last line has the figures; ends with 1 where something differs.
+number and its stated size. Fewer than LINES: the programs were not run, or to no end. The last line has
+the figures; ends with 1 where something differs.
 """
 import argparse
 import math
 import sys
-
-LEAST_LINES = 20_000  # fewer: the program was not run, or to no end
 
 
 class Figures:
@@ -53,6 +52,7 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__, formatter_class=argparse.RawDescriptionHelpFormatter)
     parser.add_argument("expected")
     parser.add_argument("found")
+    parser.add_argument("--least", type=int, required=True)
     parser.add_argument("--limit", type=float, default=1e-9)
     arguments = parser.parse_args()
     texts = []
@@ -60,7 +60,7 @@ def main():
         with open(path, encoding="ascii") as file:
             texts.append(file.read().splitlines())
     figures = compare(*texts, arguments.limit)
-    if len(texts[0]) < LEAST_LINES:
+    if len(texts[0]) < arguments.least:
         figures.errors.append(f"only {len(texts[0])} lines")
     for error in figures.errors[:20]:
         print(error, file=sys.stderr)

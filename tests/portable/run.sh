@@ -1,14 +1,21 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# Builds the core and the program of Results.cpp for other processors and in other ways, runs it (under
-# qemu-user where needed) and compares what it prints with what it prints here.
+# Builds the libraries and the programs of this folder for other processors and in other ways, runs them
+# (under qemu-user where needed) and compares what they print with what they print here.
 #
-# usage: tests/portable/run.sh JOBS NAME...     names: aarch64 armhf i686 s390x clang unsigned-char debug
+# usage: tests/portable/run.sh JOBS core|all NAME...
+#
+#   core     what the core computes (core_results)
+#   all      and on other processors what quality and field compute (library_results)
+#   NAME     aarch64 armhf i686 s390x clang unsigned-char debug
 set -euo pipefail
 cd "$(dirname "$(readlink -f "$0")")/../.."
-readonly jobs=$1 out=out/portable
-shift
+readonly jobs=$1 part=$2 out=out/portable
+shift 2
 mkdir -p "$out" build/portable
+# The fewest lines of a program that ran to its end.
+declare -rA least=([core_results]=30000 [library_results]=15000)
+programs=(core_results)
 
 # build NAME OPTION...: the options go to cmake.
 build() {
@@ -17,7 +24,7 @@ build() {
     {
         cmake -S tests/portable -B "$tree" -G Ninja -Wno-dev -D CMAKE_CXX_COMPILER_LAUNCHER=ccache \
             -D "TILTPOLE_TOGETHER=${TILTPOLE_TOGETHER:-0}" "$@" \
-            && cmake --build "$tree" -j "$jobs" --target results
+            && cmake --build "$tree" -j "$jobs" --target "${programs[@]}"
     } >"$log" 2>&1 || {
         tail -n 40 "$log" >&2
         printf '%s: could not be built; all of its output: %s\n' "$name" "$log" >&2
@@ -25,46 +32,66 @@ build() {
     }
 }
 
+# results NAME COMMAND...: what the programs print; COMMAND runs them.
+results() {
+    local name=$1 program
+    shift
+    for program in "${programs[@]}"; do
+        (cd "build/portable/$name" && "$@" "./$program") >"$out/$name-$program.txt" || return 1
+    done
+}
+
 # cross NAME TRIPLE QEMU: by Debian's cross compiler. Called by check.
 # shellcheck disable=SC2317
 cross() {
     build "$1" -D CMAKE_SYSTEM_NAME=Linux -D "CMAKE_SYSTEM_PROCESSOR=${2%%-*}" \
-        -D "CMAKE_CXX_COMPILER=$2-g++" -D "CMAKE_CXX_FLAGS=-Werror"
-    results "$1" "qemu-$3" -L "/usr/$2"
+        -D "CMAKE_CXX_COMPILER=$2-g++" -D "CMAKE_CXX_FLAGS=-Werror" \
+        && results "$1" "qemu-$3" -L "/usr/$2"
 }
 
-# results NAME COMMAND...: what the program prints; COMMAND runs it.
-results() {
-    local name=$1
-    shift
-    (cd "build/portable/$name" && "$@" ./results) >"$out/$name.txt"
+native() {
+    build "$@" && results "$1" env
 }
 
 failed=0
 # check NAME COMMAND...: what COMMAND makes is as here.
 check() {
-    local name=$1 start=$SECONDS said
+    local name=$1 start=$SECONDS program said
     shift
-    if "$@" && said=$(tests/portable/compare.py "$out/here.txt" "$out/$name.txt"); then
-        printf '%-14s %s (%d s)\n' "$name" "$said" $((SECONDS - start))
-    else
-        printf '%-14s FAILED %s\n' "$name" "${said:-}"
+    if ! "$@"; then
+        printf '%-14s FAILED\n' "$name"
         failed=1
+        return
     fi
+    for program in "${programs[@]}"; do
+        if said=$(tests/portable/compare.py "$out/here-$program.txt" "$out/$name-$program.txt" \
+            --least "${least[$program]}"); then
+            printf '%-14s %-16s%s (%d s)\n' "$name" "$program" "$said" $((SECONDS - start))
+        else
+            printf '%-14s %-16sFAILED %s\n' "$name" "$program" "$said"
+            failed=1
+        fi
+    done
 }
 
-native() {
-    build "$@"
-    results "$1" env
+# Compiling quality and field takes two minutes of a processor each time.
+emulated() {
+    if [[ $part == all ]]; then programs=(core_results library_results); fi
+    check "$1" cross "$@"
+    programs=(core_results)
 }
 
+if [[ $part == all && " $* " =~ \ (aarch64|armhf|i686|s390x)\  ]]; then
+    programs=(core_results library_results)
+fi
 native here -D CMAKE_CXX_COMPILER=g++ -D CMAKE_CXX_FLAGS=-Werror
+programs=(core_results)
 for name in "$@"; do
     case $name in
-        aarch64) check "$name" cross "$name" aarch64-linux-gnu aarch64 ;;
-        armhf) check "$name" cross "$name" arm-linux-gnueabihf arm ;;
-        i686) check "$name" cross "$name" i686-linux-gnu i386 ;;
-        s390x) check "$name" cross "$name" s390x-linux-gnu s390x ;;
+        aarch64) emulated "$name" aarch64-linux-gnu aarch64 ;;
+        armhf) emulated "$name" arm-linux-gnueabihf arm ;;
+        i686) emulated "$name" i686-linux-gnu i386 ;;
+        s390x) emulated "$name" s390x-linux-gnu s390x ;;
         clang) check "$name" native "$name" -D CMAKE_CXX_COMPILER=clang++ -D CMAKE_CXX_FLAGS=-Werror ;;
         unsigned-char)
             check "$name" native "$name" -D CMAKE_CXX_COMPILER=g++ \

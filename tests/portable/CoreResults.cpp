@@ -1,13 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Prints what the core computes of simulated and recorded input, for compare.py. A line is
-//
-//   d NAME INTEGER       a decision, a count, a flag: the same everywhere
-//   n NAME NUMBER SIZE   a number in hexadecimal; NaN and infinity are decisions. It may differ
-//                        relative to the larger of itself and SIZE, the size of what it was made of
-//   b NAME BYTES         the bytes of a text or of a saved file in hexadecimal: the same everywhere
-//
-// The input is the same everywhere: simulation/ computes it in portable arithmetic.
+// Prints what the core computes of simulated and recorded input.
 #include "calibration/InclineSensor_Filter_XY.h"
 #include "calibration/InclineSensor_Filter_XZ.h"
 #include "calibration/InclineSensor_MagneticAdjust.h"
@@ -22,6 +15,7 @@
 #include "simulation/Points.h"
 #include "simulation/Turn.h"
 #include "simulation/Walk.h"
+#include "tests/portable/Print.h"
 #include "tests/reference/Turns.h"
 #include "tests/simulation/TestSensors.h"
 
@@ -36,40 +30,18 @@
 
 namespace {
 
+using portable::Bytes;
+using portable::Decision;
+using portable::Name;
+using portable::Number;
 using simulation::Generator;
 using simulation::Stream;
 using simulation::TurnAxis;
-
-void Decision(const std::string& name, long long value)
-{
-    std::printf("d %s %lld\n", name.c_str(), value);
-}
-
-void Number(const std::string& name, double value, double size = 0.0)
-{
-    if (std::isnan(value))
-        std::printf("n %s nan %a\n", name.c_str(), size); // whatever its sign
-    else
-        std::printf("n %s %a %a\n", name.c_str(), value, size);
-}
-
-void Bytes(const std::string& name, std::string_view bytes)
-{
-    std::printf("b %s ", name.c_str());
-    for (const char c : bytes)
-        std::printf("%02x", static_cast<unsigned>(static_cast<unsigned char>(c)));
-    std::printf("\n");
-}
 
 void Text(const std::string& name, const CString& text)
 {
     Bytes(name, framework::ToUtf8(std::wstring_view(text.GetString(),
                                                     static_cast<std::size_t>(text.GetLength()))));
-}
-
-std::string Name(std::string_view subject, int index)
-{
-    return std::string(subject) + "." + std::to_string(index);
 }
 
 // The parameters that undo the simulated sensor, and a translation and bias angles.
