@@ -109,6 +109,16 @@ private:
     std::string_view m_rest;
 };
 
+/// One input in `count`, by a hash of its bytes: for checks that cost as much as the rest of a run. Its length
+/// would not do, short inputs come first.
+inline bool IsOneIn(unsigned count, const std::uint8_t* data, std::size_t size)
+{
+    std::uint32_t hash = 2166136261U; // FNV-1a
+    for (std::size_t i = 0; i < size; ++i)
+        hash = (hash ^ data[i]) * 16777619U;
+    return (hash >> 8U) % count == 0;
+}
+
 /// The same bits, or both NaN.
 inline bool AreSame(double a, double b)
 {

@@ -52,7 +52,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const quality::CalibrationTurns turns = fuzz::TurnsOf(input);
     const quality::JointFit fit = FitJointly(turns, type);
     CheckFit(fit, turns);
-    if (size % 4 == 0) {
+    if (fuzz::IsOneIn(16, data, size)) {
         const quality::JointFit again = FitJointly(turns, type);
         Require(again.outcome == fit.outcome && AreEqual(again.calibration, fit.calibration));
     }
