@@ -25,7 +25,7 @@ namespace {
 constexpr double kSpan = 1.0;         // [s]
 constexpr double kDeclination = 4.25; // [degrees]
 
-field::Setup SetupOf(int sensorType)
+field::Setup PoleSetup(int sensorType)
 {
     field::Setup setup;
     setup.sensorType = sensorType;
@@ -117,7 +117,7 @@ void CheckMotion(const PoseInput& poses, const TipSolver& solver, Instant moment
 TEST(PoseInput, SeesTheMotionOfThePosesBeforeAMoment)
 {
     for (const int type : {1, 2, 3}) {
-        const TipSolver solver(SetupOf(type));
+        const TipSolver solver(PoleSetup(type));
         PoseInput poses(field::PoseFormat::Ptps);
         EXPECT_TRUE(std::isnan(poses.Motion(solver, kDeclination, 0s, 0.05, kSpan).speed));
         int added = 0;
@@ -131,7 +131,7 @@ TEST(PoseInput, SeesTheMotionOfThePosesBeforeAMoment)
 
 TEST(PoseInput, SeesTheMotionWhereItKeepsTheMostPoses)
 {
-    const TipSolver solver(SetupOf(1));
+    const TipSolver solver(PoleSetup(1));
     PoseInput poses(field::PoseFormat::Ptps);
     int added = 0;
     for (const PoseSample& sample : Swinging(1, 3300us, 3000)) {
@@ -143,7 +143,7 @@ TEST(PoseInput, SeesTheMotionWhereItKeepsTheMostPoses)
 
 TEST(PoseInput, SeesNoMotionOfPosesBeforeARestart)
 {
-    const TipSolver solver(SetupOf(1));
+    const TipSolver solver(PoleSetup(1));
     PoseInput poses(field::PoseFormat::Ptps);
     const std::vector<PoseSample> samples = Swinging(1, 20ms, 100);
     for (std::size_t i = 0; i < samples.size(); ++i) {
@@ -155,7 +155,7 @@ TEST(PoseInput, SeesNoMotionOfPosesBeforeARestart)
 
 TEST(PoseInput, AddsTheAccelerationsOfASpanInTheirOrder)
 {
-    const TipSolver solver(SetupOf(1));
+    const TipSolver solver(PoleSetup(1));
     PoseInput poses(field::PoseFormat::Ptps);
     const std::vector<PoseSample> samples = Swinging(1, 20ms, 300);
     for (const PoseSample& sample : samples)
