@@ -7,8 +7,12 @@
 #include "simulation/trials/Conditions.h"
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
 #include <gtest/gtest.h>
+#include <iterator>
 #include <string>
+#include <string_view>
+#include <vector>
 
 using quality::CalibrationTurns;
 using quality::Verdict;
@@ -69,6 +73,144 @@ TEST(FieldFaults, KeepOneOfSoManySamples)
     const CalibrationTurns sparse = TurnsWith({.keepEvery = 8});
     EXPECT_EQ(sparse.vertical.size(), (clean.vertical.size() + 7) / 8);
     EXPECT_EQ(sparse.vertical[2].dMag_x, clean.vertical[16].dMag_x);
+}
+
+TEST(FieldFaults, EndReadingsWhereTheyAreSaturated)
+{
+    const CalibrationTurns clean = TurnsWith({});
+    const CalibrationTurns saturated = TurnsWith({.saturation = 300.0});
+    ASSERT_EQ(saturated.horizontal.size(), clean.horizontal.size());
+    int ended = 0;
+    for (std::size_t i = 0; i < clean.horizontal.size(); ++i) {
+        const double reading = clean.horizontal[i].dMag_z;
+        EXPECT_EQ(saturated.horizontal[i].dMag_z, std::clamp(reading, -300.0, 300.0));
+        if (std::fabs(reading) > 300.0) ++ended;
+    }
+    EXPECT_GT(ended, 0);
+}
+
+bool LiesWithin(double size, double least, double most)
+{
+    return least <= std::fabs(size) && std::fabs(size) <= most;
+}
+
+int DifferentGains(const simulation::Point3& gain)
+{
+    return (gain.x != 1.0 ? 1 : 0) + (gain.y != 1.0 ? 1 : 0) + (gain.z != 1.0 ? 1 : 0);
+}
+
+// Axes of one magnetometer whose iron is reversed against that of another one.
+int Mirrored(const simulation::MagnetometerModel& m, const simulation::MagnetometerModel& of)
+{
+    const double hard[] = {m.hardIron.x, m.hardIron.y, m.hardIron.z};
+    const double ofHard[] = {of.hardIron.x, of.hardIron.y, of.hardIron.z};
+    int axes = 0;
+    for (std::size_t i = 0; i < 3; ++i) {
+        const simulation::Point3& row = m.softIron.rows[i];
+        const simulation::Point3& other = of.softIron.rows[i];
+        if (row.x == -other.x && row.y == -other.y && row.z == -other.z && hard[i] == -ofHard[i])
+            ++axes;
+    }
+    return axes;
+}
+
+// What a fault does to a setting that is otherwise the same.
+struct Kind
+{
+    const char* name; // the beginning, without "careful, "
+    bool (*holds)(const Setting& with, const Setting& without);
+};
+
+constexpr Kind kKinds[] = {
+    {"no fault",       [](const Setting& s, const Setting&) { return s.faults.keepEvery == 1; }                   },
+    {"tilt offset",
+     [](const Setting& s,                   const Setting&) {
+         return LiesWithin(std::hypot(s.sensor.pitchOffset, s.sensor.rollOffset), 1 - 1e-12,
+                           1 + 1e-12);
+     }                                                                                   },
+    {"pitch offset",
+     [](const Setting& s,                   const Setting&) { return std::fabs(s.sensor.pitchOffset) == 1.0; }    },
+    {"roll offset",
+     [](const Setting& s,                   const Setting&) { return std::fabs(s.sensor.rollOffset) == 1.0; }     },
+    {"tilt drifts",
+     [](const Setting& s,                   const Setting&) {
+         return LiesWithin(s.faults.pitchDrift, 1.0, 3.0)
+                && LiesWithin(s.faults.rollDrift, 1.0, 3.0);
+     }                                                                                   },
+    {"tilt steps",
+     [](const Setting& s,                   const Setting&) {
+         return LiesWithin(s.faults.pitchStep, 0.5, 2.0) && LiesWithin(s.faults.rollStep, 0.5, 2.0);
+     }                                                                                   },
+    {"noise to 20",
+     [](const Setting& s,                   const Setting& t) {
+         return LiesWithin(s.sensor.a.noise / t.sensor.a.noise, 5.0, 20.0)
+                && LiesWithin(s.sensor.b.noise / t.sensor.b.noise, 5.0, 20.0)
+                && s.sensor.tiltNoise == t.sensor.tiltNoise;
+     }                                                                                   },
+    {"all noise",
+     [](const Setting& s,                   const Setting& t) {
+         return LiesWithin(s.sensor.a.noise / t.sensor.a.noise, 5.0, 20.0)
+                && LiesWithin(s.sensor.tiltNoise / t.sensor.tiltNoise, 5.0, 20.0);
+     }                                                                                   },
+    {"noise 20 and 2",
+     [](const Setting& s,                   const Setting&) {
+         return s.sensor.a.noise == 20.0 && s.sensor.b.noise == 20.0 && s.sensor.tiltNoise == 2.0;
+     }                                                                                   },
+    {"gains step",
+     [](const Setting& s,                   const Setting&) {
+         return std::ranges::all_of(s.faults.gainStep, [](const simulation::Point3& gain) {
+             return LiesWithin(gain.x - 1.0, 0.01, 0.06) && gain.y == gain.x && gain.z == gain.x;
+         });
+     }                                                                                   },
+    {"gain of one",
+     [](const Setting& s,                   const Setting&) {
+         return std::ranges::all_of(s.faults.gainStep, [](const simulation::Point3& gain) {
+             return DifferentGains(gain) == 1
+                    && LiesWithin(gain.x + gain.y + gain.z - 3.0, 0.01 - 1e-12, 0.06 + 1e-12);
+         });
+     }                                                                                   },
+    {"field changes",
+     [](const Setting& s,                   const Setting&) {
+         return s.faults.fieldFactor == 1.06 && s.faults.dipChange == 3.0;
+     }                                                                                   },
+    {"swung",
+     [](const Setting& s,                   const Setting&) { return LiesWithin(s.faults.swing, 0.1, 0.3); }      },
+    {"outliers",
+     [](const Setting& s,                   const Setting&) { return LiesWithin(s.faults.outliers, 0.002, 0.03); }},
+    {"saturated",
+     [](const Setting& s,                   const Setting& t) {
+         return LiesWithin(s.faults.saturation / t.field.strength, 0.7, 1.0);
+     }                                                                                   },
+    {"axis mirrored",
+     [](const Setting& s,                   const Setting& t) {
+         return Mirrored(s.sensor.a, t.sensor.a) + Mirrored(s.sensor.b, t.sensor.b) == 1;
+     }                                                                                   },
+    {"an eighth",      [](const Setting& s, const Setting&) { return s.faults.keepEvery == 8; }                   },
+};
+
+TEST(FieldFaults, AreOfTheirKindAndSize)
+{
+    const std::vector<study::Condition>& faults = study::FieldFaults();
+    const study::Condition& none = faults[0];
+    const study::Condition& careful = faults[1];
+    constexpr std::string_view kCareful = "careful, ";
+    for (const study::Condition& fault : faults) {
+        const bool isCareful = fault.name.starts_with(kCareful);
+        const std::string_view name = fault.name.substr(isCareful ? kCareful.size() : 0);
+        const auto* const kind = std::ranges::find_if(
+            kKinds, [name](const Kind& k) { return name.starts_with(k.name); });
+        ASSERT_NE(kind, std::end(kKinds)) << fault.name;
+        for (std::uint64_t seed = 1; seed <= 40; ++seed) {
+            const auto settingWith = [seed](const study::Condition& condition) {
+                simulation::Generator random(seed, simulation::Stream::Placement);
+                Setting setting = study::Ordinary(random);
+                condition.apply(setting, random);
+                return setting;
+            };
+            EXPECT_TRUE(kind->holds(settingWith(fault), settingWith(isCareful ? careful : none)))
+                << fault.name << ", seed " << seed;
+        }
+    }
 }
 
 // The joint fit's own calibration differs from the fit by next to nothing, so that only what is said

@@ -5,6 +5,7 @@
 #include "simulation/trials/OccupationCases.h"
 
 #include "tests/apps/RunProgram.h"
+#include "tests/apps/ScratchFile.h"
 
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -179,6 +180,154 @@ TEST(Study, NamesSlipsAndWrongLengthsOfEachMotion)
     EXPECT_EQ(Cells(RunProgram({"--slips", "--runs", "1", "--only", "rocked"}).out).size(), 6U);
     EXPECT_EQ(RunProgram({"--slips", "--only", "nothing like it"}).err,
               "tiltpole_study: no occupation has 'nothing like it' in its name\n");
+}
+
+// Numbers of a cell like "100.0 / 0.0 / 0.0"; "-" is left out.
+std::vector<double> FiguresIn(const std::string& cell)
+{
+    std::istringstream words(cell);
+    std::vector<double> figures;
+    for (std::string word; words >> word;)
+        if (word != "/" && word != "-") figures.push_back(std::stod(word));
+    return figures;
+}
+
+TEST(Study, GivesLivePolesOfEachMotionARow)
+{
+    const std::vector<std::string> arguments{"--live", "--runs", "1", "--only",
+                                             "lasting 1 s, 10 Hz"};
+    const Outcome outcome = RunProgram(arguments);
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto rows = Cells(outcome.out);
+    ASSERT_EQ(rows.size(), 4U);
+    const char* const motions[] = {"rocked slowly from 12 to 28 degrees",
+                                   "rocked by 5 degrees about 10", "lean in from 5 to 30 degrees",
+                                   "rocked and turned"};
+    constexpr std::size_t kFigures[] = {2, 1, 2, 3, 2, 2};
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        ASSERT_EQ(rows[i].size(), 7U);
+        EXPECT_EQ(rows[i][0], std::string(motions[i]) + ", lasting 1 s, 10 Hz");
+        const bool stored = FiguresIn(rows[i][1])[0] > 0.0;
+        for (std::size_t column = 1; column < rows[i].size(); ++column) {
+            const auto figures = FiguresIn(rows[i][column]);
+            const bool ofStored = column > 4; // nothing stored: nothing that could hold
+            EXPECT_EQ(figures.size(), ofStored && !stored ? 0U : kFigures[column - 1]);
+            for (const double figure : figures) {
+                EXPECT_GE(figure, 0.0) << rows[i][0];
+                EXPECT_LE(figure, 100.0) << rows[i][0];
+            }
+        }
+        EXPECT_EQ(FiguresIn(rows[i][3])[0], 100.0) << "a slip of 30 mm is named";
+        EXPECT_EQ(FiguresIn(rows[i][3])[1], 0.0) << "and not stored";
+    }
+    EXPECT_EQ(RunProgram(arguments).out, outcome.out);
+}
+
+TEST(Study, LivePolesHaveErrorsOfEachKind)
+{
+    for (const char* errors : {"new in each epoch", "lasting 3 s", "partly lasting 30 s"}) {
+        const std::string name = std::string("rocked and turned, ") + errors + ", 5 Hz";
+        const auto rows =
+            Cells(RunProgram({"--live", "--runs", "2", "--seed", "3", "--only", name}).out);
+        ASSERT_EQ(rows.size(), 1U) << name;
+        EXPECT_EQ(rows[0][0], name);
+        EXPECT_EQ(FiguresIn(rows[0][1])[0], 100.0) << "stored at some time";
+    }
+    EXPECT_EQ(RunProgram({"--live", "--only", "nothing like it"}).err,
+              "tiltpole_study: no line has 'nothing like it' in its name\n");
+}
+
+TEST(Study, GivesEachFaultARowOfBothMethods)
+{
+    const Outcome outcome =
+        RunProgram({"--faults", "--runs", "3", "--seed", "2", "--only", "an eighth"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    std::istringstream lines(outcome.out);
+    std::vector<Row> rows;
+    for (std::string line; std::getline(lines, line);) {
+        if (line.starts_with("Rank correlation")) break;
+        if (line.starts_with("    ")) continue; // the heads of the columns
+        Row row{line.substr(0, line.find("  ")), {}};
+        std::istringstream figures(line.substr(24));
+        for (double figure = 0.0; figures >> figure;)
+            row.figures.push_back(figure);
+        rows.push_back(row);
+    }
+    ASSERT_EQ(rows.size(), 3U);
+    EXPECT_EQ(rows[0].name, "an eighth of the rate");
+    EXPECT_EQ(rows[1].name, "careful, an eighth");
+    EXPECT_EQ(rows[2].name, "all");
+    for (const Row& row : rows)
+        ASSERT_EQ(row.figures.size(), 18U) << row.name;
+    for (const std::size_t method : {0U, 9U}) {
+        for (std::size_t count = method; count < method + 6; ++count)
+            EXPECT_EQ(rows[0].figures[count] + rows[1].figures[count], rows[2].figures[count]);
+        for (const Row& row : rows) {
+            EXPECT_LE(row.figures[method] + row.figures[method + 3], row.name == "all" ? 6.0 : 3.0)
+                << "called good or usable";
+            EXPECT_LE(row.figures[method + 6], row.figures[method + 7])
+                << "the error as used is not above the worse of both";
+        }
+    }
+    EXPECT_THAT(outcome.out, testing::ContainsRegex("is below half of the solver's: *-?[01].[0-9]+ "
+                                                    "\\([0-6] of [0-6]\\)\n$"));
+}
+
+TEST(Study, VariationsAreConditionsOfTheirOwn)
+{
+    const Outcome outcome =
+        RunProgram({"--variations", "--runs", "1", "--only", "60 to 100 samples"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto rows = FirstTable(outcome.out);
+    ASSERT_EQ(rows.size(), 2U);
+    EXPECT_EQ(rows[0].name, "60 to 100 samples");
+    EXPECT_EQ(rows[0].Called(), 100.0);
+}
+
+TEST(Study, TellsHowOftenTheRegionsOfTipsHold)
+{
+    const Outcome outcome = RunProgram({"--tips", "--runs", "60"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto rows = Cells(outcome.out);
+    ASSERT_EQ(rows.size(), 36U) << "18 cones, errors as stated and slow ones";
+    for (std::size_t i = 0; i < rows.size(); ++i) {
+        const auto& row = rows[i];
+        ASSERT_EQ(row.size(), 9U);
+        EXPECT_EQ(row[0], i < 18 ? "as stated" : "slow");
+        const double stored = std::stod(row[4]); // of 60
+        for (const std::size_t column : {5U, 6U}) {
+            if (stored < 83.0) {
+                EXPECT_EQ(row[column], "-") << "a share of fewer than 50 says nothing";
+            } else {
+                EXPECT_GE(std::stod(row[column]), 80.0) << row[0] << row[1] << row[2];
+            }
+        }
+        EXPECT_EQ(row[7] == "-", stored == 0.0);
+        EXPECT_EQ(row[8] == "-", stored == 0.0);
+        if (stored > 0.0) {
+            EXPECT_LE(std::stod(row[7]), 50.0) << "semi-major axis [mm]";
+        }
+    }
+    EXPECT_EQ(rows[16][1], "60");
+    EXPECT_EQ(rows[16][4], "100.0") << "60 positions up to 40 degrees all around";
+}
+
+TEST(Study, TakesTheErrorsOfTipsFromARecording)
+{
+    const apps::test::ScratchFolder folder;
+    std::string epochs;
+    for (int i = 0; i < 950; ++i)
+        epochs += std::to_string(7 * i % 11) + "e-3 " + std::to_string(5 * i % 13) + "e-3 "
+                  + std::to_string(3 * i % 17) + "e-3 " + std::to_string(i) + "\n";
+    const Outcome outcome =
+        RunProgram({"--tips", "--runs", "2", "--recording", folder.Write("antenna.txt", epochs)});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const auto rows = Cells(outcome.out);
+    ASSERT_EQ(rows.size(), 90U);
+    EXPECT_EQ(rows[36][0], "recorded, 1 s");
+    EXPECT_EQ(rows[54][0], "recorded, 4 s");
+    EXPECT_EQ(rows[72][0], "recorded, 15 s");
+    EXPECT_EQ(rows[88][4], "100.0") << "60 positions up to 40 degrees all around";
 }
 
 TEST(Study, TellsWrongUseInOneSentence)
