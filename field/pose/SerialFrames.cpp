@@ -69,7 +69,7 @@ void SerialFrames::Restart()
     m_lastType = 0;
     m_closingType = 0;
     m_earlyEnds = 0;
-    m_attitude = Attitude::None;
+    m_attitude = false;
     m_magnetometer = false;
     m_sample = {};
 }
@@ -121,10 +121,10 @@ void SerialFrames::LearnClosing()
 void SerialFrames::Read(std::uint8_t type)
 {
     PoseSensorData& data = m_sample.data;
-    const auto readAngles = [&](const TypeTwoAngles& angles, Attitude attitude) {
+    const auto readAngles = [&](const TypeTwoAngles& angles) {
         data.dPitch = angles.pitch;
         data.dRoll = angles.roll;
-        m_attitude = attitude;
+        m_attitude = true;
     };
     switch (type) {
     case kTime:
@@ -141,9 +141,7 @@ void SerialFrames::Read(std::uint8_t type)
         data.dGyro_z = Value(2) / kFull * kRateRange;
         break;
     case kAngles:
-        if (m_attitude == Attitude::Quaternion) break;
-        readAngles(AnglesOfTurns(Value(0) / kFull * kAngleRange, Value(1) / kFull * kAngleRange),
-                   Attitude::Turns);
+        readAngles(AnglesOfTurns(Value(0) / kFull * kAngleRange, Value(1) / kFull * kAngleRange));
         break;
     case kMagnetometer:
         data.dMag_x = Value(0);
@@ -154,8 +152,8 @@ void SerialFrames::Read(std::uint8_t type)
         break;
     case kQuaternion:
         if (Value(0) == 0.0 && Value(1) == 0.0 && Value(2) == 0.0 && Value(3) == 0.0) break;
-        readAngles(AnglesOfQuaternion(Value(0), Value(1), Value(2), Value(3)),
-                   Attitude::Quaternion);
+        // It replaces the angles: types ascend within a cycle.
+        readAngles(AnglesOfQuaternion(Value(0), Value(1), Value(2), Value(3)));
         break;
     default:
         ++m_counters.other;
@@ -183,8 +181,8 @@ void SerialFrames::ReadTime()
 // Ends the cycle; its sample is passed on where it is one.
 void SerialFrames::Close()
 {
-    if (m_attitude != Attitude::None && m_magnetometer) Emit(m_sample);
-    m_attitude = Attitude::None;
+    if (m_attitude && m_magnetometer) Emit(m_sample);
+    m_attitude = false;
     m_magnetometer = false;
     m_sample = {};
 }

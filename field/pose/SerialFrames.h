@@ -61,7 +61,6 @@ public:
 
 private:
     static constexpr std::size_t kLength = 11;
-    enum class Attitude { None, Turns, Quaternion };
 
     void Resynchronize();
     void Understand(Instant arrival);
@@ -77,7 +76,7 @@ private:
     std::uint8_t m_lastType = 0;
     std::uint8_t m_closingType = 0; // 0: not known yet
     int m_earlyEnds = 0;            // cycles in a row that ended before it
-    Attitude m_attitude = Attitude::None;
+    bool m_attitude = false;
     bool m_magnetometer = false;
     PoseSample m_sample;
 };

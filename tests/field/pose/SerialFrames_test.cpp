@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <optional>
 #include <random>
 #include <string>
 
@@ -320,12 +321,55 @@ TEST(SerialFrames, PreferTheQuaternionToTheAngles)
     EXPECT_NEAR(SamplesOf(without)[0].data.dRoll, 20.0, 0.01);
 }
 
+TEST(SerialFrames, TakeNoQuaternionOfZeros)
+{
+    // Each value alone makes it a rotation.
+    const Values quaternions[] = {
+        {32767, 0,     0,     0    },
+        {0,     32767, 0,     0    },
+        {0,     0,     32767, 0    },
+        {0,     0,     0,     32767}
+    };
+    for (const Values& quaternion : quaternions)
+        EXPECT_FALSE(SamplesOf(Cycle(0, quaternion) + Cycle(10, quaternion)).empty());
+    EXPECT_TRUE(SamplesOf(Cycle(0, {}) + Cycle(10, {})).empty());
+}
+
+TEST(SerialFrames, PassOverFramesOfOtherTypes)
+{
+    const auto reader = field::MakePoseReader(PoseFormat::SerialFrames);
+    std::string bytes;
+    for (int i = 0; i < 3; ++i)
+        bytes += Time(i) + Frame(0x54, {1, 2, 3 + i, 0}) + Frame(0x56, {1, 2, 3, 4})
+                 + Frame(0x59, kLevel);
+    reader->Feed(bytes, 1s);
+    EXPECT_EQ(reader->Take().size(), 3U);
+    EXPECT_EQ(reader->Count().other, 3U);
+    EXPECT_EQ(reader->Count().bad, 0U);
+    reader->Feed(Frame(0x4F, {1, 2, 3, 4}) + Frame(0x7F, {1, 2, 3, 4}), 1s);
+    EXPECT_GT(reader->Count().bad, 0U) << "types that no sensor sends";
+}
+
 TEST(SerialFrames, HaveNoClockWithAnImpossibleTime)
 {
-    std::string bytes;
-    for (int i = 0; i < 2; ++i)
-        bytes += Frame(0x50, {26 | 13 << 8, 22 | 13 << 8, 7 | 58 << 8, 0})
-                 + Frame(0x54, {1, 2, 3, 0}) + Frame(0x59, kLevel);
-    ASSERT_FALSE(SamplesOf(bytes).empty());
-    EXPECT_FALSE(SamplesOf(bytes)[0].deviceSeconds);
+    const auto secondsOf = [](const Values& time) {
+        std::string bytes;
+        for (int i = 0; i < 2; ++i)
+            bytes += Frame(0x50, time) + Frame(0x54, {1, 2, 3, 0}) + Frame(0x59, kLevel);
+        const auto samples = SamplesOf(bytes);
+        return samples.empty() ? std::optional<double>(0.0) : samples[0].deviceSeconds;
+    };
+    constexpr Values kImpossible[] = {
+        {26 | 13 << 8, 22 | 13 << 8, 7 | 58 << 8,  0   }, // month
+        {26 | 11 << 8, 31 | 13 << 8, 7 | 58 << 8,  0   }, // day
+        {26 | 11 << 8, 22 | 24 << 8, 7 | 58 << 8,  0   }, // hour
+        {26 | 11 << 8, 22 | 13 << 8, 60 | 58 << 8, 0   }, // minute
+        {26 | 11 << 8, 22 | 13 << 8, 7 | 60 << 8,  0   }, // second
+        {26 | 11 << 8, 22 | 13 << 8, 7 | 58 << 8,  -1  }, // millisecond
+        {26 | 11 << 8, 22 | 13 << 8, 7 | 58 << 8,  1000},
+    };
+    for (const Values& time : kImpossible)
+        EXPECT_FALSE(secondsOf(time)) << time[0] << ' ' << time[1] << ' ' << time[2];
+    EXPECT_EQ(secondsOf({26 | 11 << 8, 22 | 23 << 8, 59 | 59 << 8, 999}),
+              1795391999.999); // 2026-11-22 23:59:59.999
 }
