@@ -315,6 +315,92 @@ TEST(SpotCalibration, RefusesRowsThatCannotBeUsed)
     CheckRefused(spoilt, SpotReason::NoInertialSamples, "no numbers");
 }
 
+TEST(SpotCalibration, TakesNothingThatIsNotFinite)
+{
+    SpotCalibration spot({});
+    field::InertialSample sample;
+    sample.seconds = 1.0;
+    field::AntennaEpoch epoch;
+    epoch.seconds = 1.0;
+    for (const double bad :
+         {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
+        for (double* const value :
+             {&sample.seconds, &sample.rate.x, &sample.rate.y, &sample.rate.z,
+              &sample.acceleration.x, &sample.acceleration.y, &sample.acceleration.z,
+              &sample.magnetic.x, &sample.magnetic.y, &sample.magnetic.z}) {
+            const double good = std::exchange(*value, bad);
+            EXPECT_FALSE(spot.Add(sample));
+            *value = good;
+        }
+        for (const field::SensorVector& b : {
+                 field::SensorVector{bad, 0.0, 0.0},
+                 {0.0, bad, 0.0},
+                 {0.0, 0.0, bad}
+        })
+            EXPECT_FALSE(spot.Add(sample, b));
+        for (double* const value :
+             {&epoch.seconds, &epoch.position.x, &epoch.position.y, &epoch.position.h}) {
+            const double good = std::exchange(*value, bad);
+            EXPECT_FALSE(spot.Add(epoch));
+            *value = good;
+        }
+    }
+    EXPECT_TRUE(spot.Add(sample));
+    EXPECT_TRUE(spot.Add(epoch));
+    EXPECT_EQ(spot.Estimate().samples, 1);
+    EXPECT_EQ(spot.Estimate().epochs, 1);
+    EXPECT_EQ(spot.Estimate().rejected, 2 * (10 + 3 + 4));
+}
+
+TEST(SpotText, IsOneSentenceForEachReason)
+{
+    SpotResult result;
+    result.turned = 91.6;
+    result.leanSpread = 3.4;
+    result.tipStep = 0.0402;
+    result.lengthError = 0.06;
+    result.b.stuck = true;
+    struct Case
+    {
+        SpotReason reason;
+        const char* says;
+    };
+    constexpr Case kCases[] = {
+        {SpotReason::Usable,            "usable"                                                           },
+        {SpotReason::TooShort,          "go on: rock the pole and turn it about its axis for 20 s"         },
+        {SpotReason::TooLong,           "this took too long: begin again, 20 s are enough"                 },
+        {SpotReason::NoInertialSamples, "there are no inertial samples"                                    },
+        {SpotReason::NoAntennaEpochs,   "there are no antenna positions"                                   },
+        {SpotReason::TimeRanBack,       "the time of samples or antenna positions runs back or repeats"    },
+        {SpotReason::Gap,               "the inertial samples pause for too long: begin again"             },
+        {SpotReason::TurnMore,
+         "turn the pole about its axis: it was turned by 92 degrees, a whole turn is wanted"               },
+        {SpotReason::LeanFurther,
+         "lean further in all directions: the pole's directions spread by 3 degrees only"                  },
+        {SpotReason::GoOn,              "go on rocking and turning: something is not known well enough yet"},
+        {SpotReason::TipMoved,          "the tip moved by about 40 mm: begin again"                        },
+        {SpotReason::WrongLength,       "the pole is about 60 mm longer than its length says"              },
+        {SpotReason::FieldDisturbed,
+         "the magnetic field is not the same throughout: go away from iron and begin again"                },
+        {SpotReason::SensorsContradict,
+         "sensors and antenna contradict each other: check axes, signs, units and times"                   },
+        {SpotReason::MagnetometerStuck,
+         "magnetometer B does not follow the pole: an axis of it reads the same throughout"                },
+        {SpotReason::NoSolution,        "the antenna positions lie outside of the samples' time"           },
+    };
+    for (const auto& [reason, says] : kCases) {
+        result.reason = reason;
+        EXPECT_EQ(SpotText(result), says);
+    }
+    result.reason = SpotReason::WrongLength;
+    result.lengthError = -0.3;
+    EXPECT_EQ(SpotText(result), "the pole is about 300 mm shorter than its length says");
+    result.reason = SpotReason::MagnetometerStuck;
+    result.a.stuck = true;
+    EXPECT_EQ(SpotText(result),
+              "magnetometer A does not follow the pole: an axis of it reads the same throughout");
+}
+
 TEST(SpotCalibration, AsksForMoreWhereTheAntennaIsPoor)
 {
     std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 4));

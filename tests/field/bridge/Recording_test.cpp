@@ -111,6 +111,10 @@ TEST(Recording, NamesTheLineThatIsBad)
         {"+5.000000 R \\x4",                 "line 3: a byte is neither printable nor \\xHH"          },
         {"+5.000000 R \\xG0",                "line 3: a byte is neither printable nor \\xHH"          },
         {"+5.000000 R \\n",                  "line 3: a byte is neither printable nor \\xHH"          },
+        {"+5.000000 R \\n41",                "line 3: a byte is neither printable nor \\xHH"          },
+        {"+5.000000 R \\x4G",                "line 3: a byte is neither printable nor \\xHH"          },
+        {"+5.000000 R \x7F",                 "line 3: a byte is neither printable nor \\xHH"          },
+        {"+5,000000 R a",                    "line 3: the time is no number of seconds like 12.345678"},
         {"+5.000000 R \t",                   "line 3: a byte is neither printable nor \\xHH"          },
     };
     for (const BadLine& c : cases) {
@@ -135,6 +139,15 @@ TEST(Recording, RefusesAHeaderThatIsNone)
         "# tiltpole recording 1, started 2026-11-22T24:00:00.000000Z",
         "# tiltpole recording 1, started 2026-11-22T13:07:58.123456",
         "# tiltpole recording 1, started 2026-11-22T13:07:58Z",
+        "# tiltpole recording 1, started year-11-22T13:07:58.123456Z",
+        "# tiltpole recording 1, started 2026/11-22T13:07:58.123456Z",
+        "# tiltpole recording 1, started 2026-mm-22T13:07:58.123456Z",
+        "# tiltpole recording 1, started 2026-11-22 13:07:58.123456Z",
+        "# tiltpole recording 1, started 2026-11-22T13.07:58.123456Z",
+        "# tiltpole recording 1, started 2026-11-22T13:07.58.123456Z",
+        "# tiltpole recording 1, started 2026-11-22T13:07:58.microsZ",
+        "# tiltpole recording 1, started 2026-11-22T13:60:00.000000Z",
+        "# tiltpole recording 1, started 2026-11-22T13:07:60.000000Z",
     };
     for (const char* const line : cases) {
         RecordingReader reader;

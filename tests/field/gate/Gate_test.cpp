@@ -179,6 +179,8 @@ TEST(Gate, BlocksATipThatIsNotGoodEnough)
     const Row rows[] = {
         {Code::FloatFix,      State::Block, false, "fix is float (needs fixed)",
          [](Scene& s) { s.epoch.fix = Fix::Float; }                                                                                          },
+        {Code::FloatFix,      State::Block, false, "fix is estimated (needs fixed)",
+         [](Scene& s) { s.epoch.fix = Fix::Estimated; }                                                                                      },
         {Code::FloatFix,      State::Block, false, "fix is single (needs fixed)",
          [](Scene& s) {
              s.epoch.fix = Fix::Single;

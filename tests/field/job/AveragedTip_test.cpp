@@ -77,6 +77,24 @@ TEST(AveragedTip, LeavesOutWhatIsFarFromTheMedian)
     EXPECT_LT(MillimetersApart(mean.position, SomeTip().position), 1e-6);
 }
 
+TEST(AveragedTip, IsOfTheBestQualityOnly)
+{
+    constexpr Fix kFromWorst[] = {Fix::Invalid,      Fix::Estimated, Fix::Single,
+                                  Fix::Differential, Fix::Float,     Fix::Fixed};
+    for (std::size_t best = 1; best < std::size(kFromWorst); ++best) {
+        std::vector<Tip> tips(2, SomeTip());
+        tips[0].epoch.fix = kFromWorst[best - 1];
+        tips[1].epoch.fix = kFromWorst[best];
+        const TipAverage mean = AveragedTip(tips);
+        EXPECT_EQ(mean.used, 1u);
+        ASSERT_EQ(mean.leftOut.size(), 1u);
+        EXPECT_EQ(mean.leftOut[0].index, 0u);
+        EXPECT_EQ(mean.leftOut[0].why,
+                  "quality " + std::to_string(static_cast<int>(kFromWorst[best - 1]))
+                      + ", others have " + std::to_string(static_cast<int>(kFromWorst[best])));
+    }
+}
+
 TEST(AveragedTip, KeepsNoiseWithinThreeWhiteDeviations)
 {
     // 3 · 0.62 · 8 mm = 14.9 mm north, 3 · 0.39 · 6 mm = 7.0 mm east.

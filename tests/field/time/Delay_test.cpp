@@ -274,6 +274,18 @@ TEST(Delay, SaysWhyItIsNotFound)
     }
 }
 
+TEST(Delay, HasWordsForEachOutcome)
+{
+    EXPECT_EQ(TextOf(DelayOutcome::Found), "found");
+    EXPECT_EQ(TextOf(DelayOutcome::TooFewEpochs), "too few fixed epochs with poses around them");
+    EXPECT_EQ(TextOf(DelayOutcome::TooShort), "too short: rock the pole for 20 s");
+    EXPECT_EQ(TextOf(DelayOutcome::TooLittleMotion),
+              "too little motion: rock the pole faster and wider");
+    EXPECT_EQ(TextOf(DelayOutcome::NotOneTip),
+              "the antenna does not follow the pose about one tip: keep the tip on its mark");
+    EXPECT_EQ(TextOf(DelayOutcome::AtTheEnd), "the delay lies beyond the range that was searched");
+}
+
 TEST(Delay, SearchesNoRangeThatIsNone)
 {
     const Simulated pole;
