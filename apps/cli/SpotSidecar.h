@@ -39,7 +39,8 @@ nlohmann::ordered_json SpotJson(const SpotSidecar& sidecar, const std::string& r
 ///         cannot be: those of the parameter file have its limits
 SpotSidecar ReadSpotSidecar(const std::string& path);
 
-/// "2 days 3 hours": from then to now; empty where the time cannot be read or lies in the future.
+/// "59 min", "47 h", "2 days": from then to now; empty where the time cannot be read or lies in
+/// the future.
 std::string AgeOf(const SpotSidecar& sidecar);
 
 /// The time now, as in `madeUtc`.

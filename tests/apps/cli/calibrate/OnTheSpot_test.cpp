@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 //
 // tiltpole calibrate --on-the-spot, and tiltpole occupy with what it found.
+#include "apps/cli/SpotSidecar.h"
+#include "apps/tables/Errors.h"
 #include "tests/apps/RunLine.h"
 #include "tests/apps/ScratchFile.h"
 #include "tests/apps/cli/occupy/OccupyRuns.h"
 
+#include <chrono>
 #include <cmath>
+#include <ctime>
 #include <filesystem>
 #include <fmt/format.h>
 #include <functional>
@@ -20,6 +24,7 @@ using apps::test::RunProgram;
 using apps::test::ScratchFolder;
 using nlohmann::json;
 using testing::HasSubstr;
+using testing::StartsWith;
 
 class OnTheSpot : public testing::Test
 {
@@ -366,6 +371,104 @@ TEST_F(OnTheSpot, ASidecarWithAValueThatCannotBeIsRefused)
         EXPECT_EQ(done.exitCode, 2) << damage.place;
         EXPECT_THAT(done.output, HasSubstr(damage.reason));
     }
+}
+
+TEST_F(OnTheSpot, ASidecarThatLacksAMemberOrHasAnotherKindOfItIsRefused)
+{
+    ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
+    const json whole = json::parse(m_folder.Read("pole.cfg.spot.json"));
+    struct Damage
+    {
+        const char* place;
+        json value; // null: without the member
+        const char* reason;
+    };
+    const std::string foreign = "is not a calibration on the spot (it ends in .spot.json)";
+    const std::string version = "is not of version 1, which this program reads";
+    const Damage damages[] = {
+        {"/format",                              nullptr,       foreign.c_str()                         },
+        {"/format",                              "mine",        foreign.c_str()                         },
+        {"/version",                             nullptr,       version.c_str()                         },
+        {"/version",                             99,            version.c_str()                         },
+        {"/verdict",                             nullptr,       "is a calibration that cannot be used"  },
+        {"/verdict",                             "not usable",  "is a calibration that cannot be used"  },
+        {"/pole_m",                              nullptr,       "pole_m is not a number"                },
+        {"/pole_m",                              "2",           "pole_m is not a number"                },
+        {"/sensor_type",                         nullptr,       "sensor_type is not an integer"         },
+        {"/sensor_type",                         3000000000,    "sensor_type is not an integer"         },
+        {"/values",                              nullptr,       "values is not an object"               },
+        {"/values",                              json::array(), "values is not an object"               },
+        {"/values/place_m/E",                    nullptr,       "values.place_m.E is not a number"      },
+        {"/values/gyro_bias_dps",                1.5,           "values.gyro_bias_dps is not an object" },
+        {"/values/gyro_bias_dps/value",          nullptr,       "gyro_bias_dps.value is not three numb" },
+        {"/values/gyro_bias_dps/value",          2,             "gyro_bias_dps.value is not three numb" },
+        {"/values/gyro_bias_dps/value",          {1, 2},        "gyro_bias_dps.value is not three numb" },
+        {"/values/gyro_bias_dps/value",          {"1", 2, 3},   "gyro_bias_dps.value is not three numb" },
+        {"/values/gyro_bias_dps/value",          {1, "2", 3},   "gyro_bias_dps.value is not three numb" },
+        {"/values/gyro_bias_dps/value",          {1, 2, "3"},   "gyro_bias_dps.value is not three numb" },
+        {"/values/magnetometer_a",               nullptr,       "values.magnetometer_a is not an object"},
+        {"/values/magnetometer_b/correction/x0", nullptr,       "magnetometer_b.correction.x0 is not a" },
+    };
+    for (const Damage& damage : damages) {
+        json damaged = whole;
+        const json::json_pointer place(damage.place);
+        if (damage.value.is_null())
+            damaged[place.parent_pointer()].erase(place.back());
+        else
+            damaged[place] = damage.value;
+        m_folder.Write("pole.cfg.spot.json", damaged.dump());
+        try {
+            cli::ReadSpotSidecar(Sidecar());
+            ADD_FAILURE() << damage.place << ' ' << damage.value << " is taken";
+        } catch (const tables::InputError& error) {
+            EXPECT_THAT(error.what(), StartsWith(Sidecar() + ": ")) << damage.place;
+            EXPECT_THAT(error.what(), HasSubstr(damage.reason)) << damage.place;
+        }
+    }
+}
+
+TEST_F(OnTheSpot, ASidecarMayLackAMagnetometer)
+{
+    ASSERT_EQ(Calibrate(Rocked(), Out()).exitCode, 0);
+    json sidecar = json::parse(m_folder.Read("pole.cfg.spot.json"));
+    sidecar["values"]["magnetometer_b"] = nullptr;
+    m_folder.Write("pole.cfg.spot.json", sidecar.dump());
+    const cli::SpotSidecar read = cli::ReadSpotSidecar(Sidecar());
+    EXPECT_TRUE(read.result.a.found);
+    EXPECT_FALSE(read.result.b.found);
+    sidecar["made_utc"] = 2026;
+    m_folder.Write("pole.cfg.spot.json", sidecar.dump());
+    EXPECT_EQ(cli::ReadSpotSidecar(Sidecar()).madeUtc, "");
+}
+
+// The time so many seconds ago, as a sidecar has it.
+std::string UtcBefore(std::chrono::seconds age)
+{
+    const auto then = std::chrono::system_clock::to_time_t(std::chrono::system_clock::now() - age);
+    std::tm utc{};
+    ::gmtime_r(&then, &utc);
+    return fmt::format("{:04}-{:02}-{:02}T{:02}:{:02}:{:02}Z", utc.tm_year + 1900, utc.tm_mon + 1,
+                       utc.tm_mday, utc.tm_hour, utc.tm_min, utc.tm_sec);
+}
+
+TEST(SpotSidecar, IsAsOldAsItsTimeSays)
+{
+    using namespace std::chrono_literals;
+    const auto ageOf = [](const std::string& madeUtc) {
+        cli::SpotSidecar sidecar;
+        sidecar.madeUtc = madeUtc;
+        return cli::AgeOf(sidecar);
+    };
+    EXPECT_EQ(ageOf(cli::NowUtc()), "0 min");
+    EXPECT_EQ(ageOf(UtcBefore(59min + 30s)), "59 min");
+    EXPECT_EQ(ageOf(UtcBefore(1h + 1s)), "1 h");
+    EXPECT_EQ(ageOf(UtcBefore(47h + 59min)), "47 h");
+    EXPECT_EQ(ageOf(UtcBefore(48h + 1s)), "2 days");
+    EXPECT_EQ(ageOf(UtcBefore(24h * 400 + 1min)), "400 days");
+    EXPECT_EQ(ageOf(UtcBefore(-1h)), "") << "in the future";
+    EXPECT_EQ(ageOf(""), "");
+    EXPECT_EQ(ageOf("yesterday"), "");
+    EXPECT_EQ(ageOf("2026-02-30T10:00:00Z"), "") << "no day of the calendar";
 }
 
 TEST_F(OnTheSpot, IsRefusedForAnotherSensorType)
