@@ -161,6 +161,8 @@ TEST(PlantedPole, ImpossibleMotionsAreNamed)
         {.duration = 1.0,      .moveTime = 2.0},
         {.leanTo = 61.0                   },
         {.leanFrom = -1.0},
+        {.leanTo = -1.0                   },
+        {.amplitude = -1.0},
         {.motion = OccupationMotion::Rock,                    .amplitude = 56.0},
         {.frequency = -1.0},
         {.sensorHeight = -0.1   },

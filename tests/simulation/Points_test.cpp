@@ -109,6 +109,10 @@ TEST(Points, ImpossiblePlansAreNamedAndGiveNothing)
 {
     const PointsPlan plans[] = {
         {.points = 0       },
+        {.points = 1000001 },
+        {.leastLean = -1.0 },
+        {.width = -1.0     },
+        {.outliers = -1    },
         {.poleLength = -1.0},
         {.leastLean = 30.0,  .mostLean = 20.0},
         {.mostLean = 90.0                 },

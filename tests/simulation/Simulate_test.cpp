@@ -147,6 +147,13 @@ TEST_F(Simulate, BadOptionsAreOneSentenceAndWriteNothing)
         {"turns --horizontal h --magnet 5:2:100",                     "FROM must be before TO"                 },
         {"turns --horizontal h --seed -3",                            "is not an integer from 0 to"            },
         {"turns --horizontal h --start-time 25:00:00",                "is not a time of day"                   },
+        {"turns --horizontal h --start-time 1:60:00",                 "is not a time of day"                   },
+        {"turns --horizontal h --start-time 1:00:60",                 "is not a time of day"                   },
+        {"turns --horizontal h --start-time=-1:00:00",                "number 1 is -1, not between 0 and 60"   },
+        {"turns --horizontal h --start-time 1:-1:00",                 "number 2 is -1, not between 0 and 60"   },
+        {"turns --horizontal h --start-time 1:00:-1",                 "number 3 is -1, not between 0 and 60"   },
+        {"turns --horizontal h --start-time 1:00:1:1",                "takes hh:mm:ss, not '1:00:1:1'"         },
+        {"occupations --out h --dipole 5:2:80:1:0:0",                 "FROM must be before TO"                 },
         {"turns --horizontal h --soft-iron-a 1,2,3",                  "takes XX,XY,...,ZZ"                     },
         {"walk --out h --most-lean 50",                               "the lean must lie"                      },
         {"walk --out h --rigid --by-formula",                         "--rigid excludes --by-formula"          },
@@ -217,6 +224,55 @@ TEST_F(Simulate, MotionsHaveTheirOwnDefaultsAndTakeOthers)
     EXPECT_EQ(motion["duration_s"], 20.0);
     EXPECT_EQ(motion["turn_deg"], -90.0);
     EXPECT_EQ(motion["slips"][0]["by"]["h_m"], -0.01);
+}
+
+TEST_F(Simulate, OccupationsTakeTheFaultsThatAreGiven)
+{
+    ASSERT_EQ(Run("simulate occupations --points 1 --duration 3 --out a --scene s --clean "
+                  "--axis 0.3,-0.2 --epoch-gap 1:2 --float 2.2:2.6:0.1:0:0.05 "
+                  "--dipole 0.5:1.5:80:1:0.5:0.2:90:30")
+                  .exitCode,
+              0);
+    const auto scene = nlohmann::json::parse(Content("s"));
+    EXPECT_NEAR(scene["axis_forward_deg"].get<double>(), 0.3, 1e-9);
+    EXPECT_NEAR(scene["axis_right_deg"].get<double>(), -0.2, 1e-9);
+    const auto& jump = scene["jumps"][0];
+    EXPECT_EQ(jump["from_s"], 2.2);
+    EXPECT_EQ(jump["to_s"], 2.6);
+    EXPECT_EQ(jump["by"], nlohmann::json({
+                              {"n_m", 0.1 },
+                              {"e_m", 0.0 },
+                              {"h_m", 0.05}
+    }));
+    EXPECT_EQ(scene["dipoles"][0]["azimuth_deg"], 90.0);
+    EXPECT_EQ(scene["dipoles"][0]["elevation_deg"], 30.0);
+    const std::string log = Content("a");
+    std::size_t blank = 0;
+    for (std::size_t at = 0; (at = log.find(",,,,", at)) != std::string::npos; at += 4)
+        ++blank;
+    EXPECT_EQ(blank, 140U) << "5 epochs fewer than without the gap";
+}
+
+TEST_F(Simulate, StartsAtTheTimeOfDayThatIsGiven)
+{
+    ASSERT_EQ(Run("simulate turns --horizontal h --samples 60 --start-time 23:59:58.5").exitCode,
+              0);
+    const std::string log = Content("h");
+    EXPECT_THAT(log, HasSubstr("\n0,23:59:58,"));
+    EXPECT_THAT(log, HasSubstr(",00:00:00,")) << "it crosses midnight";
+}
+
+TEST_F(Simulate, RecordOfAnAntennaThatCannotBeReadIsNamed)
+{
+    const std::string line = "simulate occupations --out h --antenna-noise record.txt";
+    Write("record.txt", "500.000 1000.000 50.0\n\n500.000 north 50.0\n");
+    const Outcome text = Run(line);
+    EXPECT_EQ(text.exitCode, 2);
+    EXPECT_THAT(text.text,
+                StartsWith("record.txt:3: does not begin with easting, northing, height"));
+    Write("record.txt", "\n500.000 1000.000 50.0\n \n");
+    EXPECT_THAT(Run(line).text, StartsWith("record.txt: has fewer than two positions"));
+    EXPECT_FALSE(std::filesystem::exists(Path("h")));
 }
 
 // 2 mm to the north and back every other second: at full seconds the error is -1 or 1 mm.

@@ -223,6 +223,8 @@ TEST(Turn, ImpossiblePlansAreNamedAndGiveNothing)
 {
     const TurnPlan plans[] = {
         {.samples = 1},
+        {.samples = 10000001},
+        {.unevenness = -0.1},
         {.rate = 0.0},
         {.rate = 1e-6},
         {.extent = 0.0},

@@ -150,6 +150,7 @@ TEST(Walk, ImpossiblePlansAreNamedAndGiveNothing)
 {
     const WalkPlan plans[] = {
         {.points = 0      },
+        {.leastLean = -1.0},
         {.rate = 0.0      },
         {.dwell = 0.0     },
         {.travel = 0.0    },

@@ -179,8 +179,7 @@ void AddStartTime(CLI::App& command, double& secondOfDay)
     AddRepeated(
         command, "--start-time", {"hh:mm:ss", 3, 3}, {kClock},
         [&secondOfDay](const std::vector<double>& t) {
-            const bool onTheClock = t[0] >= 0.0 && t[0] < 24.0 && t[1] >= 0.0 && t[1] < 60.0
-                                    && t[2] >= 0.0 && t[2] < 60.0;
+            const bool onTheClock = t[0] < 24.0 && t[1] < 60.0 && t[2] < 60.0; // none below 0
             if (!onTheClock) throw CLI::ValidationError("--start-time", "is not a time of day");
             secondOfDay = t[0] * 3600.0 + t[1] * 60.0 + t[2];
         },
