@@ -158,6 +158,32 @@ TEST(ColumnNames, OfOtherQuantitiesFollowTheSameRules)
     EXPECT_THROW((void)find("dpitch pitch", ColumnUnit::Degrees), InputError);
 }
 
+TEST(ColumnNames, TheUnitThatIsNeededIsNamed)
+{
+    const ScratchFolder folder;
+    const CsvReader rows(folder.Write("log.csv", "a [ft]\n"));
+    const auto complaintFor = [&rows](ColumnUnit unit) {
+        try {
+            (void)FindColumn(rows, {"key", unit, "a", ""}, {});
+        } catch (const InputError& error) {
+            const std::string text = error.what();
+            return text.substr(text.find("key"));
+        }
+        return std::string();
+    };
+    const std::pair<ColumnUnit, const char*> units[] = {
+        {ColumnUnit::Meters,           "meters"            },
+        {ColumnUnit::Degrees,          "degrees"           },
+        {ColumnUnit::Counts,           "counts"            },
+        {ColumnUnit::Gravities,        "g"                 },
+        {ColumnUnit::DegreesPerSecond, "degrees per second"},
+        {ColumnUnit::None,             "no unit"           },
+    };
+    for (const auto& [unit, name] : units)
+        EXPECT_EQ(complaintFor(unit),
+                  std::string("key is needed in ") + name + ", but the column a [ft] is in ft");
+}
+
 TEST(ColumnNames, EveryPairOfPlaneCoordinatesIsFound)
 {
     const ScratchFolder folder;

@@ -156,6 +156,9 @@ TEST(Csv, HintsAtWhatIsWrongWithTheFile)
         {"\xFD"
          "7zXZ",         "rows.csv: is compressed (xz)? Unpack it first"                  },
         {"\xFF\xFEN",             "rows.csv: is not UTF-8 (UTF-16?): save it as UTF-8"             },
+        {"\xFE\xFF"
+         "N",            "rows.csv: is not UTF-8 (UTF-16?): save it as UTF-8"             },
+        {"\xD0\xCF\x11\xE0",      "rows.csv: is a spreadsheet: save it as CSV"                     },
         {std::string("N\0,\0E\0", 6),                                                                "rows.csv: is not UTF-8 (UTF-16?): save it as UTF-8"},
         {"N,E\r1,2\r",                       "the line contains NUL or CR characters; save the file as plain text "
                        "with LF or CR LF at the end of each line"                                                                            },

@@ -289,6 +289,51 @@ TEST(JobProjection, IsMeantForTheBordersOfItsAreaToo)
         EXPECT_FALSE(zone.IsMeantFor(outside)) << outside.latitude << ' ' << outside.longitude;
 }
 
+TEST(JobProjection, IsMeantForBothSidesOfTheDateLine)
+{
+    const cli::Projection fiji("EPSG:3460"); // 176.81 degrees east to 178.15 west
+    EXPECT_TRUE(fiji.IsMeantFor({-18.0, 178.0, 0.0}));
+    EXPECT_TRUE(fiji.IsMeantFor({-18.0, -179.0, 0.0}));
+    EXPECT_FALSE(fiji.IsMeantFor({-18.0, 170.0, 0.0}));
+    EXPECT_FALSE(fiji.IsMeantFor({-18.0, -170.0, 0.0}));
+    EXPECT_FALSE(fiji.IsMeantFor({18.0, 178.0, 0.0}));
+}
+
+TEST(JobProjection, OfASystemWithoutAnAreaIsMeantForEveryPoint)
+{
+    cli::Projection half("+proj=ortho +lat_0=47 +lon_0=19 +ellps=WGS84 +units=m +type=crs");
+    EXPECT_TRUE(half.IsMeantFor({-47.0, -161.0, 0.0}));
+    EXPECT_NEAR(half.Place({47.0, 19.0, 0.0}, "P1").north, 0.0, 1e-6);
+    try {
+        half.Place({-47.0, -161.0, 0.0}, "P7"); // on the half of the globe that it does not show
+        FAIL() << "a place was made up";
+    } catch (const std::exception& error) {
+        EXPECT_THAT(error.what(), HasSubstr("has no place for point P7"));
+    }
+}
+
+TEST(Job, WritesATableInAProjectedSystem)
+{
+    const ScratchFolder folder;
+    const std::string out = folder.Path("out.csv");
+    const LineOutcome outcome =
+        RunLine("job export " + SomeJob(folder)
+                + " --crs EPSG:32634 --height ellipsoidal --format csv --out " + out);
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.output;
+    std::istringstream lines(ReadAll(out));
+    std::string line;
+    ASSERT_TRUE(std::getline(lines, line));
+    EXPECT_TRUE(line.starts_with("name,N_m,E_m,h_m,height,")) << line;
+    ASSERT_TRUE(std::getline(lines, line));
+    const auto [north, east] = Utm34(47.5660569, 19.0083602);
+    const std::vector<std::string> fields = FieldsOf(line);
+    EXPECT_EQ(fields[0], "P1");
+    EXPECT_NEAR(std::stod(fields[1]), north, 0.0002);
+    EXPECT_NEAR(std::stod(fields[2]), east, 0.0002);
+    EXPECT_EQ(fields[3], "230.6054");
+    EXPECT_EQ(fields[4], "ellipsoidal");
+}
+
 TEST(JobPoints, AreChosenByNamesAndRanges)
 {
     EXPECT_TRUE(cli::Chooses("12-40", "12"));

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // tiltpole solve, run as a program.
+#include "apps/cli/solve/SolveReport.h"
 #include "tests/apps/RunLine.h"
 #include "tests/apps/ScratchFile.h"
 
@@ -284,6 +285,62 @@ TEST_F(Solve, DrawsAPicture)
     const std::string picture = m_folder.Path("tip.svg");
     EXPECT_EQ(Run(Sphere(), "--height 2.0 --plot " + picture).exitCode, 0);
     EXPECT_THAT(ReadAll(picture), HasSubstr("<svg"));
+}
+
+TEST_F(Solve, NamesTheOutlierAmongManyPositions)
+{
+    std::string points = Sphere();
+    const std::size_t at = points.find("P9,"); // 0.3 m to the side
+    const std::size_t north = at + 3;
+    points.replace(north, 7, "4500000");
+    points.replace(points.find(',', north) + 1, 6, "500000");
+    const nlohmann::json json = Json(points);
+    EXPECT_EQ(json["store"], false);
+    EXPECT_EQ(json["estimate"]["verdict"], "outlier");
+    EXPECT_EQ(json["estimate"]["suspect"]["point"], "P9");
+    EXPECT_THAT(Run(points).output,
+                testing::ContainsRegex("Store neither: P9 lies [+-][0-9.]+ mm off the sphere, more "
+                                       "than chance allows. Remove it or observe it again."));
+}
+
+TEST_F(Solve, NamesTheVerdictOfAWrongAntennaHeight)
+{
+    EXPECT_EQ(Json(Sphere(), "--height 1.8")["estimate"]["verdict"], "wrong_radius");
+}
+
+TEST_F(Solve, DrawsThePositionsWhereThereIsNoTip)
+{
+    const std::string picture = m_folder.Path("none.svg");
+    EXPECT_EQ(Run("N,E,h\n1,2,3\n1.5,2,3\n1,2.5,3\n", "--height 2.0 --plot " + picture).exitCode,
+              1);
+    EXPECT_THAT(ReadAll(picture), HasSubstr("<svg"));
+}
+
+TEST(SolveReport, HasWordsForEachGrade)
+{
+    struct Case
+    {
+        int grade;
+        const char* meaning;
+        const char* advice;
+    };
+    constexpr const char* kMore = "observe more positions, leaning further and in all directions";
+    constexpr Case kCases[] = {
+        {kTiltPointAccepted,    "accepted",                                                        "nothing"                                              },
+        {kTiltPointError40,     "point error above 40 mm with a geometry figure above 1.0",        kMore                                                  },
+        {kTiltPointError35,     "point error above 35 mm with a geometry figure above 1.2",        kMore                                                  },
+        {kTiltPointError30,     "point error above 30 mm with a geometry figure above 1.5",        kMore                                                  },
+        {kTiltPointRadius,
+         "point error above 20 mm, geometry figure above 1.2, radius off by more than 40 mm",      "check the antenna height, then observe more positions"},
+        {kTiltPointImplausible, "the tip is above the first antenna position or too far below it",
+         "check heights and antenna height, and that the tip stayed on its point"                                                                         },
+        {kTiltPointTooFew,      "fewer than four positions",                                       "observe more positions"                               },
+        {12345,                 "unknown",                                                         "nothing"                                              },
+    };
+    for (const auto& [grade, meaning, advice] : kCases) {
+        EXPECT_STREQ(cli::WordsOf(grade).meaning, meaning);
+        EXPECT_STREQ(cli::WordsOf(grade).advice, advice);
+    }
 }
 
 struct BadInput
