@@ -220,6 +220,8 @@ TEST(Study, GivesLivePolesOfEachMotionARow)
         EXPECT_EQ(FiguresIn(rows[i][3])[0], 100.0) << "a slip of 30 mm is named";
         EXPECT_EQ(FiguresIn(rows[i][3])[1], 0.0) << "and not stored";
     }
+    EXPECT_EQ(rows[1][1], "0.0 / 0.0") << "5 degrees about 10 are too little to store by";
+    EXPECT_EQ(rows[3][1], "100.0 / 100.0") << "rocked and turned";
     EXPECT_EQ(RunProgram(arguments).out, outcome.out);
 }
 
