@@ -181,6 +181,7 @@ void CGraphCompass::Compose(CDC& target)
 void CGraphCompass::OnPaint()
 {
     CPaintDC dc(this);
+    if (!dc.GetSafeHdc()) return; // the window ended while it was erased
     CRect client;
     GetClientRect(&client);
     m_face.PrepareBackground(dc, client,

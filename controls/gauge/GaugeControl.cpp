@@ -42,6 +42,7 @@ void GaugeControl::Reconstruct()
 void GaugeControl::Paint()
 {
     CPaintDC dc(&m_window);
+    if (!dc.GetSafeHdc()) return; // the window ended while it was erased
     CRect client;
     m_window.GetClientRect(&client);
     MeterFace& face = m_gauge.face;

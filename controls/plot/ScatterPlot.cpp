@@ -198,6 +198,7 @@ void ScatterPlot::Paint()
 {
     if (m_layers.isUnfinished) RebuildLayers();
     CPaintDC dc(&m_window);
+    if (!dc.GetSafeHdc()) return; // the window ended while it was erased
     CRect client;
     m_window.GetClientRect(&client);
     m_layers.Present(dc, client, [this](CDC& memory) {

@@ -36,6 +36,7 @@ class Counted : public Base
 public:
     int paints = 0;
     int erasures = 0;
+    bool endsErased = false; // destroys its window when it is erased
 
     using Base::GetThisMessageMap;
 
@@ -55,6 +56,7 @@ protected:
     {
         paints += message == WM_PAINT;
         erasures += message == WM_ERASEBKGND;
+        if (message == WM_ERASEBKGND && endsErased) return this->DestroyWindow();
         return Base::WindowProc(message, wParam, lParam);
     }
 };
@@ -135,6 +137,19 @@ TYPED_TEST(Meter, MarksAFixBeforeItsFirstPaintInItsPlaceFromThePaintOn)
     EXPECT_EQ(Shown(early), this->Repainted()) << "as if they had been set after the paint";
 }
 
+TYPED_TEST(Meter, MayEndWhileItIsErased)
+{
+    const Shown before(this->control);
+    this->control.endsErased = true;
+    this->control.ReconstructControl();
+    EXPECT_NO_THROW(this->control.UpdateWindow());
+    EXPECT_FALSE(this->control.GetSafeHwnd());
+    this->control.endsErased = false;
+    ASSERT_TRUE(
+        this->control.Create(L"", WS_CHILD | WS_VISIBLE, CRect(0, 0, 120, 180), &this->dialog, 1));
+    EXPECT_EQ(this->Repainted(), before) << "another life";
+}
+
 // A plot of 300 x 300 pixels that shows (0, 0) and not (100000, 0).
 template <class Control>
 struct PlotCalls : testing::Test
@@ -177,6 +192,15 @@ TYPED_TEST(PlotCalls, HandlePaintingAndNoOtherMessage)
     const AFX_MSGMAP& map = *Counted<TypeParam>::GetThisMessageMap();
     EXPECT_EQ(MessagesOf(map), std::vector<UINT>{WM_PAINT});
     EXPECT_EQ(map.pfnGetBaseMap(), Counted<CWnd>::GetThisMessageMap());
+}
+
+TYPED_TEST(PlotCalls, MayEndThePlotWhileItIsErased)
+{
+    this->plot->endsErased = true;
+    this->plot->Clear();
+    EXPECT_NO_THROW(this->plot->UpdateWindow());
+    EXPECT_FALSE(this->plot->GetSafeHwnd());
+    EXPECT_NO_THROW(this->plot->AddTrackPoint(0, 0, 0));
 }
 
 class Ground : public CView
