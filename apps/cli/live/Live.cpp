@@ -73,10 +73,13 @@ void CheckTogether(const LiveOptions& options)
 // A file that is named by mistake is told at once; a device may be plugged in later.
 void CheckFile(const std::string& option, const live::Endpoint& endpoint)
 {
+    if (endpoint.kind != live::Endpoint::Kind::File) return;
     std::error_code error;
-    if (endpoint.kind == live::Endpoint::Kind::File
-        && !std::filesystem::exists(endpoint.name, error))
+    const std::filesystem::file_status status = std::filesystem::status(endpoint.name, error);
+    if (!std::filesystem::exists(status))
         throw tables::InputError(endpoint.name, "there is no such file for " + option);
+    if (std::filesystem::is_directory(status))
+        throw tables::InputError(endpoint.name, "is a folder, not a file for " + option);
 }
 
 live::SessionSetup SessionSetupOf(const LiveOptions& options)

@@ -174,6 +174,8 @@ TEST(Live, RefusesWhatCannotBeInOneSentence)
         {"live --pole 2 --gnss x --pose -",                         "'x' is not a source"                },
         {"live --pole 2 --gnss tcp:h:1 --pose - --serve udp:1",     "lacks ADDR or PORT"                 },
         {"live --pole 2 --gnss - --pose file:/nowhere",             "there is no such file for --pose"   },
+        {"live --pole 2 --gnss - --pose file:/",                    "a folder, not a file for --pose"    },
+        {"live --pole 2 --gnss file:/@5 --pose -",                  "a folder, not a file for --gnss"    },
         {"live --pole 2 --gnss tcp:h:1 --pose - --reopen 9",        "for a receiver on a serial port"    },
         {"live --pole 2 --replay a --gnss -",                       "leave --gnss and --pose"            },
         {"live --pole 2 --replay /nowhere",                         "/nowhere: cannot be read"           },
