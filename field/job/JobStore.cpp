@@ -55,6 +55,12 @@ bool IsEmptyOrMissing(const std::string& path)
     return std::filesystem::is_regular_file(status) && std::filesystem::file_size(path, error) == 0;
 }
 
+bool IsFolder(const std::string& path)
+{
+    std::error_code error;
+    return std::filesystem::is_directory(path, error);
+}
+
 // Nobody may write it. Root could, but who protected the file did not mean that.
 bool IsProtected(const std::string& path)
 {
@@ -162,6 +168,7 @@ JobStore& JobStore::operator=(JobStore&&) noexcept = default;
 JobResult<JobStore> JobStore::Open(const std::string& path, JobAccess access) noexcept
 {
     return Guarded(path, [&] {
+        if (IsFolder(path)) throw inner::SqliteFailure("is a folder, not a job");
         // Looked at without locks or journals first: opening could already change another's file.
         const bool makes = access == JobAccess::Write && IsEmptyOrMissing(path);
         if (!makes) {

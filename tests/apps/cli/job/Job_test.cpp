@@ -252,6 +252,14 @@ TEST(Job, RefusesToWriteOverTheJobAndToReadAnotherFile)
     EXPECT_EQ(other.output, text + ": the file is not a job: it is no GeoPackage\n");
 }
 
+TEST(Job, IsNotLookedForInAFolder)
+{
+    const ScratchFolder folder;
+    const LineOutcome outcome = RunLine("job list " + folder.Path(""));
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.output, folder.Path("") + ": is a folder, not a job\n");
+}
+
 TEST(Job, HasNothingToExportWithoutPoints)
 {
     const ScratchFolder folder;
