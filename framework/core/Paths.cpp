@@ -14,6 +14,7 @@
 #include <string_view>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <utility>
 
 namespace framework {
 
@@ -50,15 +51,20 @@ std::string HomeFolder()
     return found != nullptr && found->pw_dir != nullptr ? found->pw_dir : "/";
 }
 
+std::string WithoutSeparatorBehind(std::string path)
+{
+    while (path.ends_with('/'))
+        path.pop_back();
+    return path;
+}
+
 // The folder of this program family below a base: the variable's where it is set, or else the one
 // in the home folder.
 CString FolderBelow(const char* variable, const char* inHome)
 {
     std::string base = AbsolutePathIn(variable);
-    if (base.empty()) base = HomeFolder() + inHome;
-    while (base.ends_with('/'))
-        base.pop_back();
-    return CString((base + "/tiltpole").c_str());
+    if (base.empty()) base = WithoutSeparatorBehind(HomeFolder()) + inHome;
+    return CString((WithoutSeparatorBehind(std::move(base)) + "/tiltpole").c_str());
 }
 
 } // namespace

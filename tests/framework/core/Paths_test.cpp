@@ -115,6 +115,19 @@ TEST(ApplicationDataFolder, IsAbsoluteEvenWithoutAHome)
     EXPECT_EQ(framework::ApplicationDataFolder()[0], L'/');
 }
 
+TEST(ApplicationDataFolder, HasNoDoubleSeparatorWhereTheHomeEndsWithOne)
+{
+    const Environment data("XDG_DATA_HOME", nullptr);
+    const Environment state("XDG_STATE_HOME", nullptr);
+    {
+        const Environment home("HOME", "/"); // as of an account without a home folder
+        EXPECT_EQ(framework::ApplicationDataFolder(), L"/.local/share/tiltpole");
+        EXPECT_EQ(framework::ApplicationStateFolder(), L"/.local/state/tiltpole");
+    }
+    const Environment home("HOME", "/home/surveyor/");
+    EXPECT_EQ(framework::ApplicationDataFolder(), L"/home/surveyor/.local/share/tiltpole");
+}
+
 TEST(ApplicationDataFolder, IsNotCreatedByTheQuery)
 {
     const TestFolder folder;
