@@ -2,6 +2,7 @@
 #include "apps/cli/ParameterCheck.h"
 
 #include "apps/tables/Errors.h"
+#include "apps/tables/FileKind.h"
 #include "apps/tables/ReadFile.h"
 #include <algorithm>
 #include <fmt/ranges.h>
@@ -12,9 +13,12 @@ namespace cli {
 
 void LoadParameters(const std::string& path, CInclineSensor_Position& position, bool partial)
 {
+    const std::string content = tables::ReadFile(path, quality::kLargestParameterFile);
+    // Such a file has no key at all, which would do where keys may be missing.
+    const std::string utf16 = tables::Utf16Kind(content);
+    if (!utf16.empty()) throw tables::InputError(path, utf16);
     const auto problems = quality::LoadParameterText(
-        tables::ReadFile(path, quality::kLargestParameterFile), position,
-        partial ? quality::ParameterKeys::Some : quality::ParameterKeys::All);
+        content, position, partial ? quality::ParameterKeys::Some : quality::ParameterKeys::All);
     if (problems.empty()) return;
 
     std::vector<std::string> sentences;

@@ -15,8 +15,6 @@ struct Signature
     const char* what;
 };
 
-constexpr const char* kUtf16 = "is not UTF-8 (UTF-16?): save it as UTF-8";
-
 // RFC 1952, APPNOTE.TXT, the xz file format, bzip2 and RFC 8878.
 constexpr Signature kCompressed[] = {
     {"\x1F\x8B"sv,         "gzip" },
@@ -36,8 +34,14 @@ std::string ForeignKind(std::string_view start)
     if (start.starts_with("PK\x03\x04"sv))
         return "is compressed (zip)? Unpack it first; save a spreadsheet as CSV";
     if (start.starts_with("\xD0\xCF\x11\xE0"sv)) return "is a spreadsheet: save it as CSV";
-    if (start.starts_with("\xFF\xFE"sv) || start.starts_with("\xFE\xFF"sv)) return kUtf16;
-    if (start.substr(0, 64).find('\0') != std::string_view::npos) return kUtf16;
+    return Utf16Kind(start);
+}
+
+std::string Utf16Kind(std::string_view start)
+{
+    const bool hasMark = start.starts_with("\xFF\xFE"sv) || start.starts_with("\xFE\xFF"sv);
+    if (hasMark || start.substr(0, 64).find('\0') != std::string_view::npos)
+        return "is not UTF-8 (UTF-16?): save it as UTF-8";
     return {};
 }
 

@@ -15,4 +15,7 @@ namespace tables {
 /// @return empty for anything else
 std::string ForeignKind(std::string_view start);
 
+/// What ForeignKind says of UTF-16; empty for anything else.
+std::string Utf16Kind(std::string_view start);
+
 } // namespace tables

@@ -40,6 +40,18 @@ TEST(LoadParameters, AcceptsMissingKeysOnRequest)
     EXPECT_NE(Complaint("[MagneticBiasAngle_A]12.5\r\n", false), "");
 }
 
+TEST(LoadParameters, NamesUtf16InsteadOfEveryKey)
+{
+    std::string utf16;
+    for (const char c : std::string("[MagneticBiasAngle_A]12.5\r\n"))
+        utf16 += {c, '\0'};
+    constexpr const char* kWhy = "pole.cfg: is not UTF-8 (UTF-16?): save it as UTF-8";
+    for (const std::string& content : {utf16, "\xFF\xFE" + utf16}) {
+        EXPECT_EQ(Complaint(content), kWhy);
+        EXPECT_EQ(Complaint(content, true), kWhy) << "with missing keys accepted";
+    }
+}
+
 TEST(LoadParameters, AFileThatCannotBeReadIsAnError)
 {
     const ScratchFolder folder;
