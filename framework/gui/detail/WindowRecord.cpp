@@ -182,17 +182,16 @@ void WindowRecord::ReportMove()
 
 void WindowRecord::Invalidate(raster::Box box, bool eraseToo)
 {
-    if (!image) return;
-    box = raster::Intersect(box, image->View().clip);
-    if (box.left >= box.right) return;
-    StayInvalid(box, eraseToo);
-    if (native && IsShown()) native->RequestPaint();
+    if (StayInvalid(box, eraseToo) && native && IsShown()) native->RequestPaint();
 }
 
-void WindowRecord::StayInvalid(raster::Box box, bool eraseToo)
+bool WindowRecord::StayInvalid(raster::Box box, bool eraseToo)
 {
+    box = raster::Intersect(box, ClientPicture().clip);
+    if (box.left >= box.right) return false;
     invalid = Union(invalid, box);
     erase = erase || eraseToo;
+    return true;
 }
 
 void WindowRecord::Paint()
@@ -209,6 +208,7 @@ void WindowRecord::PaintInvalid()
     try {
         Send(WM_PAINT, 0, 0);
     } catch (...) {
+        isPainting = false; // a host may not have come to EndPaint
         StayInvalid(box, erased);
         throw;
     }

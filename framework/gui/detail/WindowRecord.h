@@ -69,7 +69,7 @@ struct WindowRecord : WindowEvents, DcOwner, std::enable_shared_from_this<Window
     void ReportSize();                         // sends WM_SIZE
     void ReportMove();                         // sends WM_MOVE
     void Invalidate(raster::Box box, bool erase);
-    void StayInvalid(raster::Box box, bool erase); // after a paint that ended early
+    bool StayInvalid(raster::Box box, bool erase); // no request; false: outside of the window
     void Paint();        // sends WM_PAINT if something is invalid and the window is shown
     void PaintInvalid(); // the same for a window that is not, where a picture of it is taken
     LRESULT AnswerInput(UINT message, WPARAM wParam, LPARAM lParam); // by default

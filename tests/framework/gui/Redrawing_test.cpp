@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <new>
 #include <utility>
 #include <vector>
 
@@ -166,6 +167,44 @@ TEST(Redrawing, WhatWasInvalidBeforePlacingWithoutRedrawingStaysSo)
     page.Invalidate(FALSE);
     page.UpdateWindow();
     EXPECT_EQ(page.messages, (std::vector<UINT>{WM_PAINT})) << "the erasing is forgotten with it";
+}
+
+// A host whose memory runs out in a paint between BeginPaint and EndPaint.
+struct ShortOfMemory : Painted
+{
+    bool isShort = true;
+    CSize size{60, 40}; // taken in the paint
+
+    LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override
+    {
+        if (message == WM_PAINT && isShort) {
+            PAINTSTRUCT paint;
+            BeginPaint(&paint);
+            SetWindowPos(nullptr, 0, 0, size.cx, size.cy, SWP_NOMOVE | SWP_NOZORDER);
+            throw std::bad_alloc();
+        }
+        return Painted::WindowProc(message, wParam, lParam);
+    }
+};
+
+TEST(Redrawing, APaintThatEndsEarlyIsMadeUpFor)
+{
+    ShortOfMemory page;
+    page.Invalidate();
+    EXPECT_THROW(page.UpdateWindow(), std::bad_alloc);
+    EXPECT_EQ(page.Invalid(), CRect(0, 0, 60, 40));
+    page.isShort = false;
+    EXPECT_EQ(page.PaintsAfterwards(), 1);
+    EXPECT_EQ(page.PaintsAfterwards(), 0);
+}
+
+TEST(Redrawing, NothingOutsideOfTheWindowStaysInvalid)
+{
+    ShortOfMemory page;
+    page.size = {30, 20};
+    page.Invalidate();
+    EXPECT_THROW(page.UpdateWindow(), std::bad_alloc);
+    EXPECT_EQ(page.Invalid(), CRect(0, 0, 30, 20));
 }
 
 } // namespace
