@@ -83,6 +83,7 @@ enum class Finding {
     LogsExchanged,         // the horizontal log holds the vertical turn
     Mounting,              // the turns were about other axes than those of the sensor type
     TiltUnseen,            // no gyros, or type 2: of pitch and roll two turns cannot show enough
+    MagnetometerStuck,     // an axis of a magnetometer reads the same however the pole turns
 };
 
 /// A vector by length and direction about the sensor's axes.

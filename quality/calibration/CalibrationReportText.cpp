@@ -119,6 +119,9 @@ constexpr FindingText kFindings[] = {
      "show pitch and roll that are off, step or drift.",
      "Record the gyros in both turns (sensor type 1), or check headings against known directions "
      "before use."},
+    FindingText{Finding::MagnetometerStuck, "magnetometer-stuck",
+     "A magnetometer does not follow the pole: an axis of it reads the same throughout.",
+     "Check the magnetometer and its columns, then record both turns again."},
 };
 // clang-format on
 

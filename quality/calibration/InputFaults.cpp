@@ -7,6 +7,7 @@
 #include "quality/calibration/TiltAxes.h"
 #include "quality/calibration/TurnSense.h"
 
+#include <array>
 #include <cmath>
 #include <utility>
 
@@ -45,6 +46,41 @@ std::optional<InputFault> MountingFault(const TiltAxes& axes)
     return InputFault{Finding::Mounting, {suspect + " (by pitch and roll)"}};
 }
 
+// "magnetometer B: axis x" where an axis of it reads the same in both turns, otherwise empty.
+std::string StuckAxes(const ::quality::CalibrationTurns& turns, Magnetometer which)
+{
+    const Eigen::Vector3d first = VectorOf(ReadingOf(turns.horizontal.front(), which));
+    std::array<bool, 3> changes{};
+    for (const auto* turn : {&turns.horizontal, &turns.vertical}) {
+        for (const PoseSensorData& s : *turn) {
+            const Eigen::Vector3d reading = VectorOf(ReadingOf(s, which));
+            for (std::size_t axis = 0; axis < 3; ++axis) {
+                const auto i = static_cast<Eigen::Index>(axis);
+                if (reading[i] != first[i]) changes[axis] = true;
+            }
+        }
+    }
+    std::string axes;
+    for (std::size_t axis = 0; axis < 3; ++axis) {
+        if (changes[axis]) continue;
+        if (!axes.empty()) axes += ", ";
+        axes += "xyz"[axis];
+    }
+    if (axes.empty()) return {};
+    return std::string("magnetometer ") + (which == Magnetometer::A ? "A" : "B") + ": axis " + axes;
+}
+
+std::optional<InputFault> StuckFault(const ::quality::CalibrationTurns& turns)
+{
+    InputFault fault{Finding::MagnetometerStuck, {}};
+    for (const Magnetometer which : {Magnetometer::A, Magnetometer::B}) {
+        std::string stuck = StuckAxes(turns, which);
+        if (!stuck.empty()) fault.suspects.push_back(std::move(stuck));
+    }
+    if (fault.suspects.empty()) return {};
+    return fault;
+}
+
 bool IsTooShort(JointFitOutcome outcome)
 {
     return outcome == JointFitOutcome::TooFewSamples || outcome == JointFitOutcome::NotFinite;
@@ -75,6 +111,7 @@ std::optional<InputFault> InputFaultOf(const ::quality::CalibrationTurns& turns,
                                        const Suspicion& suspicion)
 {
     if (IsTooShort(suspicion.jointFit)) return {};
+    if (auto fault = StuckFault(turns)) return fault;
     const TiltAxes axes = TiltAxesOf(turns, sensorType);
     if (axes.exchanged || (!TiltIsRecorded(turns) && LogsLookExchanged(turns))) {
         return InputFault{Finding::LogsExchanged, {"the logs look exchanged"}};

@@ -32,6 +32,21 @@ std::string WithoutTilt(const std::string& log)
     return result;
 }
 
+// A log of simulated turns in which a column, counted from 0, has the same value throughout.
+std::string WithStuck(std::size_t column, const std::string& log)
+{
+    std::string result;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line);) {
+        std::size_t begin = 0;
+        for (std::size_t i = 0; i < column; ++i)
+            begin = line.find(',', begin) + 1;
+        if (!result.empty()) line.replace(begin, line.find(',', begin) - begin, "5");
+        result += line + '\n';
+    }
+    return result;
+}
+
 using Calibrate = apps::test::CalibrateFixture;
 
 void CheckNear(const Incline_MagneticCorrectParameter& found,
@@ -210,6 +225,31 @@ TEST_F(Calibrate, ThinsTheTurnsForTheSolver)
     const auto json = nlohmann::json::parse(m_folder.Read("report.json"));
     EXPECT_EQ(json["vertical"]["samples_recorded"], 500);
     EXPECT_LT(json["vertical"]["samples_used"].get<int>(), 35);
+}
+
+TEST_F(Calibrate, NamesAnAxisThatReadsTheSameThroughout)
+{
+    constexpr std::size_t kX = 11; // dMag_x; B follows A
+    struct Stuck
+    {
+        std::size_t column;
+        const char* name;
+    };
+    for (const Stuck stuck : {
+             Stuck{kX + 2, "magnetometer A: axis z\n"},
+             Stuck{kX + 3, "magnetometer B: axis x\n"}
+    }) {
+        Simulate();
+        for (const char* log : {"h.csv", "v.csv"})
+            m_folder.Write(log, WithStuck(stuck.column, m_folder.Read(log)));
+        for (const char* method : {"adjust", "joint"}) {
+            const Outcome outcome = Run({"--method", method});
+            EXPECT_EQ(outcome.exitCode, 1);
+            EXPECT_THAT(outcome.out, HasSubstr("A magnetometer does not follow the pole: an axis "
+                                               "of it reads the same throughout.\n"));
+            EXPECT_THAT(outcome.out, HasSubstr(stuck.name));
+        }
+    }
 }
 
 TEST_F(Calibrate, ReportsWhyTheJointFitIsRejected)
