@@ -291,8 +291,7 @@ TEST(Sink, OfAPtyTakesThePlaceOfADeadLinkButOfNoFile)
     const std::string link = folder.Path("link");
     ASSERT_EQ(symlink(file.c_str(), link.c_str()), 0);
     for (const std::string& taken : {file, link, folder.Path("no folder/pole")})
-        EXPECT_THROW(live::MakeSink(loop, Named("pty:" + taken), Quiet(events)),
-                     tables::InputError)
+        EXPECT_THROW(live::MakeSink(loop, Named("pty:" + taken), Quiet(events)), tables::InputError)
             << taken;
     EXPECT_EQ(folder.Read("file"), "mine");
     EXPECT_EQ(access(link.c_str(), F_OK), 0) << "the link of another program is gone";
