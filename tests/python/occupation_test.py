@@ -12,6 +12,16 @@ class Occupation(unittest.TestCase):
             found = tiltpole.occupy(*point[:6], pole_length=2.0)
             self.assertEqual(found.advice, "store", found.text)
             np.testing.assert_allclose(found.tip, point.tip, rtol=0.0, atol=3e-3)
+            self.assertEqual(repr(found), "<OccupationEstimate: " + found.text + ">")
+
+    def test_is_not_changed_by_epochs_behind_the_last_sample(self):
+        (point,) = tiltpole.simulate_occupations(7, points=1)
+        found = tiltpole.occupy(*point[:6], pole_length=2.0)
+        later = point.seconds[-1] + np.array([0.1, 0.2])
+        fields = list(point[:6])
+        fields[4] = np.concatenate([point.epoch_seconds, later])
+        fields[5] = np.vstack([point.antennas, point.antennas[-1:] + [[9, 9, 9], [9, 9, 9]]])
+        np.testing.assert_array_equal(tiltpole.occupy(*fields, pole_length=2.0).tip, found.tip)
 
     def test_holds_the_true_tip_in_its_ellipse(self):
         points = tiltpole.simulate_occupations(2, points=40, motion="free")
@@ -56,7 +66,16 @@ class Occupation(unittest.TestCase):
                 fields[index] = value
             with self.assertRaisesRegex(ValueError, message):
                 tiltpole.occupy(*fields, pole_length=2.0)
-        for options in ({"pole_length": 0.0}, {"pole_length": 2.0, "plan_error": 0.0}):
+        fields = list(point[:6])
+        fields[0] = np.reshape(point.seconds, (-1, 1))
+        with self.assertRaisesRegex(ValueError, r"seconds must have the shape \(n,\)"):
+            tiltpole.occupy(*fields, pole_length=2.0)
+        bounds = {"pole_length": (0.0, 101.0), "magnetic_bias": (-361.0, 361.0),
+                  "delay": (-11.0, 11.0), "pole_error": (-0.1, 101.0), "plan_error": (0.0, 101.0),
+                  "height_error": (0.0, 101.0), "axis_error": (0.0, 91.0),
+                  "accelerometer_error": (0.0, 91.0)}
+        for options in [{"pole_length": 2.0, name: value} for name, values in bounds.items()
+                        for value in (*values, float("nan"))]:
             with self.assertRaisesRegex(ValueError, "out of its range"):
                 tiltpole.occupy(*point[:6], **options)
 

@@ -41,8 +41,21 @@ class Similarity(unittest.TestCase):
         ):
             with self.assertRaisesRegex(ValueError, message):
                 tiltpole.fit_similarity(source, target)
+        for target in (SOURCE + float("inf"), SOURCE + [[0.0, float("nan")]]):
+            with self.assertRaisesRegex(ValueError, "coordinates must be finite"):
+                tiltpole.fit_similarity(SOURCE, target)
+        with self.assertRaisesRegex(ValueError, "coordinates must be finite"):
+            tiltpole.fit_similarity(SOURCE + [[0.0, float("nan")]], SOURCE)
+        for name in ("scale", "rotation", "dx", "dy"):
+            with self.assertRaisesRegex(ValueError, "scale above 0", msg=name):
+                tiltpole.Similarity(**{name: float("nan")})
         with self.assertRaisesRegex(ValueError, "scale above 0"):
             tiltpole.Similarity(scale=0.0)
+
+    def test_needs_points_that_differ_in_one_coordinate_only(self):
+        line = np.array([[5.0, 0.0], [5.0, 3.0]])
+        fit = tiltpole.fit_similarity(line, line)
+        np.testing.assert_allclose(fit.forward(SOURCE), SOURCE, rtol=0.0, atol=1e-9)
 
 
 if __name__ == "__main__":

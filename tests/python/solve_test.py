@@ -22,6 +22,18 @@ class Solve(unittest.TestCase):
         self.assertTrue(found.store, found)
         np.testing.assert_allclose(found.tip, TIP, rtol=0.0, atol=1e-6)
         self.assertEqual(found.used, 30)
+        self.assertEqual(repr(found), "<TipEstimate: store, 30 positions>")
+
+    def test_stores_no_tip_that_is_too_uncertain(self):
+        found = tiltpole.solve(antennas(6, lean=8.0), 2.0, plan_error=0.5, height_error=0.5)
+        self.assertEqual((found.verdict, found.store), ("too uncertain", False))
+
+    def test_stores_no_tip_where_another_fits_as_well(self):
+        lean = np.radians(np.linspace(-50.0, 50.0, 30))  # all in one upright plane, 0.6 m from the tip
+        within = np.sqrt(1.0 - 0.3**2)
+        plane = np.column_stack([within * np.sin(lean), np.full(30, 0.3), within * np.cos(lean)])
+        found = tiltpole.solve(TIP + 2.0 * plane, 2.0)
+        self.assertEqual((found.verdict, found.store), ("ambiguous", False))
 
     def test_states_regions_that_follow_from_the_stated_errors(self):
         usual = tiltpole.solve(antennas(30), 2.0)
@@ -51,11 +63,18 @@ class Solve(unittest.TestCase):
             ((antennas(5)[:, :2], 2.0), {}, r"antennas must have the shape \(n, 3\)"),
             ((antennas(5), 0.0), {}, "antenna_height must be above 0"),
             ((antennas(5), float("nan")), {}, "antenna_height must be above 0"),
-            ((antennas(5), 2.0), {"plan_error": 0.0}, "errors must be above 0"),
-            ((antennas(5), 2.0), {"shared_height_error": -1.0}, "errors must be above 0"),
         ):
             with self.assertRaisesRegex(ValueError, message):
                 tiltpole.solve(*arguments, **options)
+        errors = ("plan_error", "height_error", "shared_plan_error", "shared_height_error",
+                  "antenna_height_error")
+        for error in errors:
+            for value in (-1.0, 101.0, float("nan")) + ((0.0,) if "shared" not in error
+                                                        and "antenna" not in error else ()):
+                with self.assertRaisesRegex(ValueError, "errors must be above 0", msg=error):
+                    tiltpole.solve(antennas(5), 2.0, **{error: value})
+        exact = {error: 0.0 for error in errors[2:]}
+        self.assertTrue(tiltpole.solve(antennas(30), 2.0, **exact).store)
 
 
 if __name__ == "__main__":
