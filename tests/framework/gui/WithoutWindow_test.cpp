@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <string>
+#include <utility>
 
 namespace {
 
@@ -138,6 +139,115 @@ TEST(Context, DrawsAnEllipseIntoARect)
         EXPECT_EQ(by.dc.GetPixel(i % 8, i / 8), of.dc.GetPixel(i % 8, i / 8)) << i;
 }
 
+TEST(Context, DrawsNoOutlineWithTheNullPenAndNoFaceWithTheNullBrush)
+{
+    const POINT corners[] = {
+        {0, 0},
+        {7, 0},
+        {7, 7},
+        {0, 7}
+    };
+    Picture picture;
+    CDC& dc = picture.dc;
+    dc.SelectStockObject(NULL_PEN);
+    dc.SelectStockObject(NULL_BRUSH);
+    dc.MoveTo(0, 0);
+    EXPECT_TRUE(dc.LineTo(7, 7));
+    EXPECT_EQ(dc.GetCurrentPosition(), CPoint(7, 7));
+    EXPECT_TRUE(dc.Polyline(corners, 4));
+    EXPECT_TRUE(dc.Polygon(corners, 4));
+    EXPECT_TRUE(dc.Rectangle(&kBox));
+    EXPECT_TRUE(dc.Ellipse(&kBox));
+    EXPECT_TRUE(dc.PatBlt(0, 0, 8, 8, PATCOPY));
+    EXPECT_TRUE(dc.PatBlt(0, 0, 8, 8, PATINVERT));
+    CBrush* const none = dc.GetCurrentBrush();
+    dc.FillRect(&kBox, none);
+    CBrush nothing;
+    dc.FillRect(&kBox, &nothing);
+    EXPECT_TRUE(picture.IsWhite());
+}
+
+TEST(Context, DrawsNoRectangleWithoutWidthOrHeight)
+{
+    Picture picture;
+    EXPECT_TRUE(picture.dc.Rectangle(2, 1, 2, 7));
+    EXPECT_TRUE(picture.dc.Rectangle(1, 3, 7, 3));
+    EXPECT_TRUE(picture.IsWhite());
+    EXPECT_TRUE(picture.dc.Rectangle(6, 6, 1, 2)) << "corners may be exchanged";
+    EXPECT_EQ(picture.dc.GetPixel(1, 2), RGB(0, 0, 0));
+}
+
+TEST(Context, KnowsNoPixelOutsideItsPicture)
+{
+    Picture picture;
+    for (const auto& [x, y] : {
+             std::pair(-1, 3), {3, -1},
+               {8, 3 },
+               {3, 8 }
+    }) {
+        EXPECT_EQ(picture.dc.GetPixel(x, y), CLR_INVALID);
+        EXPECT_EQ(picture.dc.SetPixel(x, y, 0), CLR_INVALID);
+    }
+    EXPECT_TRUE(picture.IsWhite());
+}
+
+TEST(Context, HasAClipOfWhatIsLeft)
+{
+    Picture picture;
+    RECT box{};
+    EXPECT_EQ(picture.dc.GetClipBox(nullptr), 0);
+    EXPECT_EQ(picture.dc.IntersectClipRect(nullptr), 0);
+    EXPECT_NE(picture.dc.IntersectClipRect(&kBox), 0);
+    EXPECT_NE(picture.dc.GetClipBox(&box), 0);
+    EXPECT_EQ(CRect(box), CRect(kBox));
+    EXPECT_EQ(picture.dc.IntersectClipRect(5, 2, 7, 6), NULLREGION);
+    EXPECT_EQ(CDC().GetClipBox(&box), 0);
+    EXPECT_EQ(CDC().IntersectClipRect(&kBox), 0);
+    EXPECT_EQ(CDC().GetTextAlign(), static_cast<UINT>(GDI_ERROR));
+}
+
+TEST(Bitmap, NeedsAContextAndAPossibleSize)
+{
+    Picture picture;
+    CBitmap bitmap;
+    CDC none;
+    EXPECT_FALSE(bitmap.CreateCompatibleBitmap(nullptr, 5, 5));
+    EXPECT_FALSE(bitmap.CreateCompatibleBitmap(&none, 5, 5));
+    EXPECT_FALSE(bitmap.CreateCompatibleBitmap(&picture.dc, 5, -1));
+    EXPECT_FALSE(bitmap.CreateCompatibleBitmap(&picture.dc, 5, 1 << 30));
+    EXPECT_EQ(bitmap.GetSize(), CSize(0, 0));
+    EXPECT_TRUE(bitmap.CreateCompatibleBitmap(&picture.dc, 5, 0));
+    EXPECT_EQ(bitmap.GetSize(), CSize(1, 1));
+}
+
+TEST(Font, TakesAnyFaceAndNone)
+{
+    CFont font;
+    EXPECT_FALSE(font.CreateFontIndirect(nullptr));
+    EXPECT_EQ(font.GetSafeHandle(), nullptr);
+    EXPECT_TRUE(font.CreatePointFont(90, nullptr));
+    EXPECT_NE(font.GetSafeHandle(), nullptr);
+    const std::wstring longest(200, L'f');
+    EXPECT_TRUE(font.CreatePointFont(90, longest.c_str()));
+    EXPECT_TRUE(font.CreateFont(12, 0, 0, 0, FW_BOLD, FALSE, FALSE, FALSE, 0, 0, 0, 0, 0, nullptr));
+    EXPECT_TRUE(
+        font.CreateFont(12, 0, 0, 0, FW_BOLD, FALSE, FALSE, FALSE, 0, 0, 0, 0, 0, longest.c_str()));
+    Picture picture;
+    EXPECT_NE(picture.dc.SelectObject(&font), nullptr);
+}
+
+TEST(GdiHandle, BelongsToOneObject)
+{
+    CPen pen(PS_SOLID, 1, RGB(1, 2, 3));
+    CPen other(PS_SOLID, 1, RGB(4, 5, 6));
+    EXPECT_FALSE(other.Attach(nullptr));
+    EXPECT_FALSE(other.Attach(pen.GetSafeHandle()));
+    EXPECT_FALSE(other.CreateStockObject(BLACK_PEN)) << "it has one of its own";
+    EXPECT_EQ(CGdiObject::FromHandle(nullptr), nullptr);
+    EXPECT_TRUE(other.DeleteObject());
+    EXPECT_TRUE(other.CreateStockObject(BLACK_PEN));
+}
+
 TEST(ContextHandle, BelongsToOneContext)
 {
     CDC dc;
@@ -262,6 +372,77 @@ TEST(WindowArguments, OfNullChangeNothing)
     window.SetWindowText(nullptr);
     EXPECT_EQ(window.GetWindowTextLength(), 0);
     EXPECT_EQ(window.ReleaseDC(nullptr), 0);
+}
+
+TEST(WindowArguments, OnlyARectThatCoversTheInvalidAreaMakesItValid)
+{
+    Parent window;
+    const RECT invalid{5, 5, 20, 20};
+    const auto isInvalid = [&window] { return window.GetUpdateRect(nullptr) != FALSE; };
+    window.ValidateRect(nullptr);
+    window.InvalidateRect(&invalid);
+    for (const RECT& part : {
+             RECT{6, 5, 20, 20},
+             RECT{5, 6, 20, 20},
+             RECT{5, 5, 19, 20},
+             RECT{5, 5, 20, 19}
+    }) {
+        window.ValidateRect(&part);
+        EXPECT_TRUE(isInvalid());
+    }
+    window.ValidateRect(&invalid);
+    EXPECT_FALSE(isInvalid());
+    CWnd none;
+    RECT rect = kBox;
+    EXPECT_FALSE(none.GetUpdateRect(&rect));
+    EXPECT_EQ(CRect(rect), CRect());
+}
+
+TEST(WindowArguments, OfPaintingMayBeNull)
+{
+    Parent window;
+    CWnd none;
+    PAINTSTRUCT paint{};
+    EXPECT_EQ(window.BeginPaint(nullptr), nullptr);
+    EXPECT_EQ(none.BeginPaint(&paint), nullptr);
+    window.EndPaint(nullptr);
+    none.EndPaint(&paint);
+    none.UpdateWindow();
+    EXPECT_EQ(none.SendMessage(WM_PAINT), 0);
+    for (CWnd* const without : {static_cast<CWnd*>(nullptr), &none}) {
+        EXPECT_EQ(CClientDC(without).GetSafeHdc(), nullptr);
+        EXPECT_EQ(CWindowDC(without).GetSafeHdc(), nullptr);
+        EXPECT_EQ(CPaintDC(without).GetSafeHdc(), nullptr);
+    }
+}
+
+TEST(WindowClass, NeedsANameThatIsNotTaken)
+{
+    WNDCLASS wanted{};
+    EXPECT_FALSE(AfxRegisterClass(nullptr));
+    EXPECT_FALSE(AfxRegisterClass(&wanted));
+    wanted.lpszClassName = L"";
+    EXPECT_FALSE(AfxRegisterClass(&wanted));
+    wanted.lpszClassName = L"without window";
+    EXPECT_TRUE(AfxRegisterClass(&wanted));
+    EXPECT_FALSE(AfxRegisterClass(&wanted));
+}
+
+TEST(MouseTracking, IsOfAWindowThatIsThere)
+{
+    Parent window;
+    TRACKMOUSEEVENT request{};
+    EXPECT_FALSE(TrackMouseEvent(nullptr));
+    EXPECT_FALSE(TrackMouseEvent(&request));
+    request.hwndTrack = window.GetSafeHwnd();
+    request.dwFlags = 0;
+    EXPECT_FALSE(TrackMouseEvent(&request));
+    request.dwFlags = TME_LEAVE | TME_CANCEL;
+    EXPECT_TRUE(TrackMouseEvent(&request)) << "nothing to cancel";
+    request.dwFlags = TME_LEAVE;
+    EXPECT_TRUE(TrackMouseEvent(&request));
+    request.dwFlags = TME_LEAVE | TME_CANCEL;
+    EXPECT_TRUE(TrackMouseEvent(&request));
 }
 
 TEST(WindowArguments, StylesThatAreThereChangeNothing)
