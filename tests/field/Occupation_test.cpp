@@ -8,6 +8,7 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 namespace {
 
@@ -241,6 +242,41 @@ TEST(Occupation, LeavesOutWhatIsNotFiniteOrRepeats)
     EXPECT_FALSE(occupation.Add(pole.Epoch(8.0)));
     EXPECT_EQ(occupation.Estimate().advice, OccupationAdvice::Store);
     EXPECT_EQ(occupation.Estimate().rejected, 2);
+}
+
+TEST(Occupation, LeavesOutWhatIsNotFiniteInAnyField)
+{
+    Occupation occupation({});
+    SimulatedPole pole(Rock(15.0), 40.0, {}, 1);
+    pole.Feed(occupation, 8.0);
+    const OccupationEstimate before = occupation.Estimate();
+    int rejected = 0;
+    for (const double wrong :
+         {std::numeric_limits<double>::quiet_NaN(), std::numeric_limits<double>::infinity()}) {
+        field::InertialSample sample = pole.Sample(8.1);
+        field::AntennaEpoch epoch = pole.Epoch(8.1);
+        for (double* const field :
+             {&sample.seconds, &sample.rate.x, &sample.rate.y, &sample.rate.z,
+              &sample.acceleration.x, &sample.acceleration.y, &sample.acceleration.z,
+              &sample.magnetic.x, &sample.magnetic.y, &sample.magnetic.z}) {
+            const double kept = std::exchange(*field, wrong);
+            EXPECT_FALSE(occupation.Add(sample));
+            *field = kept;
+            ++rejected;
+        }
+        for (double* const field :
+             {&epoch.seconds, &epoch.position.x, &epoch.position.y, &epoch.position.h}) {
+            const double kept = std::exchange(*field, wrong);
+            EXPECT_FALSE(occupation.Add(epoch));
+            *field = kept;
+            ++rejected;
+        }
+    }
+    const OccupationEstimate after = occupation.Estimate();
+    EXPECT_EQ(after.rejected, before.rejected + rejected);
+    EXPECT_EQ(after.tip.x, before.tip.x);
+    EXPECT_EQ(after.tip.y, before.tip.y);
+    EXPECT_EQ(after.tip.h, before.tip.h);
 }
 
 TEST(Occupation, SaysWhatIsMissing)

@@ -3,6 +3,7 @@
 
 #include "tests/field/job/JobRows.h"
 
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <limits>
@@ -131,6 +132,34 @@ TEST(JobStore, KeepsACalibrationByteForByteAndASetupOnlyOnce)
     EXPECT_EQ((*setups)[0].lengthSigma, 0.001);
     EXPECT_EQ((*setups)[1].poleLength, 1.8);
     EXPECT_EQ((*setups)[1].model, "WMM2025");
+}
+
+TEST(JobStore, KeepsASetupThatDiffersInOneValueAsAnother)
+{
+    constexpr double kUnknown = std::numeric_limits<double>::quiet_NaN();
+    const std::function<void(JobSetup&)> changes[] = {
+        [](JobSetup& s) { s.poleLength += 1e-4; },      [](JobSetup& s) { s.phaseCenter += 1e-4; },
+        [](JobSetup& s) { s.phaseCenter = kUnknown; },  [](JobSetup& s) { s.sensorType = 2; },
+        [](JobSetup& s) { s.calibration += ' '; },      [](JobSetup& s) { s.headingSigma += 0.1; },
+        [](JobSetup& s) { s.headingSigma = kUnknown; }, [](JobSetup& s) { s.tiltSigma += 0.1; },
+        [](JobSetup& s) { s.lengthSigma += 1e-4; },     [](JobSetup& s) { s.delay += 1e-3; },
+        [](JobSetup& s) { s.delaySigma += 1e-3; },      [](JobSetup& s) { s.axisOffset += 0.1; },
+        [](JobSetup& s) { s.north = "file"; },          [](JobSetup& s) { s.model = "WMM2020"; },
+        [](JobSetup& s) { s.program += '1'; },
+    };
+    const ScratchFolder folder;
+    JobStore job = NewJob(folder.Path("job.gpkg"));
+    std::int64_t last = 1;
+    for (const auto& change : changes) {
+        JobSetup setup = SomeSetup();
+        change(setup);
+        const auto id = job.AddSetup(setup);
+        ASSERT_TRUE(id) << id.error;
+        EXPECT_EQ(*id, last + 1);
+        EXPECT_EQ(*job.AddSetup(setup), last + 1) << "the same once more";
+        EXPECT_EQ(*job.AddSetup(SomeSetup()), last + 2);
+        last += 2;
+    }
 }
 
 TEST(JobStore, WritesNullWhereNothingIsKnown)
