@@ -7,9 +7,11 @@
 #include "quality/calibration/TiltAxes.h"
 #include "quality/calibration/TurnSense.h"
 
-#include <array>
+#include <algorithm>
 #include <cmath>
+#include <limits>
 #include <utility>
+#include <vector>
 
 namespace tiltpole::quality {
 namespace {
@@ -46,36 +48,55 @@ std::optional<InputFault> MountingFault(const TiltAxes& axes)
     return InputFault{Finding::Mounting, {suspect + " (by pitch and roll)"}};
 }
 
-// "magnetometer B: axis x" where an axis of it reads the same in both turns, otherwise empty.
-std::string StuckAxes(const ::quality::CalibrationTurns& turns, Magnetometer which)
+// Least and largest reading of a turn on each axis: A's three, then B's.
+struct Extent
 {
-    const Eigen::Vector3d first = VectorOf(ReadingOf(turns.horizontal.front(), which));
-    std::array<bool, 3> changes{};
-    for (const auto* turn : {&turns.horizontal, &turns.vertical}) {
-        for (const PoseSensorData& s : *turn) {
-            const Eigen::Vector3d reading = VectorOf(ReadingOf(s, which));
-            for (std::size_t axis = 0; axis < 3; ++axis) {
-                const auto i = static_cast<Eigen::Index>(axis);
-                if (reading[i] != first[i]) changes[axis] = true;
-            }
-        }
+    using Axes = Eigen::Array<double, 6, 1>;
+
+    Axes least = Axes::Constant(std::numeric_limits<double>::infinity());
+    Axes most = -least;
+};
+
+Extent ExtentOf(const std::vector<PoseSensorData>& turn)
+{
+    Extent extent;
+    for (const PoseSensorData& s : turn) {
+        Extent::Axes readings;
+        readings << VectorOf(ReadingOf(s, Magnetometer::A)).array(),
+            VectorOf(ReadingOf(s, Magnetometer::B)).array();
+        extent.least = extent.least.min(readings);
+        extent.most = extent.most.max(readings);
     }
-    std::string axes;
-    for (std::size_t axis = 0; axis < 3; ++axis) {
-        if (changes[axis]) continue;
-        if (!axes.empty()) axes += ", ";
-        axes += "xyz"[axis];
-    }
-    if (axes.empty()) return {};
-    return std::string("magnetometer ") + (which == Magnetometer::A ? "A" : "B") + ": axis " + axes;
+    return extent;
 }
 
+// A pole that stands reads the same on every axis, too.
+bool IsTurned(const Extent& turn)
+{
+    constexpr double kLeastChange = 0.1; // of the largest reading
+    const double largest = turn.most.abs().max(turn.least.abs()).maxCoeff();
+    return (turn.most - turn.least).maxCoeff() > kLeastChange * largest;
+}
+
+// Names axes like "magnetometer B: axis x" that read the same in both turns.
 std::optional<InputFault> StuckFault(const ::quality::CalibrationTurns& turns)
 {
+    const Extent horizontal = ExtentOf(turns.horizontal);
+    const Extent vertical = ExtentOf(turns.vertical);
+    if (!IsTurned(horizontal) || !IsTurned(vertical)) return {};
     InputFault fault{Finding::MagnetometerStuck, {}};
-    for (const Magnetometer which : {Magnetometer::A, Magnetometer::B}) {
-        std::string stuck = StuckAxes(turns, which);
-        if (!stuck.empty()) fault.suspects.push_back(std::move(stuck));
+    for (const Eigen::Index first : {0, 3}) {
+        std::string axes;
+        for (Eigen::Index axis = 0; axis < 3; ++axis) {
+            const Eigen::Index i = first + axis;
+            if (std::max(horizontal.most[i], vertical.most[i])
+                > std::min(horizontal.least[i], vertical.least[i]))
+                continue;
+            if (!axes.empty()) axes += ", ";
+            axes += "xyz"[axis];
+        }
+        const char* const name = first == 0 ? "magnetometer A: axis " : "magnetometer B: axis ";
+        if (!axes.empty()) fault.suspects.push_back(name + axes);
     }
     if (fault.suspects.empty()) return {};
     return fault;

@@ -321,6 +321,37 @@ TEST_F(CalibrationReport, StandsEmptyTurns)
     EXPECT_EQ(report.horizontal.covered, 0.0);
 }
 
+TEST_F(CalibrationReport, CallsNoAxisStuckWhereTheHorizontalOrTheVerticalTurnIsMissing)
+{
+    const CalibrationTurns whole = Record(CleanSetting());
+    const std::vector<PoseSensorData> standing(200, whole.horizontal.front());
+    const std::vector<PoseSensorData> none;
+    for (const auto& other : {none, standing}) {
+        for (const CalibrationTurns& turns : {
+                 CalibrationTurns{other,            whole.vertical},
+                 CalibrationTurns{whole.horizontal, other         }
+        }) {
+            const auto report = AssessCalibration(RunSolver(turns, 1));
+            EXPECT_FALSE(IsAccepted(report.verdict));
+            EXPECT_NE(report.reason, Finding::MagnetometerStuck);
+        }
+    }
+}
+
+TEST_F(CalibrationReport, NamesEachAxisOfBothMagnetometersThatIsStuck)
+{
+    CalibrationTurns turns = Record(CleanSetting());
+    for (auto* const turn : {&turns.horizontal, &turns.vertical})
+        for (PoseSensorData& s : *turn) {
+            s.dMag_x = s.dMag_z = 12.0;
+            s.dMag_y_2 = 0.0;
+        }
+    const auto report = AssessCalibration(RunSolver(turns, 1));
+    EXPECT_EQ(report.reason, Finding::MagnetometerStuck);
+    EXPECT_THAT(ToText(report), HasSubstr("magnetometer A: axis x, z"));
+    EXPECT_THAT(ToText(report), HasSubstr("magnetometer B: axis y"));
+}
+
 TEST_F(CalibrationReport, TellsVerdictReasonAndAdviceAsText)
 {
     const std::string text = ToText(Assess(CleanSetting()));
