@@ -257,7 +257,7 @@ TEST(ContextHandle, BelongsToOneContext)
     dc.CreateCompatibleDC(nullptr);
     CDC other;
     other.CreateCompatibleDC(nullptr);
-    const HDC handle = dc.Detach();
+    auto* const handle = dc.Detach();
     EXPECT_FALSE(other.Attach(handle)) << "it has one of its own";
     CDC* const temporary = CDC::FromHandle(handle);
     ASSERT_NE(temporary, nullptr);
