@@ -119,7 +119,7 @@ int FindDelayInRecording(const LiveOptions& options)
     bool isOver = false;
     const auto take = [&] {
         for (const field::Report& report : bridge->Take())
-            isOver = isOver || !rocking.Add(report);
+            if (!rocking.Add(report)) isOver = true;
     };
     const field::Instant last =
         ReadRecording(options.replay, [&](double started, const field::Record& record) {

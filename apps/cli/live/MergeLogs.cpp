@@ -43,9 +43,8 @@ std::optional<UtcTime> TimeOf(std::string_view line)
 // The date of a sentence that has one.
 std::optional<std::chrono::sys_days> DateOf(std::string_view line)
 {
-    while (!line.empty() && (line.back() == '\n' || line.back() == '\r'))
-        line.remove_suffix(1);
-    const auto sentence = tiltpole::field::ReadSentence(line);
+    const std::string_view text = line.substr(0, line.find_last_not_of("\r\n") + 1);
+    const auto sentence = tiltpole::field::ReadSentence(text);
     if (!sentence) return std::nullopt;
     if (sentence->Type() == "ZDA") {
         const auto zda = ReadZda(*sentence);

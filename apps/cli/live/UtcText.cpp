@@ -13,8 +13,7 @@ constexpr double kDay = 86400.0;
 
 bool AreDigits(std::string_view text)
 {
-    return !text.empty()
-           && std::all_of(text.begin(), text.end(), [](char c) { return '0' <= c && c <= '9'; });
+    return std::all_of(text.begin(), text.end(), [](char c) { return '0' <= c && c <= '9'; });
 }
 
 int TwoDigits(std::string_view text)
@@ -22,12 +21,11 @@ int TwoDigits(std::string_view text)
     return 10 * (text[0] - '0') + (text[1] - '0');
 }
 
-// 58 or 58.123; 60 is a leap second.
+// 58, 58. or 58.123, two characters at least; 60 is a leap second.
 std::optional<double> SecondOf(std::string_view text)
 {
-    const bool isForm = text.size() >= 2 && AreDigits(text.substr(0, 2))
-                        && (text.size() == 2
-                            || (text[2] == '.' && (text.size() == 3 || AreDigits(text.substr(3)))));
+    const bool isForm = AreDigits(text.substr(0, 2))
+                        && (text.size() == 2 || (text[2] == '.' && AreDigits(text.substr(3))));
     if (!isForm) return std::nullopt;
     const auto value = tables::ParseNumber(text);
     return value && *value < 61.0 ? value : std::nullopt;

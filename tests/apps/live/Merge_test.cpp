@@ -6,6 +6,7 @@
 #include "tests/apps/live/Recorded.h"
 #include "tests/field/bridge/PlantedPole.h"
 #include <fmt/format.h>
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sstream>
@@ -58,6 +59,29 @@ struct Logs
         for (std::size_t at = 0; (at = text.find(from, at)) != std::string::npos; at += to.size())
             text.replace(at, from.size(), to);
         folder.Write(name, text);
+    }
+    // Changes what is between $ and * of the receiver's sentences; those left empty are left out.
+    void ChangeSentences(const std::function<void(std::string&)>& change) const
+    {
+        std::string nmea;
+        for (const std::string& line : LinesOf(folder.Read("rover.nmea"))) {
+            std::string body = line.substr(1, line.rfind('*') - 1);
+            change(body);
+            if (!body.empty()) nmea += tiltpole::field::Framed(body);
+        }
+        folder.Write("rover.nmea", nmea);
+    }
+    // The rows of a merge, up to the height of the tip.
+    std::vector<std::string> Tips(const std::vector<std::string>& more = {}) const
+    {
+        const Outcome outcome = Merge(more);
+        EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+        std::vector<std::string> rows = LinesOf(folder.Read("tips.csv"));
+        for (std::string& row : rows) {
+            const auto cells = CellsOf(row);
+            row = fmt::format("{}", fmt::join(cells.begin(), cells.begin() + 5, ","));
+        }
+        return rows;
     }
     // Exit code 2 with this sentence, and the output as it was.
     void ExpectRefused(const std::string& says, const std::vector<std::string>& more = {}) const
@@ -275,6 +299,166 @@ TEST(Merge, ReplacesNothingWithoutAnEpochAndReadsNoFolder)
     EXPECT_EQ(outcome.exitCode, 1);
     EXPECT_THAT(outcome.err, HasSubstr("tips.csv: not written, because there is no epoch"));
     EXPECT_EQ(logs.folder.Read("tips.csv"), "old\n");
+}
+
+void DropDates(std::string& body)
+{
+    if (body.starts_with("GNRMC")) body.clear();
+}
+
+TEST(Merge, TakesTheDateOfZda)
+{
+    const Logs logs;
+    bool isFirst = true;
+    logs.ChangeSentences([&](std::string& body) {
+        if (!body.starts_with("GNRMC,")) return;
+        body = "GNZDA," + body.substr(6, 9) + (isFirst ? ",32,11,2026,00,00" : ",22,11,2026,00,00");
+        isFirst = false;
+    });
+    EXPECT_THAT(logs.Tips().at(30), StartsWith("2026-11-22,130801.00,47."));
+    logs.ExpectRefused("rover.nmea: is of 2026-11-22, but --date of 2026-11-23",
+                       {"--date", "2026-11-23"});
+}
+
+TEST(Merge, TakesTheDayBeforeForTimesBeforeTheFirstDate)
+{
+    const LogsAroundMidnight logs;
+    logs.ChangeSentences([](std::string& body) {
+        if (body.starts_with("GNRMC,2359")) body.clear();
+    });
+    logs.ExpectTip("2026-11-22");
+    logs.ExpectRefused("rover.nmea: is of 2026-11-21, but --date of 2026-11-22",
+                       {"--date", "2026-11-22"});
+}
+
+TEST(Merge, TakesTheDateOfThePoseLogOrTheOptionWhereTheReceiverSendsNone)
+{
+    const Logs logs;
+    logs.ChangeSentences(DropDates);
+    EXPECT_THAT(logs.Tips().at(30), HasSubstr(",130801.00,47."));
+    EXPECT_THAT(logs.Tips({"--date", "2026-11-22"}).at(30), HasSubstr(",130801.00,47."));
+    logs.ExpectRefused("rover.nmea: is of 2026-11-25, but ", {"--date", "2026-11-25"});
+    logs.ExpectRefused("pose.csv of 2026-11-22", {"--date", "2026-11-25"});
+}
+
+TEST(Merge, PassesOverLinesThatAreNoWholeSentences)
+{
+    const Logs logs;
+    const auto rows = logs.Tips();
+    const std::string rover = logs.folder.Read("rover.nmea");
+    using tiltpole::field::Framed;
+    const std::string framed = Framed("GNGGA,230758.00,");
+    const std::string others[] = {
+        "$GNGGA,230758.00\n",
+        "$GNGGA,230758.00*\n",
+        "$GNGGA,230758.00*6\r\n",
+        "$GNGGA,230758.00*x6\r\n",
+        "%" + framed.substr(1),
+        Framed("GNVTG,230758.00,T,,M"),
+        Framed("GNGGA,,,,,,0,,,,M,,M,,"),
+        "\n",
+    };
+    for (const std::string& other : others) {
+        logs.folder.Write("rover.nmea", other + rover);
+        EXPECT_EQ(logs.Tips(), rows) << other;
+    }
+    std::string dated = Framed("GNRMC,130758.10,A,,,,,,,010126,,,N,V");
+    dated.replace(dated.size() - 2, 2, " and more\r\n");
+    logs.folder.Write("rover.nmea", dated + rover);
+    EXPECT_EQ(logs.Tips(), rows) << dated;
+}
+
+TEST(Merge, ReadsAReceiversLogThatBeginsWithManyOtherLines)
+{
+    const Logs logs;
+    const auto rows = logs.Tips();
+    std::string text;
+    for (int i = 0; i < 2000; ++i)
+        text += "# of the logger\n";
+    logs.folder.Write("rover.nmea", text + logs.folder.Read("rover.nmea"));
+    EXPECT_EQ(logs.Tips(), rows);
+    logs.Replace("pose.csv", "2026-11-22T", "");
+    logs.Replace("pose.csv", "Z", "");
+    EXPECT_EQ(logs.Tips(), rows) << "no date is known at the start";
+}
+
+TEST(Merge, TakesTheColumnUtcBeforeTheOthers)
+{
+    const Logs logs;
+    const auto rows = logs.Tips();
+    logs.Replace("pose.csv", "utc,", "Time,utc,seconds,");
+    logs.Replace("pose.csv", "2026-11-22T", "01:00:00,2026-11-22T");
+    logs.Replace("pose.csv", "Z,", "Z,noon,");
+    EXPECT_EQ(logs.Tips(), rows);
+}
+
+TEST(Merge, RefusesAPoseLogWithoutUsableTimes)
+{
+    struct Damage
+    {
+        const char* from;
+        const char* to;
+        const char* says;
+    };
+    constexpr Damage damages[] = {
+        {"utc,",              "when,",             "pose.csv:1: there is no column utc, seconds or Time"},
+        {"58.020000Z",        "58.02,000Z",        "pose.csv:3: "                                       },
+        {"T13:07:58.020000Z", "T25:07:58.020000Z",
+         "pose.csv:3: '2026-11-22T25:07:58.020000Z' is not a "
+         "time in UTC"                                                                                  },
+        {"13:07:58.500000Z",  "13:07:57.500000Z",  "pose.csv:27: the time runs back"                    },
+    };
+    for (const auto& [from, to, says] : damages) {
+        const Logs logs;
+        logs.Replace("pose.csv", from, to);
+        logs.ExpectRefused(says);
+    }
+}
+
+TEST(Merge, RefusesMoreThanFourRowsOfOneTime)
+{
+    const Logs logs;
+    const auto rows = LinesOf(logs.folder.Read("pose.csv"));
+    const auto repeat = [&](int times) {
+        std::string pose;
+        for (const std::string& row : rows)
+            for (int i = 0; i < (row == rows[20] ? times : 1); ++i)
+                pose += row + '\n';
+        logs.folder.Write("pose.csv", pose);
+    };
+    repeat(4);
+    EXPECT_EQ(logs.Merge().exitCode, 0);
+    repeat(5);
+    logs.ExpectRefused("pose.csv:25: many rows have the same time: it needs decimals of a second");
+}
+
+TEST(Merge, LeavesTheAgeOfCorrectionsBlankWhereThereIsNone)
+{
+    const Logs logs;
+    logs.Merge();
+    EXPECT_EQ(CellsOf(LinesOf(logs.folder.Read("tips.csv")).at(30)).at(13), "1.0");
+    logs.ChangeSentences([](std::string& body) {
+        if (body.ends_with(",1.0,0207")) body.replace(body.size() - 9, 9, ",,0207");
+    });
+    logs.Merge();
+    EXPECT_EQ(CellsOf(LinesOf(logs.folder.Read("tips.csv")).at(30)).at(13), "");
+}
+
+TEST(Merge, TakesTheDeviationOfTheDelayThatIsGiven)
+{
+    const Logs logs(live_pole::RockedTrack(3.0));
+    const auto tips = [&](const std::vector<std::string>& more) {
+        logs.Merge(more);
+        return logs.folder.Read("tips.csv");
+    };
+    constexpr const char* kApart = "pose and antenna apart by 100 ms sd while moving (limit 20)";
+    EXPECT_THAT(tips({"--delay", "0,0.1"}), HasSubstr(kApart));
+    const std::string shared = tips({});
+    EXPECT_EQ(Count(shared, "pose and antenna apart"), 0U);
+    EXPECT_EQ(tips({"--delay", "0,0.002"}), shared);
+    const std::string alone = tips({"--delay", "0"});
+    EXPECT_NE(alone, shared);
+    EXPECT_EQ(alone, tips({"--delay", "0,0.007"})) << "what --find-delay reaches";
 }
 
 TEST(LiveReplay, ReadsNoFolder)

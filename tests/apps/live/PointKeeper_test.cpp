@@ -210,6 +210,43 @@ TEST(PointKeeper, AcknowledgesAndRefusesWhatItDoesNotKnow)
     EXPECT_THAT(Do(keeper, "delete P1"), StartsWith("refused: 'delete' is not"));
     EXPECT_THAT(Do(keeper, "store"), StartsWith("refused: a point needs a name"));
     EXPECT_THAT(Do(keeper, "store P1"), HasSubstr("--job FILE"));
+    EXPECT_EQ(Do(keeper, "undo"), "refused: no point was stored in this run");
+}
+
+TEST(PointKeeper, OpensNoOtherFileAsAJob)
+{
+    const Kept kept;
+    kept.folder.Write("job.gpkg", "notes of the day\n");
+    EXPECT_THROW(kept.Open(), tables::InputError);
+    EXPECT_EQ(kept.folder.Read("job.gpkg"), "notes of the day\n");
+}
+
+TEST(PointKeeper, AveragesNoEpochWithoutATip)
+{
+    const Kept kept;
+    auto keeper = kept.Open();
+    Report without = Epoch();
+    without.tip.reset();
+    keeper.Add(Epoch());
+    keeper.Add(without);
+    keeper.Add(Epoch());
+    keeper.Add(Epoch());
+    EXPECT_THAT(Do(keeper, "store P1"), StartsWith("stored P1: 2 epochs"));
+}
+
+TEST(PointKeeper, RefusesAnOccupationWithoutAnEpochBetweenItsPoses)
+{
+    const Kept kept;
+    auto keeper = kept.Open();
+    Report report = OccupiedEpoch(); // an epoch of 2 s, poses from 1 s to 3 s
+    field::OccupationTrack track = *report.occupationTrack;
+    auto piece = *track.pieces.back();
+    piece.poses.back().moment = std::chrono::milliseconds(1500);
+    track.pieces.back() = std::make_shared<field::OccupationTrack::Piece>(piece);
+    report.occupationTrack = std::make_shared<field::OccupationTrack>(track);
+    keeper.Add(report);
+    EXPECT_EQ(Do(keeper, "store P1"), "refused: no epoch of the occupation lies between its poses");
+    EXPECT_TRUE(kept.Points().empty());
 }
 
 } // namespace

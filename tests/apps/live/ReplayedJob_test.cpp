@@ -158,4 +158,12 @@ TEST(ReplayedJob, HoldsWhatWasStoredLive)
     ExpectSame(points[0], again[0]);
 }
 
+TEST(ReplayedJob, CountsWhatWasAskedOfItsPointsOnly)
+{
+    const Rocked rocked(
+        {Typed(1.0, "acknowledge base"), Typed(2.0, "store P0"), Typed(3.0, "undo")});
+    const Outcome outcome = rocked.Replay({"--job", rocked.folder.Path("site.gpkg")});
+    EXPECT_THAT(outcome.err, HasSubstr("points     2 requests of the recording\n"));
+}
+
 } // namespace
