@@ -49,7 +49,7 @@ struct Logs
     {
         return RunProgram(
             Joined({"merge", "--gnss", folder.Path(rover), "--pose", folder.Path("pose.csv"),
-                    "--pole", "2.0", "--north", "file", "--heading-sd", "3.0", "--config", config,
+                    "--pole", "2.0", "--north", north, "--heading-sd", "3.0", "--config", config,
                     "--out", folder.Path("tips.csv")},
                    more));
     }
@@ -94,6 +94,7 @@ struct Logs
     }
     ScratchFolder folder;
     std::string rover = "rover.nmea";
+    std::string north = "file";
     std::string config = ParameterFile(folder);
 };
 
@@ -331,14 +332,24 @@ TEST(Merge, TakesTheDayBeforeForTimesBeforeTheFirstDate)
                        {"--date", "2026-11-22"});
 }
 
+// True north needs the date.
 TEST(Merge, TakesTheDateOfThePoseLogOrTheOptionWhereTheReceiverSendsNone)
 {
-    const Logs logs;
+    Logs logs;
+    logs.north = "model";
+    const auto rows = logs.Tips();
+    const std::string row = rows.at(30).substr(rows.at(30).find(','));
+    EXPECT_THAT(row, StartsWith(",130801.00,47.")) << "of the receiver's date";
     logs.ChangeSentences(DropDates);
-    EXPECT_THAT(logs.Tips().at(30), HasSubstr(",130801.00,47."));
-    EXPECT_THAT(logs.Tips({"--date", "2026-11-22"}).at(30), HasSubstr(",130801.00,47."));
+    EXPECT_THAT(logs.Tips().at(30), testing::EndsWith(row));
+    EXPECT_THAT(logs.Tips({"--date", "2026-11-22"}).at(30), testing::EndsWith(row));
     logs.ExpectRefused("rover.nmea: is of 2026-11-25, but ", {"--date", "2026-11-25"});
     logs.ExpectRefused("pose.csv of 2026-11-22", {"--date", "2026-11-25"});
+    logs.Replace("pose.csv", "2026-11-22T", "");
+    logs.Replace("pose.csv", "Z", "");
+    EXPECT_THAT(logs.Tips({"--date", "2026-11-22"}).at(30), testing::EndsWith(row));
+    EXPECT_EQ(logs.Merge().exitCode, 1);
+    EXPECT_THAT(logs.folder.Read("tips.csv"), HasSubstr("\"the date is not known, and "));
 }
 
 TEST(Merge, PassesOverLinesThatAreNoWholeSentences)

@@ -246,7 +246,7 @@ TEST(LiveReplay, NotesHowOldTheCalibrationIsWhereItsSidecarSaysSo)
     constexpr const char* kOld = " days old (best below 30)";
     WriteSidecar(r, "2026-09-20T10:00:00Z"); // 63 days before the recording
     EXPECT_THAT(r.Replay({"--json"}).out, HasSubstr(std::string("63") + kOld));
-    for (const char* const made : {"2026-11-20T10:00:00Z", "2026-13-20T10:00:00Z", "2026", ""}) {
+    for (const char* const made : {"2026-11-20T10:00:00Z", "2026-02-30T10:00:00Z", "2026", ""}) {
         WriteSidecar(r, made);
         const Outcome outcome = r.Replay({"--json"});
         EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
