@@ -19,8 +19,9 @@ bool IsCapital(char byte)
 
 } // namespace
 
-// Whether `byte` completes the line. Binary messages between the lines hold every byte: a '$'
-// without letters behind it is one of theirs, and no line that was cut.
+// Whether `byte` completes the line; what only lengthens it, TakesRun took. Binary messages between
+// the lines hold every byte: a '$' without letters behind it is one of theirs, and no line that was
+// cut.
 bool Framer::Takes(char byte)
 {
     if (Begins(byte)) {
@@ -39,16 +40,13 @@ bool Framer::Takes(char byte)
     if (byte == '\n') {
         if (m_line.back() == '\r') m_line.pop_back();
         if (m_line.size() <= kLongestLine) return true;
-    } else if (m_line.size() <= kLongestLine) { // one more than fits, for the CR
-        m_line.push_back(byte);
-        return false;
     }
     ++m_counters.overlong;
     m_line.clear();
     return false;
 }
 
-// Takes the bytes that only lengthen the line.
+// Takes the bytes that only lengthen the line, to one more than fits, for the CR.
 // @return how many
 std::size_t Framer::TakesRun(std::string_view bytes)
 {

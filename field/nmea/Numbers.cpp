@@ -41,9 +41,9 @@ std::optional<Decimal> ReadDecimal(std::string_view text)
         if (!AreDigits(behind)) return std::nullopt;
         number.decimals = static_cast<int>(behind.size());
     }
-    const char* end = text.data() + text.size();
-    const auto read = std::from_chars(text.data(), end, number.value, std::chars_format::fixed);
-    if (read.ec != std::errc() || read.ptr != end) return std::nullopt;
+    const auto read = std::from_chars(text.data(), text.data() + text.size(), number.value,
+                                      std::chars_format::fixed);
+    if (read.ec != std::errc()) return std::nullopt; // there was no memory
     return number;
 }
 

@@ -24,7 +24,7 @@ std::optional<Decimal> ReadDecimal(std::string_view text);
 /// A decimal within [least, most].
 std::optional<Decimal> ReadDecimal(std::string_view text, double least, double most);
 
-/// Digits alone, `fewest` to `longest` of them (at most 9).
+/// Digits alone, `fewest` to `longest` of them, of a number that an int holds.
 std::optional<int> ReadDigits(std::string_view text, std::size_t fewest, std::size_t longest);
 
 /// `value` with this number of decimals (0 to 9), halves away from zero: "-0.0312", never

@@ -19,7 +19,7 @@ std::uint32_t ByteOf(std::string_view bytes, std::size_t at)
     return static_cast<std::uint8_t>(bytes[at]);
 }
 
-constexpr std::array<std::uint32_t, 256> Table()
+consteval std::array<std::uint32_t, 256> Table()
 {
     std::array<std::uint32_t, 256> table{};
     for (std::uint32_t i = 0; i < table.size(); ++i) {

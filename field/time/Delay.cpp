@@ -48,7 +48,7 @@ Instant InstantOf(double seconds)
 
 bool IsFinite(const Point3& point)
 {
-    return std::isfinite(point.x) && std::isfinite(point.y) && std::isfinite(point.z);
+    return std::isfinite(point.x + point.y + point.z);
 }
 
 // What the antenna and the pose say about the moments at which both are known.

@@ -57,6 +57,20 @@ TEST(Sentence, OfAMakerHasTheTalkerP)
     EXPECT_EQ(sentence->Field(3), "");
 }
 
+TEST(Sentence, OfAMakerHasAnAddressOfThreeToSixteenCharacters)
+{
+    const auto reads = [](std::size_t size) {
+        std::string line = Framed("P" + std::string(size - 1, 'X') + ",1");
+        line.resize(line.size() - 2);
+        return ReadSentence(line).has_value();
+    };
+    EXPECT_FALSE(reads(1));
+    EXPECT_FALSE(reads(2));
+    EXPECT_TRUE(reads(3));
+    EXPECT_TRUE(reads(16));
+    EXPECT_FALSE(reads(17));
+}
+
 TEST(Sentence, NeedsBothDigitsOfTheRightChecksum)
 {
     struct Case
@@ -86,7 +100,8 @@ TEST(Sentence, NeedsBothDigitsOfTheRightChecksum)
 
 TEST(Sentence, HoldsPrintableCharactersAlone)
 {
-    for (const char* body : {"GPXYZ,\x07", "GPXYZ,\x80", "GPXYZ,*", "GPXYZ,a!b", "GPXYZ,a$b"}) {
+    for (const char* body :
+         {"GPXYZ,\x07", "GPXYZ,\x7F", "GPXYZ,\x80", "GPXYZ,*", "GPXYZ,a!b", "GPXYZ,a$b"}) {
         std::string line = Framed(body);
         line.resize(line.size() - 2);
         EXPECT_FALSE(ReadSentence(line)) << body;
@@ -130,6 +145,8 @@ TEST(Digits, AreOfTheGivenNumber)
     EXPECT_FALSE(ReadDigits("007", 2, 2));
     EXPECT_FALSE(ReadDigits("-7", 2, 2));
     EXPECT_FALSE(ReadDigits("", 0, 2));
+    EXPECT_EQ(ReadDigits("2147483647", 1, 10), 2147483647);
+    EXPECT_FALSE(ReadDigits("2147483648", 1, 10)) << "more than an int holds";
 }
 
 TEST(Fixed, WritesDecimalsWithoutANegativeZero)
