@@ -7,7 +7,7 @@
 
 namespace tiltpole::field {
 
-/// A reason in a word or two, as $PTLTS has it: "moving", "no pose".
+/// A reason in a word or two, as $PTLTS has it: "moving", "no pose"; empty for a number that is none.
 std::string_view ReasonName(::field::Reason::Code code);
 
 } // namespace tiltpole::field

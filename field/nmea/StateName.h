@@ -7,7 +7,7 @@
 
 namespace tiltpole::field {
 
-/// STORE, WAIT or BLOCK, as $PTLTS and the programs have it.
+/// STORE, WAIT or BLOCK, as $PTLTS and the programs have it; BLOCK for a number that is none.
 constexpr std::string_view StateName(::field::State state)
 {
     switch (state) {

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "field/nmea/EpochSigma.h"
 #include "tests/field/nmea/Sentences.h"
 
 #include <gtest/gtest.h>
@@ -184,6 +185,31 @@ TEST(EpochAssembler, AssumesSigmaByHdopAndQualityWithoutGst)
         EXPECT_NEAR(std::sqrt(epochs[0].sigma.ee), 0.72 * c.plan, 1e-9) << c.quality;
         EXPECT_NEAR(std::sqrt(epochs[0].sigma.hh), 0.72 * c.plan * 1.8, 1e-9) << c.quality;
     }
+}
+
+TEST(EpochSigma, NeedsAWholeEllipse)
+{
+    tiltpole::field::Gga gga;
+    gga.quality = 4;
+    gga.position = tiltpole::field::TextPosition{47.5, 19.0, 7, 7};
+    tiltpole::field::Gst gst;
+    gst.latitude = gst.longitude = gst.height = 0.1;
+    gst.major = 0.12;
+    EXPECT_EQ(tiltpole::field::SigmaOf(gga, gst).ne, 0.0);
+    gst.minor = 0.08;
+    EXPECT_EQ(tiltpole::field::SigmaOf(gga, gst).ne, 0.0);
+    gst.orientation = 45.0;
+    EXPECT_NEAR(tiltpole::field::SigmaOf(gga, gst).ne, (0.0144 - 0.0064) / 2.0, 1e-12);
+}
+
+TEST(EpochSigma, IsWideWithoutAPosition)
+{
+    tiltpole::field::Gga gga;
+    gga.quality = 4;
+    const field::Covariance3 sigma = tiltpole::field::SigmaOf(gga, {});
+    EXPECT_EQ(sigma.nn, 1e4);
+    EXPECT_EQ(sigma.ee, 1e4);
+    EXPECT_EQ(sigma.hh, 1e4);
 }
 
 // A receiver that says of one axis only that it is bad is not taken for a good one.
@@ -449,6 +475,80 @@ TEST(EpochAssembler, CountsARepeatedTimeOnce)
     EXPECT_EQ(reader.Epochs().epochs, 1U);
 }
 
+TEST(EpochAssembler, RefusesAnEpochWhoseGgasDisagree)
+{
+    struct Case
+    {
+        std::string first, second;
+        std::size_t epochs;
+        const char* why;
+    };
+    const std::string t = "130758.00";
+    const std::string none = Gga(t, ",,,", '0');
+    const std::string some = Gga(t);
+    const std::string higher = Gga(t, kPlace, '4', "193.445");
+    const Case cases[] = {
+        {none, none,   1, "both without a position"},
+        {none, some,   0, "one without a position" },
+        {some, none,   0, "one without a position" },
+        {some, higher, 0, "another height"         },
+    };
+    for (const Case& c : cases) {
+        EpochReader reader;
+        EXPECT_EQ(EpochsOf(reader, c.first + c.second).size(), c.epochs) << c.why;
+        EXPECT_EQ(reader.Epochs().repeated, 1U) << c.why;
+        EXPECT_EQ(reader.Epochs().disagree, 1U - c.epochs) << c.why;
+    }
+}
+
+TEST(EpochAssembler, HasNoPositionWhereRmcAloneHasOne)
+{
+    EpochReader reader;
+    const std::string t = "130758.00";
+    const auto epochs = EpochsOf(reader, Gga(t, ",,,", '0') + Rmc(t));
+    ASSERT_EQ(epochs.size(), 1U);
+    EXPECT_EQ(epochs[0].fix, Fix::Invalid);
+    EXPECT_TRUE(std::isnan(epochs[0].antenna.latitude));
+    EXPECT_EQ(reader.Epochs().disagree, 0U);
+}
+
+TEST(EpochAssembler, KeepsTheDateOfZdaWhereRmcHasNone)
+{
+    EpochReader reader;
+    const std::string t = "130758.00";
+    const std::string undated = Line("GNRMC," + t + ",A," + kPlace + ",0.50,271.3,,,,R,V");
+    const auto epochs = EpochsOf(reader, Zda(t) + Gga(t) + undated);
+    ASSERT_EQ(epochs.size(), 1U);
+    EXPECT_EQ(epochs[0].date, std::chrono::sys_days(2026y / 11 / 23));
+    EXPECT_TRUE(epochs[0].speed);
+}
+
+// 23:59:60 is as late as 00:00:00: what comes late of a leap second ends no epoch of the new day.
+TEST(EpochAssembler, IsNotEndedByWhatComesLateOfALeapSecond)
+{
+    EpochReader reader;
+    const auto epochs = EpochsOf(reader, Gga("000000.00") + Rmc("235960.00") + Rmc("000000.00"));
+    ASSERT_EQ(epochs.size(), 1U);
+    EXPECT_TRUE(epochs[0].speed);
+    EXPECT_EQ(reader.Epochs().otherTime, 1U);
+}
+
+TEST(EpochAssembler, ForgetsTheOldestOfEpochsThatNobodyTakes)
+{
+    EpochReader reader;
+    constexpr int kMost = 4096;
+    for (int i = 0; i <= kMost; ++i) {
+        char utc[16];
+        std::snprintf(utc, sizeof utc, "%02d%02d%02d.00", i / 3600, i / 60 % 60, i % 60);
+        reader.Feed(Gga(utc), 0ms);
+    }
+    reader.Tick(1s);
+    const auto epochs = reader.Take();
+    ASSERT_EQ(epochs.size(), static_cast<std::size_t>(kMost));
+    EXPECT_EQ(epochs.front().utc, "000001.00");
+    EXPECT_EQ(epochs.back().utc, "010816.00") << "4096 s";
+}
+
 TEST(EpochAssembler, CountsWhatItTakesNothingFrom)
 {
     EpochReader reader;
@@ -480,6 +580,20 @@ TEST(EpochAssembler, GivesASetOfGsaOnceASecond)
         with.push_back(i);
     }
     EXPECT_EQ(with, (std::vector<std::size_t>{0, 10, 20}));
+}
+
+TEST(EpochAssembler, PassesNoMoreThanAKibibyteAndAHalfOfGsa)
+{
+    EpochReader reader;
+    std::string bytes;
+    for (int i = 0; i < 100; ++i)
+        bytes += Gsa(1);
+    const auto epochs = EpochsOf(reader, bytes + Gga(Tenth(0)));
+    ASSERT_EQ(epochs.size(), 1U);
+    const std::size_t whole = 1500 / Gsa(1).size() * Gsa(1).size();
+    EXPECT_LE(epochs[0].gsa.size(), 1500U);
+    EXPECT_GE(epochs[0].gsa.size(), whole - Gsa(1).size());
+    EXPECT_EQ(epochs[0].gsa.size() % Gsa(1).size(), 0U) << "whole sentences";
 }
 
 TEST(EpochAssembler, ForgetsTheHalfEpochOnRestart)

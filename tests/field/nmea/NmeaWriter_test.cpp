@@ -3,6 +3,7 @@
 
 #include "field/nmea/ReasonName.h"
 #include "field/nmea/SentenceText.h"
+#include "field/nmea/StateName.h"
 #include "survey/Angle.h"
 #include "tests/field/nmea/Sentences.h"
 
@@ -20,6 +21,7 @@
 using namespace std::chrono_literals;
 using field::Epoch;
 using field::Fix;
+using field::Geodetic;
 using field::Profile;
 using field::Reason;
 
@@ -336,6 +338,33 @@ TEST(NmeaWriter, NamesNoPlaceWithoutAFixOrWhereItIsDoubted)
     }
 }
 
+TEST(NmeaWriter, NamesNoPlaceOfAnAntennaWithoutNumbers)
+{
+    field::Setup setup = APole();
+    setup.profile = Profile::QField;
+    for (double Geodetic::*part :
+         {&Geodetic::latitude, &Geodetic::longitude, &Geodetic::ellipsoidalHeight}) {
+        Epoch epoch = Received();
+        epoch.antenna.*part = std::nan("");
+        const std::string text =
+            WriteEpoch(epoch, {}, Because(State::Block, Reason::Code::NoPose), setup, {5, 0}, 0);
+        EXPECT_EQ(FieldsOf(text, "GGA", 2, 6), ",,,,0");
+        EXPECT_EQ(FieldsOf(text, "GST", 6, 8), "100.0000,100.0000,100.0000");
+        EXPECT_EQ(FieldOf(text, "TLTA", 1), "-");
+    }
+}
+
+TEST(NmeaWriter, SendsNoTipWithoutNumbers)
+{
+    for (double Geodetic::*part :
+         {&Geodetic::latitude, &Geodetic::longitude, &Geodetic::ellipsoidalHeight}) {
+        Tip tip = Leaning(Received());
+        tip.position.*part = std::nan("");
+        const std::string text = WriteEpoch(Received(), tip, {State::Store, {}}, APole(), {}, 0);
+        EXPECT_EQ(FieldsOf(text, "GGA", 2, 6), ",,,,0");
+    }
+}
+
 TEST(NmeaWriter, EnforceTreatsEveryBlockLikeAnUnknownTip)
 {
     field::Setup setup = APole();
@@ -440,4 +469,14 @@ TEST(NmeaWriter, HasANameForEveryReason)
         EXPECT_EQ(name.find_first_not_of("abcdefghijklmnopqrstuvwxyz "), std::string_view::npos)
             << name;
     }
+    EXPECT_EQ(tiltpole::field::ReasonName(static_cast<Reason::Code>(255)), "");
+}
+
+TEST(StateName, BlocksWhatIsNoState)
+{
+    using tiltpole::field::StateName;
+    EXPECT_EQ(StateName(State::Store), "STORE");
+    EXPECT_EQ(StateName(State::Wait), "WAIT");
+    EXPECT_EQ(StateName(State::Block), "BLOCK");
+    EXPECT_EQ(StateName(static_cast<State>(99)), "BLOCK");
 }

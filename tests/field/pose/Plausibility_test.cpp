@@ -79,6 +79,21 @@ TEST(Plausibility, NamesAMagnetometerThatIsStuckFromThe20thEqualReadingOn)
     EXPECT_EQ(plausibility.Judge(Good()), PoseFault::None);
 }
 
+// One axis alone may read 0; a magnetometer that is not there reads 0 on all of them.
+TEST(Plausibility, NamesAStuckReadingOfAnyAxisWhereTheSensorFormsItsHeading)
+{
+    for (double PoseSensorData::*axis :
+         {&PoseSensorData::dMag_x, &PoseSensorData::dMag_y, &PoseSensorData::dMag_z}) {
+        Plausibility plausibility;
+        PoseSample sample;
+        sample.heading = 12.0;
+        sample.data.*axis = 7.0;
+        for (int i = 1; i < 20; ++i)
+            EXPECT_EQ(plausibility.Judge(sample), PoseFault::None) << i;
+        EXPECT_EQ(plausibility.Judge(sample), PoseFault::Stuck);
+    }
+}
+
 TEST(Plausibility, LetsASensorWithoutMagnetometersFormItsHeading)
 {
     Plausibility plausibility;
@@ -113,6 +128,16 @@ TEST(Plausibility, FollowsAClockThatBeginsAnew)
     EXPECT_FALSE(plausibility.ClockRestarted());
 }
 
+TEST(Plausibility, TakesOldSamplesThatDoNotAdvanceForNoClock)
+{
+    Plausibility plausibility;
+    plausibility.Judge(GoodAt(100.0));
+    for (int i = 0; i < 10; ++i)
+        EXPECT_EQ(plausibility.Judge(GoodAt(10.0 - i)), PoseFault::TimeBack) << i;
+    EXPECT_EQ(plausibility.Judge(GoodAt(1.1)), PoseFault::TimeBack);
+    EXPECT_EQ(plausibility.Judge(GoodAt(1.2)), PoseFault::None) << "the third that advances";
+}
+
 TEST(Plausibility, TakesSingleOldSamplesForNoClock)
 {
     Plausibility plausibility;
@@ -130,4 +155,5 @@ TEST(Plausibility, HasWordsForEveryFault)
     EXPECT_EQ(TextOf(PoseFault::OutOfRange), "a value is out of range");
     EXPECT_EQ(TextOf(PoseFault::Stuck), "the magnetometer repeats its reading");
     EXPECT_EQ(TextOf(PoseFault::TimeBack), "the clock of the sensor does not advance");
+    EXPECT_EQ(TextOf(static_cast<PoseFault>(99)), "");
 }

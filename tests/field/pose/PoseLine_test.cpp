@@ -74,6 +74,7 @@ TEST(PoseLine, IsRefusedAndCountedWhereItsFormIsWrong)
         "PTPS,1,81250,12,-7,,1,2,3,4,5,6,7,8,9,1,2",     // one short
         "PTPS,1,81250,12,-7,,1,2,3,4,5,6,7,8,9,1,2,3,4", // one more
         "PTPS,1,81250,,-7,,1,2,3,4,5,6,7,8,9,1,2,3",     // no pitch
+        "PTPS,1,81250,12,,,1,2,3,4,5,6,7,8,9,1,2,3",     // no roll
         "PTPS,1,8x,12,-7,,1,2,3,4,5,6,7,8,9,1,2,3",
         "PTPS,1,8,12,-7,north,1,2,3,4,5,6,7,8,9,1,2,3",
         "PTPS,1,8,12,-7,,1,2,3,4,5,6,7,8,9,1,2,3 4",
@@ -106,6 +107,14 @@ TEST(PoseLine, PassesNotANumberOn)
         SamplesOf(Framed("PTPS,1,,nan,2,,0,0,0,0,0,0,0,0,0,0,0,0"));
     ASSERT_EQ(samples.size(), 1U);
     EXPECT_TRUE(std::isnan(samples[0].data.dPitch));
+}
+
+TEST(PoseReader, ReadsSentencesWhereNoFormatIsNamed)
+{
+    const auto reader = field::MakePoseReader(static_cast<PoseFormat>(99));
+    ASSERT_TRUE(reader);
+    reader->Feed(Framed(kBody), 1s);
+    EXPECT_EQ(reader->Take().size(), 1U);
 }
 
 TEST(PoseReader, KeepsTheNewestOfSamplesThatNobodyTakes)

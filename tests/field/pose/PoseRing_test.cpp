@@ -115,6 +115,25 @@ TEST(PoseRing, TurnsAHeadingTheShorterWay)
     }
 }
 
+TEST(PoseRing, KnowsClockAndHeadingBetweenSamplesThatBothDo)
+{
+    for (const bool firstDoes : {true, false}) {
+        PoseSample a = Sample(0ms, 0.0);
+        PoseSample b = Sample(20ms, 0.0);
+        PoseSample& other = firstDoes ? b : a;
+        a.heading = b.heading = 10.0;
+        other.heading.reset();
+        other.deviceSeconds.reset();
+        PoseRing ring;
+        ring.Add(a);
+        ring.Add(b);
+        const PoseLookup found = ring.At(10ms);
+        ASSERT_EQ(found.state, Looked::Found);
+        EXPECT_FALSE(found.pose.heading) << firstDoes;
+        EXPECT_FALSE(found.pose.deviceSeconds) << firstDoes;
+    }
+}
+
 TEST(PoseRing, HasAGapBetweenNeighborsMoreThan50MillisecondsApart)
 {
     EXPECT_EQ(Moving(50ms, 5).At(120ms).state, Looked::Found);
@@ -223,6 +242,30 @@ TEST(PoseRing, IsStillWhileAnglesAndReadingsStay)
     EXPECT_FALSE(formed.IsStill(490ms));
 }
 
+TEST(PoseRing, IsNotStillWhileItRollsAlone)
+{
+    PoseRing rolling;
+    for (int i = 0; i < 50; ++i) {
+        PoseSample sample = Sample(i * 20ms, 10.0);
+        sample.data.dRoll = 0.1 * i;
+        rolling.Add(sample);
+    }
+    EXPECT_FALSE(rolling.IsStill(490ms));
+}
+
+TEST(PoseRing, IsNotStillWhereAHeadingBeginsOrEnds)
+{
+    for (const bool begins : {true, false}) {
+        PoseRing ring;
+        for (int i = 0; i < 50; ++i) {
+            PoseSample sample = Sample(i * 20ms, 10.0);
+            if ((i >= 25) == begins) sample.heading = 12.0;
+            ring.Add(sample);
+        }
+        EXPECT_FALSE(ring.IsStill(490ms)) << begins;
+    }
+}
+
 // A pole of 2 m that swings as 0.2 rad · sin(3 t): velocity 2 m · 0.6 rad/s · cos(3 t) · cos(lean).
 TEST(PoseRing, TellsTheVelocityOfALeanVector)
 {
@@ -246,4 +289,6 @@ TEST(PoseRing, TellsTheVelocityOfALeanVector)
     check(2s, 1.975); // at the end: the difference over the last 50 ms
     EXPECT_FALSE(ring.Velocity(10ms, vectorOf));
     EXPECT_FALSE(PoseRing().Velocity(0ms, vectorOf));
+    ring.Add(Sample(2300ms, lean(2.3)));
+    EXPECT_FALSE(ring.Velocity(2020ms, vectorOf)) << "a gap begins";
 }

@@ -113,6 +113,31 @@ TEST(PoseTable, TakesATimeWithDecimalsForTheClock)
     EXPECT_EQ(samples[0].data.nSecond, 7);
 }
 
+TEST(PoseTable, NeedsANumberOfSecondsWhereItHasSuchAColumn)
+{
+    const auto reader = field::MakePoseReader(PoseFormat::Csv);
+    reader->Feed("seconds,dPitch,dRoll,dMag_x,dMag_y,dMag_z\nlate,1,2,3,4,5\n,1,2,3,4,5\n", 1s);
+    EXPECT_TRUE(reader->Take().empty());
+    EXPECT_EQ(reader->Count().bad, 2U);
+    reader->Feed("1.5,1,2,3,4,5\n", 1s);
+    EXPECT_EQ(reader->Take().size(), 1U);
+}
+
+TEST(PoseTable, LeavesOutWhatStandsBehindItsFirst64Fields)
+{
+    const auto reader = field::MakePoseReader(PoseFormat::Csv);
+    const std::string header = "dPitch,dRoll,dMag_x,dMag_y,dMag_z";
+    const std::string others59(59, ',');
+    reader->Feed(header + others59 + "seconds\n1,2,3,4,5" + others59 + "6\n", 1s);
+    std::vector<PoseSample> samples = reader->Take();
+    ASSERT_EQ(samples.size(), 1U);
+    EXPECT_EQ(samples[0].deviceSeconds, 6.0) << "the 64th";
+    reader->Feed(header + "," + others59 + "seconds\n1,2,3,4,5," + others59 + "6\n", 1s);
+    samples = reader->Take();
+    ASSERT_EQ(samples.size(), 1U);
+    EXPECT_FALSE(samples[0].deviceSeconds) << "the 65th";
+}
+
 TEST(PoseTable, CountsOnAcrossMidnight)
 {
     const auto reader = field::MakePoseReader(PoseFormat::Csv);
@@ -134,6 +159,14 @@ TEST(PoseTable, CountsRowsOfTheWrongForm)
         "10:57:07,1,2,3,4,five\n",      // no number
         "10:57,1,2,3,4,5\n",            // no time
         "25:57:07,1,2,3,4,5\n",         // no hour
+        "-1:57:07,1,2,3,4,5\n",         //
+        "nan:57:07,1,2,3,4,5\n",        //
+        "ten:57:07,1,2,3,4,5\n",        //
+        "10:60:07,1,2,3,4,5\n",         // no minute
+        "10:-1:07,1,2,3,4,5\n",         //
+        "10:x:07,1,2,3,4,5\n",          //
+        "10:57:61,1,2,3,4,5\n",         // no second
+        "10:57:-1,1,2,3,4,5\n",         //
         "dPitch,dRoll,dMag_x,dMag_y\n", // a header without a column that is needed
     };
     for (const char* const row : bad)
@@ -169,6 +202,11 @@ TEST(PoseTable, TakesNoRowWhoseBeginningWasForgotten)
     reader->Restart();
     reader->Feed(header + "7,2,3,4,5\n", 1s);
     EXPECT_EQ(reader->Take().size(), 1U) << "a device that began anew";
+    reader->Feed("2", 1s);
+    reader->Restart();
+    reader->Restart();
+    reader->Feed("1.25,2,3,4,5\n", 1s);
+    EXPECT_TRUE(reader->Take().empty()) << "once more before the line ended";
 }
 
 TEST(PoseTable, ReadsTheRecordedPole)
