@@ -186,6 +186,8 @@ TEST(Gate, BlocksATipThatIsNotGoodEnough)
              s.epoch.fix = Fix::Single;
              s.setup.limits.allowFloat = true;
          }                                                                                                                                   },
+        {Code::FloatFix,      State::Block, false, "fix is none (needs fixed)",
+         [](Scene& s) { s.epoch.fix = static_cast<Fix>(3); }                                                                                 },
         {Code::CorrectionAge, State::Block, false, "corrections are 10.5 s old (limit 10)",
          [](Scene& s) { s.epoch.correctionAge = 10.5; }                                                                                      },
         {Code::CorrectionAge, State::Block, false,
@@ -256,6 +258,56 @@ TEST(Gate, NotesForbidNothing)
     };
     for (const Row& row : rows)
         CheckRow(row);
+}
+
+TEST(Gate, ComparesTheFieldWithWhatIsKnownOfIt)
+{
+    Scene scenes[5];
+    scenes[0].field.measured.reset();
+    scenes[1].field.strength.reset();
+    scenes[2].field.strength = 0.0;
+    scenes[3].field.dip.reset();
+    scenes[4].field.pair.reset();
+    for (Scene& scene : scenes) {
+        const Judgement judged = scene.Judged();
+        EXPECT_EQ(judged.verdict.state, State::Store);
+        EXPECT_TRUE(judged.verdict.reasons.empty());
+    }
+    scenes[0].field.pair = 0.08;
+    const Judgement judged = scenes[0].Judged();
+    ASSERT_EQ(judged.verdict.reasons.size(), 1U);
+    EXPECT_EQ(judged.verdict.reasons[0].code, Code::MagnetometersDiffer);
+}
+
+TEST(Gate, KnowsNoAgeOfACalibrationWithoutADate)
+{
+    Scene scene;
+    scene.setup.calibration.made = kToday - std::chrono::days(31);
+    scene.epoch.date.reset();
+    EXPECT_TRUE(scene.Judged().verdict.reasons.empty());
+    scene.epoch.date = kToday;
+    scene.setup.calibration.made.reset();
+    EXPECT_TRUE(scene.Judged().verdict.reasons.empty());
+}
+
+// 0.5 m in 3 s while the pose stands still: 0.17 m/s. What happened in a longer pause is not known.
+TEST(Gate, FollowsTheAntennaAcrossPausesOfThreeSecondsAtMost)
+{
+    for (const double pause : {3.0, 3.1}) {
+        Scene scene;
+        scene.epoch.speed = 0.2;
+        Gate gate(scene.setup);
+        ASSERT_EQ(scene.JudgedBy(gate).verdict.state, State::Store);
+        scene.epoch.antenna = field::Offset(scene.epoch.antenna, 0.0, 0.5, 0.0);
+        scene.seconds += pause;
+        const Judgement judged = scene.JudgedBy(gate);
+        if (pause > 3.0) {
+            EXPECT_EQ(judged.verdict.state, State::Store);
+        } else {
+            ASSERT_EQ(judged.verdict.reasons.size(), 1U);
+            EXPECT_EQ(judged.verdict.reasons[0].text, "antenna moves 0.17 m/s (limit 0.05)");
+        }
+    }
 }
 
 TEST(Gate, DoubtsTheTimeOfAMovingPoleOnly)

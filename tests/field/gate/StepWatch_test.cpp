@@ -78,12 +78,17 @@ struct NoDatumStep
 TEST(StepWatch, TakesOnlyFixedEpochsOfAStandingPoleForAnotherDatum)
 {
     NoDatumStep cases[] = {
-        {"below the limit", Still(0.0,  0.0), Still(0.2, 0.29), Still(0.4, 0.29)},
-        {"float before",    Still(0.0,  0.0), Still(0.2, 9.0),  Still(0.4, 9.0) },
-        {"moved",           Moving(0.0, 0.0), Still(0.2, 9.0),  Still(0.4, 9.0) },
-        {"long pause",      Still(0.0,  0.0), Still(3.1, 99.0), Still(3.3, 99.0)},
+        {"below the limit", Still(0.0,  0.0), Still(0.2, 0.29), Still(0.4,  0.29)},
+        {"float before",    Still(0.0,  0.0), Still(0.2, 9.0),  Still(0.4,  9.0) },
+        {"moved",           Moving(0.0, 0.0), Still(0.2, 9.0),  Still(0.4,  9.0) },
+        {"long pause",      Still(0.0,  0.0), Still(3.1, 99.0), Still(3.3,  99.0)},
+        {"float meanwhile", Still(0.0,  0.0), Still(0.2, 9.0),  Still(0.4,  9.0) },
+        {"float after",     Still(0.0,  0.0), Still(0.2, 9.0),  Still(0.4,  9.0) },
+        {"moves on",        Still(0.0,  0.0), Still(0.2, 9.0),  Moving(0.4, 9.0) },
     };
     cases[1].before.fixed = false;
+    cases[4].stepped.fixed = false;
+    cases[5].confirmed.fixed = false;
     for (const NoDatumStep& c : cases) {
         StepWatch watch(kDatumLimit);
         watch.Add(c.before);
@@ -141,6 +146,15 @@ TEST(StepWatch, FollowsAVehicleWithoutASpeedOnceItGoes)
     EXPECT_FALSE(watch.Add(Moving(2.0, 8.5)).jump) << "2.5 m/s faster within a second";
     EXPECT_FALSE(watch.Add(Moving(3.0, 14.0)).jump);
     EXPECT_TRUE(watch.Add(Moving(4.0, 30.0)).jump);
+}
+
+TEST(StepWatch, KnowsNoVelocityFromTwoEpochsOfOneTime)
+{
+    StepWatch watch(kDatumLimit);
+    watch.Add(Moving(0.0, 0.0));
+    EXPECT_FALSE(watch.Add(Moving(0.0, 0.05)).jump);
+    EXPECT_FALSE(watch.Add(Moving(1.0, 3.05)).jump) << "3 m/s without a speed";
+    EXPECT_FALSE(watch.Add(Moving(2.0, 8.5)).jump) << "now it goes";
 }
 
 TEST(StepWatch, DoubtsAPlaceThatIsNotANumber)

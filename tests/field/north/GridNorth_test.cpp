@@ -76,6 +76,31 @@ TEST(GridNorth, IsNoneOfWhatIsNoGrid)
     EXPECT_FALSE(GridNorth::Of("+proj=utm +zone=34")); // an operation, no system
 }
 
+// UTM 34 with the directions of its axes named.
+std::string WithAxes(const std::string& first, const std::string& second)
+{
+    return R"(PROJCRS["one of its own",
+        BASEGEOGCRS["WGS 84",
+            DATUM["World Geodetic System 1984", ELLIPSOID["WGS 84", 6378137, 298.257223563]]],
+        CONVERSION["UTM zone 34N", METHOD["Transverse Mercator"],
+            PARAMETER["Latitude of natural origin", 0, ANGLEUNIT["degree", 0.0174532925199433]],
+            PARAMETER["Longitude of natural origin", 21, ANGLEUNIT["degree", 0.0174532925199433]],
+            PARAMETER["Scale factor at natural origin", 0.9996, SCALEUNIT["unity", 1]],
+            PARAMETER["False easting", 500000, LENGTHUNIT["metre", 1]],
+            PARAMETER["False northing", 0, LENGTHUNIT["metre", 1]]],
+        CS[Cartesian, 2], AXIS["first", )"
+           + first + R"(], AXIS["second", )" + second + R"(], LENGTHUNIT["metre", 1]])";
+}
+
+TEST(GridNorth, NeedsAnAxisAlongTheMeridianAndOneAcrossIt)
+{
+    EXPECT_TRUE(GridNorth::Of(WithAxes("east", "north")));
+    EXPECT_TRUE(GridNorth::Of(WithAxes("north", "east")));
+    EXPECT_FALSE(GridNorth::Of(WithAxes("north", "northEast")));
+    EXPECT_FALSE(GridNorth::Of(WithAxes("northEast", "east")));
+    EXPECT_FALSE(GridNorth::Of(WithAxes("northEast", "southEast")));
+}
+
 TEST(GridNorth, IsUnknownWhereThereAreNoCoordinates)
 {
     const auto grid = GridNorth::Of("EPSG:32634");
@@ -84,4 +109,5 @@ TEST(GridNorth, IsUnknownWhereThereAreNoCoordinates)
     EXPECT_TRUE(std::isnan(grid->Convergence(kNaN, 19.0)));
     EXPECT_TRUE(std::isnan(grid->Convergence(47.0, kNaN)));
     EXPECT_TRUE(std::isnan(grid->Convergence(89.95, 19.0)));
+    EXPECT_TRUE(std::isnan(grid->Convergence(0.0, 111.0))) << "a quarter of a turn beside it";
 }

@@ -251,6 +251,85 @@ TEST(Delay, UsesFixedEpochsWithPosesAlone)
     EXPECT_NEAR(found.delay, pole.delay, 1e-4);
 }
 
+// A quarter is what plan and height with twice the sigma have.
+TEST(Delay, TakesHeightsForTwiceAsUncertainWhereNothingIsStated)
+{
+    const Simulated pole{.rocking = {}, .noise = 0.01};
+    std::vector<Epoch> epochs = pole.Epochs();
+    const PoseRing poses = pole.Poses();
+    for (Epoch& epoch : epochs)
+        epoch.sigma.hh = 4.0 * epoch.sigma.nn;
+    const DelayResult stated = FindDelay(epochs, poses, TypeTwo());
+    for (Epoch& epoch : epochs)
+        epoch.sigma.hh = 0.0;
+    const DelayResult found = FindDelay(epochs, poses, TypeTwo());
+    EXPECT_EQ(found.outcome, DelayOutcome::Found);
+    EXPECT_DOUBLE_EQ(found.delay, stated.delay);
+    EXPECT_DOUBLE_EQ(found.sigma, stated.sigma);
+}
+
+TEST(Delay, LeavesOutPosesThatAreNone)
+{
+    const Simulated pole;
+    PoseRing poses(kSpan);
+    for (double t = -1.0; t < pole.seconds + 1.0; t += 0.01) {
+        PoseSample sample = pole.rocking.PoseAt(t);
+        if (t > 9.0 && t < 11.0) sample.data.dPitch = 95.0; // no pole stands like that
+        poses.Add(sample);
+    }
+    const DelayResult found = FindDelay(pole.Epochs(), poses, TypeTwo());
+    EXPECT_EQ(found.outcome, DelayOutcome::Found);
+    EXPECT_NEAR(found.epochs, 90, 1) << "of 100";
+    EXPECT_NEAR(found.delay, pole.delay, 1e-4);
+}
+
+// At no delay no epoch of those has a pose.
+TEST(Delay, HasNoResidualsWithoutADelayWhereNoPoseIsThatOld)
+{
+    const Simulated pole{.rocking = {}, .delay = 9.5, .seconds = 8.0};
+    const DelayResult found = FindDelay(pole.Epochs(), pole.Poses(), TypeTwo(), 0.0, {9.2, 9.8});
+    EXPECT_EQ(found.outcome, DelayOutcome::Found);
+    EXPECT_NEAR(found.delay, 9.5, 1e-4);
+    EXPECT_EQ(found.rmsWithout, 0.0);
+}
+
+// The motion repeats itself after 8 s, and the antenna is noisy but for the last 5 of 12 s: these
+// alone have a pose 8 s earlier, which they fit better than all epochs do at the true delay.
+TEST(Delay, IsNotWhereLessThanHalfOfTheEpochsHaveAPose)
+{
+    const Simulated pole;
+    const auto repeated = [](double t) { return std::fmod(t + 8.0, 8.0); };
+    PoseRing poses(kSpan);
+    for (double t = -1.0; t < 13.0; t += 0.01) {
+        PoseSample sample = pole.rocking.PoseAt(repeated(t));
+        sample.moment = MomentOf(t);
+        poses.Add(sample);
+    }
+    std::vector<Epoch> epochs;
+    for (int i = 0; i < 60; ++i) {
+        const double t = 0.2 * i;
+        Point3 antenna = rocked_pole::kLength * pole.rocking.UpAt(repeated(t));
+        if (t < 7.0) antenna.x += i % 2 == 0 ? 0.02 : -0.02;
+        epochs.push_back(EpochAt(t + pole.delay, antenna));
+    }
+    const DelayResult found = FindDelay(epochs, poses, TypeTwo(), 0.0, {-0.4, 9.4});
+    EXPECT_EQ(found.outcome, DelayOutcome::Found);
+    EXPECT_NEAR(found.delay, pole.delay, 0.01);
+}
+
+TEST(Delay, NeedsPosesOnBothSidesOfIt)
+{
+    const Simulated pole;
+    PoseRing bursts(kSpan); // 20 ms to both sides of each epoch's moment
+    for (double t = 0.0037; t < pole.seconds; t += 1.0 / pole.rate)
+        for (const double apart : {-0.02, -0.01, 0.0, 0.01, 0.02})
+            bursts.Add(pole.rocking.PoseAt(t + apart));
+    const DelayResult found = FindDelay(pole.Epochs(), bursts, TypeTwo());
+    EXPECT_EQ(found.outcome, DelayOutcome::TooFewEpochs);
+    EXPECT_EQ(found.epochs, 0);
+    EXPECT_EQ(found.delay, 0.0);
+}
+
 TEST(Delay, SaysWhyItIsNotFound)
 {
     struct Case
@@ -266,12 +345,28 @@ TEST(Delay, SaysWhyItIsNotFound)
         {DelayOutcome::TooLittleMotion, {.rocking = {.rate = 0.01}}                    },
         {DelayOutcome::NotOneTip,       {.rocking = {}, .slip = 0.6}                   },
         {DelayOutcome::AtTheEnd,        {.rocking = {}, .delay = 0.9}                  },
+        {DelayOutcome::AtTheEnd,        {.rocking = {}, .delay = 0.62}                 },
+        {DelayOutcome::AtTheEnd,        {.rocking = {}, .delay = -0.22}                },
     };
     for (const Case& c : cases) {
         const DelayResult found = c.pole.Find();
         EXPECT_EQ(found.outcome, c.expected)
             << TextOf(c.expected) << "; found: " << TextOf(found.outcome);
     }
+}
+
+// Noise counts as motion, but that of few epochs leaves the delay uncertain by more than 50 ms.
+TEST(Delay, IsNotFoundWhereItsSigmaIsLarge)
+{
+    Simulated pole;
+    pole.rocking.amplitude = 1.0;
+    pole.seconds = 6.0;
+    pole.rate = 3.0;
+    pole.noise = 0.03;
+    const DelayResult found = pole.Find();
+    EXPECT_GT(found.sigma, 0.050);
+    EXPECT_LT(found.rms, 0.100);
+    EXPECT_EQ(found.outcome, DelayOutcome::TooLittleMotion);
 }
 
 TEST(Delay, HasWordsForEachOutcome)
@@ -284,6 +379,7 @@ TEST(Delay, HasWordsForEachOutcome)
     EXPECT_EQ(TextOf(DelayOutcome::NotOneTip),
               "the antenna does not follow the pose about one tip: keep the tip on its mark");
     EXPECT_EQ(TextOf(DelayOutcome::AtTheEnd), "the delay lies beyond the range that was searched");
+    EXPECT_EQ(TextOf(static_cast<DelayOutcome>(99)), "");
 }
 
 TEST(Delay, SearchesNoRangeThatIsNone)

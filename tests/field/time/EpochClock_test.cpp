@@ -74,6 +74,29 @@ TEST(EpochClock, ReadsTimesOfDay)
     }
 }
 
+TEST(EpochClock, IsNoDateBetweenARestartAndTheNextEpoch)
+{
+    EpochClock clock;
+    clock.Advance("120000", sys_days(2026y / 11 / 22));
+    EXPECT_EQ(clock.UnixSeconds(), 1795348800.0);
+    clock.Restart();
+    EXPECT_FALSE(clock.UnixSeconds());
+    EXPECT_FALSE(clock.DecimalYear());
+    clock.Advance("120001", {});
+    EXPECT_EQ(clock.UnixSeconds(), 1795348801.0);
+    EXPECT_TRUE(clock.DecimalYear());
+}
+
+TEST(EpochClock, TakesNoFirstStepAboveTenSecondsForThePeriod)
+{
+    EpochClock clock;
+    clock.Advance("120000", {});
+    clock.Advance("120011", {});
+    EXPECT_EQ(clock.Period(), 0.0);
+    clock.Advance("120021", {});
+    EXPECT_EQ(clock.Period(), 10.0);
+}
+
 TEST(EpochClock, CountsOnAcrossMidnight)
 {
     CheckCourse({

@@ -303,6 +303,7 @@ TEST(PlanEllipse, MayBeALineOrAPoint)
     EXPECT_NEAR(line.major, std::sqrt(2.0), 1e-12);
     EXPECT_EQ(line.minor, 0.0);
     EXPECT_NEAR(line.orientation, 135.0, 1e-12);
+    EXPECT_EQ(EllipseOf({.nn = 1.0, .ne = -1e-300}).orientation, 0.0) << "180 degrees are 0";
     EXPECT_EQ(EllipseOf({}).major, 0.0);
     EXPECT_EQ(EllipseOf({}).orientation, 0.0);
 }

@@ -320,6 +320,38 @@ TEST(Tip, NeedsADirectionOfTheField)
     EXPECT_TRUE(Refuses(Solve(SetupOf(2), kBudapest, formed), Code::NoHeading));
 }
 
+// A field along one axis of the sensor has a direction, unless it is the plumb line's.
+TEST(Tip, NeedsAHorizontalPartOfTheField)
+{
+    field::PoseSample plumb;
+    plumb.data.dMag_y = 300.0;
+    EXPECT_TRUE(Solve(SetupOf(2), kBudapest, plumb).tip);
+    plumb.data.dMag_y = 0.0;
+    plumb.data.dMag_z = -400.0;
+    EXPECT_TRUE(Refuses(Solve(SetupOf(2), kBudapest, plumb), Code::NoHeading));
+    plumb.data.dPitch = 10.0;
+    EXPECT_TRUE(Solve(SetupOf(2), kBudapest, plumb).tip);
+}
+
+// A heading a rounding error below north is north, and 360 degrees are 0.
+TEST(Tip, HasAzimuthsBelowAFullTurn)
+{
+    field::Setup setup = SetupOf(2);
+    setup.north = NorthSource::File;
+    field::PoseSample formed;
+    formed.data.dPitch = -12.0;
+    for (const double heading : {0.0, -0.0, -1e-300, -1e-18, -1e-15, -1e-14, 360.0}) {
+        formed.heading = heading;
+        const TipSolution solution = Solve(setup, kBudapest, formed);
+        ASSERT_TRUE(solution.tip);
+        for (const double azimuth : {solution.tip->headingTrue, solution.tip->azimuthTrue}) {
+            EXPECT_GE(azimuth, 0.0) << heading;
+            EXPECT_LT(azimuth, 360.0) << heading;
+            EXPECT_NEAR(std::remainder(azimuth, 360.0), 0.0, 1e-12) << heading;
+        }
+    }
+}
+
 // The lean is known without a north: the antenna stands drop above the tip.
 TEST(Tip, TellsTheLeanWithoutANorth)
 {
@@ -345,6 +377,7 @@ TEST(Tip, NeedsAPoleThatStandsAndAPlace)
     EXPECT_TRUE(Solve(SetupOf(2), kBudapest, pose).tip);
     pose.data.dRoll = 0.0;
     EXPECT_TRUE(Refuses(Solve(SetupOf(2), {kNaN, 19.0, 0.0}, pose), Code::NoFix));
+    EXPECT_TRUE(Refuses(Solve(SetupOf(2), {47.0, kNaN, 0.0}, pose), Code::NoFix));
     EXPECT_TRUE(Refuses(Solve(SetupOf(2), {47.0, 19.0, kNaN}, pose), Code::NoFix));
 }
 
