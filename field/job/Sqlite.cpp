@@ -46,7 +46,7 @@ std::string ReasonOf(sqlite3* handle, int code)
     case SQLITE_TOOBIG:
         return "a text is longer than 16 MiB";
     default:
-        return handle != nullptr ? sqlite3_errmsg(handle) : sqlite3_errstr(code);
+        return sqlite3_errmsg(handle); // without a handle, that memory has run out
     }
 }
 

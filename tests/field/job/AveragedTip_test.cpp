@@ -128,6 +128,38 @@ TEST(AveragedTip, LeavesOutAnotherQualityStationAndWhatIsNoNumber)
     EXPECT_EQ(mean.leftOut[3].why, "a value is not a number");
 }
 
+TEST(AveragedTip, LeavesOutAnEpochWithAnyValueThatIsNoNumber)
+{
+    constexpr double kNone = std::numeric_limits<double>::quiet_NaN();
+    void (*const changes[])(Tip&) = {
+        [](Tip& tip) { tip.position.ellipsoidalHeight = kNone; },
+        [](Tip& tip) { tip.sigma.hh = kNone; },
+        [](Tip& tip) { tip.epoch.antenna.longitude = kNone; },
+        [](Tip& tip) { tip.epoch.sigma.ee = kNone; },
+        [](Tip& tip) { tip.position.latitude = 89.95; }, // no north to take a mean along
+        [](Tip& tip) { tip.epoch.antenna.latitude = -89.95; },
+    };
+    for (const auto change : changes) {
+        std::vector<Tip> tips(2, SomeTip());
+        change(tips[1]);
+        const TipAverage mean = AveragedTip(tips);
+        EXPECT_EQ(mean.used, 1u);
+        ASSERT_EQ(mean.leftOut.size(), 1u);
+        EXPECT_EQ(mean.leftOut[0].index, 1u);
+        EXPECT_EQ(mean.leftOut[0].why, "a value is not a number");
+    }
+}
+
+TEST(AveragedTip, TakesAFixOfNoKnownKindForNone)
+{
+    std::vector<Tip> tips(2, SomeTip());
+    tips[0].epoch.fix = static_cast<Fix>(3);
+    tips[1].epoch.fix = Fix::Estimated;
+    const TipAverage mean = AveragedTip(tips);
+    ASSERT_EQ(mean.leftOut.size(), 1u);
+    EXPECT_EQ(mean.leftOut[0].why, "quality 3, others have 6");
+}
+
 TEST(AveragedTip, IsNoneWithoutAnEpoch)
 {
     EXPECT_EQ(AveragedTip({}).used, 0u);

@@ -2,10 +2,12 @@
 //
 // Files that are no jobs, disks that are full, programs that end in between.
 #include "field/job/JobStore.h"
+#include "field/job/Sqlite.h"
 #include "tests/field/job/JobRows.h"
 
 #include <chrono>
 #include <csignal>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -56,6 +58,59 @@ TEST(JobStoreFaults, RefusesFilesOfOtherPrograms)
              "CREATE TABLE point (id INTEGER)");
     ExpectRefused(folder.Path("old.gpkg"),
                   "the file is not a job: it is a GeoPackage of another version");
+
+    PlainLook(folder.Path("old.gpkg")).Ask("PRAGMA user_version = 20000");
+    ExpectRefused(folder.Path("old.gpkg"),
+                  "the file is not a job: it is a GeoPackage of another version");
+}
+
+// Of each page but those of the schema what says how it is to be read.
+TEST(JobStoreFaults, SaysThatAFileIsDamaged)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("job.gpkg");
+    {
+        JobStore job = NewJob(path);
+        for (int i = 0; i < 40; ++i)
+            ASSERT_TRUE(job.AddPoint(SomePoint(job.FreeName("P"), 1), SomeEpochs()));
+    }
+    const PlainLook look(path);
+    const auto page = std::stoul(look.Ask("PRAGMA page_size"));
+    const auto root =
+        std::stoul(look.Ask("SELECT rootpage FROM sqlite_schema WHERE name = 'point'"));
+    std::fstream file(path, std::ios::binary | std::ios::in | std::ios::out);
+    file.seekp(static_cast<std::streamoff>(page * (root - 1)));
+    file.write("\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 8);
+    file.close();
+
+    const auto job = JobStore::Open(path, JobAccess::Read);
+    ASSERT_TRUE(job) << job.error;
+    const auto points = job->Points();
+    EXPECT_FALSE(points);
+    EXPECT_EQ(points.error, path + ": the file is damaged");
+}
+
+// What SQLite tells of limits and locks of its own connection.
+TEST(JobStoreFaults, HasWordsForEachFailure)
+{
+    namespace inner = tiltpole::field;
+    const ScratchFolder folder;
+    inner::Sqlite sqlite(folder.Path("any.db"), inner::SqliteAccess::Make);
+    const auto failureOf = [&](const char* sql) {
+        try {
+            sqlite.Run(sql);
+        } catch (const inner::SqliteFailure& failure) {
+            return std::string(failure.what());
+        }
+        return std::string("none");
+    };
+    EXPECT_EQ(failureOf("CREATE TABLE t (a); INSERT INTO t VALUES (1), (2)"), "none");
+    EXPECT_EQ(failureOf("PRAGMA max_page_count = 4; INSERT INTO t VALUES (zeroblob(100000))"),
+              "the disk is full");
+    inner::Statement reading(sqlite, "SELECT a FROM t");
+    ASSERT_TRUE(reading.Step());
+    EXPECT_EQ(failureOf("DROP TABLE t"), "another program has locked the file");
+    EXPECT_EQ(failureOf("SELECT b FROM t"), "no such column: b");
 }
 
 TEST(JobStoreFaults, NamesTheColumnThatAJobOfAnotherVersionLacks)
@@ -225,6 +280,18 @@ TEST(JobStoreFaults, RefusesAWriteProtectedFile)
     ASSERT_EQ(chmod(path.c_str(), 0444), 0);
     EXPECT_EQ(JobStore::Open(path, JobAccess::Write).error, path + ": the file may not be written")
         << "by root neither";
+    const RightsOfNobody rights(folder);
+    EXPECT_EQ(JobStore::Open(path, JobAccess::Write).error, path + ": the file may not be written");
+    EXPECT_TRUE(JobStore::Open(path, JobAccess::Read));
+}
+
+TEST(JobStoreFaults, RefusesAFileThatAnotherUserMayWrite)
+{
+    if (geteuid() != 0) GTEST_SKIP() << "no rights of another user";
+    const ScratchFolder folder;
+    const std::string path = folder.Path("job.gpkg");
+    NewJob(path);
+    ASSERT_EQ(chmod(path.c_str(), 0644), 0);
     const RightsOfNobody rights(folder);
     EXPECT_EQ(JobStore::Open(path, JobAccess::Write).error, path + ": the file may not be written");
     EXPECT_TRUE(JobStore::Open(path, JobAccess::Read));

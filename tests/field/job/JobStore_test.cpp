@@ -216,6 +216,10 @@ INSTANTIATE_TEST_SUITE_P(
         RefusedPoint{"a point needs a name", [](JobPoint& point) { point.name.clear(); }},
         RefusedPoint{"the name of a point has no control characters",
                      [](JobPoint& point) { point.name = "P\n3"; }},
+        RefusedPoint{"the name of a point has no control characters",
+                     [](JobPoint& point) { point.name = "P3\x7F"; }},
+        RefusedPoint{"a text is longer than 16 MiB",
+                     [](JobPoint& point) { point.note.assign((16 << 20) + 1, 'x'); }},
         RefusedPoint{"the name of a point neither begins nor ends with a blank",
                      [](JobPoint& point) { point.name = "P3 "; }},
         RefusedPoint{"the name of a point has at most 64 bytes",
@@ -226,6 +230,8 @@ INSTANTIATE_TEST_SUITE_P(
                      [](JobPoint& point) { point.note = "\xED\xA0\x80"; }},
         RefusedPoint{"point P3 has no place on the globe",
                      [](JobPoint& point) { point.tip.latitude = 90.5; }},
+        RefusedPoint{"point P3 has no place on the globe",
+                     [](JobPoint& point) { point.tip.longitude = -180.5; }},
         RefusedPoint{"point P3 has no place on the globe",
                      [](JobPoint& point) { point.tip.ellipsoidalHeight = kNaN; }},
         RefusedPoint{"there is no setup 7", [](JobPoint& point) { point.setup = 7; }},
@@ -317,6 +323,11 @@ TEST(JobStore, CountsOnFromTheLargestNumberOfAStem)
         ASSERT_TRUE(job.AddPoint(SomePoint(name, 1), {}));
     EXPECT_EQ(job.FreeName("P"), "P105");
     EXPECT_EQ(job.FreeName("R"), "R1");
+    for (const char* name : {"P1000000000000000000", "P99999999999999999999"}) // 19 and 20 digits
+        ASSERT_TRUE(job.AddPoint(SomePoint(name, 1), {}));
+    EXPECT_EQ(job.FreeName("P"), "P105");
+    ASSERT_TRUE(job.AddPoint(SomePoint("P899999999999999999", 1), {}));
+    EXPECT_EQ(job.FreeName("P"), "P900000000000000000");
     EXPECT_EQ(job.FreeName(""), "1");
 }
 
@@ -328,6 +339,20 @@ TEST(JobStore, ReplacesBytesThatAreNoText)
     epochs[0].receiver = "$GN\xFFX\r\n";
     ASSERT_TRUE(job.AddPoint(SomePoint("P1", 1), epochs));
     EXPECT_EQ(job.Epochs(1)->front().receiver, "$GN\xEF\xBF\xBDX\r\n");
+}
+
+TEST(JobStore, ReadsEmptyTextsOfOtherProgramsAsEmpty)
+{
+    const ScratchFolder folder;
+    JobStore job = NewJob(folder.Path("job.gpkg"));
+    ASSERT_TRUE(job.AddPoint(SomePoint("P1", 1), SomeEpochs()));
+    PlainLook(folder.Path("job.gpkg"))
+        .Ask("UPDATE point SET code = '', note = x''; UPDATE epoch SET receiver = 12.5");
+    ASSERT_EQ(job.Points()->size(), 1u);
+    EXPECT_EQ(job.Points()->front().code, "");
+    EXPECT_EQ(job.Points()->front().note, "");
+    EXPECT_EQ(job.Points()->front().gate, "store");
+    EXPECT_EQ(job.Epochs(1)->front().receiver, "12.5");
 }
 
 TEST(JobStore, ReadsOnlyWhereItIsToldSo)

@@ -9,6 +9,9 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
+#include <memory>
+
 namespace {
 
 using namespace live_pole;
@@ -124,6 +127,80 @@ TEST(OccupationRecord, RefusesAReportWhoseOccupationIsNotSure)
     FAIL() << "sure from the first estimate on";
 }
 
+TEST(OccupationRecord, RefusesAReportThatLacksAPartOfTheOccupation)
+{
+    const std::optional<Report> whole = ByOccupation(RockedReports());
+    ASSERT_TRUE(whole);
+    Report report = *whole;
+    report.occupationTip.reset();
+    EXPECT_EQ(field::OccupationRecordOf(report, kNow).error, OccupationText(*whole->occupation));
+    report.occupation.reset();
+    EXPECT_EQ(field::OccupationRecordOf(report, kNow).error,
+              "there is no occupation, which needs gyros");
+    report = *whole;
+    report.occupation.reset();
+    EXPECT_EQ(field::OccupationRecordOf(report, kNow).error,
+              "there is no occupation, which needs gyros");
+    report.occupationTrack.reset();
+    EXPECT_EQ(field::OccupationRecordOf(report, kNow).error,
+              "there is no occupation, which needs gyros");
+}
+
+// The same track, its poses changed.
+Report WithPoses(const Report& given, const std::function<void(OccupationTrack::Piece&)>& change)
+{
+    auto track = std::make_shared<OccupationTrack>(*given.occupationTrack);
+    for (auto& piece : track->pieces) {
+        OccupationTrack::Piece changed = *piece;
+        change(changed);
+        piece = std::make_shared<OccupationTrack::Piece>(std::move(changed));
+    }
+    Report report = given;
+    report.occupationTrack = track;
+    return report;
+}
+
+TEST(OccupationRecord, NeedsPosesAroundItsEpochs)
+{
+    const std::optional<Report> whole = ByOccupation(RockedReports());
+    ASSERT_TRUE(whole);
+    const JobRecord none = field::OccupationRecordOf(
+        WithPoses(*whole, [](OccupationTrack::Piece& piece) { piece.poses.clear(); }), kNow);
+    EXPECT_EQ(none.error, "no epoch of the occupation lies between its poses");
+
+    const auto& pieces = whole->occupationTrack->pieces;
+    const std::size_t count = pieces.size();
+    const Instant end = pieces[count - 6]->epoch.moment;
+    const Instant last = pieces[count - 6]->poses.back().moment;
+    const JobRecord shorter =
+        field::OccupationRecordOf(WithPoses(*whole,
+                                            [end](OccupationTrack::Piece& piece) {
+                                                if (piece.epoch.moment > end) piece.poses.clear();
+                                            }),
+                                  kNow);
+    ASSERT_EQ(shorter.error, "");
+    for (std::size_t i = count - 6; i < count; ++i) {
+        const bool late = pieces[i]->epoch.moment > last;
+        EXPECT_EQ(shorter.epochs[i].used, !late) << i;
+        EXPECT_EQ(shorter.epochs[i].why, late ? "there is no pose before or after it" : "") << i;
+    }
+    EXPECT_FALSE(shorter.epochs.back().used);
+}
+
+TEST(OccupationRecord, TellsOfEpochsThatTheEstimateDoubts)
+{
+    std::optional<Report> report = ByOccupation(RockedReports());
+    ASSERT_TRUE(report);
+    report->verdict.reasons.clear();
+    report->occupation->seconds = 7.6;
+    report->occupation->doubtful = 3;
+    EXPECT_EQ(field::OccupationRecordOf(*report, kNow).point.gate,
+              "store: by an occupation of 8 s, 3 epochs with less than half a vote");
+    report->occupation->doubtful = 0;
+    EXPECT_EQ(field::OccupationRecordOf(*report, kNow).point.gate,
+              "store: by an occupation of 8 s");
+}
+
 // 1e-6 m: the poses are stored with seven decimals, their moments in microseconds.
 TEST(OccupationRecord, IsRecomputedAsItWasStored)
 {
@@ -160,6 +237,16 @@ TEST(OccupationRecord, IsNotRecomputedWithAPoleThatTheTrackContradicts)
     setup.poleLength = 1.8;
     const JobRecord again = field::Recomputed(stored.point, stored.epochs, setup, 0.0);
     EXPECT_EQ(again.error.find("its occupation: "), 0U) << again.error;
+}
+
+TEST(OccupationRecord, IsNotRecomputedFromLinesThatAreUnreadable)
+{
+    const JobRecord stored = StoredRocked();
+    EXPECT_EQ(field::Recomputed(stored.point, {}, TrackSetup(), 0.0).error, "there is no epoch");
+    JobRecord damaged = stored;
+    damaged.epochs[5].receiver[20] = 'x';
+    EXPECT_EQ(field::Recomputed(damaged.point, damaged.epochs, TrackSetup(), 0.0).error,
+              "the receiver's lines of an epoch are unreadable");
 }
 
 TEST(OccupationRecord, IsRecomputedWithAnotherCalibration)

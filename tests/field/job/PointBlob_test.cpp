@@ -55,6 +55,10 @@ TEST(PointBlob, RefusesWhatIsNoPointWithAHeight)
     changed[3] = 0x11; // empty
     EXPECT_FALSE(PointOf(changed));
     changed = good;
+    changed[3] = 0x03; // an envelope of x and y, where the point stands
+    EXPECT_FALSE(PointOf(changed));
+    EXPECT_FALSE(PointOf(changed + std::string(31, '\0')));
+    changed = good;
     changed[3] = 0x0B; // an envelope that there is not
     EXPECT_FALSE(PointOf(changed));
     changed = good;

@@ -2,6 +2,7 @@
 #include "field/job/Recompute.h"
 
 #include "field/Geodesy.h"
+#include "field/job/RecomputeOccupation.h"
 #include "tests/field/job/StoredPoint.h"
 
 #include <cmath>
@@ -112,6 +113,27 @@ TEST(Recompute, SaysWhereLinesAreUnreadable)
     EXPECT_EQ(again.epochs[0].why, "no tip: the receiver's lines are unreadable");
     EXPECT_EQ(again.epochs[1].why, "no tip: there is no pose at its moment");
     EXPECT_EQ(Recomputed(stored.point, {}, PoleSetup(), 0.0).error, "there is no epoch");
+}
+
+TEST(Recompute, SaysWhereNoPoleStandsLikeAPose)
+{
+    const JobRecord good = StoredPoint(PoleSetup(), 6);
+    JobRecord stored = good;
+    stored.epochs[0].pose =
+        tiltpole::field::Framed("PTPS,1,100.000,95.0,5.0,40.0,0,0,0,0,0,0,0,0,0,0,0,0");
+    const JobRecord again = Recomputed(stored.point, stored.epochs, PoleSetup(), 0.0);
+    ASSERT_EQ(again.error, "");
+    EXPECT_FALSE(again.epochs[0].used);
+    EXPECT_EQ(again.epochs[0].why, "no tip: pitch and roll are those of no standing pole");
+    EXPECT_LT(Apart(again.point.tip, good.point.tip), 1e-7);
+}
+
+TEST(Recompute, TakesAMomentBeyondAllTimeForNone)
+{
+    using tiltpole::field::InstantOf;
+    EXPECT_EQ(InstantOf(1.5), std::chrono::milliseconds{1500});
+    for (const double seconds : {1e9, -1e300, std::nan("")})
+        EXPECT_EQ(InstantOf(seconds), Instant{}) << seconds;
 }
 
 } // namespace
