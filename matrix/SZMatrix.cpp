@@ -116,10 +116,15 @@ bool CSZMatrix::setDiagonal(double d)
 
 namespace {
 
-// out[i] = combine(a[i], b[i]); out may be one of the operands.
-template <class Combine>
-void ForEach(const double* a, const double* b, double* out, std::size_t count, Combine combine)
+// Up to so many elements a loop beside the rest takes less than a call of a kernel.
+constexpr std::size_t kFew = 16;
+
+// out[i] = combine(a[i], b[i]), by `kernel` where there are many; out may be one of the operands.
+template <class Combine, class Kernel>
+void ForEach(const double* a, const double* b, double* out, std::size_t count, Combine combine,
+             Kernel kernel)
 {
+    if (count > kFew) return kernel(a, b, out, count);
     for (std::size_t i = 0; i < count; ++i)
         out[i] = combine(a[i], b[i]);
 }
@@ -141,7 +146,8 @@ CSZMatrix CSZMatrix::operator+(const CSZMatrix& B) const
     const bool fits = HasSizeOf(B);
     CSZMatrix sum(m_nRows, m_nCols, fits ? Fill::Nothing : Fill::Zero);
     if (fits)
-        ForEach(m_Data.Data(), B.m_Data.Data(), sum.m_Data.Data(), sum.Count(), std::plus<>{});
+        ForEach(m_Data.Data(), B.m_Data.Data(), sum.m_Data.Data(), sum.Count(), std::plus<>{},
+                matrix::Add);
     return sum;
 }
 
@@ -151,7 +157,7 @@ CSZMatrix CSZMatrix::operator-(const CSZMatrix& B) const
     CSZMatrix difference(m_nRows, m_nCols, fits ? Fill::Nothing : Fill::Zero);
     if (fits)
         ForEach(m_Data.Data(), B.m_Data.Data(), difference.m_Data.Data(), difference.Count(),
-                std::minus<>{});
+                std::minus<>{}, matrix::Subtract);
     return difference;
 }
 
@@ -235,14 +241,15 @@ bool CSZMatrix::operator=(CSZMatrix&& B) noexcept
 bool CSZMatrix::operator+=(const CSZMatrix& B)
 {
     if (!HasSizeOf(B)) return false;
-    ForEach(m_Data.Data(), B.m_Data.Data(), m_Data.Data(), Count(), std::plus<>{});
+    ForEach(m_Data.Data(), B.m_Data.Data(), m_Data.Data(), Count(), std::plus<>{}, matrix::Add);
     return true;
 }
 
 bool CSZMatrix::operator-=(const CSZMatrix& B)
 {
     if (!HasSizeOf(B)) return false;
-    ForEach(m_Data.Data(), B.m_Data.Data(), m_Data.Data(), Count(), std::minus<>{});
+    ForEach(m_Data.Data(), B.m_Data.Data(), m_Data.Data(), Count(), std::minus<>{},
+            matrix::Subtract);
     return true;
 }
 

@@ -149,6 +149,16 @@ void Multiply(const double* a, const double* b, double* c, int rows, int inner, 
     }
 }
 
+void Add(const double* a, const double* b, double* out, std::size_t count)
+{
+    ProcessorKernels().add(a, b, out, count);
+}
+
+void Subtract(const double* a, const double* b, double* out, std::size_t count)
+{
+    ProcessorKernels().subtract(a, b, out, count);
+}
+
 // Four rows at a time, so that elements are stored side by side.
 void Transpose(const double* a, double* t, int rows, int cols)
 {

@@ -8,6 +8,7 @@
 #pragma once
 
 #include <cfloat>
+#include <cstddef>
 
 namespace tiltpole::matrix {
 
@@ -23,6 +24,11 @@ enum class Outcome { Done, Refused, NoMemory };
 /// c = a * b: rows x inner times inner x cols, each element summed from 0.0 over rising k. c is
 /// neither a nor b.
 void Multiply(const double* a, const double* b, double* c, int rows, int inner, int cols);
+
+/// out[i] = a[i] + b[i] of `count` elements, or a[i] - b[i]; out may be a or b. For arrays of more than a
+/// few elements: the loop is not inlined.
+void Add(const double* a, const double* b, double* out, std::size_t count);
+void Subtract(const double* a, const double* b, double* out, std::size_t count);
 
 /// The transpose of the rows x cols array a. t is not a.
 void Transpose(const double* a, double* t, int rows, int cols);
@@ -41,6 +47,8 @@ Outcome FactorCholesky(const double* a, double* l, int n, PivotFloor floor);
 struct KernelSet
 {
     void (*multiply)(const double* a, const double* b, double* c, int rows, int inner, int cols);
+    void (*add)(const double* a, const double* b, double* out, std::size_t count);
+    void (*subtract)(const double* a, const double* b, double* out, std::size_t count);
     Outcome (*invert)(double* a, int n, PivotFloor floor);
     Outcome (*factorCholesky)(const double* a, double* l, int n, PivotFloor floor);
 

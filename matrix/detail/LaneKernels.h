@@ -113,6 +113,35 @@ void MultiplyLanes(const double* a, const double* b, double* c, int rows, int in
     if (col < cols) MultiplyStrip<Width, 1>(product, col, Padding<Width>::LanesLeft(cols - col));
 }
 
+// ---- sums --------------------------------------------------------------------------------------
+
+// out[i] = combine(a[i], b[i]); out may be one of the operands.
+template <int Width, class Combine>
+[[gnu::always_inline]] inline void CombineLanes(const double* a, const double* b, double* out,
+                                                std::size_t count, Combine combine)
+{
+    using Lanes = vector::Lanes<Width>;
+    const auto end = static_cast<Index>(count);
+    Index i = 0;
+    for (; end - i >= Width; i += Width)
+        combine(Lanes::Load(a + i), Lanes::Load(b + i)).Store(out + i);
+    if (i < end)
+        combine(Lanes::LoadPart(a + i, end - i), Lanes::LoadPart(b + i, end - i))
+            .StorePart(out + i, end - i);
+}
+
+template <int Width>
+void AddLanes(const double* a, const double* b, double* out, std::size_t count)
+{
+    CombineLanes<Width>(a, b, out, count, [](auto x, auto y) { return x + y; });
+}
+
+template <int Width>
+void SubtractLanes(const double* a, const double* b, double* out, std::size_t count)
+{
+    CombineLanes<Width>(a, b, out, count, [](auto x, auto y) { return x - y; });
+}
+
 // ---- inverse -----------------------------------------------------------------------------------
 
 template <int Width, Index Fixed>
@@ -174,8 +203,8 @@ Outcome FactorCholeskyLanes(const double* a, double* l, int n, PivotFloor floor)
 template <int Width>
 const KernelSet& KernelSet::Of()
 {
-    static constexpr KernelSet kernels{MultiplyLanes<Width>, InvertLanes<Width>,
-                                       FactorCholeskyLanes<Width>};
+    static constexpr KernelSet kernels{MultiplyLanes<Width>, AddLanes<Width>, SubtractLanes<Width>,
+                                       InvertLanes<Width>, FactorCholeskyLanes<Width>};
     return kernels;
 }
 

@@ -6,6 +6,8 @@
 #include "tests/matrix/MatrixTools.h"
 #include "vector/Dispatch.h"
 
+#include <cstddef>
+#include <functional>
 #include <vector>
 
 using namespace matrixtest;
@@ -44,6 +46,41 @@ TEST_P(Kernels, MultiplyAsTheLiteralSums)
                            a.cols, b.cols);
             ASSERT_THAT(product, Equals(literal::Product(a, b)));
         }
+}
+
+TEST_P(Kernels, AddAndSubtractElementByElement)
+{
+    Maker make(13);
+    for (const Kind kind : kKinds)
+        for (int count = 1; count <= 40; ++count) {
+            const literal::Matrix a = make.Any(1, count, kind);
+            const literal::Matrix b = make.Any(1, count, kind);
+            const auto elements = static_cast<std::size_t>(count);
+            literal::Matrix sum(1, count);
+            Set().add(a.elements.data(), b.elements.data(), sum.elements.data(), elements);
+            ASSERT_THAT(sum, Equals(literal::Combined(a, b, std::plus<>())));
+            literal::Matrix difference(1, count);
+            Set().subtract(a.elements.data(), b.elements.data(), difference.elements.data(),
+                           elements);
+            ASSERT_THAT(difference, Equals(literal::Combined(a, b, std::minus<>())));
+        }
+}
+
+TEST_P(Kernels, AddAndSubtractInPlaceAndNoFurther)
+{
+    for (std::size_t count = 0; count <= 20; ++count) {
+        const std::vector<double> ones(count + 1, 1.0);
+        std::vector<double> first(count + 1, 5.0);
+        Set().add(first.data(), ones.data(), first.data(), count);
+        std::vector<double> second(count + 1, 2.0);
+        Set().subtract(first.data(), second.data(), second.data(), count);
+        for (std::size_t i = 0; i < count; ++i) {
+            ASSERT_EQ(first[i], 6.0) << i << " of " << count;
+            ASSERT_EQ(second[i], 4.0) << i << " of " << count;
+        }
+        ASSERT_EQ(first[count], 5.0) << count;
+        ASSERT_EQ(second[count], 2.0) << count;
+    }
 }
 
 TEST_P(Kernels, InvertAsTheLiteralElimination)
