@@ -184,8 +184,7 @@ private:
         m_size = newSize;
     }
 
-    // Apart from Add, so that loops which add keep their values in registers.
-    [[gnu::noinline]] void AddToFull(ARG_TYPE newElement)
+    void AddToFull(ARG_TYPE newElement)
     {
         TYPE copy(newElement); // it may be an element of the store that is about to move
         Reserve(m_size + 1);

@@ -21,8 +21,6 @@ CRuntimeClass* CObject::GetRuntimeClass() const
     return RUNTIME_CLASS(CObject);
 }
 
-CObject::~CObject() = default;
-
 BOOL CObject::IsKindOf(const CRuntimeClass* runtimeClass) const
 {
     return GetRuntimeClass()->IsDerivedFrom(runtimeClass);

@@ -37,7 +37,7 @@ public:
     static const CRuntimeClass classCObject;
 
     virtual CRuntimeClass* GetRuntimeClass() const;
-    virtual ~CObject();
+    virtual ~CObject() = default; // inline, so that arrays which nobody else sees stay in registers
 
     CObject(const CObject&) = delete;
     CObject& operator=(const CObject&) = delete;
