@@ -15,6 +15,7 @@
 #include "simulation/Points.h"
 #include "simulation/Turn.h"
 #include "simulation/Walk.h"
+#include "tests/portable/PointSets.h"
 #include "tests/portable/Print.h"
 #include "tests/reference/Turns.h"
 #include "tests/simulation/TestSensors.h"
@@ -34,6 +35,7 @@ using portable::Bytes;
 using portable::Decision;
 using portable::Name;
 using portable::Number;
+using portable::PlanOfSet;
 using simulation::Generator;
 using simulation::Stream;
 using simulation::TurnAxis;
@@ -190,17 +192,7 @@ void PrintCalibrations()
 void PrintTips()
 {
     for (int set = 0; set < 24; ++set) {
-        const double noise = 0.001 * (set % 5);
-        const simulation::PointsPlan plan{
-            .points = 3 + 2 * set,
-            .tip = {500.0, 300.0, 100.0},
-            .mostLean = 15.0 + 10.0 * (set % 4),
-            .width = set % 3 == 2 ? 90.0 : 360.0,
-            .spacing = 0.1,
-            .planNoise = noise,
-            .heightNoise = 2.0 * noise,
-            .outliers = set % 6 == 5 ? 1 : 0
-        };
+        const simulation::PointsPlan plan = PlanOfSet(set, 3 + 2 * set, 0.001 * (set % 5));
         CTiltPosition_Geometry geometry;
         geometry.SetAntennaHeight(set % 8 == 7 ? 1.9 : 2.0);
         const std::string name = Name("tip", set);

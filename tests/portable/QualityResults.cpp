@@ -7,6 +7,7 @@
 #include "simulation/trials/Conditions.h"
 #include "tests/portable/Corpus.h"
 #include "tests/portable/LibraryResults.h"
+#include "tests/portable/PointSets.h"
 #include "tests/portable/Print.h"
 
 #include <cstddef>
@@ -128,17 +129,7 @@ void PrintCalibrations()
 void PrintTipEstimates()
 {
     for (int set = 0; set < 24; ++set) {
-        const double noise = 0.002 * (set % 5);
-        const simulation::PointsPlan plan{
-            .points = 4 + 3 * set,
-            .tip = {500.0, 300.0, 100.0},
-            .mostLean = 15.0 + 10.0 * (set % 4),
-            .width = set % 3 == 2 ? 90.0 : 360.0,
-            .spacing = 0.1,
-            .planNoise = noise,
-            .heightNoise = 2.0 * noise,
-            .outliers = set % 6 == 5 ? 1 : 0
-        };
+        const simulation::PointsPlan plan = PlanOfSet(set, 4 + 3 * set, 0.002 * (set % 5));
         std::vector<xyhCoord> antennas;
         for (const simulation::AntennaPosition& position :
              simulation::SimulatePoints(plan, static_cast<std::uint64_t>(set)))
