@@ -347,7 +347,7 @@ FieldSight Engine::SeenField(const TipSolution& solution)
         sight.strength = calibration.field->strength;
         sight.dip = calibration.field->dip;
     }
-    if (m_setup.north == NorthSource::Model && std::isfinite(solution.model.strength)) {
+    if (m_setup.north == NorthSource::Model) { // there is a tip, so the model has a field
         // Counts per nT were found where the calibration was made; taken for near the first place.
         if (!m_strengthAtStart) m_strengthAtStart = solution.model.strength;
         if (sight.strength) *sight.strength *= solution.model.strength / *m_strengthAtStart;

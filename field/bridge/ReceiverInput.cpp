@@ -38,7 +38,6 @@ ReceiverInput::ReceiverInput(const ::field::Setup& setup)
 
 void ReceiverInput::Feed(std::string_view bytes, Instant arrival)
 {
-    if (bytes.empty()) return;
     NoticeGarbled(arrival);
     m_reader.Feed(bytes, arrival);
     CountLines(arrival);

@@ -172,6 +172,60 @@ TEST(Faults, LevelAccelerationsOfALeaningPoleAreNoGravityOfItsPose)
     EXPECT_EQ(reports.back().verdict.state, State::Block);
 }
 
+// m/s² in place of g.
+TEST(Faults, AccelerationsInAnotherUnitSayNothingOfThePose)
+{
+    Options options;
+    options.pose = [](PoseFields& pose) {
+        pose.readings[9] = pose.readings[10] = 0.0;
+        pose.readings[11] = 9.81;
+        AddNoise(pose);
+    };
+    const auto reports = ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd, 20.0), options));
+    EXPECT_EQ(reports.back().verdict.state, State::Store) << ReasonsOf(reports.back());
+}
+
+TEST(Faults, AnglesThatStayWhileAccelerationsTurn)
+{
+    Options options;
+    options.pose = [](PoseFields& pose) {
+        if (pose.seconds > kFrom) {
+            pose.readings[9] = pose.readings[10] = 0.0;
+            pose.readings[11] = 1.0;
+        }
+        AddNoise(pose);
+    };
+    const auto reports = ReportsOf(TrackSetup(), RecordsOf(StandingTrack(kEnd, 20.0), options));
+    const Report& last = reports.back();
+    EXPECT_FALSE(last.tip);
+    ASSERT_FALSE(last.verdict.reasons.empty());
+    const std::string& text = last.verdict.reasons[0].text;
+    EXPECT_TRUE(text.starts_with("no pose for 4.") || text.starts_with("no pose for 5.")) << text;
+    EXPECT_TRUE(text.ends_with("pitch and roll are not those of the accelerations: are they in "
+                               "degrees?"))
+        << text;
+}
+
+TEST(Faults, ADisturbanceIsNoneOfAHeadingThatTheSensorForms)
+{
+    Options options;
+    options.pose = [](PoseFields& pose) {
+        pose.heading = "40.0";
+        for (std::size_t i = 0; i < 3; ++i)
+            pose.readings[i] *= 1.0 + 0.1 * pose.seconds;
+    };
+    field::Setup setup = TrackSetup();
+    setup.calibration.field = field::FieldShape{500.0, 64.0};
+    const auto reports = RunFault(options, setup);
+    EXPECT_EQ(reports.back().verdict.state, State::Store) << ReasonsOf(reports.back());
+    EXPECT_LT(PlanError(reports.back()), 0.004);
+    options.pose = [formed = options.pose](PoseFields& pose) {
+        formed(pose);
+        pose.heading.clear();
+    };
+    EXPECT_TRUE(Has(RunFault(options, setup).back(), Code::FieldStrength)) << "of readings";
+}
+
 TEST(Faults, PoseSilent)
 {
     Options options;
@@ -363,6 +417,22 @@ TEST(Faults, AnotherGeoidSeparation)
     Check(ReportsOf(TrackSetup(), records), {Code::DatumStep, State::Block, 4.1, 9.0, 9.0, "4"});
 }
 
+// Of a receiver without a date the start of the program tells the day.
+TEST(Faults, AStartThatIsNoDate)
+{
+    for (const double started : {1795352878.0, 1e12, -1e300}) {
+        Options options;
+        options.epoch = [](EpochFields& epoch) { epoch.rmc = false; };
+        field::Setup setup = TrackSetup();
+        setup.north = field::NorthSource::Model;
+        setup.started = started;
+        const auto reports = RunFault(options, setup);
+        const bool known = started == 1795352878.0;
+        EXPECT_EQ(reports.back().tip.has_value(), known) << ReasonsOf(reports.back());
+        EXPECT_EQ(Has(reports.back(), Code::NoNorth), !known) << ReasonsOf(reports.back());
+    }
+}
+
 // A receiver whose weeks rolled over dates the day 1024 weeks back: no declination for it.
 TEST(Faults, ADateOf1024WeeksAgo)
 {
@@ -467,6 +537,40 @@ TEST(Faults, EpochsOfOneTimeAreOne)
         frozen += report.epoch.utc == "130802.00" ? 1U : 0U;
     EXPECT_EQ(frozen, 1U);
     EXPECT_GE(bridge.Count().repeated, 19U);
+}
+
+// n seconds of the day.
+std::string EpochOf(int n)
+{
+    EpochFields epoch;
+    epoch.utc = n;
+    epoch.antenna = kTip;
+    return EpochText(epoch);
+}
+
+TEST(Faults, ManyEpochsAtOnceDoNotWaitForAPose)
+{
+    field::Bridge bridge(TrackSetup());
+    for (int n = 0; n < 100; ++n)
+        bridge.FeedReceiver(EpochOf(n), InstantOf(1.0));
+    const auto judged = bridge.Take();
+    ASSERT_EQ(judged.size(), 36U) << "of 100, 64 wait";
+    EXPECT_EQ(judged.front().epoch.utc, "000000.00");
+    EXPECT_TRUE(Has(judged.front(), Code::NoPose));
+    bridge.Tick(InstantOf(1.2));
+    EXPECT_EQ(bridge.Take().size(), 64U);
+}
+
+TEST(Faults, ReportsThatNobodyTakesAreForgottenFromTheOldestOn)
+{
+    field::Bridge bridge(TrackSetup());
+    for (int n = 0; n < 4200; ++n)
+        bridge.FeedReceiver(EpochOf(n), InstantOf(1.0 + n));
+    bridge.Tick(InstantOf(4201.0));
+    const auto reports = bridge.Take();
+    ASSERT_EQ(reports.size(), 4096U);
+    EXPECT_EQ(reports.front().epoch.utc, "000144.00") << "4200 - 4096 = 104 s";
+    EXPECT_EQ(reports.back().epoch.utc, "010959.00");
 }
 
 TEST(Faults, WrongBaudRate)

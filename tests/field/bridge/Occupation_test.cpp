@@ -3,6 +3,7 @@
 // A planted pole that moves, through the whole engine: the occupation's tip may be stored while the
 // antenna moves.
 #include "field/OccupationTrack.h"
+#include "field/pose/PoseReader.h"
 #include "tests/field/bridge/PlantedPole.h"
 
 #include <gtest/gtest.h>
@@ -122,6 +123,67 @@ TEST(LiveOccupation, NeedsGyros)
 {
     for (const Report& report : ReportsOf(TrackSetup(), RecordsOf(StandingTrack(5.0))))
         EXPECT_FALSE(report.occupation);
+}
+
+// The limits of the gate hold for the occupation's own sigmas, and for what a moving epoch cannot
+// know its own do not.
+TEST(LiveOccupation, IsHeldAgainstTheLimitsOfSigmas)
+{
+    field::Setup setup = TrackSetup();
+    setup.limits.planSigma = 0.001;
+    setup.limits.heightSigma = 0.001;
+    int held = 0;
+    for (const Report& report : ReportsOf(setup, RecordsOf(RockedTrack()))) {
+        EXPECT_FALSE(report.byOccupation);
+        if (!report.occupationTrack) continue;
+        ++held;
+        const auto covariance = report.occupation->covariance;
+        const double plan = std::sqrt(std::max(covariance[0][0], covariance[1][1]));
+        ASSERT_GE(report.verdict.reasons.size(), 2U);
+        EXPECT_EQ(report.verdict.reasons[0].code, field::Reason::Code::PlanSigma);
+        EXPECT_EQ(report.verdict.reasons[0].text,
+                  "plan sd " + std::to_string(std::lround(1000.0 * plan)) + " mm (limit 1)");
+        EXPECT_EQ(report.verdict.reasons[1].code, field::Reason::Code::HeightSigma);
+        EXPECT_EQ(report.verdict.state, field::State::Block);
+    }
+    EXPECT_GT(held, 0);
+}
+
+TEST(LiveOccupation, NeedsNoTimeOfASingleEpoch)
+{
+    field::Setup setup = TrackSetup();
+    setup.limits.timeSigma = 0.001;
+    int moving = 0;
+    int stored = 0;
+    for (const Report& report : ReportsOf(setup, RecordsOf(RockedTrack()))) {
+        moving += Has(report, field::Reason::Code::TimeSigma) ? 1 : 0;
+        if (!report.occupationTrack) continue;
+        stored += report.byOccupation ? 1 : 0;
+        EXPECT_FALSE(Has(report, field::Reason::Code::TimeSigma));
+    }
+    EXPECT_GT(moving, 0);
+    EXPECT_GT(stored, 0);
+}
+
+TEST(LiveOccupation, NotesThatASensorHasOneMagnetometer)
+{
+    field::Setup setup = TrackSetup();
+    setup.poseFormat = field::PoseFormat::SerialFrames;
+    field::Bridge bridge(setup);
+    const auto reader = field::MakePoseReader(field::PoseFormat::Ptps);
+    for (const Record& record : RecordsOf(StandingTrack(3.0))) {
+        if (record.channel == field::Channel::Receiver) {
+            bridge.FeedReceiver(record.bytes, record.at);
+            continue;
+        }
+        reader->Feed(record.bytes, record.at);
+        for (const field::PoseSample& sample : reader->Take())
+            bridge.FeedPose(sample);
+    }
+    const auto reports = bridge.Take();
+    ASSERT_FALSE(reports.empty());
+    EXPECT_TRUE(Has(reports.back(), field::Reason::Code::OneMagnetometer));
+    EXPECT_EQ(reports.back().verdict.state, field::State::Store) << ReasonsOf(reports.back());
 }
 
 } // namespace

@@ -153,6 +153,55 @@ TEST(PoseInput, SeesNoMotionOfPosesBeforeARestart)
     }
 }
 
+TEST(PoseInput, ForgetsThePosesOfAClockThatBeganAnew)
+{
+    const TipSolver solver(PoleSetup(1));
+    PoseInput poses(field::PoseFormat::Ptps);
+    const std::vector<PoseSample> samples = Swinging(1, 20ms, 100);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        PoseSample sample = samples[i];
+        sample.deviceSeconds = (i < 60 ? 1000.0 : 0.0) + 0.02 * static_cast<double>(i);
+        const bool kept = poses.Add(sample, solver).has_value();
+        EXPECT_EQ(kept, i < 60 || i >= 62) << i; // the third that advances
+    }
+    EXPECT_EQ(poses.Ring().Size(), 38U);
+}
+
+// Of samples that all come more than 0.9 s late, after 2 s.
+TEST(PoseInput, ForgetsThePosesBeforeALineThatBecameSlower)
+{
+    const TipSolver solver(PoleSetup(1));
+    PoseInput poses(field::PoseFormat::Ptps);
+    const std::vector<PoseSample> samples = Swinging(1, 20ms, 300);
+    for (std::size_t i = 0; i < samples.size(); ++i) {
+        PoseSample sample = samples[i];
+        sample.deviceSeconds = 0.02 * static_cast<double>(i);
+        if (i >= 100) sample.arrival += 1200ms;
+        poses.Add(sample, solver);
+    }
+    EXPECT_EQ(poses.Ring().Size(), 100U) << "of the last two seconds";
+    EXPECT_GT(poses.Ring().Sample(0).moment, 4400ms);
+}
+
+TEST(PoseInput, TakesNoAccelerationThatNeverChangesForMeasured)
+{
+    const TipSolver solver(PoleSetup(1));
+    for (double PoseSensorData::*axis :
+         {&PoseSensorData::dAcc_x, &PoseSensorData::dAcc_y, &PoseSensorData::dAcc_z}) {
+        for (const double change : {0.0, 0.001}) {
+            PoseInput poses(field::PoseFormat::Ptps);
+            std::vector<PoseSample> samples = Swinging(1, 20ms, 50);
+            for (PoseSample& sample : samples) {
+                sample.data.dAcc_x = sample.data.dAcc_y = sample.data.dAcc_z = 0.5;
+                if (&sample == &samples.back()) sample.data.*axis += change;
+                poses.Add(sample, solver);
+            }
+            const auto force = poses.MeanForce(samples.back().arrival, 0.5);
+            EXPECT_NEAR(force.x + force.y + force.z, change > 0.0 ? 1.5 : 0.0, 1e-4);
+        }
+    }
+}
+
 TEST(PoseInput, AddsTheAccelerationsOfASpanInTheirOrder)
 {
     const TipSolver solver(PoleSetup(1));

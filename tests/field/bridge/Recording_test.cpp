@@ -165,6 +165,8 @@ TEST(Recording, RefusesALineBeyondItsBound)
     EXPECT_TRUE(reader.Read("+0.000000 R " + most));
     EXPECT_FALSE(reader.Read("+0.000000 R a" + most));
     EXPECT_EQ(reader.Error(), "line 3: the line is too long");
+    EXPECT_FALSE(reader.Read("+0.000000 R \t" + most + most + most + most));
+    EXPECT_EQ(reader.Error(), "line 4: the line is too long") << "and not looked at";
 }
 
 } // namespace
