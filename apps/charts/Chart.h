@@ -44,7 +44,7 @@ struct PlotPoint
     double x, y;
 };
 
-enum class Mark { Dot, Ring, Cross, Plus, Square, Target };
+enum class Mark { Dot, Ring, Cross, Plus, Target };
 
 struct PointStyle
 {

@@ -126,11 +126,6 @@ void Painter::MarkAt(PlotPoint at, const PointStyle& style)
         circle(style.size);
         cairo_fill(context);
         return;
-    case Mark::Square:
-        cairo_rectangle(context, at.x - style.size, at.y - style.size, 2.0 * style.size,
-                        2.0 * style.size);
-        cairo_fill(context);
-        return;
     case Mark::Ring:
         circle(style.size);
         break;

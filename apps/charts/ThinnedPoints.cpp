@@ -11,7 +11,6 @@ void ThinnedPoints::Add(PlotPoint point)
             m_points[i] = m_points[2 * i];
         m_points.resize(kMost / 2);
         m_every *= 2;
-        if ((m_seen - 1) % m_every != 0) return;
     }
     m_points.push_back(point);
 }

@@ -14,7 +14,7 @@ namespace charts {
 class ThinnedPoints
 {
 public:
-    static constexpr std::size_t kMost = 8192;
+    static constexpr std::size_t kMost = 8192; // even
 
     void Add(PlotPoint point);
     const std::vector<PlotPoint>& Points() const { return m_points; }

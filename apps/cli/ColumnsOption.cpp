@@ -30,13 +30,11 @@ tables::ColumnChoice ParseChoice(const std::string& text, const std::vector<std:
     const std::vector<std::string> parts = Parts(text);
     tables::ColumnChoice choice;
     if (text.find('=') == std::string::npos) {
-        if (parts.size() != order.size() || order.empty()) {
+        if (parts.size() != order.size()) {
             throw CLI::ValidationError(
-                kOption, fmt::format("takes {}KEY=NAME with a key among {}, not '{}'",
-                                     order.empty() ? ""
-                                                   : fmt::format("the names of {}, or ",
-                                                                 fmt::join(order, ", ")),
-                                     fmt::join(keys, ", "), text));
+                kOption,
+                fmt::format("takes the names of {}, or KEY=NAME with a key among {}, not '{}'",
+                            fmt::join(order, ", "), fmt::join(keys, ", "), text));
         }
         for (std::size_t i = 0; i < parts.size(); ++i)
             choice[order[i]] = parts[i];
@@ -60,7 +58,7 @@ tables::ColumnChoice ParseChoice(const std::string& text, const std::vector<std:
 void AddColumnsOption(CLI::App& command, tables::ColumnChoice& choice,
                       std::vector<std::string> order, std::vector<std::string> more)
 {
-    const std::string names = order.empty() ? "" : fmt::format("{}|", fmt::join(order, ","));
+    const std::string names = fmt::format("{}|", fmt::join(order, ","));
     std::vector<std::string> keys = order;
     keys.insert(keys.end(), more.begin(), more.end());
     const auto take = [&choice, order = std::move(order), keys](const std::string& text) {

@@ -12,6 +12,7 @@ namespace cli {
 
 /// Adds --columns, one argument with commas inside: either the names of all columns in `order`
 /// (`Hochwert,Rechtswert,Hoehe`), or `KEY=NAME` for some keys of `order` and `more`.
+/// @param order   one or more
 /// @param choice  filled when the command line is parsed; must outlive it
 void AddColumnsOption(CLI::App& command, tables::ColumnChoice& choice,
                       std::vector<std::string> order, std::vector<std::string> more = {});

@@ -4,6 +4,8 @@
 #include "apps/tables/Errors.h"
 #include "apps/tables/ReadFile.h"
 #include "quality/ParameterFile.h"
+#include <algorithm>
+#include <array>
 #include <cerrno>
 #include <cmath>
 #include <sys/mman.h>
@@ -34,26 +36,40 @@ private:
     int m_file;
 };
 
-bool IsNear(double x, double y)
+std::array<double, 21> ValuesOf(CInclineSensor_Position& p)
 {
-    return std::fabs(x - y) <= kLastDigit;
-}
-
-bool IsSame(const Incline_MagneticCorrectParameter& p, const Incline_MagneticCorrectParameter& q)
-{
-    return IsNear(p.x0, q.x0) && IsNear(p.y0, q.y0) && IsNear(p.z0, q.z0) && IsNear(p.a, q.a)
-           && IsNear(p.b, q.b) && IsNear(p.c, q.c) && IsNear(p.d, q.d) && IsNear(p.e, q.e);
+    const Incline_MagneticCorrectParameter a = p.GetMagneticCorrectPar_A();
+    const Incline_MagneticCorrectParameter b = p.GetMagneticCorrectPar_B();
+    const Incline_MagneticTranslationParameter t = p.GetMagneticTranslationPar();
+    return {a.x0,
+            a.y0,
+            a.z0,
+            a.a,
+            a.b,
+            a.c,
+            a.d,
+            a.e,
+            b.x0,
+            b.y0,
+            b.z0,
+            b.a,
+            b.b,
+            b.c,
+            b.d,
+            b.e,
+            t.dX,
+            t.dY,
+            t.dZ,
+            p.GetMagneticBiasAngle_A(),
+            p.GetMagneticBiasAngle_B()};
 }
 
 bool IsSame(CInclineSensor_Position& p, CInclineSensor_Position& q)
 {
-    const Incline_MagneticTranslationParameter s = p.GetMagneticTranslationPar();
-    const Incline_MagneticTranslationParameter t = q.GetMagneticTranslationPar();
-    return IsSame(p.GetMagneticCorrectPar_A(), q.GetMagneticCorrectPar_A())
-           && IsSame(p.GetMagneticCorrectPar_B(), q.GetMagneticCorrectPar_B()) && IsNear(s.dX, t.dX)
-           && IsNear(s.dY, t.dY) && IsNear(s.dZ, t.dZ)
-           && IsNear(p.GetMagneticBiasAngle_A(), q.GetMagneticBiasAngle_A())
-           && IsNear(p.GetMagneticBiasAngle_B(), q.GetMagneticBiasAngle_B());
+    const auto values = ValuesOf(p);
+    const auto others = ValuesOf(q);
+    return std::equal(values.begin(), values.end(), others.begin(),
+                      [](double x, double y) { return std::fabs(x - y) <= kLastDigit; });
 }
 
 } // namespace

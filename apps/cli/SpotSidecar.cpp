@@ -83,15 +83,14 @@ public:
 
     double Number(const char* key, const tables::Range& range) const
     {
-        if (m_json.is_object() && m_json.contains(key) && m_json[key].is_number())
+        if (m_json.contains(key) && m_json[key].is_number())
             return Within(range, key, m_json[key].get<double>());
         throw tables::InputError(m_file, fmt::format("{}{} is not a number", m_path, key));
     }
 
     int Integer(const char* key) const
     {
-        const bool isInteger =
-            m_json.is_object() && m_json.contains(key) && m_json[key].is_number_integer();
+        const bool isInteger = m_json.contains(key) && m_json[key].is_number_integer();
         const double value = isInteger ? m_json[key].get<double>() : std::nan("");
         if (std::fabs(value) <= std::numeric_limits<int>::max()) return static_cast<int>(value);
         throw tables::InputError(m_file, fmt::format("{}{} is not an integer", m_path, key));
@@ -99,7 +98,7 @@ public:
 
     Members At(const char* key) const
     {
-        if (m_json.is_object() && m_json.contains(key) && m_json[key].is_object())
+        if (m_json.contains(key) && m_json[key].is_object())
             return {m_file, m_json[key], m_path + key + "."};
         throw tables::InputError(m_file, fmt::format("{}{} is not an object", m_path, key));
     }
@@ -108,8 +107,8 @@ public:
 
     field::SensorVector Vector(const char* key, const tables::Range& range) const
     {
-        const bool isArray = m_json.is_object() && m_json.contains(key) && m_json[key].is_array()
-                             && m_json[key].size() == 3;
+        const bool isArray =
+            m_json.contains(key) && m_json[key].is_array() && m_json[key].size() == 3;
         if (isArray) {
             const ordered_json& v = m_json[key];
             if (v[0].is_number() && v[1].is_number() && v[2].is_number())

@@ -65,10 +65,9 @@ CsvReader::CsvReader(const std::string& path, std::uint64_t mostBytes)
 {
     if (m_file < 0) throw InputError(m_name, SystemReason());
     try {
-        struct stat status = {};
-        if (fstat(m_file, &status) == 0 && S_ISREG(status.st_mode)) {
-            m_size = static_cast<std::uint64_t>(status.st_size);
-        }
+        struct stat status = {}; // stays empty where it is not known
+        fstat(m_file, &status);
+        if (S_ISREG(status.st_mode)) m_size = static_cast<std::uint64_t>(status.st_size);
         ReadHeader();
     } catch (...) {
         if (m_file != STDIN_FILENO) close(m_file);

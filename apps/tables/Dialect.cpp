@@ -187,7 +187,7 @@ std::string FieldCountHint(const std::vector<std::string_view>& fields, std::siz
         });
         if (!points && static_cast<std::size_t>(whole) >= 2 * surplus) return kDecimalComma;
     }
-    if (fields.size() == 1 && columns > 1) {
+    if (fields.size() == 1) {
         for (const char other : {',', ';', '\t', kBlanks})
             if (other != separator && CountFields(fields[0], other).fields == columns)
                 return fmt::format(" (separated by {}, but the header by {}?)", NameOf(other),

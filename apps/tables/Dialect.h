@@ -41,7 +41,7 @@ char SeparatorOf(std::string_view header, const std::vector<char>& candidates,
 /// Joins a unit in brackets to the name before it, as blanks separate them: "N", "[m]" -> "N [m]".
 std::vector<std::string> JoinUnits(const std::vector<std::string_view>& words);
 
-/// A guess why this row has another number of fields than the header: " (decimal comma? ...)", or
+/// A guess why this row has not the header's number of fields, `columns`: " (decimal comma? ...)", or
 /// empty. For messages only.
 std::string FieldCountHint(const std::vector<std::string_view>& fields, std::size_t columns,
                            char separator);

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "apps/charts/Painter.h"
 #include "apps/charts/Picture.h"
 
+#include "apps/tables/Errors.h"
 #include "tests/apps/ScratchFile.h"
 #include <cairo.h>
 #include <gmock/gmock.h>
@@ -83,7 +85,13 @@ TEST(Picture, ANoteStaysInsideThePlottingArea)
              {-1.0, 1.0 }
     })
         EXPECT_NEAR(RedPixels(Note(corner)), whole, 0.15 * whole) << corner.x << ' ' << corner.y;
-    EXPECT_EQ(RedPixels(Note({0.0, 1.1})), 0) << "its point is not shown";
+    for (const charts::PlotPoint outside : {
+             charts::PlotPoint{0.0,  1.1 },
+             {0.0,  -1.1},
+             {1.1,  0.0 },
+             {-1.1, 0.0 }
+    })
+        EXPECT_EQ(RedPixels(Note(outside)), 0) << "its point is not shown";
 }
 
 TEST(Picture, ANoteCoversTheDataBehindIt)
@@ -118,6 +126,31 @@ TEST(Picture, AnSvgIsText)
     const std::string text = ReadAll(folder.Path("disc.svg"));
     EXPECT_THAT(text, testing::HasSubstr("<svg"));
     EXPECT_THAT(text, testing::HasSubstr("</svg>"));
+}
+
+TEST(Picture, ThatIsTooLargeIsAnErrorAndNoFile)
+{
+    const ScratchFolder folder;
+    const Picture picture("Title", "", 1e6, 1e6);
+    try {
+        picture.Save(folder.Path("huge.png"));
+        FAIL() << "drawn";
+    } catch (const tables::InputError& error) {
+        EXPECT_THAT(error.what(), testing::HasSubstr("huge.png: cannot be drawn: "));
+    }
+    EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(Painter, MakesATextSmallerUntilItFits)
+{
+    charts::Painter painter(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr));
+    const std::string text = "East of the estimated tip [m]";
+    const charts::TextStyle style{.size = 20.0};
+    const double width = painter.TextWidth(text, style);
+    EXPECT_EQ(painter.Fitted(text, style, width).size, 20.0);
+    const charts::TextStyle fitted = painter.Fitted(text, style, width / 2.0);
+    EXPECT_NEAR(fitted.size, 10.0, 1e-9);
+    EXPECT_NEAR(painter.TextWidth(text, fitted), width / 2.0, 0.05 * width);
 }
 
 TEST(Picture, EmptyChartsAndSinglePointsAreDrawn)

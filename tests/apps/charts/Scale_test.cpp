@@ -27,6 +27,18 @@ TEST(Ticks, AreAtLeastThree)
                 ElementsAre("0.15", "0.20", "0.25"));
 }
 
+TEST(Ticks, AreNeverMoreThanAHundred)
+{
+    EXPECT_EQ(charts::Ticks({0.0, 1.0}, 1000).size(), 100U);
+}
+
+TEST(TickTexts, NeedNoStepAndNoSignOfZero)
+{
+    EXPECT_TRUE(charts::TickTexts({}).empty());
+    EXPECT_THAT(charts::TickTexts({-5.0}), ElementsAre("\u22125"));
+    EXPECT_THAT(charts::TickTexts({-0.2, -1e-17, 0.2}), ElementsAre("\u22120.2", "0.0", "0.2"));
+}
+
 RC_GTEST_PROP(Ticks, LieInTheRangeAndAreFew, (int low, unsigned width))
 {
     const Range range{low / 1000.0, low / 1000.0 + (width + 1U) / 7000.0};

@@ -50,6 +50,8 @@ TEST(ColumnNames, MatchWithoutCaseAndUnit)
              "antenna_N_m,antenna_E_m,antenna_h_m",
              "Antenna North [m],Antenna East [m],Antenna Z [m]",
              "N-antenna,E-antenna,h-antenna",
+             "antenna.N,antenna.E.m,antenna.h",
+             "antenna N,antenna E,antenna\th",
          })
         EXPECT_EQ(Point(header), "0 1 2") << header;
 }

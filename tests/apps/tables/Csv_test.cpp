@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "apps/tables/Csv.h"
 
+#include "apps/tables/CsvField.h"
 #include "tests/apps/ScratchFile.h"
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -98,7 +99,8 @@ TEST(Csv, BlanksSeparateWhereNothingElseDoes)
         {"Point 2", "-3" }
     };
     for (const char* content :
-         {"name N\nP1 4.5\n\"Point 2\" -3\n", "  name   N  \n P1   4.5\n\t\"Point 2\"\t -3 \n"})
+         {"name N\nP1 4.5\n\"Point 2\" -3\n", "  name   N  \n P1   4.5\n\t\"Point 2\"\t -3 \n",
+          "name \"N\"\nP1\t4.5\n\"Point 2\"\t\"-3\"\n"})
         EXPECT_EQ(RowsOf(content), expected) << content;
 }
 
@@ -109,6 +111,25 @@ TEST(Csv, AUnitBehindABlankBelongsToTheNameBeforeIt)
     EXPECT_THAT(reader.Columns(), ElementsAre("N [m]", "E (m)", "name"));
     ASSERT_TRUE(reader.Next());
     EXPECT_EQ(reader.Field(2), "P");
+}
+
+TEST(Csv, AWordThatIsNoWholeUnitIsANameOfItsOwn)
+{
+    const ScratchFolder folder;
+    const CsvReader reader(folder.Write("rows.csv", "[mm] N [mm (cm E []\n"));
+    EXPECT_THAT(reader.Columns(), ElementsAre("[mm]", "N", "[mm", "(cm", "E", "[]"));
+}
+
+TEST(Csv, ReadsATableOfOneColumn)
+{
+    EXPECT_EQ(RowsOf("name\nP 1\nP2\n"), (Rows{{"P 1"}, {"P2"}}));
+}
+
+TEST(Csv, ATabInFrontOfARowLeavesItsFirstFieldBlank)
+{
+    EXPECT_EQ(RowsOf("a\tb\n\t5\n"), (Rows{
+                                         {"", "5"}
+    }));
 }
 
 // TABs separate, so that names and texts may contain blanks.
@@ -128,6 +149,10 @@ TEST(Csv, TheFirstRowDecidesBetweenSeparatorsInTheHeader)
     EXPECT_EQ(RowsOf("a;b,c\n1,2\n"), (Rows{
                                           {"1", "2"}
     }));
+    EXPECT_EQ(RowsOf("a,b;c;\n1;2;\n"), (Rows{
+                                            {"1", "2"}
+    }))
+        << "each line ends in a separator";
     EXPECT_EQ(RowsOf("a,b;c\n"), Rows{});
 }
 
@@ -139,6 +164,7 @@ TEST(Csv, ATableThatCouldBeSplitInTwoWaysIsRefused)
                                      "that contain a separator in quotes";
     EXPECT_EQ(ComplaintAbout("a,b;c\n1,2;3\n"), kTwoWays);
     EXPECT_THAT(ComplaintAbout("a;b,c\n1;2,5;3,4\n"), HasSubstr("none of them divides"));
+    EXPECT_THAT(ComplaintAbout("a,b;c\n1;2;3;\n"), HasSubstr("none of them divides"));
 }
 
 TEST(Csv, HintsAtWhatIsWrongWithTheFile)
@@ -147,7 +173,10 @@ TEST(Csv, HintsAtWhatIsWrongWithTheFile)
     const std::pair<std::string, std::string> cases[] = {
         {"N,E\n1,5,2,5\n",        std::string("4 fields where the header names 2 columns") + kComma},
         {"name,N,E\nP,1,5,2\n",   std::string("4 fields where the header names 3 columns") + kComma},
+        {"N,E\n-1,5,+2,5\n",      std::string("4 fields where the header names 2 columns") + kComma},
         {"N,E\n1.5,2,3\n",        "3 fields where the header names 2 columns"                      },
+        {"N,E\n,-,2\n",           "3 fields where the header names 2 columns"                      },
+        {"N,E\n\"\"\n",           "1 fields where the header names 2 columns"                      },
         {"N E\n1,2\n",            "(separated by commas, but the header by blanks?)"               },
         {"N;E\n1\t2\n",           "(separated by TABs, but the header by semicolons?)"             },
         {"\x1F\x8B\b",            "rows.csv: is compressed (gzip)? Unpack it first"                },
@@ -192,6 +221,8 @@ TEST(Csv, ReportsTheProblemAndTheLine)
         {"a,b\n1,x,y\n",    "rows.csv:2: 3 fields where the header names 2 columns"              },
         {"a,b\n1,\"2\n",    "rows.csv:2: a quoted field is not closed on its line"               },
         {"a,b\n\"1\"x,2\n", "rows.csv:2: text follows a quoted field"                            },
+        {"\"a,b\n1,2\n",    "rows.csv:1: a quoted field is not closed on its line"               },
+        {"sep=;\n",         "rows.csv:1: the file is empty; its first line must name the columns"},
     };
     for (const auto& [content, expected] : cases)
         EXPECT_EQ(ComplaintAbout(content), expected);
@@ -307,6 +338,63 @@ TEST(Csv, RejectsAFileAboveTheLimitWithoutReadingOn)
     }
     EXPECT_TRUE(limited.Failed());
     EXPECT_LE(limited.BytesRead(), (2 << 20) + (1 << 16)) << "one block beyond the limit at most";
+}
+
+TEST(Csv, ATextThatIsNoNumberIsShownWithoutAHintOrItsEnd)
+{
+    const std::string endless(41, 'x');
+    const std::pair<std::string, std::string> cases[] = {
+        {"x,5",             "x,5"                    },
+        {endless.substr(1), endless.substr(1)        },
+        {endless,           endless.substr(1) + "..."},
+    };
+    for (const auto& [text, shown] : cases) {
+        const ScratchFolder folder;
+        CsvReader reader(folder.Write("rows.csv", "a;h\n1;" + text + "\n"));
+        ASSERT_TRUE(reader.Next());
+        try {
+            (void)reader.Number(1);
+            ADD_FAILURE() << text;
+        } catch (const InputError& error) {
+            EXPECT_THAT(error.what(), EndsWith(": h is '" + shown + "', not a finite number"));
+        }
+    }
+}
+
+TEST(Csv, ABadRowThatIsReadAheadIsReportedInItsTurn)
+{
+    const ScratchFolder folder;
+    const std::string endless(CsvReader::kLongestLine + 1, 'x');
+    CsvReader reader(folder.Write("rows.csv", "\"a\";b,c\n" + endless + "\n1;2\n"));
+    EXPECT_THROW(reader.Next(), InputError);
+    ASSERT_TRUE(reader.Next());
+    EXPECT_EQ(reader.Number(1), 2.0);
+    EXPECT_EQ(reader.Line(), 3U);
+    EXPECT_FALSE(reader.Next());
+}
+
+TEST(Csv, AFieldIsWrittenSoThatItIsReadBack)
+{
+    constexpr std::pair<const char*, const char*> cases[] = {
+        {"P 1",     "P 1"            },
+        {"",        ""               },
+        {" x",      "\" x\""         },
+        {"x\t",     "\"x\t\""        },
+        {"#1",      "\"#1\""         },
+        {"1#",      "1#"             },
+        {"a,b",     "\"a,b\""        },
+        {"a;b",     "\"a;b\""        },
+        {"a \"b\"", "\"a \"\"b\"\"\""},
+    };
+    for (const auto& [text, written] : cases) {
+        fmt::memory_buffer row;
+        tables::AppendField(row, text);
+        EXPECT_EQ(std::string(row.data(), row.size()), written);
+        row.push_back(',');
+        EXPECT_EQ(RowsOf("a,b\n" + std::string(row.data(), row.size()) + "1\n"), (Rows{
+                                                                                     {text, "1"}
+        }));
+    }
 }
 
 RC_GTEST_PROP(Csv, AnyContentIsReadOrAnInputError, (const std::string& content))

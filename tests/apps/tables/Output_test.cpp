@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace {
 
@@ -173,6 +174,57 @@ TEST(Output, AMissingFolderIsReported)
         EXPECT_THAT(error.what(),
                     testing::EndsWith("tips.csv: cannot be written: No such file or directory"));
     }
+}
+
+TEST(Output, AFolderThatTakesNoFilesIsReported)
+{
+    try {
+        tables::WriteFile("/dev/pts/tips.csv", "content"); // not even of the superuser
+        FAIL() << "written";
+    } catch (const tables::InputError& error) {
+        EXPECT_STREQ(error.what(), "/dev/pts/tips.csv: cannot be written: Permission denied");
+    }
+}
+
+TEST(Output, AFolderThatIsGoneAtTheEndIsReported)
+{
+    const ScratchFolder folder;
+    fs::create_directory(folder.Path("sub"));
+    Output output(folder.Path("sub/tips.csv"));
+    output.Write("content");
+    fs::remove_all(folder.Path("sub"));
+    EXPECT_THROW(output.Finish(), tables::InputError);
+    EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(OutputFiles, NameTheOneThatCannotBePutInItsPlace)
+{
+    const ScratchFolder folder;
+    const std::string tips = folder.Write("tips.csv", "old");
+    fs::create_directory(folder.Path("sub"));
+    tables::OutputFiles files;
+    files.Write("-", "");
+    files.Write(tips, "new");
+    files.Write(folder.Path("sub/plot.svg"), "new");
+    fs::remove_all(folder.Path("sub"));
+    try {
+        files.Finish();
+        FAIL() << "written";
+    } catch (const tables::InputError& error) {
+        EXPECT_THAT(error.what(), testing::StartsWith(folder.Path("sub/plot.svg: cannot be ")));
+    }
+    EXPECT_THAT(ReadAll(tips), testing::AnyOf("old", "new")) << "it is whole";
+    EXPECT_EQ(folder.Names().size(), 1U);
+}
+
+TEST(Output, ThatIsAClosedStreamIsNoOtherFile)
+{
+    const int kept = dup(STDOUT_FILENO);
+    close(STDOUT_FILENO);
+    const std::string refusal = Refusal({"-", "-"}, {});
+    dup2(kept, STDOUT_FILENO);
+    close(kept);
+    EXPECT_EQ(refusal, "");
 }
 
 } // namespace

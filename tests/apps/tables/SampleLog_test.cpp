@@ -252,8 +252,9 @@ TEST(SampleLog, TheTimeIsATimeOfDay)
     for (const char* good : {"00:00:00", "23:59:60", "10:57:07.25", "07:05:09."}) {
         EXPECT_EQ(complaint(good), "") << good;
     }
-    for (const char* bad : {"24:00:00", "12:60:00", "12:00:61", "7:05:09", "120000", "12:00",
-                            "-1:00:00", "12:00:00x", "12:00:00.2s", ""}) {
+    for (const char* bad :
+         {"24:00:00", "12:60:00", "12:00:61", "7:05:09", "120000", "12:00", "-1:00:00", "1-:00:00",
+          "1x:00:00", "x1:00:00", "12:00:00x", "12:00:00.2s", ""}) {
         EXPECT_EQ(complaint(bad), std::string("log.csv:2: Time is '") + bad + "', not hh:mm:ss");
     }
 }
@@ -272,6 +273,22 @@ TEST(SampleLog, SkipsBadRowsOnRequest)
     EXPECT_EQ(sum, 3.0);
     EXPECT_THAT(bad, ElementsAre(EndsWith("log.csv:3: 1 fields where the header names 12 columns"),
                                  EndsWith("log.csv:4: dPitch is 'x', not a finite number")));
+}
+
+TEST(SampleLog, RejectsWhatItsCallerCannotUse)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Write("log.csv", kLogHeader + LogRow("1", "0"));
+    std::vector<std::string> bad;
+    SampleLog skipping(path, {.antenna = true, .onBadRow = [&](const std::string& message) {
+                                  bad.push_back(message);
+                              }});
+    ASSERT_TRUE(skipping.Next());
+    skipping.Reject("it is too steep");
+    EXPECT_THAT(bad, ElementsAre(path + ":2: it is too steep"));
+    SampleLog strict(path, {.antenna = true, .onBadRow = {}});
+    ASSERT_TRUE(strict.Next());
+    EXPECT_THROW(strict.Reject("it is too steep"), InputError);
 }
 
 } // namespace
