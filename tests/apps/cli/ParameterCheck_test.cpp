@@ -5,6 +5,8 @@
 #include "apps/tables/Errors.h"
 #include "tests/apps/ScratchFile.h"
 #include <gtest/gtest.h>
+#include <sys/resource.h>
+#include <system_error>
 
 namespace {
 
@@ -68,6 +70,25 @@ TEST(ParameterText, IsRefusedWhereNoProgramWouldLoadIt)
     position.SetMagneticTranslationPar({2e5, 0.0, 0.0});
     const std::string text = cli::ParameterText("pole.cfg", position);
     EXPECT_EQ(Complaint(text), "");
+}
+
+TEST(ParameterText, IsNotGivenWhereItCannotBeReadBack)
+{
+    rlimit files{};
+    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &files), 0);
+    const rlimit none{0, files.rlim_max};
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    std::string text;
+    std::string reason;
+    try {
+        text = cli::ParameterText("pole.cfg", CInclineSensor_Position());
+    } catch (const std::system_error& error) {
+        reason = error.what();
+    }
+    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &files), 0);
+    EXPECT_EQ(text, "");
+    EXPECT_EQ(reason, "a file in memory: Too many open files");
+    EXPECT_NE(cli::ParameterText("pole.cfg", CInclineSensor_Position()), "");
 }
 
 } // namespace

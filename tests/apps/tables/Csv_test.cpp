@@ -149,10 +149,11 @@ TEST(Csv, TheFirstRowDecidesBetweenSeparatorsInTheHeader)
     EXPECT_EQ(RowsOf("a;b,c\n1,2\n"), (Rows{
                                           {"1", "2"}
     }));
-    EXPECT_EQ(RowsOf("a,b;c;\n1;2;\n"), (Rows{
-                                            {"1", "2"}
-    }))
-        << "each line ends in a separator";
+    for (const char* const rows : {"a,b;c;\n1;2\n", "a,b;c;\n1;2;\n"})
+        EXPECT_EQ(RowsOf(rows), (Rows{
+                                    {"1", "2"}
+        }))
+            << rows;
     EXPECT_EQ(RowsOf("a,b;c\n"), Rows{});
 }
 
@@ -365,7 +366,7 @@ TEST(Csv, ABadRowThatIsReadAheadIsReportedInItsTurn)
 {
     const ScratchFolder folder;
     const std::string endless(CsvReader::kLongestLine + 1, 'x');
-    CsvReader reader(folder.Write("rows.csv", "\"a\";b,c\n" + endless + "\n1;2\n"));
+    CsvReader reader(folder.Write("rows.csv", "a;b,c\n" + endless + "\n1;2\n"));
     EXPECT_THROW(reader.Next(), InputError);
     ASSERT_TRUE(reader.Next());
     EXPECT_EQ(reader.Number(1), 2.0);
