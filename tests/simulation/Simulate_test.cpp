@@ -117,6 +117,25 @@ TEST_F(Simulate, CleanLeavesOnlyWhatIsAskedFor)
     EXPECT_EQ(sensor["magnetometer_b"]["soft_iron"][1][0], 0);
 }
 
+TEST_F(Simulate, WritesTheVerticalTurnAlone)
+{
+    ASSERT_EQ(Run("simulate turns --vertical v --magnet 1:2:50:90:30 --truth t").exitCode, 0);
+    EXPECT_THAT(Content("v"), StartsWith("Index,Time,dPitch,"));
+    EXPECT_FALSE(std::filesystem::exists(Path("h")));
+    const auto magnet = nlohmann::json::parse(Content("t"))["vertical_turn"]["magnets"][0];
+    EXPECT_EQ(magnet["azimuth_deg"], 90.0);
+    EXPECT_EQ(magnet["elevation_deg"], 30.0);
+}
+
+TEST_F(Simulate, TruthSaysWhatCannotBeUndone)
+{
+    ASSERT_EQ(
+        Run("simulate turns --horizontal h --truth t --soft-iron-a 1,0,0,0,0,0,0,0,1").exitCode, 0);
+    const auto sensor = nlohmann::json::parse(Content("t"))["sensor"];
+    EXPECT_TRUE(sensor["magnetometer_a"]["soft_iron_inverse"].is_null());
+    EXPECT_TRUE(sensor["magnetometer_b"]["soft_iron_inverse"].is_array());
+}
+
 TEST_F(Simulate, PointsStandApartEnoughToBeTaken)
 {
     const Outcome outcome = Run("simulate points --points 15 --seed 3");
@@ -158,6 +177,8 @@ TEST_F(Simulate, BadOptionsAreOneSentenceAndWriteNothing)
         {"walk --out h --most-lean 50",                               "the lean must lie"                      },
         {"walk --out h --rigid --by-formula",                         "--rigid excludes --by-formula"          },
         {"walk --out h --config c --soft-iron-a 1,0.1,0,0,1,0,0,0,1", "not lower triangular"                   },
+        {"walk --out h --config c --soft-iron-b 1,0.1,0,0,1,0,0,0,1", "not lower triangular"                   },
+        {"points --json",                                             "--json needs a file for the log"        },
         {"occupations --out h --motion jump",                         "jump not in {lean-in,"                  },
         {"occupations --out h --lean-to 70",                          "the lean, its amplitude included, must" },
         {"occupations --out h --antenna-rate 60",                     "the antenna's rate must be above 0 Hz"  },
@@ -216,7 +237,7 @@ TEST_F(Simulate, CleanOccupationsHaveNoErrorsButThoseThatAreGiven)
 TEST_F(Simulate, MotionsHaveTheirOwnDefaultsAndTakeOthers)
 {
     ASSERT_EQ(Run("simulate occupations --points 1 --out a --scene s --motion free --turn -90 "
-                  "--slip 3:0.03:0:-0.01")
+                  "--slip 3:0.03:0:-0.01 --slip 4:0:0.02:0:1.5")
                   .exitCode,
               0);
     const auto motion = nlohmann::json::parse(Content("s"))["motion"];
@@ -224,6 +245,8 @@ TEST_F(Simulate, MotionsHaveTheirOwnDefaultsAndTakeOthers)
     EXPECT_EQ(motion["duration_s"], 20.0);
     EXPECT_EQ(motion["turn_deg"], -90.0);
     EXPECT_EQ(motion["slips"][0]["by"]["h_m"], -0.01);
+    EXPECT_EQ(motion["slips"][0]["duration_s"], 0.2);
+    EXPECT_EQ(motion["slips"][1]["duration_s"], 1.5);
 }
 
 TEST_F(Simulate, OccupationsTakeTheFaultsThatAreGiven)

@@ -115,8 +115,8 @@ MeasureSetup SetupOf(const MeasureOptions& options, const CInclineSensor_Positio
 FieldWatchSetup WatchSetup(const MeasureOptions& options, const CInclineSensor_Position& position)
 {
     FieldWatchSetup setup;
-    if (const auto shape = tables::ParseNumbers(options.field, 2))
-        setup.expected = {(*shape)[0], (*shape)[1]};
+    const std::vector<double> shape = tables::ParseNumbers(options.field, 2).value();
+    setup.expected = {shape[0], shape[1]};
     setup.meaning = MeaningOf(options);
     setup.sensorType = options.sensorType;
     setup.a = position.GetMagneticCorrectPar_A();

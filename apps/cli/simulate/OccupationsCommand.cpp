@@ -31,11 +31,11 @@ std::vector<std::string> MotionNames()
     return names;
 }
 
+// The last one where no other has the name: the option takes these names only.
 OccupationMotion MotionNamed(const std::string& name)
 {
-    for (const OccupationMotion motion : kMotions)
-        if (name == NameOf(motion)) return motion;
-    return OccupationMotion::LeanIn;
+    return *std::find_if(kMotions.begin(), kMotions.end() - 1,
+                         [&](OccupationMotion motion) { return name == NameOf(motion); });
 }
 
 } // namespace

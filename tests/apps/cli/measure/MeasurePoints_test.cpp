@@ -125,6 +125,27 @@ TEST(MeasurePoints, AStepToAnotherPlaceLeavesNoMean)
     }
 }
 
+// 0.25 m between both halves, and 0.1 m about each of them.
+TEST(MeasurePoints, AStepThatItsScatterMayHaveMadeLeavesTheMean)
+{
+    std::string log = kHeader;
+    for (int i = 0; i < 40; ++i)
+        log += RowAt((i < 20 ? 10.0 : 10.25) + (i % 2 == 0 ? 0.1 : -0.1), "a");
+    EXPECT_NEAR(Summary(log)["points"][0]["mean_m"]["N"].get<double>(), 10.125, 1e-6);
+}
+
+TEST(MeasurePoints, FiftyAreListedAndTheRestCounted)
+{
+    std::string log = kHeader;
+    for (int i = 1; i <= 52; ++i)
+        log += RowAt(10.0 * i, "P" + std::to_string(i));
+    const std::string text = Measure(log).err;
+    EXPECT_THAT(text, HasSubstr("\n  P50 "));
+    EXPECT_THAT(text, Not(HasSubstr("\n  P51 ")));
+    EXPECT_THAT(text, HasSubstr("\n  and 2 more\n"));
+    EXPECT_EQ(Summary(log)["points"].size(), 52U);
+}
+
 TEST(MeasurePoints, WarnsOfALogWithoutHeights)
 {
     const auto log = [](const std::string& height, double lean) {
@@ -214,6 +235,29 @@ TEST(ExactAttitudeOption, FindsTheTipsOfCleanPoles)
         EXPECT_GT(error(fmt::format("--attitude exact --pitch-roll {}", other)), 0.01) << word;
         EXPECT_GT(error(""), 0.02) << word;
         EXPECT_EQ(error("--attitude standard"), error("")) << word;
+    }
+}
+
+TEST(ExactAttitudeOption, TellsHeadingsInOneTurn)
+{
+    const std::string log = kLogHeader + LogRow("0", "10");
+    const auto heading = [&](const char* bias) {
+        const Outcome outcome = Measure(log, {"--attitude", "exact", "--bias", bias});
+        const std::size_t row = outcome.out.find('\n') + 1;
+        std::istringstream names(outcome.out.substr(0, row));
+        std::istringstream cells(outcome.out.substr(row));
+        std::string name;
+        std::string cell;
+        while (std::getline(names, name, ',') && std::getline(cells, cell, ','))
+            if (name == "heading_A_deg") return std::stod(cell);
+        return -1.0;
+    };
+    const double plain = heading("0");
+    for (const char* const bias : {"90", "180", "270", "-90", "-180", "-270"}) {
+        const double turned = heading(bias);
+        EXPECT_GE(turned, 0.0) << bias;
+        EXPECT_LT(turned, 360.0) << bias;
+        EXPECT_NEAR(std::remainder(turned - plain + std::stod(bias), 360.0), 0.0, 1e-5) << bias;
     }
 }
 

@@ -4,6 +4,7 @@
 #include "tests/apps/RunProgram.h"
 #include "tests/apps/SampleRows.h"
 #include "tests/apps/ScratchFile.h"
+#include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
 #include <nlohmann/json.hpp>
@@ -82,6 +83,16 @@ TEST(Measure, ReadsTheAntennaUnderOtherNames)
     EXPECT_EQ(Measure(log, {"--columns", "N=Easting [m],E=Time"}).exitCode, 2);
 }
 
+TEST(Measure, NamesNoColumnsThatHaveTheirUsualNames)
+{
+    std::string log = kLogHeader + LogRow("0", "10");
+    EXPECT_THAT(Measure(log).err, HasSubstr("\ncolumns "));
+    log.replace(log.find(",x,y,h"), 6, ",N,E,h");
+    const Outcome outcome = Measure(log);
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_THAT(outcome.err, Not(HasSubstr("columns ")));
+}
+
 TEST(Measure, SubtractsTheBiasFromTheHeading)
 {
     const std::string log = kLogHeader + LogRow("0", "10");
@@ -90,6 +101,9 @@ TEST(Measure, SubtractsTheBiasFromTheHeading)
     EXPECT_NEAR(biased - plain, 12.5, 2.0 * kLastDigit);
     const double other = Value(Measure(log, {"--bias", "-12.5"}).out, "heading_B_deg");
     EXPECT_NEAR(other, Value(Measure(log).out, "heading_B_deg"), kLastDigit);
+    const Outcome ofB = Measure(log, {"--bias-b", "-12.5"});
+    EXPECT_NEAR(Value(ofB.out, "heading_B_deg") - other, 12.5, 2.0 * kLastDigit);
+    EXPECT_NEAR(Value(ofB.out, "heading_A_deg"), plain, kLastDigit);
 }
 
 TEST(Measure, FlagsStillAndDisturbedSamples)
@@ -389,6 +403,88 @@ TEST(Measure, TellsTheTimeOfDayWhereSecondsHaveAColumnOfTheirOwn)
     const Outcome outcome = Measure(log, {"--field", "500,53.13"});
     ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
     EXPECT_THAT(outcome.err, HasSubstr("10:00:10 to 10:00:15, 20 % too strong\n"));
+}
+
+// The rows of a log, each without what is before its first comma and with `more` behind it.
+std::string WithoutTime(const std::string& log, const std::function<std::string(int)>& more)
+{
+    std::string text;
+    int row = -1;
+    std::istringstream lines(log);
+    for (std::string line; std::getline(lines, line); ++row)
+        text += line.substr(line.find(',') + 1) + more(row) + '\n';
+    return text;
+}
+
+TEST(Measure, TellsSecondsOrSamplesOfADisturbanceWhereThereIsNoTimeOfDay)
+{
+    const auto seconds = [](int row) {
+        return row < 0 ? std::string(",seconds") : ',' + std::to_string(500 + row);
+    };
+    const std::vector<std::string> options = {"--field", "500,53.13"};
+    EXPECT_THAT(Measure(WithoutTime(LogWithAMagnet(), seconds), options).err,
+                HasSubstr("510.0 s to 515.0 s, 20 % too strong\n"));
+    const auto nothing = [](int) { return std::string(); };
+    EXPECT_THAT(Measure(WithoutTime(LogWithAMagnet(), nothing), options).err,
+                HasSubstr("sample 11 to sample 16, 20 % too strong\n"));
+}
+
+TEST(Measure, TakesTheTimeOfDayWhereSecondsAreBlank)
+{
+    std::string log;
+    std::istringstream lines(LogWithAMagnet());
+    for (std::string line; std::getline(lines, line);)
+        log += line + (log.empty() ? ",seconds\n" : ",\n");
+    EXPECT_THAT(Measure(log, {"--field", "500,53.13"}).err,
+                HasSubstr("10:00:10 to 10:00:15, 20 % too strong\n"));
+}
+
+TEST(Measure, ListsTenDisturbancesAndCountsTheRest)
+{
+    std::string log =
+        "dPitch,dRoll,dMag_x,dMag_y,dMag_z,dMag_x_2,dMag_y_2,dMag_z_2,x,y,h,seconds\n";
+    for (int second = 0; second < 12 * 40; ++second) {
+        const char* reading =
+            second % 40 >= 30 ? "360,0,-480,-360,0,-480" : "300,0,-400,-300,0,-400";
+        log +=
+            "0,0," + std::string(reading) + ",4500000,500000,100," + std::to_string(second) + '\n';
+    }
+    const Outcome outcome = Measure(log, {"--field", "500,53.13"});
+    EXPECT_THAT(outcome.err, HasSubstr("390.0 s to 399.0 s, "));
+    EXPECT_THAT(outcome.err, Not(HasSubstr("430.0 s to ")));
+    EXPECT_THAT(outcome.err, HasSubstr(" and 2 more\n"));
+}
+
+TEST(Measure, DrawsNothingAndTellsNoFieldWithoutASample)
+{
+    const ScratchFolder folder;
+    const Outcome outcome =
+        Measure(kLogHeader, {"--plot", folder.Path("none.png"), "--field", "500,53.13", "--json"});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(nlohmann::json::parse(outcome.out).count("field"), 0U);
+    EXPECT_TRUE(folder.Names().empty());
+}
+
+TEST(Measure, RenamesCarriedColumnsThatHaveTheNameOfOneOfItsOwn)
+{
+    std::string log =
+        kLogHeader.substr(0, kLogHeader.size() - 1) + ",tilt_deg,error_N_m,field_strength,note\n";
+    const std::string row = LogRow("0", "10");
+    log += row.substr(0, row.size() - 1) + ",1,2,3,4\n";
+    const std::string out = Measure(log).out;
+    EXPECT_THAT(out.substr(0, out.find('\n')),
+                HasSubstr("log_tilt_deg,log_error_N_m,log_field_strength,note"));
+}
+
+TEST(Measure, TellsOfALongLogThatItsPercentilesAreRounded)
+{
+    std::string log = kLogHeader;
+    const std::string row = LogRow("0.25", "10.5");
+    for (int i = 0; i <= 1 << 18; ++i)
+        log += row;
+    EXPECT_EQ(nlohmann::json::parse(Measure(log, {"--json"}).out)["percentiles"], "within 0.1 %");
+    EXPECT_EQ(nlohmann::json::parse(Measure(kLogHeader + row, {"--json"}).out)["percentiles"],
+              "exact");
 }
 
 TEST(Measure, ListsDisturbedSpansAsJson)
