@@ -3,12 +3,17 @@
 // Rates, lengths and orders of samples at the edge of what an occupation takes.
 #include "field/Occupation.h"
 
+#include "field/occupation/AdviceName.h"
+#include "field/occupation/Region.h"
+#include "field/occupation/Report.h"
+#include "field/occupation/Rotations.h"
 #include "survey/Angle.h"
 #include "tests/field/SimulatedPole.h"
 
 #include <gtest/gtest.h>
 
 #include <cmath>
+#include <functional>
 
 namespace {
 
@@ -256,6 +261,166 @@ TEST(OccupationAtItsEdges, ADelayThatIsKnownIsTakenOff)
     const auto nearly = estimateOf(0.145);
     ASSERT_GT(nearly.delaySigma, 0.0);
     EXPECT_NEAR(nearly.delay, 0.15, 0.002) << "with the part that was known";
+}
+
+// Without gyros, as the tests beside it lead it; what spoils a sample, does it before it is given.
+OccupationEstimate LedWithoutGyros(const std::function<void(field::InertialSample&)>& spoil,
+                                   double planSigma = 0.0, double heightSigma = 0.0)
+{
+    PoleErrors errors;
+    errors.noise = false;
+    SimulatedPole pole(LedOver(15.0), 40.0, errors, 3);
+    Occupation occupation({});
+    for (int i = 0; i <= 485; ++i) {
+        auto sample = pole.Sample(0.05 * i);
+        spoil(sample);
+        occupation.Add(sample);
+        if (i % 10 != 0) continue;
+        auto epoch = pole.Epoch(0.05 * i);
+        epoch.planSigma = planSigma;
+        epoch.heightSigma = heightSigma;
+        occupation.Add(epoch);
+    }
+    return occupation.EstimateWithoutGyros();
+}
+
+TEST(OccupationAtItsEdges, WithoutGyrosTakesTheSigmasOfAnEpochForThoseOfTheSetup)
+{
+    const auto none = [](field::InertialSample&) {};
+    const OccupationSetup setup;
+    const auto usual = LedWithoutGyros(none);
+    const auto stated = LedWithoutGyros(none, setup.planSigma, setup.heightSigma);
+    ASSERT_TRUE(usual.hasTip);
+    EXPECT_EQ(stated.tip.x, usual.tip.x);
+    EXPECT_EQ(stated.ellipseMajor, usual.ellipseMajor);
+    const auto coarse = LedWithoutGyros(none, 10.0 * setup.planSigma, setup.heightSigma);
+    EXPECT_GT(coarse.ellipseMajor, usual.ellipseMajor);
+}
+
+// Half way, at 12 s: a field along one axis is one, no field is none.
+TEST(OccupationAtItsEdges, WithoutGyrosLeavesOutAnEpochWithoutAField)
+{
+    const auto at = [](double x, double y, double z) {
+        return LedWithoutGyros([x, y, z](field::InertialSample& sample) {
+            if (std::fabs(sample.seconds - 12.0) < 0.01) sample.magnetic = {x, y, z};
+        });
+    };
+    const int all = LedWithoutGyros([](field::InertialSample&) {}).epochs;
+    EXPECT_EQ(at(300.0, 0.0, 0.0).epochs, all);
+    EXPECT_EQ(at(0.0, 300.0, 0.0).epochs, all);
+    EXPECT_EQ(at(0.0, 0.0, 300.0).epochs, all);
+    EXPECT_EQ(at(0.0, 0.0, 0.0).epochs, all - 1);
+}
+
+TEST(OccupationAtItsEdges, WithoutGyrosHasTheHeadingOfItsLastField)
+{
+    const auto at = [](const field::SensorVector& m, field::Tilt& tilt) {
+        return LedWithoutGyros([&](field::InertialSample& sample) {
+            if (sample.seconds < 24.2) return; // behind the last epoch
+            sample.magnetic = m;
+            tilt = sample.tilt;
+        });
+    };
+    field::Tilt tilt;
+    const auto forward = at({300.0, 0.0, 0.0}, tilt);
+    for (const field::SensorVector& m : {
+             field::SensorVector{0.0, 300.0, 0.0  },
+             {0.0, 0.0,   300.0}
+    }) {
+        const auto e = at(m, tilt);
+        const double turned = MagneticHeading(tilt, m) - MagneticHeading(tilt, {300.0, 0.0, 0.0});
+        EXPECT_NEAR(std::remainder(e.heading - forward.heading - turned, 360.0), 0.0, 1e-9);
+    }
+    EXPECT_TRUE(std::isnan(at({}, tilt).heading));
+}
+
+TEST(OccupationAtItsEdges, HasNoTipOfPositionsBeyondAllNumbers)
+{
+    for (const double size : {1e154, 1e200, 1e307}) {
+        Occupation occupation({});
+        SimulatedPole pole(Rock(15.0), 40.0, {}, 3);
+        for (int i = 0; i <= 800; ++i) {
+            occupation.Add(pole.Sample(0.01 * i));
+            if (i % 20 != 0) continue;
+            auto epoch = pole.Epoch(0.01 * i);
+            epoch.position.x = i % 40 == 0 ? size : -size;
+            occupation.Add(epoch);
+        }
+        const auto e = occupation.Estimate();
+        EXPECT_NE(e.advice, OccupationAdvice::Store) << OccupationText(e);
+        const auto without = occupation.EstimateWithoutGyros();
+        EXPECT_NE(without.advice, OccupationAdvice::Store) << OccupationText(without);
+    }
+}
+
+TEST(OccupationText, TellsNoLengthThatNothingConfirms)
+{
+    OccupationEstimate e;
+    e.advice = OccupationAdvice::Store;
+    e.reason = OccupationReason::Sure;
+    e.ellipseMajor = 0.012;
+    e.lengthSigma = INFINITY;
+    EXPECT_EQ(OccupationText(e), "store: the tip is known to 12 mm");
+}
+
+TEST(OccupationText, OfNoKnownReasonTellsOfNoTip)
+{
+    OccupationEstimate e;
+    for (const auto reason : {OccupationReason::NoSolution, static_cast<OccupationReason>(99)}) {
+        e.reason = reason;
+        EXPECT_EQ(OccupationText(e), "no tip could be computed");
+    }
+}
+
+TEST(AdviceName, RefusesWhatIsNoAdvice)
+{
+    using tiltpole::field::AdviceName;
+    EXPECT_EQ(AdviceName(OccupationAdvice::Store), "store");
+    EXPECT_EQ(AdviceName(OccupationAdvice::Move), "move");
+    EXPECT_EQ(AdviceName(OccupationAdvice::Refuse), "refuse");
+    EXPECT_EQ(AdviceName(static_cast<OccupationAdvice>(99)), "refuse");
+}
+
+TEST(Leveling, TurnsAnyDirectionUp)
+{
+    using Eigen::Vector3d;
+    for (const Vector3d& up :
+         {Vector3d(0.0, 0.0, 1.0), Vector3d(0.0, 0.0, -1.0), Vector3d(3.0, 4.0, 0.0),
+          Vector3d(-1.0, 2.0, -2.0), Vector3d(1e-9, 0.0, -1.0)}) {
+        const Vector3d turned = tiltpole::field::Leveling(up) * up.normalized();
+        EXPECT_NEAR((turned - Vector3d::UnitZ()).norm(), 0.0, 1e-7) << up.transpose();
+    }
+}
+
+// A rotation has two quaternions.
+TEST(Log, IsTheSameOfBothQuaternionsOfARotation)
+{
+    const Eigen::Quaterniond q(Eigen::AngleAxisd(0.4, Eigen::Vector3d::UnitX()));
+    const Eigen::Quaterniond other(-q.w(), -q.x(), -q.y(), -q.z());
+    EXPECT_NEAR(tiltpole::field::Log(q).x(), 0.4, 1e-15);
+    EXPECT_NEAR(tiltpole::field::Log(other).x(), 0.4, 1e-15);
+}
+
+TEST(InCircle, EndsBelowAFullTurn)
+{
+    using tiltpole::field::InCircle;
+    EXPECT_EQ(InCircle(-1e-18), 0.0);
+    EXPECT_EQ(InCircle(360.0), 0.0);
+    EXPECT_EQ(InCircle(-90.0), 270.0);
+    EXPECT_EQ(InCircle(1085.0), 5.0);
+}
+
+TEST(Region, HasAnAzimuthBelowHalfATurn)
+{
+    for (const double mixed : {0.0, 1e-300, -1e-300, 1e-25, -1e-25, 1e-22, -1e-22}) {
+        Eigen::Matrix3d own = Eigen::Vector3d(4e-4, 1e-4, 1e-4).asDiagonal();
+        own(0, 1) = own(1, 0) = mixed;
+        OccupationEstimate e;
+        tiltpole::field::SetRegion(e, own, 1.0, {});
+        EXPECT_GE(e.ellipseAzimuth, 0.0) << mixed;
+        EXPECT_LT(e.ellipseAzimuth, 180.0) << mixed;
+        EXPECT_NEAR(std::remainder(e.ellipseAzimuth, 180.0), 0.0, 1e-9) << mixed;
+    }
 }
 
 } // namespace

@@ -315,6 +315,121 @@ TEST(SpotCalibration, RefusesRowsThatCannotBeUsed)
     CheckRefused(spoilt, SpotReason::NoInertialSamples, "no numbers");
 }
 
+TEST(SpotCalibration, NamesTheLargerOfAStepAndAWrongLength)
+{
+    OccupationPlan plan = FreePlan();
+    plan.motion.slips.push_back({
+        .at = 10.0, .by = {0.04, 0.0, 0.0}
+    });
+    plan.poleError = 0.15;
+    CheckRefused(plan, SpotReason::WrongLength, "a much longer pole and a slip");
+    plan.motion.slips.front().by = {0.3, 0.0, 0.0};
+    plan.poleError = 0.02;
+    CheckRefused(plan, SpotReason::TipMoved, "a large slip and a longer pole");
+}
+
+TEST(SpotCalibration, NamesAFieldThatOneMagnetometerAloneSees)
+{
+    for (const bool isA : {true, false}) {
+        std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+        for (Fed& row : rows)
+            if (row.sample.seconds > 5.0 && row.sample.seconds < 9.0)
+                (isA ? row.sample.magnetic : row.magneticB).x += 120.0;
+        CheckRefused(rows, SpotReason::FieldDisturbed, isA ? "A" : "B");
+    }
+}
+
+// What the gate does not believe is left out.
+TEST(SpotCalibration, LeavesOutReadingsThatAreDisturbed)
+{
+    std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+    for (Fed& row : rows) {
+        row.sample.disturbed = row.sample.seconds > 5.0 && row.sample.seconds < 7.0;
+        if (row.sample.disturbed) row.sample.magnetic.x += 120.0;
+    }
+    const SpotResult result = ResultOf(rows);
+    EXPECT_TRUE(result.IsUsable()) << SpotText(result);
+}
+
+TEST(SpotCalibration, RefusesAnAntennaThatIsWorseThanItSays)
+{
+    std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+    int epoch = 0;
+    for (Fed& row : rows)
+        if (row.hasEpoch) row.epoch.position.h += ++epoch % 2 == 0 ? 0.25 : -0.25;
+    CheckRefused(rows, SpotReason::SensorsContradict, "heights");
+    rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+    for (Fed& row : rows)
+        if (row.hasEpoch && ++epoch % 5 < 2) row.epoch.position.h += 2.0;
+    CheckRefused(rows, SpotReason::SensorsContradict, "two of five elsewhere");
+}
+
+TEST(SpotCalibration, RefusesAccelerationsThatAreNoGravity)
+{
+    std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+    for (Fed& row : rows) {
+        const double shake = 0.4 * std::sin(3.0 * row.sample.seconds);
+        row.sample.acceleration.x += shake;
+        row.sample.acceleration.y -= shake;
+    }
+    CheckRefused(rows, SpotReason::SensorsContradict, "shaken");
+}
+
+TEST(SpotCalibration, GoesOnBesideTwoSamplesOfWrongTime)
+{
+    std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+    for (const std::size_t i : {500u, 900u})
+        rows[i].sample.seconds = rows[i - 1].sample.seconds;
+    const SpotResult result = ResultOf(rows);
+    EXPECT_EQ(result.rejected, 2);
+    EXPECT_TRUE(result.IsUsable()) << SpotText(result);
+}
+
+TEST(SpotCalibration, NeedsAntennaPositionsWithinTheTimeOfItsSamples)
+{
+    std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+    for (Fed& row : rows)
+        row.epoch.seconds += 100.0;
+    CheckRefused(rows, SpotReason::NoSolution, "100 s later");
+}
+
+TEST(SpotCalibration, RefusesPositionsBeyondAllNumbers)
+{
+    for (const double size : {1e200, 1e307}) {
+        std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+        int epoch = 0;
+        for (Fed& row : rows)
+            if (row.hasEpoch) row.epoch.position.x = ++epoch % 2 == 0 ? size : -size;
+        CheckRefused(rows, SpotReason::SensorsContradict, "elsewhere");
+    }
+}
+
+TEST(SpotCalibration, HoldsNoMoreThan30000SamplesAnd3000Positions)
+{
+    InertialSample sample;
+    sample.rate = {1.0, 2.0, 3.0};
+    sample.acceleration = {0.0, 0.0, 1.0};
+    field::AntennaEpoch epoch;
+    for (const bool samples : {true, false}) {
+        SpotCalibration spot({});
+        EXPECT_TRUE(spot.Add(sample));
+        EXPECT_TRUE(spot.Add(epoch));
+        const int most = samples ? 30000 : 3000;
+        const auto add = [&](int i) {
+            InertialSample next = sample;
+            field::AntennaEpoch nextEpoch = epoch;
+            next.seconds = nextEpoch.seconds = 0.001 * i;
+            return samples ? spot.Add(next) : spot.Add(nextEpoch);
+        };
+        for (int i = 1; i < most; ++i)
+            ASSERT_TRUE(add(i)) << i;
+        EXPECT_FALSE(add(most));
+        EXPECT_EQ(spot.Estimate().reason, SpotReason::TooLong);
+        EXPECT_EQ(spot.Estimate().samples, samples ? most : 1);
+        EXPECT_EQ(spot.Estimate().epochs, samples ? 1 : most);
+    }
+}
+
 TEST(SpotCalibration, TakesNothingThatIsNotFinite)
 {
     SpotCalibration spot({});
@@ -446,6 +561,25 @@ TEST(SpotCalibration, ChangesNothingWhereItIsNotUsable)
     const field::OccupationSetup setup = WithCalibration({}, result);
     EXPECT_EQ(setup.axisX, 0.0);
     EXPECT_EQ(setup.axisSigma, field::OccupationSetup().axisSigma);
+}
+
+TEST(OccupationSetup, KeepsWhatItKnowsOfHeightAndDelay)
+{
+    const SpotResult result = CalibratedBy(FreePlan(), 9).result;
+    ASSERT_TRUE(result.IsUsable());
+    ASSERT_GT(result.delaySigma, 0.0);
+    field::OccupationSetup known;
+    known.delaySigma = 0.03;
+    EXPECT_EQ(WithCalibration(known, result).sensorHeight, result.sensorHeight);
+    EXPECT_EQ(WithCalibration(known, result).delay, result.delay);
+    known.sensorHeight = 1.5;
+    known.delay = 0.07;
+    EXPECT_EQ(WithCalibration(known, result).sensorHeight, 1.5);
+    EXPECT_EQ(WithCalibration(known, result).delay, 0.07);
+    known.delay = 0.0;
+    known.delaySigma = 0.0; // one clock
+    EXPECT_EQ(WithCalibration(known, result).delay, 0.0);
+    EXPECT_EQ(WithCalibration(known, result).delaySigma, 0.0);
 }
 
 TEST(SpotCalibration, BeginsAnewAfterClear)
