@@ -73,7 +73,7 @@ ordered_json MagnetometerJson(const field::SpotMagnetometer& m)
     return json;
 }
 
-// Reads members and says which one is missing.
+// Reads members of an object and says which one is missing.
 class Members
 {
 public:

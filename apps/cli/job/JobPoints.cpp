@@ -29,10 +29,8 @@ std::optional<Numbered> NumberedOf(std::string_view name)
         ++digits;
     const std::string_view tail = name.substr(name.size() - digits);
     Numbered numbered{name.substr(0, name.size() - digits), 0};
-    const auto [end, error] =
-        std::from_chars(tail.data(), tail.data() + tail.size(), numbered.number);
-    if (digits == 0 || error != std::errc() || end != tail.data() + tail.size())
-        return std::nullopt;
+    const auto read = std::from_chars(tail.data(), tail.data() + tail.size(), numbered.number);
+    if (read.ec != std::errc()) return std::nullopt; // no digit, or too many
     return numbered;
 }
 

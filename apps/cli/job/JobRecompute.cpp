@@ -30,13 +30,15 @@ struct Change
     double delay = 0.0; // new minus stored [s]
 };
 
+// SECONDS or SECONDS,SD, which the command line has checked.
 void SetDelay(field::Setup& setup, const std::string& text)
 {
     if (const auto both = tables::ParseNumbers(text, 2)) {
         setup.delay = (*both)[0];
         setup.delaySigma = (*both)[1];
-    } else if (const auto alone = tables::ParseNumber(text))
-        setup.delay = *alone;
+    } else {
+        setup.delay = tables::ParseNumber(text).value();
+    }
 }
 
 Change Changed(const field::Setup& stored, const RecomputeOptions& options)

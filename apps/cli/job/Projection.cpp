@@ -43,7 +43,7 @@ namespace {
 std::string ProblemOfAxes(PJ_CONTEXT* context, const PJ* system)
 {
     const Object axes(proj_crs_get_coordinate_system(context, system));
-    if (!axes || proj_cs_get_axis_count(context, axes.get()) != 2)
+    if (proj_cs_get_axis_count(context, axes.get()) != 2) // -1 where there are none
         return "has not two axes; choose a system of the plane";
     bool north = false;
     bool east = false;

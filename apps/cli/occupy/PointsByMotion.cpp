@@ -56,19 +56,12 @@ void PointsByMotion::Add(const LogRow& row)
     if (!epoch && AntennaPauses(now)) return LeaveOut(row);
     m_waiting.push_back(row);
     if (!epoch || late) return;
-    switch (m_watch.Look(*epoch)) {
-    case TipWatch::Finding::Stays:
-        m_sure = now;
-        ReleaseUntil(now - kLeaving);
-        break;
-    case TipWatch::Finding::Doubtful:
-        break;
-    case TipWatch::Finding::Moved:
-        End();
-        m_from = now + kLanding;
-        m_sure = now;
-        break;
-    }
+    const TipWatch::Finding finding = m_watch.Look(*epoch);
+    if (finding == TipWatch::Finding::Doubtful) return;
+    m_sure = now;
+    if (finding == TipWatch::Finding::Stays) return ReleaseUntil(now - kLeaving);
+    End();
+    m_from = now + kLanding;
 }
 
 void PointsByMotion::Finish()
