@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // tiltpole job recompute, on points as a live pole stores them.
+#include "apps/cli/job/JobRecompute.h"
 #include "field/Geodesy.h"
 #include "tests/apps/RunLine.h"
 #include "tests/apps/ScratchFile.h"
@@ -16,13 +17,13 @@ namespace {
 using field::test::PoleSetup;
 using testing::HasSubstr;
 
-// Points P1 to P4 of five epochs each; P4 is void.
-std::string StoredJob(const ScratchFolder& folder)
+// Points P1 to P4 of so many epochs each, ten a second; P4 is void.
+std::string StoredJob(const ScratchFolder& folder, int epochs = 5)
 {
     const std::string path = folder.Path("site.gpkg");
     field::JobStore job = field::test::OpenForWriting(path);
     EXPECT_TRUE(job.AddSetup(field::JobSetupOf(PoleSetup(), "tiltpole 0.1.0", field::test::kNoon)));
-    field::JobRecord record = field::test::StoredPoint(PoleSetup(), 5);
+    field::JobRecord record = field::test::StoredPoint(PoleSetup(), epochs);
     record.point.setup = 1;
     for (const char* name : {"P1", "P2", "P3", "P4"}) {
         record.point.name = name;
@@ -148,6 +149,66 @@ TEST(JobRecompute, RefusesAPointThatItsEpochsDoNotGive)
     EXPECT_EQ(PointsIn(job).size(), 5u);
 }
 
+TEST(JobRecompute, StoresADelayAndItsDeviation)
+{
+    const ScratchFolder folder;
+    const std::string job = StoredJob(folder, 8); // poses stand between epochs of a still pole
+    const LineOutcome outcome = RunLine("job recompute " + job + " P1 --pole 1.8 --delay 0.1,0.02");
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.output;
+    EXPECT_THAT(outcome.output, HasSubstr("pole 1.8000 m, delay 0.1,0.02 s\n"));
+    ASSERT_EQ(RunLine("job recompute " + job + " P2 --delay 0.11").exitCode, 0);
+    EXPECT_EQ(field::test::PlainLook(job).Ask("SELECT delay_ms, delay_sd_ms FROM setup"),
+              "120.0|7.0\n100.0|20.0\n110.0|7.0");
+}
+
+TEST(JobRecompute, SaysWhyAPointStaysAsItIs)
+{
+    const ScratchFolder folder;
+    const std::string job = StoredJob(folder);
+    {
+        field::JobStore store = field::test::OpenForWriting(job);
+        field::JobPoint point = field::test::SomePoint("bare", 1);
+        ASSERT_TRUE(store.AddPoint(point, {}));
+        point.name = "torn";
+        ASSERT_TRUE(store.AddPoint(point, field::test::SomeEpochs()));
+    }
+    ASSERT_EQ(field::test::PlainLook(job).Ask("UPDATE point SET setup_id = 9 WHERE name = 'P1'"),
+              "");
+    const LineOutcome outcome = RunLine("job recompute " + job + " P1,bare,torn --pole 1.8");
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.output, job + ": point P1: its setup is not in the job\n" + job
+                                  + ": point bare: it has no epochs\n" + job
+                                  + ": point torn: no epoch has a tip\n");
+    EXPECT_EQ(PointsIn(job).size(), 6u);
+}
+
+TEST(JobRecompute, TakesTheUsualValuesForWhatASetupLacks)
+{
+    const field::Setup usual;
+    const field::Setup setup = cli::SetupOf(field::JobSetup{});
+    EXPECT_EQ(setup.poleLength, usual.poleLength);
+    EXPECT_EQ(setup.phaseCenter, usual.phaseCenter);
+    EXPECT_EQ(setup.headingSigma, usual.headingSigma);
+    EXPECT_EQ(setup.tiltSigma, usual.tiltSigma);
+    EXPECT_EQ(setup.lengthSigma, usual.lengthSigma);
+    EXPECT_EQ(setup.delay, usual.delay);
+    EXPECT_EQ(setup.delaySigma, usual.delaySigma);
+    EXPECT_FALSE(setup.calibration.complete);
+}
+
+TEST(JobRecompute, RefusesACalibrationThatCannotBeRead)
+{
+    field::JobSetup setup = field::test::SomeSetup();
+    setup.id = 3;
+    try {
+        cli::SetupOf(setup);
+        FAIL() << "taken";
+    } catch (const tables::InputError& error) {
+        EXPECT_THAT(error.what(),
+                    testing::StartsWith("the calibration of setup 3 cannot be read: "));
+    }
+}
+
 TEST(JobRecompute, NamesWhatItCannotDo)
 {
     const ScratchFolder folder;
@@ -163,7 +224,9 @@ TEST(JobRecompute, NamesWhatItCannotDo)
     EXPECT_THAT(error("P9-P2 --pole 1.8"), HasSubstr("the range P9-P2 ends before it begins"));
     EXPECT_THAT(error("P1 --pole 0"), HasSubstr("--pole"));
     EXPECT_THAT(error("P1 --delay soon"), HasSubstr("'soon' is not a delay"));
-    EXPECT_THAT(error("P1 --delay 0.1,2"), HasSubstr("the sd of the delay"));
+    for (const char* sigma : {"2", "0", "-0.1"})
+        EXPECT_THAT(error(std::string("P1 --delay 0.1,") + sigma),
+                    HasSubstr("the sd of the delay is not between 0 and 1 s"));
     EXPECT_THAT(error("P1 --config none.cfg"), HasSubstr("none.cfg"));
     EXPECT_EQ(PointsIn(job).size(), 4u);
 }

@@ -84,6 +84,100 @@ TEST(Job, ListsEverythingAsJson)
     EXPECT_EQ(json["events"][0]["text"], "station 0207 became 0208");
 }
 
+TEST(Job, ListsAnEmptyJobInTwoLinesAndItsSetups)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("site.gpkg");
+    field::test::OpenForWriting(path);
+    const LineOutcome outcome = RunLine("job list " + path);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_EQ(outcome.output, "job                     " + path
+                                  + "\npoints                  0 current, 0 replaced, 0 void\n");
+}
+
+TEST(Job, ListsASetupThatNothingIsKnownOf)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("site.gpkg");
+    ASSERT_TRUE(field::test::OpenForWriting(path).AddSetup({}));
+    EXPECT_THAT(RunLine("job list " + path).output,
+                HasSubstr("pole - + - m, sensor type 1, delay - ms, heading sd - degrees, no "
+                          "calibration, north by the calibration\n"));
+}
+
+TEST(Job, ListsHowAPointCameAboutBehindItsCode)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("site.gpkg");
+    {
+        field::JobStore job = NewJob(path);
+        field::JobPoint point = SomePoint("F1", 1);
+        point.forced = true;
+        ASSERT_TRUE(job.AddPoint(point, {}));
+        point = SomePoint("O1", 1);
+        point.byOccupation = true;
+        point.code.clear();
+        ASSERT_TRUE(job.AddPoint(point, {}));
+        ASSERT_TRUE(job.AddPoint(SomePoint("M1", 1), {}));
+    }
+    const std::string list = RunLine("job list " + path).output;
+    EXPECT_THAT(list, HasSubstr("  9  4   1  KERB  (forced)\n"));
+    EXPECT_THAT(list, HasSubstr("  9  4   1  (occupation)\n"));
+    EXPECT_THAT(list, HasSubstr("  9  4   1  KERB\n"));
+    const LineOutcome csv = RunLine("job export " + path + " --format csv --height received");
+    EXPECT_THAT(csv.output, testing::ContainsRegex("\nF1,[^\n]*,store,1,1\n"));
+    EXPECT_THAT(csv.output, testing::ContainsRegex("\nM1,[^\n]*,store,0,1\n"));
+}
+
+TEST(Job, ExportsANoteOfSeveralLinesInOneAndNoNegativeZero)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("site.gpkg");
+    {
+        field::JobStore job = NewJob(path);
+        field::JobPoint point = SomePoint("P1", 1);
+        point.note = "north\nside\tof 3";
+        point.receivedHeight = -0.00004;
+        point.geoid = 0.00004;
+        ASSERT_TRUE(job.AddPoint(point, {}));
+        point.name = "P2";
+        point.receivedHeight = -0.00006;
+        ASSERT_TRUE(job.AddPoint(point, {}));
+    }
+    const std::string csv =
+        RunLine("job export " + path + " --format csv --height received").output;
+    EXPECT_THAT(csv, HasSubstr(",0.0000,received,0.0000,KERB,north side of 3,2026"));
+    EXPECT_THAT(csv, HasSubstr(",-0.0001,received,0.0000,"));
+}
+
+TEST(Job, ExportsNoPointWithoutAPlace)
+{
+    const ScratchFolder folder;
+    const std::string job = SomeJob(folder);
+    ASSERT_EQ(field::test::PlainLook(job).Ask("UPDATE point SET geom = x'00' WHERE name = 'P3'"),
+              "");
+    const std::string out = folder.Path("out");
+    const LineOutcome outcome = RunLine("job export " + job + " --format geojson --out " + out);
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.output, job + ": point P3 has no geometry of a point with a height\n");
+    EXPECT_FALSE(std::filesystem::exists(out));
+}
+
+// As another program may leave it: the store writes a row after the one that it replaces.
+TEST(Job, ARowThatReplacesALaterOneKeepsItsName)
+{
+    const ScratchFolder folder;
+    const std::string job = SomeJob(folder);
+    ASSERT_EQ(field::test::PlainLook(job).Ask("UPDATE point SET replaces = NULL WHERE id = 3;"
+                                              "UPDATE point SET replaces = 4 WHERE id = 1"),
+              "");
+    const auto points = nlohmann::json::parse(RunLine("job list --json " + job).output)["points"];
+    EXPECT_EQ(points[0]["name"], "P1");
+    EXPECT_EQ(points[0]["state"], "current");
+    EXPECT_EQ(points[2]["name"], "P1~2");
+    EXPECT_EQ(points[3]["state"], "replaced");
+}
+
 TEST(Job, ExportsWhatCountsUnderTheNameOfTheFirstRow)
 {
     const ScratchFolder folder;
@@ -227,6 +321,8 @@ INSTANTIATE_TEST_SUITE_P(
         Mistake{"--format csv --height high", "--height"},
         Mistake{"--format csv --height received --crs EPSG:999999",
                 "EPSG:999999: is not a coordinate reference system that PROJ knows"},
+        Mistake{"--format csv --height received --crs EPSG:16034", // a conversion, zone 34 N
+                "EPSG:16034: is not a coordinate reference system that PROJ knows"},
         Mistake{"--format csv --height received --crs EPSG:4258",
                 "EPSG:4258: is not a projected system"},
         Mistake{"--format csv --height received --crs EPSG:4978",
@@ -278,6 +374,78 @@ TEST(Job, NamesPointsOutsideTheAreaOfTheSystem)
                                         + " --crs EPSG:32601 --height received --format pnezd");
     EXPECT_EQ(outcome.exitCode, 0);
     EXPECT_THAT(outcome.output, HasSubstr("outside its area        P1, P3"));
+}
+
+// A system of the plane about 47 N 19 E, with axes and a usage of its own.
+std::string PlaneSystem(const std::string& axes, const std::string& usage = "")
+{
+    return R"(PROJCRS["site",BASEGEOGCRS["WGS 84",DATUM["World Geodetic System 1984",)"
+           R"(ELLIPSOID["WGS 84",6378137,298.257223563]]],CONVERSION["site",)"
+           R"(METHOD["Transverse Mercator"],PARAMETER["Latitude of natural origin",47],)"
+           R"(PARAMETER["Longitude of natural origin",19],)"
+           R"(PARAMETER["Scale factor at natural origin",1],PARAMETER["False easting",0],)"
+           R"(PARAMETER["False northing",0]],)"
+           + axes + R"(,LENGTHUNIT["metre",1])" + usage + "]";
+}
+
+const std::string kNorthAndEast =
+    R"(CS[Cartesian,2],AXIS["N",north,ORDER[1]],AXIS["E",east,ORDER[2]])";
+
+std::string RefusalOf(const std::string& system)
+{
+    try {
+        const cli::Projection projection(system);
+    } catch (const tables::InputError& error) {
+        return error.what();
+    }
+    return "none";
+}
+
+TEST(JobProjection, NeedsTwoAxesOneToTheNorthAndOneToTheEast)
+{
+    EXPECT_EQ(RefusalOf(PlaneSystem(kNorthAndEast)), "none");
+    EXPECT_THAT(RefusalOf(PlaneSystem(R"(CS[Cartesian,3],AXIS["N",north,ORDER[1]],)"
+                                      R"(AXIS["E",east,ORDER[2]],AXIS["h",up,ORDER[3]])")),
+                HasSubstr(": has not two axes; choose a system of the plane"));
+    EXPECT_THAT(RefusalOf(PlaneSystem(
+                    R"(CS[Cartesian,2],AXIS["N",north,ORDER[1]],AXIS["W",west,ORDER[2]])")),
+                HasSubstr(": has axes that do not point north and east"));
+}
+
+TEST(JobProjection, OfAnotherBodyIsNotReached)
+{
+    const std::string moon = "+proj=eqc +R=1737400 +units=m +type=crs";
+    EXPECT_EQ(RefusalOf(moon), moon + ": cannot be reached from WGS 84");
+}
+
+TEST(JobProjection, HasNoPlaceForAPointThatHasNone)
+{
+    cli::Projection zone("EPSG:32634");
+    const double none = std::nan("");
+    for (const field::Geodetic& point : {
+             field::Geodetic{none, 19.0, 200.0},
+             {47.0, none, 200.0}
+    })
+        EXPECT_THROW(zone.Place(point, "P1"), tables::InputError);
+}
+
+TEST(JobProjection, SaysWhatProjDidAndHowWell)
+{
+    cli::Projection zone("EPSG:32634");
+    zone.Place({47.0, 19.0, 200.0}, "P1");
+    EXPECT_THAT(zone.Operation(), testing::EndsWith(", accuracy 0 m"));
+    // Of Hungary, with several ways there; which of them is taken depends on the place.
+    cli::Projection hungary("EPSG:23700");
+    EXPECT_THAT(hungary.Operation(), testing::EndsWith(", accuracy not known"));
+    hungary.Place({47.0, 19.0, 200.0}, "P1");
+    EXPECT_THAT(hungary.Operation(), testing::ContainsRegex(", accuracy [0-9.]+ m$"));
+}
+
+TEST(JobProjection, OfAnAreaWithoutBordersIsMeantForEveryPoint)
+{
+    const cli::Projection site(
+        PlaneSystem(kNorthAndEast, R"(,USAGE[SCOPE["survey"],AREA["a site"]])"));
+    EXPECT_TRUE(site.IsMeantFor({-47.0, -161.0, 0.0}));
 }
 
 TEST(JobProjection, IsMeantForTheBordersOfItsAreaToo)
@@ -356,6 +524,10 @@ TEST(JobPoints, AreChosenByNamesAndRanges)
     EXPECT_TRUE(cli::Chooses("A-1-A-3", "A-2"));
     EXPECT_TRUE(cli::Chooses("A-2", "A-2"));
     EXPECT_TRUE(cli::Chooses("all", "anything"));
+    EXPECT_FALSE(cli::Chooses("12-40", "KERB")) << "a name without a number";
+    EXPECT_FALSE(cli::Chooses("12-KERB", "20")) << "not a range";
+    EXPECT_FALSE(cli::Chooses("P12-Q40", "P20")) << "other letters";
+    EXPECT_FALSE(cli::Chooses("1-99999999999999999999", "20")) << "too many digits";
     EXPECT_FALSE(cli::Chooses("", "P1"));
     EXPECT_THROW(cli::Chooses("40-12", "20"), tables::InputError);
 }
