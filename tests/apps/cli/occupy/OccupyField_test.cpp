@@ -114,6 +114,53 @@ TEST_F(OccupyField, IsToldInTheText)
     EXPECT_TRUE(result["points"][0]["disturbed"].is_null());
 }
 
+TEST_F(OccupyField, IsToldOfEachPoint)
+{
+    const auto log = m_folder.Path("magnet.csv");
+    ASSERT_EQ(apps::test::RunLine("simulate occupations --points 2 --anew --seed 5 --motion hold "
+                                  "--magnet 2:100:150:60 --out "
+                                  + log)
+                  .exitCode,
+              0);
+    EXPECT_THAT(RunOn(log, kField).out,
+                testing::ContainsRegex("\ndisturbed field +point 1: [^\n]*\n {24}point 2: "));
+}
+
+// Zero on all axes is no reading; zero on some of them is one.
+TEST_F(OccupyField, AMagnetometerWithoutReadingsSaysNothing)
+{
+    const auto log = m_folder.Path("still.csv");
+    ASSERT_EQ(
+        apps::test::RunLine("simulate occupations --points 1 --seed 5 --motion hold --out " + log)
+            .exitCode,
+        0);
+    const auto still = occupy::test::TableOf(apps::test::ReadAll(log));
+    struct Case
+    {
+        const char *x, *y, *z;
+        const char* a; // reason of the disturbance where A reads that, empty: none
+        const char* b; // where B does
+    };
+    constexpr Case cases[] = {
+        {"0", "0",   "0",   "",         ""                       },
+        {"0", "300", "0",   "too flat", "magnetometers differ by"},
+        {"0", "0",   "300", "too flat", "magnetometers differ by"},
+    };
+    for (const Case& reading : cases)
+        for (const std::string suffix : {"", "_2"}) {
+            auto table = still;
+            table.Set("dMag_x" + suffix, reading.x);
+            table.Set("dMag_y" + suffix, reading.y);
+            table.Set("dMag_z" + suffix, reading.z);
+            const std::string reason = suffix.empty() ? reading.a : reading.b;
+            const json spans = Points(table, kField)[0]["disturbed"]["spans"];
+            ASSERT_EQ(spans.size(), reason.empty() ? 0U : 1U) << suffix << spans;
+            if (!reason.empty()) {
+                EXPECT_THAT(spans[0]["reason"].get<std::string>(), HasSubstr(reason)) << suffix;
+            }
+        }
+}
+
 TEST_F(OccupyField, LeavesEpochsOutWithoutGyros)
 {
     const json point =

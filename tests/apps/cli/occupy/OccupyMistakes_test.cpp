@@ -128,6 +128,16 @@ TEST_F(OccupyMistakes, RatesThatNoPoleHasAreNamedAndLeftOut)
     }
 }
 
+TEST_F(OccupyMistakes, ASingleRateThatNoPoleHasIsNamedByItsLine)
+{
+    Table table = Log("--points 1 --seed 11");
+    table.Cell(98, "dGyro_x") = "100000";
+    EXPECT_THAT(Run(table).err, HasSubstr(fmt::format(
+                                    ": 1 of {} rows has rates that no pole has, it is in line 100 "
+                                    "(100000 degrees/s); left out\n",
+                                    table.rows.size())));
+}
+
 TEST_F(OccupyMistakes, RatesOfAnotherUnitAreNotLeftOut)
 {
     Table table = Log("--points 1 --seed 11 --motion rock");
@@ -160,6 +170,43 @@ TEST_F(OccupyMistakes, APartOfThePointsSpeaksForTheSensors)
               "and units");
     EXPECT_EQ(points[7]["advice"], "refuse");
     EXPECT_TRUE(points[7]["tip_m"]["N"].is_null());
+}
+
+TEST_F(OccupyMistakes, APointWithoutRowsKeepsItsOwnReason)
+{
+    Table table = Log("--points 8 --seed 11 --motion rock --amplitude 15");
+    for (auto& row : table.rows) {
+        if (row.front() == "1" || row.front() == "2")
+            std::swap(row[table.Column("dAcc_x")], row[table.Column("dAcc_y")]);
+        if (row.front() == "3")
+            for (const char* name : {"x", "y", "h"})
+                row[table.Column(name)] = "";
+    }
+    const json doubted = Points(table);
+    EXPECT_EQ(doubted[2]["reason"], "there are no antenna positions");
+    EXPECT_EQ(doubted[7]["reason"],
+              "the sensors contradict the antenna at 2 of 7 points of this log: check axes, signs "
+              "and units");
+
+    for (auto& row : table.rows)
+        if (row.front() != "1" && row.front() != "2")
+            std::swap(row[table.Column("dAcc_x")], row[table.Column("dAcc_y")]);
+    const json foreign = Points(table);
+    EXPECT_EQ(foreign[2]["reason"], "there are no antenna positions");
+    EXPECT_THAT(foreign[7]["reason"].get<std::string>(),
+                testing::StartsWith("gyros and accelerometers do not have the same axes"));
+}
+
+TEST_F(OccupyMistakes, FewDoubtfulPointsOfManyDoNotSpeakForTheSensors)
+{
+    Table table = Log("--points 12 --seed 11 --motion rock --amplitude 15");
+    for (auto& row : table.rows)
+        if (row.front() == "1" || row.front() == "2")
+            std::swap(row[table.Column("dAcc_x")], row[table.Column("dAcc_y")]);
+    const json points = Points(table);
+    ASSERT_EQ(points.size(), 12U);
+    for (std::size_t i = 0; i < 12; ++i)
+        EXPECT_EQ(points[i]["advice"] == "refuse", i < 2) << i << points[i]["reason"];
 }
 
 TEST_F(OccupyMistakes, AMagnetometerFarFromTheTrackIsNamed)
@@ -279,6 +326,40 @@ TEST_F(OccupyMistakes, AnEpochThatTheLoggerHoldsCountsOnce)
     EXPECT_THAT(Run(held).out, HasSubstr("held over from the row before"));
     held.Remove("point");
     EXPECT_EQ(Points(held)[0]["advice"], "store");
+}
+
+// At 50 rows a second.
+TEST_F(OccupyMistakes, AnEpochIsHeldOverForAMomentOnly)
+{
+    const Table once = Log("--points 1 --seed 3 --motion opposite");
+    const int epochs = Points(once)[0]["epochs"]["read"].get<int>();
+    Table held = once;
+    const std::size_t first = 100;
+    int lost = 0;
+    for (std::size_t i = first + 1; i < first + 100; ++i) {
+        lost += held.Cell(i, "x").empty() ? 0 : 1;
+        for (const char* name : {"x", "y", "h"})
+            held.Cell(i, name) = held.Cell(first, name);
+    }
+    ASSERT_NE(held.Cell(first, "x"), "");
+    const json point = Points(held)[0];
+    EXPECT_EQ(point["epochs"]["read"], epochs - lost + 1) << "again after 1.2 s";
+    EXPECT_EQ(point["epochs"]["held"], 98);
+}
+
+TEST_F(OccupyMistakes, AnEpochThatDiffersInOneCoordinateIsNotHeldOver)
+{
+    const Table once = Log("--points 1 --seed 3 --motion opposite");
+    const int epochs = Points(once)[0]["epochs"]["read"].get<int>();
+    for (const std::string moved : {"x", "y", "h"}) {
+        Table table = once;
+        for (const char* name : {"x", "y", "h"})
+            table.Cell(101, name) = table.Cell(100, name);
+        table.Cell(101, moved) = fmt::format("{:.4f}", std::stod(table.Cell(100, moved)) + 0.001);
+        const json point = Points(table)[0];
+        EXPECT_EQ(point["epochs"]["read"], epochs + 1) << moved;
+        EXPECT_EQ(point["epochs"]["held"], 0) << moved;
+    }
 }
 
 TEST_F(OccupyMistakes, ARefusedTipIsNotInTheTable)

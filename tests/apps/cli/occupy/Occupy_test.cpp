@@ -308,8 +308,8 @@ TEST_F(Occupy, RefusesOptionsThatCannotBe)
 {
     const Table table = Recorded({"1"});
     for (const char* arguments :
-         {"--antenna-sd 0.004", "--antenna-sd 0,0.01", "--pole-sd -1", "--delay 11",
-          "--sensor-height 0", "--bias x", "--gyro-free --delay 0.1",
+         {"--antenna-sd 0.004", "--antenna-sd 0,0.01", "--antenna-sd 0.004,0", "--pole-sd -1",
+          "--delay 11", "--sensor-height 0", "--bias x", "--gyro-free --delay 0.1",
           "--gyro-free --no-magnetometer", "--plot tips.pdf"}) {
         const Outcome outcome = Run(table, arguments);
         EXPECT_EQ(outcome.exitCode, 2) << arguments;
@@ -398,6 +398,31 @@ TEST_F(Occupy, ComparesWithSingleSamplesAndTheirMeans)
     EXPECT_GT(errors["single_samples"]["tips"], 24 * 35);
 }
 
+TEST_F(Occupy, NamesTheColumnsThatItTookForOthers)
+{
+    Table table = Recorded({"1"});
+    EXPECT_THAT(Run(table).out, HasSubstr("\ncolumns                 N from x, E from y\n"));
+    table.header[table.Column("x")] = "N";
+    table.header[table.Column("y")] = "E";
+    EXPECT_THAT(Run(table).out, testing::AllOf(HasSubstr("\npoints "), Not(HasSubstr("columns"))));
+}
+
+TEST_F(Occupy, CountsRowsOfNoPointInTheText)
+{
+    Table table = Recorded({"1"});
+    EXPECT_THAT(Run(table).out, Not(HasSubstr("rows of no point")));
+    const std::size_t x = table.Column("x");
+    const auto blank = [&](std::size_t i) {
+        table.Cell(i, "point") = "";
+        return table.rows[i][x].empty() ? 0 : 1;
+    };
+    const int epochs = blank(0) + blank(1) + blank(2);
+    EXPECT_THAT(Run(table).out,
+                HasSubstr(fmt::format("rows of no point        3, {} of them with an antenna "
+                                      "position\n",
+                                      epochs)));
+}
+
 TEST_F(Occupy, SaysWhyEpochsAreLeftOut)
 {
     Table table = Recorded({"1"});
@@ -410,6 +435,10 @@ TEST_F(Occupy, SaysWhyEpochsAreLeftOut)
                 HasSubstr("epochs left out         point 1: 1 not later than the one before\n"));
     const Outcome delayed = Run(Recorded({"1"}), "--delay 0.05");
     EXPECT_THAT(delayed.out, HasSubstr("before the first sample or after the last\n"));
+    const Outcome early = Run(Recorded({"1", "2"}), "--delay -0.2");
+    EXPECT_THAT(early.out,
+                HasSubstr("epochs left out         point 1: 1 before the first sample or after the "
+                          "last\n                        point 2: 1 before the first sample"));
     EXPECT_THAT(Run(Recorded({"1"})).out, Not(HasSubstr("epochs left out")));
 }
 
@@ -429,6 +458,7 @@ struct Drawing
     int Singles() const { return Count("fill:rgb(33.7%,70.6%,91.4%)"); }
     int Means() const { return Count("fill:rgb(80%,47.5%,65.5%)"); }
     int Tips() const { return Count("fill:rgb(0%,44.7%,69.8%)"); }
+    int BlueLines() const { return Count("stroke:rgb(0%,44.7%,69.8%)"); }
 };
 
 TEST_F(Occupy, DrawsThePoints)
@@ -452,6 +482,53 @@ TEST_F(Occupy, DrawsThePoints)
     const std::string unwritten = m_folder.Path("none.svg");
     EXPECT_EQ(Run(none, "--plot " + unwritten).exitCode, 1);
     EXPECT_EQ(ReadAll(unwritten), "");
+}
+
+TEST_F(Occupy, DrawsAPointWithoutATip)
+{
+    const std::string plot = m_folder.Path("tips.svg");
+    struct Case
+    {
+        const char* what;
+        void (*change)(Table&); // of the second point
+        const char* options;
+        int overview; // charts
+        bool singles; // whether there are single samples of the second point
+    };
+    constexpr Case cases[] = {
+        {"no antenna, no magnetometer",     BlankAntenna, "--no-magnetometer", 0, false},
+        {"no antenna",                      BlankAntenna, "",                  2, false},
+        {"time stands",                     StopTime,     "",                  2, true },
+        {"time stands and no magnetometer", StopTime,     "--no-magnetometer", 0, false},
+    };
+    for (const Case& point : cases) {
+        Table table = Recorded({"1"});
+        Table second = Recorded({"2"});
+        point.change(second);
+        table.rows.insert(table.rows.end(), second.rows.begin(), second.rows.end());
+        const std::string arguments = std::string(point.options) + " --plot " + plot;
+        EXPECT_EQ(Run(Recorded({"1"}), arguments).exitCode, 0);
+        const Drawing first{ReadAll(plot)};
+        EXPECT_GT(first.BlueLines(), 0) << "the tip and its ellipse";
+        EXPECT_EQ(Run(table, arguments).exitCode, 1) << point.what;
+        const Drawing drawn{ReadAll(plot)};
+        EXPECT_EQ(drawn.Charts(), point.overview + 2 * 2) << point.what;
+        EXPECT_EQ(drawn.BlueLines(), first.BlueLines()) << point.what;
+
+        EXPECT_EQ(Run(table, arguments + " --truth " + kTruth).exitCode, 1) << point.what;
+        const Drawing compared{ReadAll(plot)};
+        EXPECT_EQ(compared.Charts(), point.overview + 1 + 2 * 2) << point.what;
+        EXPECT_EQ(compared.Singles() > drawn.Singles(), point.singles) << point.what;
+    }
+}
+
+TEST_F(Occupy, DrawsALogFromStandardInput)
+{
+    const std::string plot = m_folder.Path("tips.svg");
+    const Outcome outcome = apps::test::RunProgram({"occupy", "-", "--pole", "2", "--plot", plot},
+                                                   Recorded({"1"}).Text());
+    EXPECT_EQ(outcome.exitCode, 0) << outcome.err;
+    EXPECT_EQ((Drawing{ReadAll(plot)}.Charts()), 2);
 }
 
 TEST_F(Occupy, KeepsItsFilesApart)
@@ -480,8 +557,39 @@ TEST_F(Occupy, RefusesATruthThatIsNotOfThisLog)
     EXPECT_EQ(ofOthers, ": has none of the points of " + m_path + "\n");
     EXPECT_EQ(complaint("point,N,E,h\n1,1,2,3\n1,1,2,3\n"),
               ":3: the point 1 is in the table twice\n");
+    EXPECT_EQ(complaint("P,N,E,h\n1,1,2,3\n"),
+              ":1: missing in the header: point; it names P, N, E, h\n");
     EXPECT_EQ(complaint("point,N,E\n1,1,2\n"),
               ":1: missing in the header: h; it names point, N, E\n");
+}
+
+// The second point is not in the table, the third has no tip.
+TEST_F(Occupy, ComparesOnlyPointsThatAreInTheTableAndHaveATip)
+{
+    Table table = Recorded({"1", "2"});
+    Table third = Recorded({"3"});
+    StopTime(third);
+    table.rows.insert(table.rows.end(), third.rows.begin(), third.rows.end());
+    std::string known;
+    std::istringstream rows(ReadAll(kTruth));
+    for (std::string row; std::getline(rows, row);)
+        if (!row.starts_with("2,")) known += row + "\n";
+    const std::string truth = m_folder.Write("truth.csv", known);
+    const json result = json::parse(Run(table, "--json --truth " + truth).out);
+    EXPECT_TRUE(result["points"][0].contains("error"));
+    EXPECT_FALSE(result["points"][1].contains("error"));
+    EXPECT_FALSE(result["points"][2].contains("error"));
+    EXPECT_EQ(result["errors"]["all"]["points"], 1);
+    EXPECT_EQ(result["errors"]["means"]["tips"], 2) << "single samples need no occupation";
+    const json one = json::parse(Run(Recorded({"1"}), "--json --truth " + truth).out);
+    const json both = json::parse(Run(Recorded({"1", "3"}), "--json --truth " + truth).out);
+    EXPECT_EQ(result["errors"]["all"], one["errors"]["all"]);
+    EXPECT_EQ(result["errors"]["single_samples"], both["errors"]["single_samples"]);
+
+    const Outcome without = Run(table, "--no-magnetometer --truth " + truth);
+    EXPECT_THAT(without.out, testing::ContainsRegex("\n  occupation +1 "));
+    EXPECT_THAT(without.out, Not(HasSubstr("single samples")));
+    EXPECT_THAT(without.out, Not(HasSubstr("mean of a point")));
 }
 
 // Without a vote of the magnetometer the tip stays, and what it says shifts with the bias.
@@ -507,6 +615,13 @@ TEST_F(Occupy, NeedsNoMagnetometer)
     EXPECT_EQ(without["tip_m"], with["tip_m"]);
     EXPECT_TRUE(without["magnetometer_minus_track_deg"].is_null());
     EXPECT_EQ(Run(table).exitCode, 2);
+    const std::string out = m_folder.Path("tips.csv");
+    const Outcome text = Run(table, "--no-magnetometer --out " + out);
+    EXPECT_THAT(text.out, HasSubstr("magnetometer            not used\n"));
+    EXPECT_THAT(text.out, testing::ContainsRegex("\n2 .* 316[.]4 +[0-9.]+ +- +[0-9.]+ +-\n"));
+    Table tips = TableOf(ReadAll(out));
+    EXPECT_EQ(tips.Cell(0, "magnetometer_minus_track_deg"), "");
+    EXPECT_NE(tips.Cell(0, "heading_deg"), "");
 }
 
 TEST_F(Occupy, CorrectsTheMagnetometerByTheParameterFile)
@@ -524,6 +639,8 @@ TEST_F(Occupy, CorrectsTheMagnetometerByTheParameterFile)
                              .get<double>());
     };
     EXPECT_LT(difference("--config " + config), 5.0);
+    EXPECT_THAT(RunOn(log, "--config " + config).out,
+                HasSubstr("magnetometer            " + config + ", heading bias 0.0000 degrees\n"));
     EXPECT_GT(difference(""), 10.0);
 }
 
@@ -568,6 +685,12 @@ TEST_F(Occupy, ManagesWithoutGyros)
     EXPECT_TRUE(without["tip_m"]["N"].is_number());
     EXPECT_NEAR(without["tip_m"]["N"].get<double>(), with["tip_m"]["N"].get<double>(), 1e-6);
     EXPECT_TRUE(without["heading_deg"].is_null());
+
+    const std::string out = m_folder.Path("found.csv");
+    Simulated("--points 1 --seed 5 --motion hold --duration 8", "--gyro-free --out " + out);
+    Table tips = TableOf(ReadAll(out));
+    EXPECT_EQ(tips.Cell(0, "heading_deg"), "");
+    EXPECT_NE(tips.Cell(0, "lean_deg"), "");
 }
 
 TEST_F(Occupy, StatedErrorsWidenTheRegion)

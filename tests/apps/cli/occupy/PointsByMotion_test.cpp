@@ -118,6 +118,16 @@ TEST_F(PointsByMotion, LeavesTheWalksOut)
             rows += point["samples"]["read"].get<std::size_t>();
         }
         EXPECT_EQ(rows, log.rows.size()) << motion;
+        Table unnamed = log;
+        unnamed.Remove("point");
+        EXPECT_THAT(
+            Run(unnamed).out,
+            testing::AllOf(HasSubstr("told apart by motion: the log does not name them\n"),
+                           HasSubstr(fmt::format(
+                               "rows of no point        {}, {} of them with an antenna position\n",
+                               found["rows_of_no_point"]["samples"].get<int>(),
+                               found["rows_of_no_point"]["epochs"].get<int>()))))
+            << motion;
     }
 }
 
