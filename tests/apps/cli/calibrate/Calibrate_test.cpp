@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "tests/apps/cli/calibrate/CalibrateFixture.h"
+#include "tests/apps/cli/occupy/OccupyRuns.h"
 #include <algorithm>
 #include <cairo.h>
+#include <cmath>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
@@ -172,6 +174,21 @@ TEST_F(Calibrate, WritesWhatTheTurnsTellAsJson)
     EXPECT_NEAR(json["magnetometer_b"]["field_change"]["length_share"].get<double>(), 0.0, 0.01);
 }
 
+TEST_F(Calibrate, WritesNoAccelerationOfLogsWithoutOne)
+{
+    Simulate();
+    for (const char* log : {"h.csv", "v.csv"}) {
+        auto table = occupy::test::TableOf(m_folder.Read(log));
+        for (const char* name : {"dAcc_x", "dAcc_y", "dAcc_z"})
+            table.Remove(name);
+        m_folder.Write(log, table.Text());
+    }
+    Run({"--report", Path("report.json")});
+    const auto json = nlohmann::json::parse(m_folder.Read("report.json"));
+    for (const char* turn : {"horizontal", "vertical"})
+        EXPECT_TRUE(json.at(turn).at("acceleration").is_null()) << turn;
+}
+
 TEST_F(Calibrate, DrawsBothTurns)
 {
     Simulate({"--gap", "3:6"});
@@ -291,6 +308,67 @@ TEST_F(Calibrate, DescribesEachFailureOfADump)
     EXPECT_THAT(outcome.out, HasSubstr("the vertical turn is at fault"));
     EXPECT_THAT(outcome.out, Not(HasSubstr("the horizontal turn is at fault")));
     unsetenv("XDG_DATA_HOME");
+}
+
+TEST_F(Calibrate, SaysWhichFitFailsOnADump)
+{
+    Simulate();
+    const auto turn = occupy::test::TableOf(m_folder.Read("h.csv"));
+    const auto says = [&](const occupy::test::Table& table) {
+        const std::string dump = m_folder.Write("dump.csv", table.Text());
+        const Outcome outcome = RunProgram({"calibrate", "--dump", dump});
+        EXPECT_EQ(outcome.exitCode, 0);
+        EXPECT_THAT(outcome.out,
+                    HasSubstr("magnetometer B: all fits of the horizontal turn succeed"));
+        const auto begin = outcome.out.find("magnetometer A");
+        return outcome.out.substr(begin, outcome.out.find('\n', begin) - begin);
+    };
+    for (const char* axis : {"dMag_y", "dMag_z"}) {
+        auto stuck = turn;
+        stuck.Set(axis, "5");
+        EXPECT_EQ(says(stuck),
+                  "magnetometer A: the line fits fail: the horizontal turn is at fault")
+            << axis;
+    }
+    auto hyperbola = turn;
+    for (std::size_t i = 0; i < hyperbola.rows.size(); ++i) {
+        const double t = 0.01 * static_cast<double>(i) - 2.5;
+        hyperbola.Cell(i, "dMag_x") = fmt::format("{}", 100.0 * std::cosh(t));
+        hyperbola.Cell(i, "dMag_y") = fmt::format("{}", 100.0 * std::sinh(t));
+    }
+    EXPECT_EQ(says(hyperbola),
+              "magnetometer A: the ellipse fit fails: the horizontal turn is at fault");
+}
+
+TEST_F(Calibrate, NamesAllMissingSectorsOfADump)
+{
+    Simulate({"--gap", "3:6", "--gap", "12:15"});
+    const Outcome outcome = RunProgram({"calibrate", "--dump", Path("h.csv")});
+    EXPECT_THAT(outcome.out, testing::ContainsRegex("missing: [0-9]+-[0-9]+(, [0-9]+-[0-9]+)+\n"));
+}
+
+TEST_F(Calibrate, ADumpWithoutSamplesIsANegativeResult)
+{
+    Simulate();
+    const std::string log = m_folder.Read("h.csv");
+    const std::string dump = m_folder.Write("dump.csv", log.substr(0, log.find('\n') + 1));
+    const Outcome outcome = RunProgram({"calibrate", "--dump", dump});
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_EQ(outcome.out, "0 failed calibrations in " + dump + "\n");
+}
+
+TEST_F(Calibrate, DoesNotAdviseAJointFitThatIsNotAccepted)
+{
+    ASSERT_EQ(RunProgram({"simulate", "turns", "--horizontal", Path("h.csv"), "--vertical",
+                          Path("v.csv"), "--seed", "4", "--noise-a", "25", "--noise-b", "25"})
+                  .exitCode,
+              0);
+    const Outcome outcome = Run({"--out", Path("pole.cfg")});
+    EXPECT_EQ(outcome.exitCode, 1);
+    const std::string joint = outcome.out.substr(outcome.out.find("Joint fit of the same turns"));
+    EXPECT_THAT(joint, HasSubstr("  verdict                       poor"));
+    EXPECT_THAT(joint, HasSubstr("  what to do                    Record both turns again"));
+    EXPECT_THAT(outcome.err, Not(HasSubstr("--method joint")));
 }
 
 TEST_F(Calibrate, SaysWhereNoDumpCouldBeWritten)

@@ -11,6 +11,7 @@
 namespace {
 
 using apps::test::Outcome;
+using apps::test::RunProgram;
 using testing::HasSubstr;
 
 // The joint fit of these turns finds bias angles of its own.
@@ -108,6 +109,55 @@ TEST_F(CalibrationRecord, IsStaleOnceTheParameterFileHasChanged)
     }
 }
 
+TEST_F(CalibrationRecord, IsStaleWhereItsAnglesDoNotSumUpToThoseOfTheFile)
+{
+    Simulate();
+    ASSERT_EQ(Run({"--out", Path("old.cfg"), "--bias", "3.5", "--bias-b", "2"}).exitCode, 0);
+    const nlohmann::json good = Record("old.cfg");
+    ASSERT_EQ(good["bias_found_a_deg"], 0.0);
+    for (const char* key : {"bias_given_a_deg", "bias_given_b_deg"}) {
+        nlohmann::json changed = good;
+        changed[key] = 4.25;
+        m_folder.Write("old.cfg.json", changed.dump());
+        const Outcome outcome = Run({"--bias-from", Path("old.cfg")});
+        EXPECT_EQ(outcome.exitCode, 0) << key;
+        EXPECT_THAT(outcome.err, HasSubstr("old.cfg: has changed since its record ")) << key;
+        EXPECT_THAT(outcome.err,
+                    HasSubstr("its bias angles, 3.5 and 2 degrees, are taken as given"))
+            << key;
+    }
+    nlohmann::json found = good;
+    found["bias_found_b_deg"] = 1.5;
+    m_folder.Write("old.cfg.json", found.dump());
+    const Outcome outcome = Run({"--bias-from", Path("old.cfg")});
+    EXPECT_EQ(outcome.exitCode, 2) << "B's angle may be what a fit found";
+    EXPECT_THAT(outcome.err, HasSubstr("may include what a fit found"));
+}
+
+TEST_F(CalibrationRecord, IsNotMissedForAnglesThatAreZero)
+{
+    Simulate();
+    CInclineSensor_Position position = Parameters("true.cfg");
+    ASSERT_EQ(position.GetMagneticBiasAngle_A(), 0.0);
+    ASSERT_EQ(position.GetMagneticBiasAngle_B(), 0.0);
+    EXPECT_EQ(Run({"--bias-from", Path("true.cfg")}).err, "");
+    position.SetMagneticBiasAngle_B(2.0);
+    ASSERT_EQ(position.ConfigSave(Path("true.cfg").c_str()), 1);
+    EXPECT_THAT(Run({"--bias-from", Path("true.cfg")}).err,
+                HasSubstr("its bias angles, 0 and 2 degrees, are taken as given"));
+}
+
+TEST_F(CalibrationRecord, OfAnglesFromAStreamThereIsNone)
+{
+    Simulate();
+    const Outcome outcome =
+        RunProgram({"calibrate", "--horizontal", Path("h.csv"), "--vertical", Path("v.csv"),
+                    "--bias-from", "/dev/stdin", "--method", "joint"},
+                   m_folder.Read("true.cfg"));
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.err, HasSubstr("/dev/stdin: has no record of tiltpole calibrate"));
+}
+
 TEST_F(CalibrationRecord, OfASolverLeavesAnglesThatAHostHasSet)
 {
     Simulate();
@@ -125,10 +175,16 @@ TEST_F(CalibrationRecord, MustBeOneThatThisProgramReads)
     const nlohmann::json good = Record("old.cfg");
     nlohmann::json later = good;
     later["version"] = 2;
+    nlohmann::json undated = good;
+    undated.erase("version");
+    nlohmann::json lacking = good;
+    lacking.erase("bias_given_b_deg");
     nlohmann::json damaged = good;
     damaged["bias_found_b_deg"] = "none";
     const std::pair<std::string, const char*> cases[] = {
         {later.dump(),         "old.cfg.json: is not of version 1"             },
+        {undated.dump(),       "old.cfg.json: is not of version 1"             },
+        {lacking.dump(),       "old.cfg.json: bias_given_b_deg is not a number"},
         {damaged.dump(),       "old.cfg.json: bias_found_b_deg is not a number"},
         {"{}",                 "old.cfg.json: is not a record of tiltpole"     },
         {good.dump().substr(0, 100),                                             "old.cfg.json: is not a record of tiltpole"},
@@ -176,6 +232,17 @@ TEST_F(CalibrationRecord, LiesBesideTheFileThatALinkLeadsTo)
     EXPECT_EQ(cli::RecordOf(Path("pole.cfg")), Path("real/sensor.cfg.json"));
     m_folder.Write("real/sensor.cfg", "old");
     EXPECT_EQ(cli::RecordOf(Path("pole.cfg")), Path("real/sensor.cfg.json"));
+}
+
+TEST_F(CalibrationRecord, IsNotLookedForAroundACircleOfLinks)
+{
+    std::filesystem::create_symlink("b.cfg", Path("a.cfg"));
+    std::filesystem::create_symlink("a.cfg", Path("b.cfg"));
+    EXPECT_EQ(cli::RecordOf(Path("a.cfg")), Path("a.cfg.json"));
+    const Outcome outcome = Joint("a.cfg", {});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_THAT(outcome.err, HasSubstr("a.cfg: "));
+    EXPECT_FALSE(std::filesystem::exists(Path("a.cfg.json")));
 }
 
 TEST_F(CalibrationRecord, DevicesHaveNone)

@@ -144,6 +144,7 @@ TEST_F(OnTheSpot, RefusesInputThatItCannotUse)
     const std::pair<std::string, std::string> cases[] = {
         {on + Out(),                                         "--pole is required"              },
         {on + " --pole 2 --bias 1",                          "leave out --bias"                },
+        {on + " --pole 2 --bias 1 --method joint",           "leave out --method, --bias"      },
         {"calibrate --pole 2 --horizontal a --vertical b",   "--pole belongs to --on-the-spot" },
         {"calibrate --on-the-spot no.csv --pole 2",          "no.csv"                          },
         {on + " --pole 2 --out " + log,                      "rocked.csv"                      },
@@ -162,6 +163,21 @@ TEST_F(OnTheSpot, RefusesInputThatItCannotUse)
 }
 
 using occupy::test::Table;
+
+TEST_F(OnTheSpot, NeedsTheTimeButNoNames)
+{
+    const std::string log = Rocked();
+    Table table = occupy::test::TableOf(m_folder.Read("rocked.csv"));
+    table.Remove("point");
+    const std::string unnamed = m_folder.Write("unnamed.csv", table.Text());
+    EXPECT_EQ(json::parse(Calibrate(unnamed, "--json").out)["values"],
+              json::parse(Calibrate(log, "--json").out)["values"]);
+    table.Remove("seconds");
+    const auto timeless = Calibrate(m_folder.Write("timeless.csv", table.Text()), Out());
+    EXPECT_EQ(timeless.exitCode, 2);
+    EXPECT_THAT(timeless.err, HasSubstr("timeless.csv:1: missing in the header: seconds;"));
+    ExpectNothingWritten();
+}
 
 void Scale(Table& table, const std::vector<std::string>& columns, double factor)
 {
@@ -297,6 +313,12 @@ TEST_F(OnTheSpot, IsRefusedInAnotherField)
     const auto weaker = refused("--strength 480");
     EXPECT_EQ(weaker.exitCode, 1);
     EXPECT_THAT(weaker.output, HasSubstr("% weaker than at the calibration"));
+    const auto stronger = refused("--strength 590");
+    EXPECT_EQ(stronger.exitCode, 1);
+    EXPECT_THAT(stronger.output, HasSubstr("% stronger than at the calibration"));
+    const auto steeper = refused("--dip 72");
+    EXPECT_EQ(steeper.exitCode, 1);
+    EXPECT_THAT(steeper.output, HasSubstr("degrees steeper than at the calibration"));
     const auto flatter = refused("--dip 60");
     EXPECT_EQ(flatter.exitCode, 1);
     EXPECT_THAT(flatter.output, HasSubstr("degrees flatter than at the calibration"));
@@ -304,6 +326,47 @@ TEST_F(OnTheSpot, IsRefusedInAnotherField)
                       + " --pole 2 --no-magnetometer --calibration " + Sidecar())
                   .exitCode,
               0);
+}
+
+TEST_F(OnTheSpot, IsNotRefusedWhereNoMagnetometerShowsAField)
+{
+    const std::string log = Rocked();
+    ASSERT_EQ(Calibrate(log, Out()).exitCode, 0);
+    Table dead = occupy::test::TableOf(m_folder.Read("rocked.csv"));
+    for (const char* name : {"dMag_x", "dMag_y", "dMag_z", "dMag_x_2", "dMag_y_2", "dMag_z_2"})
+        dead.Set(name, "0");
+    const std::string rest = " --pole 2 --json --calibration " + Sidecar();
+    const auto done = RunLine("occupy " + m_folder.Write("dead.csv", dead.Text()) + rest);
+    EXPECT_EQ(done.exitCode, 0) << done.output;
+    const json result = json::parse(done.output);
+    EXPECT_TRUE(result["points"][0]["magnetometer_minus_track_deg"].is_null());
+    EXPECT_EQ(result["points"][0]["disturbed"]["part"], 0.0);
+
+    // One that was not found has no field to watch for.
+    json sidecar = json::parse(m_folder.Read("pole.cfg.spot.json"));
+    sidecar["values"]["magnetometer_a"] = nullptr;
+    m_folder.Write("pole.cfg.spot.json", sidecar.dump());
+    const json unwatched = json::parse(RunLine("occupy " + log + rest).output);
+    EXPECT_TRUE(unwatched["field"].is_null());
+}
+
+TEST_F(OnTheSpot, IsToldInTheTextOfAnOccupation)
+{
+    const std::string log = Rocked();
+    ASSERT_EQ(Calibrate(log, Out()).exitCode, 0);
+    json sidecar = json::parse(m_folder.Read("pole.cfg.spot.json"));
+    sidecar["made_utc"] = "9999-01-01T00:00:00Z";
+    sidecar["values"]["delay_s"] = 0.025;
+    m_folder.Write("pole.cfg.spot.json", sidecar.dump());
+    const std::string occupy = "occupy " + log + " --pole 2 --calibration " + Sidecar();
+    const std::string text = RunLine(occupy).output;
+    EXPECT_THAT(text,
+                HasSubstr("calibration             " + Sidecar() + ", made 9999-01-01T00:00:00Z\n"))
+        << "no age of what is yet to come";
+    EXPECT_THAT(text, HasSubstr("antenna 25.0 ms behind the sensors\n"));
+    EXPECT_THAT(RunLine(occupy + " --delay 0.02").output,
+                testing::Not(HasSubstr("behind the sensors\n")))
+        << "the given one takes its place";
 }
 
 // The filter takes accelerations for gravity: of a pole that is rocked hard about a wide lean the dip by
