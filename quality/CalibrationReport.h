@@ -238,7 +238,7 @@ inline bool IsAccepted(Verdict verdict)
     return verdict == Verdict::Good || verdict == Verdict::Usable;
 }
 
-/// "good", "usable", "unchecked", "poor" or "refused".
+/// "good", "usable", "unchecked", "poor" or "refused"; empty for a number that is none.
 TILTPOLE_API std::string_view Name(Verdict verdict);
 
 /// A short name of the reason: "vertical-axis".

@@ -31,7 +31,8 @@ namespace quality {
 /// @param sensorType  as for CInclineSensor_Position::SetSensorType
 TILTPOLE_API JointFit FitJointly(const CalibrationTurns& turns, int sensorType = 1);
 
-/// The outcome as half a sentence: "the vertical turn covers less than 270 degrees".
+/// The outcome as half a sentence: "the vertical turn covers less than 270 degrees"; empty for a
+/// number that is none.
 TILTPOLE_API std::string_view Describe(JointFitOutcome outcome);
 
 } // namespace quality

@@ -218,6 +218,9 @@ TEST_F(CalibrationReport, RefusesGainsThatNoSensorHas)
     EXPECT_EQ(AssessCalibration(run).reason, Finding::Implausible);
     run.calibration.correctionB.e = -1.0;
     EXPECT_EQ(AssessCalibration(run).verdict, Verdict::Refused);
+    run = RunSolver(Record(CleanSetting()));
+    run.calibration.correctionA.b = run.calibration.correctionB.b = 6.0;
+    EXPECT_EQ(AssessCalibration(run).reason, Finding::Implausible);
 }
 
 TEST_F(CalibrationReport, NamesAConstantHeadingError)
@@ -361,6 +364,26 @@ TEST_F(CalibrationReport, TellsVerdictReasonAndAdviceAsText)
     EXPECT_THAT(text, HasSubstr("mm at tilt 30"));
 }
 
+TEST_F(CalibrationReport, SaysOfAVerdictThatItIsWeak)
+{
+    study::Setting s = CleanSetting();
+    s.vertical.extent = 240.0;
+    EXPECT_THAT(ToText(Assess(s)), HasSubstr("Calibration: poor (weaker verdict: "));
+}
+
+TEST_F(CalibrationReport, LeavesACalibrationUncheckedAfterTurnsThatWereSwung)
+{
+    turnmaker::Plan horizontal = turnmaker::HorizontalPlan();
+    turnmaker::Plan vertical = turnmaker::VerticalPlan();
+    horizontal.outward = vertical.outward = 0.3;
+    const auto report = AssessCalibration(
+        RunSolver(turnmaker::MakeTurns(turnmaker::TriangularWorld(), horizontal, vertical), 1));
+    EXPECT_EQ(report.jointFit, JointFitOutcome::Swung);
+    EXPECT_EQ(report.verdict, Verdict::Unchecked);
+    EXPECT_EQ(report.reason, Finding::Swung);
+    EXPECT_THAT(ToText(report), HasSubstr("Calibration: unchecked: "));
+}
+
 TEST_F(CalibrationReport, TellsDegreesToTwoDecimals)
 {
     quality::CalibrationReport report;
@@ -402,6 +425,16 @@ TEST_F(CalibrationReport, HasANameASentenceAndAnAdviceForEveryFinding)
         EXPECT_THAT(names, ::testing::Not(::testing::Contains(Name(finding))));
         names.push_back(Name(finding));
     }
+}
+
+TEST_F(CalibrationReport, HasANameForEveryVerdict)
+{
+    EXPECT_EQ(Name(Verdict::Good), "good");
+    EXPECT_EQ(Name(Verdict::Usable), "usable");
+    EXPECT_EQ(Name(Verdict::Unchecked), "unchecked");
+    EXPECT_EQ(Name(Verdict::Poor), "poor");
+    EXPECT_EQ(Name(Verdict::Refused), "refused");
+    EXPECT_EQ(Name(static_cast<Verdict>(99)), "");
 }
 
 TEST_F(CalibrationReport, EnlargesTheErrorByWhatTheJointFitDoesNotKnow)

@@ -147,6 +147,21 @@ TEST(JointFit, RefusesValuesThatAreNoNumbers)
     CalibrationTurns turns = turnmaker::MakeTurns(turnmaker::DistortedWorld());
     turns.vertical[5].dMag_z_2 = std::nan("");
     EXPECT_EQ(FitJointly(turns).outcome, JointFitOutcome::NotFinite);
+    turns = turnmaker::MakeTurns(turnmaker::DistortedWorld());
+    turns.horizontal[5].dMag_x = std::nan("");
+    EXPECT_EQ(FitJointly(turns).outcome, JointFitOutcome::NotFinite);
+    turns = turnmaker::MakeTurns(turnmaker::DistortedWorld());
+    turns.vertical[5].dRoll = std::nan("");
+    EXPECT_EQ(FitJointly(turns).outcome, JointFitOutcome::NotFinite);
+}
+
+TEST(JointFit, RefusesAHorizontalTurnUpsideDown)
+{
+    Plan horizontal = turnmaker::HorizontalPlan();
+    horizontal.space = -horizontal.space;
+    EXPECT_EQ(
+        FitJointly(turnmaker::MakeTurns(World{}, horizontal, turnmaker::VerticalPlan())).outcome,
+        JointFitOutcome::TiltUnusable);
 }
 
 // What a magnetometer reads at the end of its range, and what a broken line of a log holds.
@@ -271,6 +286,7 @@ TEST(JointFit, DescribesEveryOutcome)
     for (int i = 0; i <= static_cast<int>(JointFitOutcome::NoSolution); ++i) {
         EXPECT_FALSE(Describe(static_cast<JointFitOutcome>(i)).empty()) << i;
     }
+    EXPECT_EQ(Describe(static_cast<JointFitOutcome>(99)), "");
 }
 
 } // namespace

@@ -133,6 +133,8 @@ TEST(ParameterCheck, FindsAKeyWhereverItStandsFirst)
                 ElementsAre("line 3: MagneticA.b is 0, not between 0.1 and 10"));
     EXPECT_THAT(Problems(Saved() + "[MagneticA.b]0.0\r\n"), IsEmpty())
         << "a second place does not count";
+    EXPECT_THAT(Problems(Saved("[MagneticA.c]", "[MagneticA.b]0.0\r\n[MagneticA.c]")), IsEmpty())
+        << "before the others neither";
 }
 
 TEST(ParameterCheck, ReportsImplausibleKeys)
@@ -168,6 +170,8 @@ TEST(ParameterCheck, ReportsImplausibleKeys)
          "line 20: MagneticBiasAngle_A is 361.5, not between -360 and 360"                        },
         {"[MagneticBiasAngle_B]-7.25",   "[MagneticBiasAngle_B]\x1b[2J",
          "line 21: MagneticBiasAngle_B is '?[2J00000000', not a number"                           },
+        {"[MagneticBiasAngle_B]-7.25",   "[MagneticBiasAngle_B]\x7fx",
+         "line 21: MagneticBiasAngle_B is '?x00000000', not a number"                             },
         {"[MagneticA.x0]",               "[MagneticA.X0]",               "MagneticA.x0 is missing"},
     };
     for (const Case& c : cases)

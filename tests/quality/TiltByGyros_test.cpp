@@ -103,6 +103,38 @@ TEST(TiltByGyros, SaysNothingOfSensorTypeTwoWhoseVerticalTurnHidesSteps)
     }
 }
 
+// Of a careful operator's turns, spoilt.
+template <class Spoil>
+bool SeesAfter(const Spoil& spoil)
+{
+    constexpr std::uint64_t kSeed = 12;
+    simulation::Generator random(kSeed, simulation::Stream::Placement);
+    Setting s = study::Ordinary(random);
+    study::Handle(s, 0.3, random);
+    auto turns = RecordTurns(s, kSeed);
+    const auto model = tiltpole::quality::FitBoth(turns, 1);
+    spoil(turns);
+    return TiltByGyros(turns, 1, model).has_value();
+}
+
+TEST(TiltByGyros, SaysNothingOfTurnsThatTellNoTimeBetweenSamples)
+{
+    using Turns = quality::CalibrationTurns;
+    EXPECT_TRUE(SeesAfter([](Turns&) {}));
+    EXPECT_FALSE(SeesAfter([](Turns& turns) { turns.vertical.resize(5); })) << "too short";
+    EXPECT_FALSE(SeesAfter([](Turns& turns) {
+        for (std::size_t i = 0; i < turns.horizontal.size(); ++i)
+            turns.horizontal[i].dGyro_z = i % 2 == 0 ? 20.0 : -20.0;
+    })) << "shaken, not turned";
+    for (const double reading : {100.0, std::nan("")}) {
+        EXPECT_FALSE(SeesAfter([reading](Turns& turns) {
+            for (PoseSensorData& sample : turns.vertical)
+                sample.dMag_x = sample.dMag_y = sample.dMag_z = reading;
+        })) << "a magnetometer that does not follow: "
+            << reading;
+    }
+}
+
 TEST(TiltByGyros, SaysNothingWithoutGyros)
 {
     EXPECT_FALSE(Seen({.noGyros = true}));

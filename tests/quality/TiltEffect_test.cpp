@@ -55,4 +55,18 @@ TEST(TiltEffect, IsTheDifferenceFromTheFitOfTurnsThatDidNotDrift)
     EXPECT_GT((*effect)[0].trueTilt, 0.01);
 }
 
+// An inclinometer that is off by so much follows no turn over head.
+TEST(TiltEffect, IsUnknownWhereNoFitIsFoundWithPitchAndRollSetRight)
+{
+    const CalibrationTurns turns = Recorded();
+    const auto fit = tiltpole::quality::FitBoth(turns, 1);
+    EXPECT_TRUE(tiltpole::quality::TiltEffectOf(turns, 1, fit, {}));
+    quality::GyroTilt drifts{};
+    drifts.drift.roll = 300.0;
+    EXPECT_FALSE(tiltpole::quality::TiltEffectOf(turns, 1, fit, drifts));
+    quality::GyroTilt stays{};
+    stays.offset.pitch = 90.0;
+    EXPECT_FALSE(tiltpole::quality::TiltEffectOf(turns, 1, fit, stays));
+}
+
 } // namespace

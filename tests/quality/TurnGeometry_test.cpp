@@ -22,6 +22,15 @@ std::vector<Eigen::Vector2d> Arc(double from, double to, double step)
     return points;
 }
 
+TEST(Plane, OfNoVectorsIsLevel)
+{
+    for (const Plane& plane : {PlaneThrough({}), PlaneThroughOrigin({})}) {
+        EXPECT_EQ(plane.normal, Eigen::Vector3d::UnitZ());
+        EXPECT_EQ(plane.distance, 0.0);
+        EXPECT_EQ(plane.spread, 0.0);
+    }
+}
+
 TEST(Gaps, CountFromFifteenDegreesOn)
 {
     std::vector<double> angles;
