@@ -96,9 +96,9 @@ void PointInWork::AddSingleTip(const LogRow& row)
     if (!m_setup.occupation.useMagnetometer) return;
     PoseSensorData pose = row.pose;
     xyhCoordinate tip = row.epoch->position;
-    const bool found = m_position.Position(pose, m_setup.occupation.poleLength, tip) == 1
-                       && std::isfinite(tip.x) && std::isfinite(tip.y) && std::isfinite(tip.h);
-    if (found) m_point->singleTips.push_back(tip);
+    m_position.Position(pose, m_setup.occupation.poleLength, tip);
+    if (std::isfinite(tip.x) && std::isfinite(tip.y) && std::isfinite(tip.h))
+        m_point->singleTips.push_back(tip);
 }
 
 // Of units and columns, the truer reason first; some make the estimate see no more than a gap.
