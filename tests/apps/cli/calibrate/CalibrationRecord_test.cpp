@@ -4,9 +4,15 @@
 #include "tests/apps/cli/calibrate/CalibrateFixture.h"
 
 #include <cmath>
+#include <fcntl.h>
 #include <filesystem>
+#include <fstream>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
 
 namespace {
 
@@ -243,6 +249,41 @@ TEST_F(CalibrationRecord, IsNotLookedForAroundACircleOfLinks)
     EXPECT_EQ(outcome.exitCode, 2);
     EXPECT_THAT(outcome.err, HasSubstr("a.cfg: "));
     EXPECT_FALSE(std::filesystem::exists(Path("a.cfg.json")));
+}
+
+// That of a process that has ended and is not yet waited for.
+TEST_F(CalibrationRecord, LiesBesideALinkThatCannotBeRead)
+{
+    const pid_t child = fork();
+    if (child == 0) _exit(0);
+    ASSERT_GT(child, 0);
+    siginfo_t ended{};
+    ASSERT_EQ(waitid(P_PID, static_cast<id_t>(child), &ended, WEXITED | WNOWAIT), 0);
+    const std::string link = "/proc/" + std::to_string(child) + "/exe";
+    const bool isLink = std::filesystem::is_symlink(std::filesystem::symlink_status(link));
+    const std::string record = cli::RecordOf(link);
+    waitpid(child, nullptr, 0);
+    EXPECT_TRUE(isLink);
+    EXPECT_EQ(record, link + ".json");
+}
+
+TEST_F(CalibrationRecord, OfANamedPipeThereIsNone)
+{
+    const std::string pipe = Path("pipe.cfg");
+    ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+    EXPECT_EQ(cli::RecordOf(pipe), "");
+    CInclineSensor_Position position = Parameters("true.cfg");
+    position.SetMagneticBiasAngle_A(2.5);
+    ASSERT_EQ(position.ConfigSave(Path("bias.cfg").c_str()), 1);
+    std::thread writer([&] { std::ofstream(pipe) << m_folder.Read("bias.cfg"); });
+    const Outcome outcome = Run({"--bias-from", pipe, "--bias-b", "1"});
+    // Lets the writer go on where nothing has read.
+    const int reader = open(pipe.c_str(), O_RDONLY | O_NONBLOCK);
+    writer.join();
+    close(reader);
+    EXPECT_THAT(outcome.err,
+                HasSubstr("pipe.cfg: has no record of tiltpole calibrate beside it; its "
+                          "bias angles, 2.5 and 0 degrees, are taken as given"));
 }
 
 TEST_F(CalibrationRecord, DevicesHaveNone)
