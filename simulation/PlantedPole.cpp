@@ -53,12 +53,12 @@ MovingPoint TipAt(const std::vector<Slip>& slips, double seconds)
     return tip;
 }
 
-// Of a pole that is turned by `along` in one plane and by `across` out of it [degrees].
+// Of a pole that is turned by `along` in one plane and by `across`, which is no more, out of it [degrees].
 double LeanOfBoth(double along, double across)
 {
-    if (along > kSteepest || across > kSteepest) return std::max(along, across);
+    if (along > kSteepest) return along;
     const double up = SineCosineOf(along).cosine * SineCosineOf(across).cosine;
-    return up < SineCosineOf(kSteepest).cosine ? 2.0 * kSteepest : std::max(along, across);
+    return up < SineCosineOf(kSteepest).cosine ? 2.0 * kSteepest : along;
 }
 
 double LargestLean(const PlantedMotion& m)

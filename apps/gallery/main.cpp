@@ -15,7 +15,6 @@
 #include <fmt/format.h>
 #include <fmt/ranges.h>
 
-#include <filesystem>
 #include <string>
 #include <utility>
 #include <vector>
@@ -45,7 +44,6 @@ int Show(int& argc, char** argv, const Arguments& arguments)
 int Render(int& argc, char** argv, const Arguments& arguments)
 {
     const std::vector<gallery::ReplaySample> replay = gallery::ReadReplay(arguments.log);
-    std::filesystem::create_directories(arguments.folder);
     const gallery::ScratchFolder scratch;
     framework::SetModulePath(CString((scratch.Path() + "/tiltpole-gallery").c_str()));
     const framework::Application application(argc, argv, framework::Display::Memory);

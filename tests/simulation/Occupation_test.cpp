@@ -323,6 +323,9 @@ TEST(Occupation, DipoleBesideThePoleFallsWithTheCube)
     EXPECT_LT(Distance(readAt({-1.0, 0.0, -1.8}), {200.0, 0.0, 0.0}), 1e-9);
     EXPECT_LT(Distance(readAt({0.0, 1.0, -1.8}), {-100.0, 0.0, 0.0}), 1e-9);
     EXPECT_LT(Distance(readAt({-2.0, 0.0, -1.8}), {25.0, 0.0, 0.0}), 1e-9);
+    // 20 times as close, and no stronger closer still: 8000 times 200 on the axis.
+    EXPECT_LT(Distance(readAt({-0.05, 0.0, -1.8}), {1.6e6, 0.0, 0.0}), 1e-4);
+    EXPECT_LT(Distance(readAt({0.0, 0.0, -1.8}), {1.6e6, 0.0, 0.0}), 1e-4);
 }
 
 TEST(Occupation, FilterMakesPitchAndRollLagWhileThePoleMoves)
@@ -393,6 +396,7 @@ TEST(Occupation, ImpossiblePlansAreNamedAndGiveNothing)
         {.points = 0},
         {.rate = 0.0},
         {.antennaRate = 51.0},
+        {.antennaRate = 0.0},
         {.motion = {.duration = 0.0}},
         {.poleLength = 0.0},
         {.poleError = -2.0},

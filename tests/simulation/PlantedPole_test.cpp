@@ -156,17 +156,19 @@ TEST(PlantedPole, SlipMovesTheTipOnceAndUpwardIsUp)
 TEST(PlantedPole, ImpossibleMotionsAreNamed)
 {
     const PlantedMotion motions[] = {
-        {.duration = 0.0     },
-        {.moveTime = 0.0     },
-        {.duration = 1.0,      .moveTime = 2.0},
-        {.leanTo = 61.0                   },
+        {.duration = 0.0                 },
+        {.moveTime = 0.0                 },
+        {.duration = 1.0,                  .moveTime = 2.0},
+        {.leanTo = 61.0                               },
         {.leanFrom = -1.0},
-        {.leanTo = -1.0                   },
+        {.leanTo = -1.0                               },
         {.amplitude = -1.0},
-        {.motion = OccupationMotion::Rock,                    .amplitude = 56.0},
-        {.frequency = -1.0},
-        {.sensorHeight = -0.1   },
-        {.slips = {{.at = 1.0, .duration = 0.0}}},
+        {.motion = OccupationMotion::Rock,                                .amplitude = 56.0},
+        {.motion = OccupationMotion::Free,.amplitude = 300.0},
+        {.motion = OccupationMotion::Free, .leanFrom = 0.0, .amplitude = 50.0},
+        {.frequency = -1.0                               },
+        {.sensorHeight = -0.1                },
+        {.slips = {{.at = 1.0, .duration = 0.0}}                               },
     };
     for (const PlantedMotion& motion : motions)
         EXPECT_FALSE(ProblemOf(motion).empty());

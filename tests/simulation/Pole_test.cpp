@@ -125,4 +125,12 @@ TEST(AntennaErrors, SlowShareForgetsWithItsCorrelationTime)
     EXPECT_NEAR(MeanProduct(errors, &Point3::y, 10) / 9e-6, std::exp(-0.5), allowed);
 }
 
+TEST(AntennaErrors, SlowShareWithoutACorrelationTimeHasNoMemory)
+{
+    const auto errors = ErrorsOf({0.0, 0.0, 0.003, 0.010, 0.0}, 0.1, 200'000);
+    const double allowed = 4.0 * std::sqrt(2.0 / 200'000);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::x, 0) / 9e-6, 1.0, allowed);
+    EXPECT_NEAR(MeanProduct(errors, &Point3::x, 1) / 9e-6, 0.0, allowed);
+}
+
 } // namespace

@@ -277,4 +277,24 @@ TEST(PoseSensor, NoiseHasItsStandardDeviation)
     CheckNoise(sensor, &PoseSensorData::dAcc_z, 1.0, 0.01);
 }
 
+TEST(CorrectionOf, NeedsATriangleWithoutAZeroOnItsDiagonal)
+{
+    const MagnetometerModel model;
+    EXPECT_TRUE(CorrectionOf(model));
+    for (double Point3::*axis : {&Point3::y, &Point3::z}) {
+        MagnetometerModel beyond = model;
+        beyond.softIron.rows[0].*axis = 0.1;
+        EXPECT_FALSE(CorrectionOf(beyond));
+    }
+    MagnetometerModel beyond = model;
+    beyond.softIron.rows[1].z = 0.1;
+    EXPECT_FALSE(CorrectionOf(beyond));
+    constexpr double Point3::*kDiagonal[] = {&Point3::x, &Point3::y, &Point3::z};
+    for (std::size_t i = 0; i < 3; ++i) {
+        MagnetometerModel flat = model;
+        flat.softIron.rows[i].*kDiagonal[i] = 0.0;
+        EXPECT_FALSE(CorrectionOf(flat)) << i;
+    }
+}
+
 } // namespace

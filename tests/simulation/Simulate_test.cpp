@@ -285,6 +285,19 @@ TEST_F(Simulate, StartsAtTheTimeOfDayThatIsGiven)
     EXPECT_THAT(log, HasSubstr(",00:00:00,")) << "it crosses midnight";
 }
 
+TEST_F(Simulate, SceneSaysThatTheAntennaIsARecordedOne)
+{
+    std::string record;
+    for (int i = 0; i < 40; ++i)
+        record += "500.00" + std::to_string(i % 7) + " 1000.000 50.0\n";
+    Write("record.txt", record);
+    const std::string line = "simulate occupations --points 1 --duration 3 --out h --scene s ";
+    ASSERT_EQ(Run(line + "--antenna-noise record.txt").exitCode, 0);
+    EXPECT_EQ(nlohmann::json::parse(Content("s"))["antenna_noise"], "recorded");
+    ASSERT_EQ(Run(line).exitCode, 0);
+    EXPECT_TRUE(nlohmann::json::parse(Content("s"))["antenna_noise"].is_object());
+}
+
 TEST_F(Simulate, RecordOfAnAntennaThatCannotBeReadIsNamed)
 {
     const std::string line = "simulate occupations --out h --antenna-noise record.txt";

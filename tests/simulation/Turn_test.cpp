@@ -245,4 +245,14 @@ TEST(Turn, ImpossiblePlansAreNamedAndGiveNothing)
     EXPECT_EQ(ProblemOf(TurnPlan{}), "");
 }
 
+TEST(Turn, MayStopAtItsEnd)
+{
+    const Recording turn =
+        TurnOf({.samples = 401, .rate = 20.0, .extent = 90.0, .stops = {{90.0, 2.0}}});
+    const std::vector<double> turned = TurnedBy(turn);
+    ASSERT_EQ(turned.size(), 401U);
+    for (std::size_t i = 0; i < turned.size(); ++i)
+        EXPECT_NEAR(turned[i], std::min(90.0, 90.0 * static_cast<double>(i) / 360.0), 1e-9) << i;
+}
+
 } // namespace

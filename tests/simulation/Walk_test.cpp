@@ -168,4 +168,19 @@ TEST(Walk, ImpossiblePlansAreNamedAndGiveNothing)
     EXPECT_EQ(ProblemOf(WalkPlan{}), "");
 }
 
+TEST(Walk, LeavesOutTheSamplesThatAreLost)
+{
+    const WalkPlan whole{.points = 3, .rate = 10.0, .dwell = 6.0, .travel = 4.0};
+    WalkPlan lossy = whole;
+    lossy.losses.gaps = {
+        {3.0, 5.0}
+    };
+    const Walk all = WalkOf(whole);
+    const Walk left = WalkOf(lossy);
+    EXPECT_EQ(left.samples.size() + 20, all.samples.size());
+    ASSERT_EQ(left.antenna.size(), left.samples.size());
+    for (std::size_t i = 0; i < left.antenna.size(); ++i)
+        EXPECT_EQ(Distance(left.antenna[i], all.antenna[i < 30 ? i : i + 20]), 0.0) << i;
+}
+
 } // namespace

@@ -129,6 +129,12 @@ TEST_F(GalleryWindow, StepsByTheArrowsAndPauses)
     Press(Qt::Key_Left);
     Press(Qt::Key_Left);
     EXPECT_EQ(frame.Position(), 49u);
+    Press(Qt::Key_Down);
+    Press(Qt::Key_Down);
+    EXPECT_EQ(frame.Position(), 51u);
+    Press(Qt::Key_Up);
+    Press(Qt::Key_Up);
+    EXPECT_EQ(frame.Position(), 49u);
     CString caption;
     frame.GetDlgItem(Frame::kCaption)->GetWindowText(caption);
     EXPECT_EQ(caption.Find(L"sample 49 "), 0);
@@ -142,6 +148,18 @@ TEST_F(GalleryWindow, StopsAtBothEnds)
     EXPECT_EQ(frame.Position(), 200u);
     Press(Qt::Key_Right);
     EXPECT_EQ(frame.Position(), 200u);
+}
+
+TEST_F(GalleryWindow, TicksNoMoreAfterTheLastSample)
+{
+    frame.Step(195);
+    Press(Qt::Key_Space);
+    Press(Qt::Key_Space); // it goes on
+    for (int i = 0; i < 200 && frame.Position() < 200; ++i)
+        frame.SendMessage(WM_TIMER, 1);
+    EXPECT_EQ(frame.Position(), 200u);
+    frame.SendMessage(WM_TIMER, 1);
+    EXPECT_FALSE(frame.KillTimer(1));
 }
 
 TEST_F(GalleryWindow, TakesAwayWhatASampleAddedWhenItStepsBack)

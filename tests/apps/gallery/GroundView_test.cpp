@@ -116,5 +116,24 @@ TEST_F(HoveredGround, PrefersTheNearerOfTwo)
     EXPECT_EQ(view.Hovered(), 3);
 }
 
+TEST_F(HoveredGround, StaysAsItIsWhileThePointerStaysOnAnObservation)
+{
+    MoveTo(WhitePixel(false));
+    const std::vector<COLORREF> before = Pixels();
+    MoveTo(WhitePixel(false));
+    EXPECT_EQ(view.Hovered(), 2);
+    EXPECT_EQ(Pixels(), before);
+}
+
+TEST_F(HoveredGround, HasNothingUnderThePointerWithoutAGraph)
+{
+    view.graph.reset();
+    const std::vector<COLORREF> before = Pixels();
+    MoveTo({kSide / 2, kSide / 2});
+    view.Show();
+    EXPECT_EQ(view.Hovered(), 0);
+    EXPECT_EQ(Pixels(), before);
+}
+
 } // namespace
 } // namespace gallery::test

@@ -154,4 +154,29 @@ TEST(Render, ReportsAnUnreadableLog)
     EXPECT_THAT(folder.Names(), testing::IsEmpty());
 }
 
+TEST(Render, NamesAFolderThatCannotBeMade)
+{
+    const ScratchFolder folder;
+    const Surroundings surroundings;
+    const std::string file = folder.Write("file", "content");
+    const Outcome outcome = RunProgram({kLog, "--render", file + "/new"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.err, "tiltpole-gallery: " + file + "/new: the folder cannot be created\n");
+    EXPECT_THAT(surroundings.temporary.Names(), testing::IsEmpty());
+}
+
+TEST(Render, GoesOnAfterASignalThatIsIgnored)
+{
+    const ScratchFolder pictures;
+    const Surroundings surroundings;
+    auto* const before = std::signal(SIGHUP, SIG_IGN); // as under nohup
+    const Outcome outcome = RunProgramAndSignal(
+        {kLog, "--render", pictures.Path("new")}, "",
+        [&] { return std::filesystem::exists(pictures.Path("new/compass-000.png")); }, SIGHUP);
+    std::signal(SIGHUP, before);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_TRUE(std::filesystem::exists(pictures.Path("new/gallery.png")));
+    EXPECT_THAT(surroundings.temporary.Names(), testing::IsEmpty());
+}
+
 } // namespace

@@ -7,6 +7,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <fmt/format.h>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
@@ -108,6 +109,18 @@ TEST_F(Solve, ListsEachPositionAsAcceptedOrRejected)
     EXPECT_EQ(points[17]["reason"], "too close to near: 0.141 m in plan");
     EXPECT_EQ(points[18]["reason"], "incline 45.5 degrees is above the cut-off of 45");
     EXPECT_THAT(Run(Sphere() + close).output, HasSubstr("19 read, 17 accepted, 2 rejected"));
+    const std::string both = close + "both,4500000.1,500000.1,102.0,50\n";
+    EXPECT_EQ(Json(Sphere() + both)["points"][19]["reason"],
+              "incline 50 degrees is above the cut-off of 45");
+}
+
+TEST_F(Solve, TestsNoBlankIncline)
+{
+    std::string points = Sphere();
+    points.replace(points.find(",20\n"), 4, ",\n");
+    const LineOutcome outcome = Run(points, "--height 2.0 --cutoff 10");
+    EXPECT_THAT(outcome.output, HasSubstr("16 read, 1 accepted, 15 rejected"));
+    EXPECT_THAT(outcome.output, HasSubstr("  P1                    accepted\n"));
 }
 
 TEST_F(Solve, AppliesTheGivenCutoff)
@@ -278,13 +291,28 @@ TEST_F(Solve, WarnsOfANarrowCone)
     EXPECT_THAT(outcome.output, HasSubstr("Warning: the positions lie in a narrow cone."));
     EXPECT_TRUE(Json(Sphere(10.0))["estimate"]["narrow_cone"]);
     EXPECT_FALSE(Json(Sphere(40.0))["estimate"]["narrow_cone"]);
+    const LineOutcome stored =
+        Run(Sphere(10.0), "--height 2.0 --plan-error 0.0005 --height-error 0.0005");
+    EXPECT_EQ(stored.exitCode, 0);
+    EXPECT_THAT(stored.output, HasSubstr(": a narrow cone\n"));
+    EXPECT_THAT(stored.output, Not(HasSubstr("Warning")));
 }
 
 TEST_F(Solve, DrawsAPicture)
 {
     const std::string picture = m_folder.Path("tip.svg");
-    EXPECT_EQ(Run(Sphere(), "--height 2.0 --plot " + picture).exitCode, 0);
-    EXPECT_THAT(ReadAll(picture), HasSubstr("<svg"));
+    const auto grayIn = [&](const std::string& points) {
+        EXPECT_EQ(Run(points, "--height 2.0 --plot " + picture).exitCode, 0);
+        const std::string svg = ReadAll(picture);
+        EXPECT_THAT(svg, HasSubstr("<svg"));
+        int count = 0;
+        for (std::size_t at = 0; (at = svg.find("rgb(55%,56%,58%)", at)) != svg.npos; ++at)
+            ++count;
+        return count;
+    };
+    const int without = grayIn(Sphere());
+    EXPECT_EQ(grayIn(Sphere() + "steep,4500009,500000,102,45.5\n"), without + 2)
+        << "a rejected position, and its entry in the legend";
 }
 
 TEST_F(Solve, NamesTheOutlierAmongManyPositions)
@@ -311,9 +339,11 @@ TEST_F(Solve, NamesTheVerdictOfAWrongAntennaHeight)
 TEST_F(Solve, DrawsThePositionsWhereThereIsNoTip)
 {
     const std::string picture = m_folder.Path("none.svg");
-    EXPECT_EQ(Run("N,E,h\n1,2,3\n1.5,2,3\n1,2.5,3\n", "--height 2.0 --plot " + picture).exitCode,
-              1);
-    EXPECT_THAT(ReadAll(picture), HasSubstr("<svg"));
+    for (const char* const points : {"N,E,h\n1,2,3\n1.5,2,3\n1,2.5,3\n", "N,E,h\n"}) {
+        std::filesystem::remove(picture);
+        EXPECT_EQ(Run(points, "--height 2.0 --plot " + picture).exitCode, 1);
+        EXPECT_THAT(ReadAll(picture), HasSubstr("<svg")) << points;
+    }
 }
 
 TEST(SolveReport, HasWordsForEachGrade)

@@ -238,6 +238,70 @@ TEST(TransformProgram, CannotFitOnePlace)
     }
 }
 
+TEST(TransformProgram, FitsPlacesThatDifferInOneCoordinate)
+{
+    const ScratchFolder folder;
+    for (const char* rows : {"0,0,1,2\n0,9,1,11\n", "0,0,1,2\n9,0,10,2\n"}) {
+        const std::string pairs =
+            folder.Write("pairs.csv", std::string("x_source,y_source,x_target,y_target\n") + rows);
+        EXPECT_THAT(RunLine("transform fit " + pairs).output,
+                    HasSubstr("dx, dy              1.0000 2.0000 m"))
+            << rows;
+    }
+}
+
+TEST(TransformProgram, NamesTheColumnsThatAreMissing)
+{
+    const ScratchFolder folder;
+    const auto fit = [&](const std::string& header, const std::string& options) {
+        const std::string pairs = folder.Write("pairs.csv", header + "\n0,0,1,2\n0,9,1,11\n");
+        return RunLine("transform fit " + pairs + options).output;
+    };
+    EXPECT_THAT(fit("a,b,x_target,y_target", ""),
+                HasSubstr("pairs.csv:1: missing in the header: x_source, y_source; "));
+    EXPECT_THAT(fit("x_source,y_source,c,d", ""),
+                HasSubstr("pairs.csv:1: missing in the header: x_target, y_target; "));
+    EXPECT_THAT(fit("a,b,c,d", ""), HasSubstr(": x_source, y_source, x_target, y_target; "));
+    EXPECT_THAT(fit("a,b,x_target,y_target", " --columns x_source=a,y_source=b"),
+                HasSubstr("dx, dy              1.0000 2.0000 m"));
+    EXPECT_THAT(fit("a,b,x_target,y_target", " --columns y_source=b"),
+                HasSubstr("--columns gives y_source without x_source"));
+    EXPECT_THAT(fit("a,b,x_target,y_target", " --columns x_source=a"),
+                HasSubstr("--columns gives x_source without y_source"));
+    const std::string points = folder.Write("points.csv", "name,a,b\nP,1,2\n");
+    const std::string parameters =
+        folder.Write("p.json", R"({"scale": 1, "rotation": 0, "dx": 1, "dy": 2})");
+    EXPECT_THAT(RunLine("transform apply " + points + " --parameters " + parameters).output,
+                HasSubstr("points.csv:1: missing in the header: N (or x), E (or y); "));
+}
+
+TEST(TransformProgram, AppliesTheParametersInsideAReport)
+{
+    const ScratchFolder folder;
+    const std::string points = folder.Write("points.csv", "x,y\n10,20\n");
+    const std::string parameters =
+        folder.Write("p.json", R"({"parameters": {"scale": 1, "rotation": 0, "dx": 1, "dy": 2}})");
+    EXPECT_EQ(RunLine("transform apply " + points + " --parameters " + parameters).output,
+              "x,y\n11.0000,22.0000\n");
+}
+
+TEST(TransformProgram, SaysThatItsInverseHasNoCenter)
+{
+    const ScratchFolder folder;
+    const std::string points = folder.Write("points.csv", "x,y\n10,20\n");
+    const auto inverse = [&](const std::string& center) {
+        const std::string parameters = folder.Write(
+            "p.json", R"({"scale": 1, "rotation": 0, "dx": 1, "dy": 2)" + center + "}");
+        return RunLine("transform apply --inverse " + points + " --parameters " + parameters)
+            .output;
+    };
+    constexpr const char* kSays = "The rotation center is not used by --inverse.\n";
+    EXPECT_EQ(inverse(""), "x,y\n9.0000,18.0000\n");
+    EXPECT_EQ(inverse(R"(, "x0": 0, "y0": 0)"), "x,y\n9.0000,18.0000\n");
+    for (const char* const center : {R"(, "x0": 5)", R"(, "y0": 5)"})
+        EXPECT_THAT(inverse(center), HasSubstr(kSays)) << center;
+}
+
 TEST(TransformProgram, NamesWhatItCannotRead)
 {
     const ScratchFolder folder;
@@ -279,7 +343,11 @@ TEST(TransformProgram, NamesWhatItCannotRead)
     EXPECT_EQ(RunLine("transform apply --columns x,x --parameters " + good + " " + points).exitCode,
               2);
     EXPECT_EQ(RunLine("transform").exitCode, 2);
-    EXPECT_EQ(RunLine("transform fit " + kExample + " --only direction").exitCode, 2);
+    for (const char* const only : {"direction", "=forward"}) {
+        const LineOutcome outcome = RunLine("transform fit " + kExample + " --only " + only);
+        EXPECT_EQ(outcome.exitCode, 2);
+        EXPECT_THAT(outcome.output, HasSubstr(std::string(only) + " is not COLUMN=VALUE"));
+    }
     const std::string bad =
         folder.Write("bad.csv", "x_source,y_source,x_target,y_target\n1,2,3,\n");
     EXPECT_THAT(RunLine("transform fit " + bad).output, StartsWith(bad + ":2: y_target"));
@@ -387,6 +455,27 @@ TEST_F(FitProgram, NamesReversedAxes)
                       return Place{-p.x, p.y};
                   }),
                   "the axes look exchanged or mirrored: with the sign of x reversed on one side");
+}
+
+// 45 degrees between a system and the mirrored one.
+TEST_F(FitProgram, NamesAMirrorThatIsNoMistakeOfAxes)
+{
+    ExpectRefused(PairsBy([](Place p) {
+                      const double half = std::sqrt(0.5);
+                      return Place{half * (p.x + p.y), half * (p.x - p.y)};
+                  }),
+                  "the axes look exchanged or mirrored: with one side mirrored the scale is ");
+}
+
+TEST_F(FitProgram, SuspectsNoMirrorThatDoesNotFit)
+{
+    const LineOutcome outcome = Fit(PairsBy([](Place p) {
+        const double far = p.x < 4500300.0 ? 90.0 : -90.0;
+        return Place{p.x + (p.y < 500600.0 ? far : -far), -p.y + far};
+    }));
+    EXPECT_EQ(outcome.exitCode, 1);
+    EXPECT_THAT(outcome.output, HasSubstr("verdict             refused\n"));
+    EXPECT_THAT(outcome.output, testing::Not(HasSubstr("the axes look exchanged")));
 }
 
 // The best scale for a mirrored square is 0, without residuals that would stand out.
@@ -524,6 +613,18 @@ TEST_F(FitProgram, DropsOnlyPairsThatAreThere)
     const LineOutcome twice = Fit(kHeader + "A,0,0,0,0\nA,9,0,9,0\nB,0,9,0,9\n", "--drop A");
     EXPECT_EQ(twice.exitCode, 2);
     EXPECT_THAT(twice.output, EndsWith("2 pairs are named A; give --drop a line number\n"));
+}
+
+TEST_F(FitProgram, DropsThePairOfALine)
+{
+    const std::string pairs = m_folder.Write("pairs.csv", PairsBy(Shifted));
+    for (const char* const line : {"3", "line 3"}) {
+        const apps::test::Outcome outcome =
+            apps::test::RunProgram({"transform", "fit", pairs, "--drop", line, "--json"});
+        ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+        for (const auto& point : nlohmann::json::parse(outcome.out)["points"])
+            EXPECT_NE(point["name"], "P2") << line;
+    }
 }
 
 TEST_F(FitProgram, RefusesCoordinatesThatCannotBe)
