@@ -53,10 +53,10 @@ MovingPoint TipAt(const std::vector<Slip>& slips, double seconds)
     return tip;
 }
 
-// Of a pole that is turned by `along` in one plane and by `across`, which is no more, out of it [degrees].
+// Of a pole that is turned by `along` in one plane and by `across`, which is no more, out of it [degrees];
+// above kSteepest where that is too much.
 double LeanOfBoth(double along, double across)
 {
-    if (along > kSteepest) return along;
     const double up = SineCosineOf(along).cosine * SineCosineOf(across).cosine;
     return up < SineCosineOf(kSteepest).cosine ? 2.0 * kSteepest : along;
 }

@@ -164,7 +164,7 @@ TEST(PlantedPole, ImpossibleMotionsAreNamed)
         {.leanTo = -1.0                               },
         {.amplitude = -1.0},
         {.motion = OccupationMotion::Rock,                                .amplitude = 56.0},
-        {.motion = OccupationMotion::Free,.amplitude = 300.0},
+        {.motion = OccupationMotion::Free,.amplitude = 360.0},
         {.motion = OccupationMotion::Free, .leanFrom = 0.0, .amplitude = 50.0},
         {.frequency = -1.0                               },
         {.sensorHeight = -0.1                },
