@@ -53,8 +53,8 @@ MovingPoint TipAt(const std::vector<Slip>& slips, double seconds)
     return tip;
 }
 
-// Of a pole that is turned by `along` in one plane and by `across`, which is no more, out of it [degrees];
-// above kSteepest where that is too much.
+// Of a pole that is turned by `along` in one plane and by `across`, which is no more, out of it
+// [degrees]; above kSteepest where that is too much.
 double LeanOfBoth(double along, double across)
 {
     const double up = SineCosineOf(along).cosine * SineCosineOf(across).cosine;

@@ -153,7 +153,8 @@ TEST_F(GalleryWindow, StopsAtBothEnds)
 TEST_F(GalleryWindow, TicksUntilTheLastSample)
 {
     const auto tick = [this] {
-        frame.Pause(false); // sets the timer
+        frame.Press(Frame::Key::Pause);
+        frame.Press(Frame::Key::Pause); // sets the timer
         frame.SendMessage(WM_TIMER, 1);
         return frame.KillTimer(1) == TRUE;
     };
