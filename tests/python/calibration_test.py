@@ -50,6 +50,8 @@ class Calibration(unittest.TestCase):
         turn = np.zeros((20, 8))
         with self.assertRaisesRegex(ValueError, r"vertical must have the shape \(n, 8\)"):
             tiltpole.calibrate(turn, turn[:, :7])
+        with self.assertRaisesRegex(ValueError, r"horizontal must have the shape \(n, 8\)"):
+            tiltpole.calibrate(np.zeros(8), turn)
         with self.assertRaisesRegex(ValueError, "not 'best'"):
             tiltpole.calibrate(turn, turn, method="best")
 

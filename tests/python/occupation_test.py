@@ -33,6 +33,13 @@ class Occupation(unittest.TestCase):
             held += off @ weight @ off < 5.991  # chi-square of two, 95 %
         self.assertGreaterEqual(held, 34)  # 1 in 1000 where 95 of 100 hold
 
+    def test_takes_a_pole_of_a_length_without_error(self):
+        (point,) = tiltpole.simulate_occupations(1, points=1, exact=True)
+        found = tiltpole.occupy(*point[:6], pole_length=2.0, pole_error=0.0)
+        self.assertEqual(found.advice, "store", found.text)
+        usual = tiltpole.occupy(*point[:6], pole_length=2.0, pole_error=0.01)
+        self.assertGreater(usual.covariance[2, 2], found.covariance[2, 2])
+
     def test_needs_no_magnetometer(self):
         (point,) = tiltpole.simulate_occupations(3, points=1, lean_to=30.0)
         fields = list(point[:6])
@@ -87,6 +94,11 @@ class Simulation(unittest.TestCase):
         )
         np.testing.assert_array_equal(first, second)
         self.assertFalse(np.array_equal(first, other))
+
+    def test_lasts_as_long_as_it_is_asked_to(self):
+        for seconds in (9.0, 15.0):
+            (point,) = tiltpole.simulate_occupations(1, points=1, seconds=seconds)
+            self.assertAlmostEqual(point.seconds[-1] - point.seconds[0], seconds, delta=0.1)
 
     def test_names_what_cannot_be(self):
         with self.assertRaisesRegex(ValueError, "no motion 'jump'"):

@@ -105,6 +105,12 @@ class Parameters(unittest.TestCase):
         with self.assertRaisesRegex(ValueError, "MagneticA.b is 'nan', not a number"):
             pole.load(self.path)
         self.assertEqual(pole.calibration.bias_b, 3.0)
+        with open(self.path, "wb") as file:
+            file.write(content.replace(b"[MagneticA.b]", b"[]").replace(b"[MagneticB.e]", b"[]"))
+        with self.assertRaisesRegex(ValueError,
+                                    "^" + self.path + ": MagneticA.b is missing; "
+                                    "MagneticB.e is missing$"):
+            pole.load(self.path)
 
     def test_that_cannot_be_written_are_an_os_error(self):
         with self.assertRaises(OSError):
