@@ -2,9 +2,11 @@
 //
 // Both matrix classes where memory runs out: whichever allocation fails, nothing is thrown, and an
 // operation either gives its result or reports that it did not.
+#include "matrix/ElementStore.h"
 #include "tests/matrix/MatrixTools.h"
 #include "tests/reference/FailingAllocations.h"
 
+#include <cstdint>
 #include <utility>
 
 using namespace matrixtest;
@@ -168,6 +170,17 @@ TEST_F(OutOfMemory, GivesAnEmptyText)
 }
 
 // Elements this large send the rotations through full products, which allocate.
+TEST(ElementStore, HasNoRoomForMoreThanAnyMemory)
+{
+    tiltpole::matrix::ElementStore store;
+    ASSERT_TRUE(store.Reserve(100));
+    for (const std::size_t count : {PTRDIFF_MAX / sizeof(double), SIZE_MAX / 2}) {
+        EXPECT_FALSE(store.Reserve(count)) << count;
+        EXPECT_FALSE(store.Reset(count)) << count;
+        EXPECT_EQ(*store.Data(), 0.0) << "the spare element of an empty store";
+    }
+}
+
 TEST_F(OutOfMemory, EndsJacobiWithoutSuccess)
 {
     CSZMatrix a = Checked(Sample(7));

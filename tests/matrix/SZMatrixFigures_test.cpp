@@ -61,7 +61,8 @@ TEST(SZMatrixVectors, CrossFollowsTheRightHand)
 TEST(SZMatrixVectors, CrossOfAnythingElseIsAZeroColumn)
 {
     const CSZMatrix v(3, 1, MatOnes);
-    for (const CSZMatrix& other : {CSZMatrix(2, 1), CSZMatrix(3, 3, MatOnes), CSZMatrix()}) {
+    for (const CSZMatrix& other :
+         {CSZMatrix(2, 1), CSZMatrix(1, 2), CSZMatrix(3, 3, MatOnes), CSZMatrix()}) {
         EXPECT_THAT(v.cross(other), Equals(literal::Matrix(3, 1)));
         EXPECT_THAT(other.cross(v), Equals(literal::Matrix(3, 1)));
     }

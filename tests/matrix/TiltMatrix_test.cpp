@@ -162,6 +162,21 @@ TEST(TiltMatrix, OperatorsComputeAndSetValid)
     EXPECT_THAT(a / 0.0, Equals(Of("inf inf; inf inf")));
 }
 
+TEST(TiltMatrix, AddsNoMatrixOfOtherColumns)
+{
+    const CTiltMatrix wide = Tilt("1 2 3; 4 5 6");
+    CTiltMatrix left(2, 2);
+    EXPECT_THAT(left + wide, Equals(wide));
+    EXPECT_EQ(left.IsValid(), 0);
+}
+
+TEST(TiltMatrix, OfNoElementsIsTheProductOfTwoThatHaveNone)
+{
+    CTiltMatrix left(0u);
+    EXPECT_THAT(left * CTiltMatrix(0u), IsEmpty());
+    EXPECT_EQ(left.IsValid(), 1);
+}
+
 TEST(TiltMatrix, FailedOperatorsReturnTheRightOperand)
 {
     const CTiltMatrix right = Tilt("1; 2; 3");
@@ -284,6 +299,10 @@ TEST(TiltMatrix, SetsItsDiagonal)
     EXPECT_EQ(m.Diagonal(Tilt("3; 4")), 1);
     EXPECT_THAT(m, Equals(Of("3 0 1; 0 4 1")));
     EXPECT_EQ(CTiltMatrix().Diagonal(1.0), 0);
+    CTiltMatrix tall(3, 2);
+    tall = 1.0;
+    EXPECT_EQ(tall.Diagonal(5.0), 1);
+    EXPECT_THAT(tall, Equals(Of("5 0; 0 5; 1 1")));
 }
 
 TEST(TiltMatrix, RefusesADiagonalOfAnotherLength)

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "positioning/detail/Measure.h"
 #include "tests/positioning/Reach.h"
 #include "tests/reference/LiteralPosition.h"
 
@@ -304,6 +305,21 @@ int StillAfter(double field, double pitch, double roll)
     PoseSensorData sample = Sample(pitch, roll, {field, 0, 0});
     sensor.CalculateYaw_A(sample);
     return sensor.IsStationary();
+}
+
+// Squares of strengths that are squared without loss, from 1e-150 to 1e150.
+TEST(Strength, IsUsualWhereItsSquareIs)
+{
+    using tiltpole::positioning::IsUsualSquare;
+    using tiltpole::positioning::IsUsualStrength;
+    for (const double strength : {1e-149, 1.0, 1e149}) {
+        EXPECT_TRUE(IsUsualStrength(strength)) << strength;
+        EXPECT_TRUE(IsUsualSquare(strength * strength)) << strength;
+    }
+    for (const double strength : {0.0, 1e-151, 1e151, std::nan("")}) {
+        EXPECT_FALSE(IsUsualStrength(strength)) << strength;
+        EXPECT_FALSE(IsUsualSquare(strength * strength)) << strength;
+    }
 }
 
 TEST(Stillness, HoldsUpToItsLimits)

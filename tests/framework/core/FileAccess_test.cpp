@@ -102,6 +102,32 @@ TEST_F(FileAccess, KeepsTheAccessListAndThePermissionsBesideIt)
     EXPECT_EQ(Status().st_mode, before.st_mode);
 }
 
+// What others may not read is not copied, and what is copied stands beside it in any order.
+TEST_F(FileAccess, LeavesAttributesOfTheSystemsOwnToTheSystem)
+{
+    const std::string list = AccessListFor(4711);
+    if (!Set("file", "trusted.mark", "root's") || !Set("file", kAccessList, list)
+        || !Set("file", kNote, "of the owner"))
+        GTEST_SKIP() << "a file system without attributes, or no rights to set all";
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"file"), "new"));
+    EXPECT_EQ(Get("file", kNote), "of the owner");
+    EXPECT_EQ(Get("file", kAccessList), list);
+    EXPECT_EQ(Get("file", "trusted.mark"), "");
+}
+
+TEST_F(FileAccess, KeepsAGroupThatIsNotTheOwners)
+{
+    constexpr gid_t kOther = 4711;
+    if (::chown(Path("file").c_str(), static_cast<uid_t>(-1), kOther) != 0)
+        GTEST_SKIP() << "no rights to give a file to a group";
+    ASSERT_EQ(::chmod(Path("file").c_str(), 0660), 0);
+    const ino_t before = Status().st_ino;
+    EXPECT_TRUE(ReplaceFileContent(m_folder.File(L"file"), "new"));
+    EXPECT_NE(Status().st_ino, before) << "replaced";
+    EXPECT_EQ(Status().st_gid, kOther);
+    EXPECT_EQ(Status().st_mode & 07777u, 0660u);
+}
+
 TEST_F(FileAccess, IsNotWidenedByTheListThatTheFolderGivesNewFiles)
 {
     ASSERT_EQ(::chmod(Path("file").c_str(), 0640), 0);

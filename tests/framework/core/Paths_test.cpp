@@ -9,6 +9,8 @@
 #include <gtest/gtest.h>
 #include <optional>
 #include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
 
 namespace {
 
@@ -126,6 +128,26 @@ TEST(ApplicationDataFolder, HasNoDoubleSeparatorWhereTheHomeEndsWithOne)
     }
     const Environment home("HOME", "/home/surveyor/");
     EXPECT_EQ(framework::ApplicationDataFolder(), L"/home/surveyor/.local/share/tiltpole");
+}
+
+// In a process of its own: a user who is in no list has no home.
+TEST(ApplicationDataFolder, IsInTheRootFolderWithoutAHome)
+{
+    if (::geteuid() != 0) GTEST_SKIP() << "no rights to be another user";
+    const Environment home("HOME", nullptr);
+    const Environment data("XDG_DATA_HOME", nullptr);
+    const pid_t child = ::fork();
+    ASSERT_GE(child, 0);
+    if (child == 0) {
+        constexpr uid_t kUnknown = 1234567;
+        if (::setresuid(kUnknown, kUnknown, kUnknown) != 0) ::_exit(2);
+        const CString folder = framework::ApplicationDataFolder();
+        ::_exit(folder == L"/.local/share/tiltpole" ? 0 : 1);
+    }
+    int status = 0;
+    ASSERT_EQ(::waitpid(child, &status, 0), child);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(WEXITSTATUS(status), 0);
 }
 
 TEST(ApplicationDataFolder, IsNotCreatedByTheQuery)
