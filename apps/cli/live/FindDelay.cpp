@@ -35,8 +35,8 @@ public:
     {
         if (record.channel != field::Channel::Pose) return;
         m_reader->Feed(record.bytes, record.at);
-        for (field::PoseSample& sample : m_reader->Take())
-            m_samples.push_back(std::move(sample));
+        for (const field::PoseSample& sample : m_reader->Take())
+            m_samples.push_back(sample);
     }
 
     /// @return false once the span is over

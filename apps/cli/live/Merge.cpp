@@ -6,6 +6,7 @@
 #include "apps/cli/live/MergeLogs.h"
 #include "apps/live/Feed.h"
 #include "apps/live/ReportText.h"
+#include "apps/tables/CsvField.h"
 #include "apps/tables/Errors.h"
 #include "apps/tables/Messages.h"
 #include "apps/tables/Output.h"
@@ -86,10 +87,12 @@ std::string Row(const field::Report& report)
     }
     const std::string age =
         epoch.correctionAge ? fmt::format("{:.1f}", *epoch.correctionAge) : std::string();
+    fmt::memory_buffer station; // of the receiver, any text
+    tables::AppendField(station, epoch.station);
     const auto& reasons = report.verdict.reasons;
     return row
            + fmt::format("{},{},{},{},{},{}\n", static_cast<int>(epoch.fix), epoch.satellites, age,
-                         epoch.station, tiltpole::field::StateName(report.verdict.state),
+                         fmt::to_string(station), tiltpole::field::StateName(report.verdict.state),
                          reasons.empty() ? std::string() : Quoted(reasons.front().text));
 }
 

@@ -26,6 +26,7 @@ constexpr std::array kMotions{OccupationMotion::LeanIn, OccupationMotion::Opposi
 std::vector<std::string> MotionNames()
 {
     std::vector<std::string> names;
+    names.reserve(kMotions.size());
     for (const OccupationMotion motion : kMotions)
         names.emplace_back(NameOf(motion));
     return names;

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // tiltpole merge as a user runs it: logs of a receiver and of a pose sensor that were recorded apart.
+#include "apps/tables/Csv.h"
 #include "field/nmea/Sentence.h"
 #include "tests/apps/RunProgram.h"
 #include "tests/apps/live/Recorded.h"
@@ -9,6 +10,7 @@
 #include <functional>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <set>
 #include <sstream>
 
 namespace {
@@ -453,6 +455,28 @@ TEST(Merge, LeavesTheAgeOfCorrectionsBlankWhereThereIsNone)
     });
     logs.Merge();
     EXPECT_EQ(CellsOf(LinesOf(logs.folder.Read("tips.csv")).at(30)).at(13), "");
+}
+
+// One epoch of another base; the names of bases are any text.
+TEST(Merge, KeepsQuotesInTheNameOfABase)
+{
+    const Logs logs;
+    logs.ChangeSentences([](std::string& body) {
+        const std::string base = body.starts_with("GNGGA,130801.0") ? ",\"07" : ",\"02\"";
+        if (body.ends_with(",0207")) body.replace(body.size() - 5, 5, base);
+    });
+    logs.Merge();
+    tables::CsvReader rows(logs.folder.Path("tips.csv"));
+    const std::size_t utc = rows.Require("utc");
+    const std::size_t station = rows.Require("station");
+    std::set<std::string> stations;
+    std::string reason;
+    while (rows.Next()) {
+        stations.emplace(rows.Field(station));
+        if (rows.Field(utc) == "130801.00") reason = rows.Field(rows.Require("reason"));
+    }
+    EXPECT_THAT(stations, testing::ElementsAre("\"02\"", "\"07"));
+    EXPECT_THAT(reason, testing::AllOf(HasSubstr("\"02\""), HasSubstr("\"07")));
 }
 
 TEST(Merge, TakesTheDeviationOfTheDelayThatIsGiven)

@@ -239,12 +239,10 @@ TEST(Study, LivePolesHaveErrorsOfEachKind)
               "tiltpole_study: no line has 'nothing like it' in its name\n");
 }
 
-TEST(Study, GivesEachFaultARowOfBothMethods)
+// Rows of the table of faults: nine figures of the solver, nine of the joint fit.
+std::vector<Row> FaultRows(const std::string& text)
 {
-    const Outcome outcome =
-        RunProgram({"--faults", "--runs", "3", "--seed", "2", "--only", "an eighth"});
-    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
-    std::istringstream lines(outcome.out);
+    std::istringstream lines(text);
     std::vector<Row> rows;
     for (std::string line; std::getline(lines, line);) {
         if (line.starts_with("Rank correlation")) break;
@@ -255,6 +253,15 @@ TEST(Study, GivesEachFaultARowOfBothMethods)
             row.figures.push_back(figure);
         rows.push_back(row);
     }
+    return rows;
+}
+
+TEST(Study, GivesEachFaultARowOfBothMethods)
+{
+    const Outcome outcome =
+        RunProgram({"--faults", "--runs", "3", "--seed", "2", "--only", "an eighth"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const std::vector<Row> rows = FaultRows(outcome.out);
     ASSERT_EQ(rows.size(), 3U);
     EXPECT_EQ(rows[0].name, "an eighth of the rate");
     EXPECT_EQ(rows[1].name, "careful, an eighth");
@@ -273,6 +280,45 @@ TEST(Study, GivesEachFaultARowOfBothMethods)
     }
     EXPECT_THAT(outcome.out, testing::ContainsRegex("is below half of the solver's: *-?[01].[0-9]+ "
                                                     "\\([0-6] of [0-6]\\)\n$"));
+}
+
+TEST(Study, CallsNoCalibrationOfAMirroredAxisGood)
+{
+    const Outcome outcome =
+        RunProgram({"--faults", "--runs", "3", "--seed", "2", "--only", "mirrored"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const std::vector<Row> rows = FaultRows(outcome.out);
+    ASSERT_EQ(rows.size(), 3U);
+    for (const Row& row : rows)
+        EXPECT_THAT(row.figures, testing::Each(0.0)) << row.name;
+    EXPECT_THAT(outcome.out, testing::EndsWith(" (0 of 0)\n")) << "none has a bound";
+}
+
+TEST(Study, JointFitsStandMoreOutliersThanTheSolver)
+{
+    const Outcome outcome =
+        RunProgram({"--faults", "--runs", "3", "--seed", "2", "--only", "outliers"});
+    ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
+    const std::vector<Row> rows = FaultRows(outcome.out);
+    ASSERT_EQ(rows.size(), 3U);
+    for (const Row& row : rows)
+        ASSERT_EQ(row.figures.size(), 18U) << row.name;
+    const auto taken = [&](std::size_t method) { // called good or usable, of six
+        return rows[2].figures[method] + rows[2].figures[method + 3];
+    };
+    EXPECT_LE(taken(0), 2.0) << "the solver";
+    EXPECT_GE(taken(9), 5.0) << "the joint fit";
+}
+
+TEST(Study, GivesFaultsOfOccupationsAlone)
+{
+    const auto rows = Cells(
+        RunProgram({"--occupations", "--runs", "2", "--only", "off by 60 mm for the last"}).out);
+    ASSERT_EQ(rows.size(), 2U);
+    for (const auto& row : rows) {
+        EXPECT_THAT(row[0], testing::StartsWith("off by 60 mm for the last 2 s, "));
+        EXPECT_EQ(row[3], "100.0") << "refused";
+    }
 }
 
 TEST(Study, VariationsAreConditionsOfTheirOwn)
