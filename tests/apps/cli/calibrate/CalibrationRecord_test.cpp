@@ -119,10 +119,12 @@ TEST_F(CalibrationRecord, IsStaleWhereItsAnglesDoNotSumUpToThoseOfTheFile)
 {
     Simulate();
     ASSERT_EQ(Run({"--out", Path("old.cfg"), "--bias", "3.5", "--bias-b", "2"}).exitCode, 0);
-    const nlohmann::json good = Record("old.cfg");
+    const auto good = nlohmann::ordered_json::parse(m_folder.Read("old.cfg.json"));
     ASSERT_EQ(good["bias_found_a_deg"], 0.0);
+    m_folder.Write("old.cfg.json", good.dump());
+    EXPECT_EQ(Run({"--bias-from", Path("old.cfg")}).err, "") << "however it is written";
     for (const char* key : {"bias_given_a_deg", "bias_given_b_deg"}) {
-        nlohmann::json changed = good;
+        nlohmann::ordered_json changed = good;
         changed[key] = 4.25;
         m_folder.Write("old.cfg.json", changed.dump());
         const Outcome outcome = Run({"--bias-from", Path("old.cfg")});
@@ -132,7 +134,7 @@ TEST_F(CalibrationRecord, IsStaleWhereItsAnglesDoNotSumUpToThoseOfTheFile)
                     HasSubstr("its bias angles, 3.5 and 2 degrees, are taken as given"))
             << key;
     }
-    nlohmann::json found = good;
+    nlohmann::ordered_json found = good;
     found["bias_found_b_deg"] = 1.5;
     m_folder.Write("old.cfg.json", found.dump());
     const Outcome outcome = Run({"--bias-from", Path("old.cfg")});

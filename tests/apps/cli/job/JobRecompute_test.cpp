@@ -179,6 +179,9 @@ TEST(JobRecompute, SaysWhyAPointStaysAsItIs)
     EXPECT_EQ(outcome.output, job + ": point P1: its setup is not in the job\n" + job
                                   + ": point bare: it has no epochs\n" + job
                                   + ": point torn: no epoch has a tip\n");
+    // Ten seconds later the pole was no longer recorded.
+    EXPECT_EQ(RunLine("job recompute " + job + " P2 --delay -9.9").output,
+              job + ": point P2: no epoch has a tip\n");
     EXPECT_EQ(PointsIn(job).size(), 6u);
 }
 
@@ -193,7 +196,11 @@ TEST(JobRecompute, TakesTheUsualValuesForWhatASetupLacks)
     EXPECT_EQ(setup.lengthSigma, usual.lengthSigma);
     EXPECT_EQ(setup.delay, usual.delay);
     EXPECT_EQ(setup.delaySigma, usual.delaySigma);
+    EXPECT_EQ(setup.north, field::NorthSource::Model);
     EXPECT_FALSE(setup.calibration.complete);
+    field::JobSetup byFile;
+    byFile.north = "file";
+    EXPECT_EQ(cli::SetupOf(byFile).north, field::NorthSource::File);
 }
 
 TEST(JobRecompute, RefusesACalibrationThatCannotBeRead)

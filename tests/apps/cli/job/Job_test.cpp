@@ -412,6 +412,14 @@ TEST(JobProjection, NeedsTwoAxesOneToTheNorthAndOneToTheEast)
                 HasSubstr(": has axes that do not point north and east"));
 }
 
+TEST(JobProjection, NeedsASystemAndNoOperation)
+{
+    const std::string operation = "+proj=utm +zone=34 +ellps=WGS84";
+    EXPECT_EQ(RefusalOf(operation),
+              operation + ": is not a coordinate reference system that PROJ knows");
+    EXPECT_EQ(RefusalOf(operation + " +type=crs"), "none");
+}
+
 TEST(JobProjection, OfAnotherBodyIsNotReached)
 {
     const std::string moon = "+proj=eqc +R=1737400 +units=m +type=crs";

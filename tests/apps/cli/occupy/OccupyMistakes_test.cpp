@@ -175,6 +175,8 @@ TEST_F(OccupyMistakes, APartOfThePointsSpeaksForTheSensors)
 TEST_F(OccupyMistakes, APointWithoutRowsKeepsItsOwnReason)
 {
     Table table = Log("--points 8 --seed 11 --motion rock --amplitude 15");
+    std::size_t rows = 0; // of the fourth point, of which a second is left
+    std::erase_if(table.rows, [&](const auto& row) { return row.front() == "4" && ++rows > 50; });
     for (auto& row : table.rows) {
         if (row.front() == "1" || row.front() == "2")
             std::swap(row[table.Column("dAcc_x")], row[table.Column("dAcc_y")]);
@@ -184,8 +186,9 @@ TEST_F(OccupyMistakes, APointWithoutRowsKeepsItsOwnReason)
     }
     const json doubted = Points(table);
     EXPECT_EQ(doubted[2]["reason"], "there are no antenna positions");
+    EXPECT_EQ(doubted[3]["advice"], "move");
     EXPECT_EQ(doubted[7]["reason"],
-              "the sensors contradict the antenna at 2 of 7 points of this log: check axes, signs "
+              "the sensors contradict the antenna at 2 of 6 points of this log: check axes, signs "
               "and units");
 
     for (auto& row : table.rows)
@@ -193,6 +196,7 @@ TEST_F(OccupyMistakes, APointWithoutRowsKeepsItsOwnReason)
             std::swap(row[table.Column("dAcc_x")], row[table.Column("dAcc_y")]);
     const json foreign = Points(table);
     EXPECT_EQ(foreign[2]["reason"], "there are no antenna positions");
+    EXPECT_EQ(foreign[3]["reason"], doubted[3]["reason"]);
     EXPECT_THAT(foreign[7]["reason"].get<std::string>(),
                 testing::StartsWith("gyros and accelerometers do not have the same axes"));
 }
