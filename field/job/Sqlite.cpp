@@ -245,7 +245,7 @@ std::optional<std::string> Statement::MaybeText()
     // A number that another program wrote becomes a text, which takes memory.
     if (bytes == nullptr && sqlite3_errcode(m_sqlite.Handle()) == SQLITE_NOMEM)
         throw SqliteFailure(ReasonOf(m_sqlite.Handle(), SQLITE_NOMEM));
-    if (bytes == nullptr || size <= 0) return std::string{};
+    if (bytes == nullptr) return std::string{}; // of what is empty SQLite tells no place
     return std::string(static_cast<const char*>(bytes), static_cast<std::size_t>(size));
 }
 

@@ -223,6 +223,21 @@ TEST_F(CalibrationReport, RefusesGainsThatNoSensorHas)
     EXPECT_EQ(AssessCalibration(run).reason, Finding::Implausible);
 }
 
+TEST_F(CalibrationReport, SeesNoFieldWhereAMagnetometerReadsNothing)
+{
+    CalibrationRun run;
+    run.recorded = Record(CleanSetting());
+    for (auto* turn : {&run.recorded.horizontal, &run.recorded.vertical})
+        for (PoseSensorData& sample : *turn)
+            sample.dMag_x = sample.dMag_y = sample.dMag_z = 0.0;
+    run.used = run.recorded;
+    const auto report = AssessCalibration(run);
+    EXPECT_EQ(report.a.spreadBefore, 0.0);
+    EXPECT_EQ(report.a.spreadAfter, 0.0);
+    EXPECT_GT(report.b.spreadBefore, 0.0);
+    EXPECT_EQ(report.reason, Finding::MagnetometerStuck);
+}
+
 TEST_F(CalibrationReport, NamesAConstantHeadingError)
 {
     CalibrationRun run = RunSolver(Record(CleanSetting()));

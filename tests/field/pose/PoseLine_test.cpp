@@ -94,9 +94,10 @@ TEST(PoseLine, IsRefusedWithAWrongChecksum)
     const auto reader = field::MakePoseReader(PoseFormat::Ptps);
     reader->Feed(line, 1s);
     reader->Feed(Framed("GNZDA,130758.00,22,11,2026,00,00"), 1s);
+    reader->Feed(Framed("PABC,1,2"), 1s);
     EXPECT_TRUE(reader->Take().empty());
     EXPECT_EQ(reader->Count().bad, 1U);
-    EXPECT_EQ(reader->Count().other, 1U);
+    EXPECT_EQ(reader->Count().other, 2U);
     EXPECT_EQ(reader->Count().lines, 0U);
 }
 

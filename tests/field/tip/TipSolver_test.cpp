@@ -372,6 +372,8 @@ TEST(Tip, NeedsAPoleThatStandsAndAPlace)
     pose.data.dPitch = 100.0;
     EXPECT_TRUE(Refuses(Solve(SetupOf(2), kBudapest, pose), Code::NoPose));
     pose.data.dPitch = 50.0;
+    pose.data.dRoll = -100.0;
+    EXPECT_TRUE(Refuses(Solve(SetupOf(2), kBudapest, pose), Code::NoPose));
     pose.data.dRoll = 50.0; // both slopes at once are no direction, both turns are
     EXPECT_TRUE(Refuses(Solve(SetupOf(1), kBudapest, pose), Code::NoPose));
     EXPECT_TRUE(Solve(SetupOf(2), kBudapest, pose).tip);
