@@ -4,10 +4,7 @@
 #include "apps/tables/Errors.h"
 #include "apps/tables/ReadFile.h"
 #include "quality/ParameterFile.h"
-#include <algorithm>
-#include <array>
 #include <cerrno>
-#include <cmath>
 #include <sys/mman.h>
 #include <system_error>
 #include <unistd.h>
@@ -15,8 +12,6 @@
 namespace cli {
 
 namespace {
-
-constexpr double kLastDigit = 0.5001e-10; // half a unit of the tenth decimal
 
 // A file that is only in memory.
 class MemoryFile
@@ -36,40 +31,20 @@ private:
     int m_file;
 };
 
-std::array<double, 21> ValuesOf(CInclineSensor_Position& p)
+CString NameOf(const MemoryFile& file)
 {
-    const Incline_MagneticCorrectParameter a = p.GetMagneticCorrectPar_A();
-    const Incline_MagneticCorrectParameter b = p.GetMagneticCorrectPar_B();
-    const Incline_MagneticTranslationParameter t = p.GetMagneticTranslationPar();
-    return {a.x0,
-            a.y0,
-            a.z0,
-            a.a,
-            a.b,
-            a.c,
-            a.d,
-            a.e,
-            b.x0,
-            b.y0,
-            b.z0,
-            b.a,
-            b.b,
-            b.c,
-            b.d,
-            b.e,
-            t.dX,
-            t.dY,
-            t.dZ,
-            p.GetMagneticBiasAngle_A(),
-            p.GetMagneticBiasAngle_B()};
+    return CString(file.Path().c_str());
 }
 
-bool IsSame(CInclineSensor_Position& p, CInclineSensor_Position& q)
+/// @param path  for the message
+/// @throws InputError where `position` cannot be saved
+std::string SavedText(CInclineSensor_Position position, const MemoryFile& file,
+                      const std::string& path)
 {
-    const auto values = ValuesOf(p);
-    const auto others = ValuesOf(q);
-    return std::equal(values.begin(), values.end(), others.begin(),
-                      [](double x, double y) { return std::fabs(x - y) <= kLastDigit; });
+    if (position.ConfigSave(NameOf(file)) != 1)
+        throw tables::InputError(path, "was not written: a value is not finite or too long, or "
+                                       "there is no room to make the file in memory");
+    return tables::ReadFile(file.Path());
 }
 
 } // namespace
@@ -77,17 +52,13 @@ bool IsSame(CInclineSensor_Position& p, CInclineSensor_Position& q)
 std::string ParameterText(const std::string& path, const CInclineSensor_Position& position)
 {
     const MemoryFile file;
-    const CString name(file.Path().c_str());
-    CInclineSensor_Position saved = position;
-    if (saved.ConfigSave(name) != 1)
-        throw tables::InputError(path, "was not written: a value is not finite or too long, or "
-                                       "there is no room to make the file in memory");
+    std::string content = SavedText(position, file, path);
     CInclineSensor_Position readBack;
-    if (readBack.ConfigRead(name) != 1 || !IsSame(saved, readBack)) {
+    readBack.ConfigRead(NameOf(file));
+    const MemoryFile again;
+    if (SavedText(readBack, again, path) != content)
         throw tables::InputError(
             path, "was left unchanged, because reading the new content back gave other values");
-    }
-    std::string content = tables::ReadFile(file.Path());
     if (const auto problems = quality::CheckParameterText(content); !problems.empty()) {
         throw tables::InputError(path,
                                  "was left unchanged, because the calibration is implausible: "

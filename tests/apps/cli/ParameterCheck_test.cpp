@@ -3,6 +3,7 @@
 
 #include "apps/cli/ParameterOutput.h"
 #include "apps/tables/Errors.h"
+#include "quality/ParameterFile.h"
 #include "tests/apps/ScratchFile.h"
 #include <gtest/gtest.h>
 #include <sys/resource.h>
@@ -70,6 +71,31 @@ TEST(ParameterText, IsRefusedWhereNoProgramWouldLoadIt)
     position.SetMagneticTranslationPar({2e5, 0.0, 0.0});
     const std::string text = cli::ParameterText("pole.cfg", position);
     EXPECT_EQ(Complaint(text), "");
+}
+
+TEST(ParameterText, KeepsTenDecimalsOfEveryValue)
+{
+    CInclineSensor_Position position;
+    const double last = 1.0 / 3.0;
+    Incline_MagneticCorrectParameter par = position.GetMagneticCorrectPar_A();
+    par.x0 = 9e5 + last;
+    par.y0 = -4e5 - last;
+    par.z0 = last;
+    par.a = -last;
+    par.e = 1.0 + last;
+    position.SetMagneticCorrectPar_A(par);
+    par.c = 1e-10;
+    par.d = 1e-11;
+    position.SetMagneticCorrectPar_B(par);
+    position.SetMagneticTranslationPar({1.0 + last, 2.0 + last, -3.0 - last});
+    position.SetMagneticBiasAngle_A(-300.0 - last);
+    position.SetMagneticBiasAngle_B(last);
+    const std::string text = cli::ParameterText("pole.cfg", position);
+    EXPECT_NE(text.find("[MagneticA.z0]0.3333333333\r"), text.npos) << text;
+    EXPECT_NE(text.find("[MagneticBiasAngle_A]-300.3333333333\r"), text.npos) << text;
+    CInclineSensor_Position loaded;
+    ASSERT_TRUE(quality::LoadParameterText(text, loaded).empty());
+    EXPECT_EQ(cli::ParameterText("pole.cfg", loaded), text);
 }
 
 TEST(ParameterText, IsNotGivenWhereItCannotBeReadBack)
