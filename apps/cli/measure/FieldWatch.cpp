@@ -81,10 +81,12 @@ std::string FieldWatch::TimeText(double seconds) const
 
 std::string FieldWatch::Text()
 {
-    std::string text = Line(
-        "field", fmt::format("{:.0f} counts, dip {:.1f} degrees, median; expected {:.0f}, {:.1f}",
-                             m_strength.At(0.5), m_dip.Count() > 0 ? m_dip.At(0.5) : 0.0,
-                             m_setup.expected.strength, m_setup.expected.dip));
+    const std::string dip =
+        m_dip.Count() > 0 ? fmt::format("dip {:.1f} degrees", m_dip.At(0.5)) : "dip not known";
+    std::string text =
+        Line("field",
+             fmt::format("{:.0f} counts, {}, median; expected {:.0f}, {:.1f}", m_strength.At(0.5),
+                         dip, m_setup.expected.strength, m_setup.expected.dip));
     text += Line("disturbed field", fmt::format("{} samples ({:.1f} %)", m_disturbed,
                                                 100.0 * static_cast<double>(m_disturbed)
                                                     / static_cast<double>(m_samples)));

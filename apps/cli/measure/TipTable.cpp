@@ -69,9 +69,11 @@ void TipTable::Add(const Measurement& m)
                    m.antenna.h, m.tip.x, m.tip.y, m.tip.h);
     fmt::format_to(out, "{:.6f},{:.6f},{:.6f},{:.6f},{:d},{:d}", m.pose.dYaw, m.pose.dYaw_2,
                    m.pose.dYaw_Y, m.tilt, m.still, m.interference);
-    if (m.field)
-        fmt::format_to(out, ",{:.6f},{:.6f},{:d}", m.field->shape.strength, m.field->shape.dip,
-                       m.field->disturbed);
+    if (m.field) {
+        fmt::format_to(out, ",{:.6f},", m.field->shape.strength);
+        if (std::isfinite(m.field->shape.dip)) fmt::format_to(out, "{:.6f}", m.field->shape.dip);
+        fmt::format_to(out, ",{:d}", m.field->disturbed);
+    }
     if (m_truth) {
         fmt::format_to(out, ",{:.6f},{:.6f},{:.6f},{:.6f}", m.tip.x - m_truth->x,
                        m.tip.y - m_truth->y, PlanError(m.tip, *m_truth), m.tip.h - m_truth->h);

@@ -358,6 +358,17 @@ TEST_F(Files, LeftOverByAKillAreRemovedByTheNextRun)
     EXPECT_TRUE(fs::exists(Path("tips.csv")));
 }
 
+TEST_F(Files, AreNotWrittenBesideTheStandardOutputThatIsTheSameFile)
+{
+    const std::string path = m_folder.Write("turns.csv", "");
+    const Outcome outcome = apps::test::RunProgramInto(
+        path, {"simulate", "turns", "--horizontal", path, "--vertical", "-"});
+    EXPECT_EQ(outcome.exitCode, 2);
+    EXPECT_EQ(outcome.err, "<stdout>: is the same file as the output " + path
+                               + "; choose another name for one of them\n");
+    EXPECT_EQ(ReadAll(path), "");
+}
+
 TEST_F(Files, ThatAreReadAreNotWrittenUnderAnyName)
 {
     const std::string log = Log();

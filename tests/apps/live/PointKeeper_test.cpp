@@ -4,8 +4,10 @@
 #include "apps/tables/Errors.h"
 #include "field/OccupationTrack.h"
 #include "tests/apps/ScratchFile.h"
+#include <csignal>
 #include <gmock/gmock.h>
 #include <gtest/gtest.h>
+#include <sys/resource.h>
 
 namespace {
 
@@ -247,6 +249,48 @@ TEST(PointKeeper, RefusesAnOccupationWithoutAnEpochBetweenItsPoses)
     keeper.Add(report);
     EXPECT_EQ(Do(keeper, "store P1"), "refused: no epoch of the occupation lies between its poses");
     EXPECT_TRUE(kept.Points().empty());
+}
+
+// A disk without room, while it lasts.
+class FullDisk
+{
+public:
+    FullDisk() : m_handler(std::signal(SIGXFSZ, SIG_IGN))
+    {
+        EXPECT_EQ(getrlimit(RLIMIT_FSIZE, &m_before), 0);
+        const rlimit none{0, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_FSIZE, &none), 0);
+    }
+    ~FullDisk()
+    {
+        setrlimit(RLIMIT_FSIZE, &m_before);
+        std::signal(SIGXFSZ, m_handler);
+    }
+    FullDisk(const FullDisk&) = delete;
+    FullDisk& operator=(const FullDisk&) = delete;
+
+private:
+    void (*m_handler)(int);
+    rlimit m_before{};
+};
+
+TEST(PointKeeper, StoresAndVoidsAllTheSameOnceTheDiskHasRoomAgain)
+{
+    const Kept kept;
+    cli::PointKeeper keeper = kept.Open();
+    keeper.Add(Epoch());
+    const auto whileFull = [&](const char* request) {
+        const FullDisk full;
+        return Do(keeper, request);
+    };
+    EXPECT_THAT(whileFull("store P1"), StartsWith("refused: "));
+    EXPECT_TRUE(kept.Points().empty());
+    EXPECT_THAT(Do(keeper, "store P1"), StartsWith("stored P1: 1 epochs"));
+    EXPECT_THAT(whileFull("undo"), StartsWith("refused: "));
+    ASSERT_EQ(kept.Points().size(), 1U);
+    EXPECT_FALSE(kept.Points()[0].voidReason);
+    EXPECT_EQ(Do(keeper, "undo"), "P1 is void; its row stays in the job");
+    EXPECT_TRUE(kept.Points()[0].voidReason);
 }
 
 } // namespace

@@ -58,9 +58,9 @@ TEST(ColumnNames, MatchWithoutCaseAndUnit)
 
 TEST(ColumnNames, OtherNamesDoNotMatch)
 {
-    for (const char* header :
-         {"tip_N_m,tip_E_m,tip_h_m", "Nord,Ost,Hoehe", "latitude,longitude,hh", "N2,E2,h2",
-          "error_N_m,error_E_m,error_h_m", "N (grid),E (grid),h (ell)", "x_true,y_true,h_true"})
+    for (const char* header : {"[m],(m),/m", "tip_N_m,tip_E_m,tip_h_m", "Nord,Ost,Hoehe",
+                               "latitude,longitude,hh", "N2,E2,h2", "error_N_m,error_E_m,error_h_m",
+                               "N (grid),E (grid),h (ell)", "x_true,y_true,h_true"})
         EXPECT_EQ(Point(header), "3 missing") << header;
 }
 

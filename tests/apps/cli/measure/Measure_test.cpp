@@ -497,6 +497,19 @@ TEST(Measure, ListsDisturbedSpansAsJson)
     EXPECT_EQ(nlohmann::json::parse(Measure(LogWithAMagnet(), {"--json"}).out).count("field"), 0U);
 }
 
+// Slopes of 60 degrees both ways are those of no pole: which way is down is not known.
+TEST(Measure, TellsNoDipWhereNoPoleHasThisPitchAndRoll)
+{
+    const std::vector<std::string> field = {"--field", "400,0"};
+    const Outcome alone = Measure(kLogHeader + LogRow("60", "60"), field);
+    ASSERT_EQ(alone.exitCode, 0) << alone.err;
+    EXPECT_THAT(alone.err, HasSubstr("400 counts, dip not known, median; expected 400, 0.0\n"));
+    EXPECT_THAT(alone.out, EndsWith(",400.000000,,0\n"));
+    const Outcome both = Measure(kLogHeader + LogRow("60", "60") + LogRow("0", "0"), field);
+    EXPECT_THAT(both.err, HasSubstr("0.0 degrees, median; expected 400, 0.0\n"));
+    EXPECT_NEAR(Value(both.out, "field_dip_deg", 1), 0.0, kLastDigit);
+}
+
 TEST(Measure, RefusesAFieldThatCannotBe)
 {
     for (const char* field : {"500", "0,60", "-5,60", "500,91", "500,60,1", "strong,60"}) {
