@@ -364,6 +364,43 @@ TEST(SpotCalibration, RefusesAnAntennaThatIsWorseThanItSays)
     CheckRefused(rows, SpotReason::SensorsContradict, "two of five elsewhere");
 }
 
+// The pole's errors do as much.
+TEST(SpotCalibration, NamesNoStepBelowTwelveMillimeters)
+{
+    for (const std::uint64_t seed : {3u, 4u, 5u}) {
+        OccupationPlan plan = FreePlan();
+        plan.motion.slips.push_back({
+            .at = 10.0, .by = {0.009, 0.0, 0.0}
+        });
+        const SpotResult result = CalibratedBy(plan, seed).result;
+        EXPECT_LT(result.tipStep, 0.012);
+        EXPECT_TRUE(result.IsUsable()) << SpotText(result);
+    }
+}
+
+TEST(SpotCalibration, GoesOnWhereAMagnetometerWasReadForTwoSecondsOnly)
+{
+    for (const bool isA : {true, false}) {
+        std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
+        for (Fed& row : rows)
+            if (row.sample.seconds > 2.0) (isA ? row.sample.magnetic : row.magneticB) = {};
+        const SpotResult result = ResultOf(rows);
+        EXPECT_TRUE(result.a.found && result.b.found);
+        EXPECT_EQ(result.reason, SpotReason::GoOn) << SpotText(result);
+    }
+}
+
+TEST(SpotCalibration, GoesOnWhereAccelerationsAreNoisyAndRefusesThemWhereTheyAreWild)
+{
+    for (const double noise : {0.15, 0.4}) { // [g]
+        simulation::PoseSensor sensor = Sensor();
+        sensor.accelerationNoise = noise;
+        const SpotResult result = ResultOf(RowsOf(SimulateOccupations(sensor, {}, FreePlan(), 3)));
+        EXPECT_EQ(result.reason, noise < 0.3 ? SpotReason::GoOn : SpotReason::SensorsContradict);
+        EXPECT_LT(std::fabs(result.lengthError), 0.015) << "the antenna fits";
+    }
+}
+
 TEST(SpotCalibration, RefusesAccelerationsThatAreNoGravity)
 {
     std::vector<Fed> rows = RowsOf(SimulateOccupations(Sensor(), {}, FreePlan(), 3));
