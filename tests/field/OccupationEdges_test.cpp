@@ -353,6 +353,63 @@ TEST(OccupationAtItsEdges, HasNoTipOfPositionsBeyondAllNumbers)
     }
 }
 
+// A rocked pole whose samples and epochs a test spoils.
+OccupationEstimate RockedWith(const std::function<void(field::InertialSample&)>& sample,
+                              const std::function<void(field::AntennaEpoch&, int)>& epoch,
+                              const OccupationSetup& setup = {})
+{
+    Occupation occupation(setup);
+    SimulatedPole pole(Rock(15.0), 40.0, {}, 3);
+    for (int i = 0; i <= 800; ++i) {
+        auto reading = pole.Sample(0.01 * i);
+        sample(reading);
+        occupation.Add(reading);
+        if (i % 20 != 0) continue;
+        auto antenna = pole.Epoch(0.01 * i);
+        epoch(antenna, i / 20);
+        occupation.Add(antenna);
+    }
+    return occupation.Estimate();
+}
+
+TEST(OccupationAtItsEdges, RefusesATrackOfWhichAThirdIsDoubtful)
+{
+    for (const double up : {0.1, 0.3, 1.0}) {
+        for (const int of : {2, 3}) {
+            const auto e = RockedWith([](field::InertialSample&) {},
+                                      [&](field::AntennaEpoch& epoch, int i) {
+                                          if (i % of == 0)
+                                              epoch.position.h += i % (2 * of) == 0 ? up : -up;
+                                      });
+            EXPECT_GT(3 * e.doubtful, e.epochs) << up << ' ' << of;
+            EXPECT_EQ(e.reason, OccupationReason::SensorsContradict) << OccupationText(e);
+        }
+    }
+}
+
+TEST(OccupationAtItsEdges, HasNoSolutionOfRatesBeyondAllNumbers)
+{
+    const auto e = RockedWith(
+        [](field::InertialSample& sample) {
+            if (sample.seconds > 4.0 && sample.seconds < 4.05) sample.rate.x = 1e200;
+        },
+        [](field::AntennaEpoch&, int) {});
+    EXPECT_FALSE(e.hasTip);
+    EXPECT_EQ(e.advice, OccupationAdvice::Refuse);
+    EXPECT_EQ(e.reason, OccupationReason::NoSolution);
+}
+
+TEST(OccupationAtItsEdges, HasNoSolutionWithoutAnythingKnown)
+{
+    OccupationSetup setup;
+    setup.planSigma = setup.heightSigma = setup.poleSigma = 1e100;
+    setup.gyroBiasSigma = setup.axisSigma = setup.accelerometerSigma = 1e100;
+    const auto e =
+        RockedWith([](field::InertialSample&) {}, [](field::AntennaEpoch&, int) {}, setup);
+    EXPECT_FALSE(e.hasTip);
+    EXPECT_EQ(e.reason, OccupationReason::NoSolution);
+}
+
 TEST(OccupationText, TellsNoLengthThatNothingConfirms)
 {
     OccupationEstimate e;
