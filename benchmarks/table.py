@@ -196,7 +196,7 @@ def table_of(rows, times):
                 mark = f"({notes.index(row.why) + 1})"
         lines.append(f"| {row.work} | {figure(ours)} | {title_of(as_built[0][1])} | {' | '.join(cells)} | {mark} |")
     lines += [""] + [f"{number}. {note}" for number, note in enumerate(notes, 1)] + ([""] if notes else [])
-    lines += [f"{shown} works, {behind} below {LEVEL} of a peer."]
+    lines += [f"{shown} pieces of work, {behind} below {LEVEL} of a peer."]
     return lines, unexplained
 
 

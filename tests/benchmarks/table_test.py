@@ -41,10 +41,10 @@ class Comparing(unittest.TestCase):
         lines, wrong = table_of([EXPLAINED, EXPLAINED], times)
         self.assertEqual(wrong, [])
         self.assertEqual(lines.count("1. It checks sizes."), 1)
-        self.assertEqual(lines[-1], f"2 works, 2 below {LEVEL} of a peer.")
+        self.assertEqual(lines[-1], f"2 pieces of work, 2 below {LEVEL} of a peer.")
         lines, _ = table_of([EXPLAINED], times | {"Sum/eigen/3": 11.0})
         self.assertNotIn("1. It checks sizes.", lines)
-        self.assertEqual(lines[-1], f"1 works, 0 below {LEVEL} of a peer.")
+        self.assertEqual(lines[-1], f"1 pieces of work, 0 below {LEVEL} of a peer.")
 
     def test_a_benchmark_that_is_gone_is_an_error(self):
         self.assertEqual(lines_of(ROW, eigen=9.0)[1], ["a sum: 'Sum/ours/3' was not measured"])
