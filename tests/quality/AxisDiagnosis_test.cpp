@@ -158,6 +158,29 @@ TEST_F(AxisDiagnosis, NamesTheAxesThatAreWrongInBothMagnetometersAlike)
     }
 }
 
+TEST_F(AxisDiagnosis, NamesTheAxesThatAreWrongInEachMagnetometerOtherwise)
+{
+    for (const std::uint64_t seed : {851u, 852u}) {
+        const study::Setting s = Setting(seed);
+        CalibrationTurns turns = Record(s, seed);
+        const Fault& a = kFaults[6];
+        const Fault& b = kFaults[8];
+        Rewire(turns, Magnetometer::A, a.wiring);
+        Rewire(turns, Magnetometer::B, b.wiring);
+        for (const CalibrationReport& report : Reports(turns, s.sensor.type)) {
+            EXPECT_EQ(report.verdict, Verdict::Refused);
+            EXPECT_THAT(report.suspects,
+                        ::testing::Contains(std::string("magnetometer A: ") + a.name
+                                            + "; magnetometer B: " + b.name));
+        }
+    }
+}
+
+TEST_F(AxisDiagnosis, NamesNothingOfTurnsWithoutSamples)
+{
+    EXPECT_TRUE(tiltpole::quality::AxisFaultsOf({}, 1).empty());
+}
+
 TEST_F(AxisDiagnosis, RefusesThemWithoutAngularRatesToo)
 {
     std::uint64_t seed = 900;

@@ -548,6 +548,31 @@ std::string EpochOf(int n)
     return EpochText(epoch);
 }
 
+// The time of the last epoch that was taken: what lies between did not count.
+TEST(Faults, AnEpochThatComesAgainBehindARefusedOneIsRepeated)
+{
+    EpochFields there;
+    there.utc = 2.0;
+    there.antenna = kTip;
+    EpochFields elsewhere = there;
+    elsewhere.antenna.latitude += 0.001;
+    const std::string gga = EpochText(there);
+    const std::string rmc = EpochText(elsewhere);
+    const std::size_t first = gga.find('\n') + 1;
+    const std::string refused = gga.substr(0, first) + rmc.substr(rmc.find('\n') + 1);
+
+    field::Bridge bridge(TrackSetup());
+    Instant now = InstantOf(1.0);
+    for (const std::string& text : {EpochOf(1), refused, EpochOf(1), EpochOf(3)}) {
+        bridge.FeedReceiver(text, now);
+        now += std::chrono::milliseconds(200);
+        bridge.Tick(now);
+    }
+    EXPECT_EQ(bridge.Count().receiverRefused, 1U);
+    EXPECT_EQ(bridge.Count().repeated, 1U);
+    EXPECT_EQ(bridge.Count().epochs, 2U);
+}
+
 TEST(Faults, ManyEpochsAtOnceDoNotWaitForAPose)
 {
     field::Bridge bridge(TrackSetup());
