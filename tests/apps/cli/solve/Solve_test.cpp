@@ -315,6 +315,26 @@ TEST_F(Solve, DrawsAPicture)
         << "a rejected position, and its entry in the legend";
 }
 
+// On a cone all sets of four positions lie in one plane.
+TEST_F(Solve, RecommendsTheLeastSquaresTipWhereTheSearchFindsNoSphere)
+{
+    std::string cone = "name,N,E,h\n";
+    for (int k = 0; k < 12; ++k) {
+        const double azimuth = k * std::numbers::pi / 6.0;
+        cone += fmt::format("P{},{:.4f},{:.4f},{:.4f}\n", k + 1, 100 + std::cos(azimuth),
+                            200 + std::sin(azimuth), 100 + std::sqrt(3.0));
+    }
+    const std::string picture = m_folder.Path("cone.svg");
+    const LineOutcome outcome = Run(cone, "--height 2.0 --plot " + picture);
+    EXPECT_EQ(outcome.exitCode, 0);
+    EXPECT_THAT(outcome.output, HasSubstr("  grade                 -100: no four positions"));
+    EXPECT_THAT(outcome.output, HasSubstr("\nStore the least-squares tip: "));
+    EXPECT_THAT(outcome.output, Not(HasSubstr("The searched tip")));
+    EXPECT_THAT(outcome.output, HasSubstr("  tip                   N 100.0000  E 200.0000  h "
+                                          "100.0000 m\n"));
+    EXPECT_THAT(ReadAll(picture), HasSubstr("<svg"));
+}
+
 TEST_F(Solve, NamesTheOutlierAmongManyPositions)
 {
     std::string points = Sphere();
