@@ -16,10 +16,9 @@ public:
     Descriptor(Descriptor&& other) noexcept : m_value(std::exchange(other.m_value, -1)) {}
     Descriptor& operator=(Descriptor&& other) noexcept
     {
-        if (this != &other) {
-            Close();
-            m_value = std::exchange(other.m_value, -1);
-        }
+        const int value = std::exchange(other.m_value, -1); // first: it may be this one
+        Close();
+        m_value = value;
         return *this;
     }
 

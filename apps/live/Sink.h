@@ -22,7 +22,7 @@ public:
     virtual std::string Banner() const = 0;
     virtual std::size_t Clients() const { return 0; }
     /// Epochs that were not taken in time.
-    virtual std::uint64_t Dropped() const { return 0; }
+    virtual std::uint64_t Dropped() const = 0;
 };
 
 /// @throws InputError where it cannot be opened

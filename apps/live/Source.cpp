@@ -119,7 +119,7 @@ void Source::Connected()
     m_unsent = m_greeting;
     m_since = m_loop.Now();
     ++m_connections;
-    if (m_events.onConnected) m_events.onConnected();
+    m_events.onConnected();
     if (!m_watch) m_watch = m_loop.Observe(m_descriptor.Get());
     if (!m_watch || m_endpoint.rate) {
         m_watch.reset();

@@ -18,6 +18,7 @@ namespace live {
 class Source
 {
 public:
+    /// All are called.
     struct Events
     {
         std::function<void(std::string_view)> onBytes;

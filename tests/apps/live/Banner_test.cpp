@@ -2,6 +2,7 @@
 #include "apps/live/Banner.h"
 
 #include "tests/apps/live/Recorded.h"
+#include <cmath>
 #include <gmock/gmock.h>
 
 namespace {
@@ -78,6 +79,78 @@ TEST(Banner, SaysThatOneMagnetometerHasNoComparison)
     setup.oneMagnetometer = true;
     EXPECT_THAT(Heard(setup),
                 HasSubstr("device clock, ONE magnetometer: no comparison of A and B\n"));
+}
+
+// What is shown of epochs at the given seconds.
+std::string ShownOf(const field::Setup& setup, field::Report report,
+                    std::initializer_list<double> seconds)
+{
+    live::Banner banner(setup, "", "$PTPS");
+    field::Counters counters;
+    for (const double second : seconds) {
+        report.epoch.arrival =
+            std::chrono::duration_cast<field::Instant>(std::chrono::duration<double>(second));
+        counters.poses += 100;
+        banner.Add(report, counters);
+    }
+    return banner.Take().value_or("");
+}
+
+field::Report ReportOf(const std::string& lines)
+{
+    field::Report report;
+    report.epoch.utc = "130758.00";
+    report.epoch.lines = lines;
+    report.epoch.minuteDecimals = 5;
+    return report;
+}
+
+TEST(Banner, NamesNoSentenceThatHasNoType)
+{
+    EXPECT_THAT(ShownOf(live_pole::TrackSetup(),
+                        ReportOf("$GNGGA,1\r\n!AIVDM,1\r\n$GPGGAX,1\r\n$GNRMC\r\n$GNGST,1"),
+                        {0.0, 1.0, 2.0}),
+                HasSubstr("receiver   GGA GST at 1 Hz, 5 decimals\n"));
+}
+
+TEST(Banner, TellsARateBelowOneAsItIs)
+{
+    EXPECT_THAT(ShownOf(live_pole::TrackSetup(), ReportOf("$GNGGA,1\r\n"), {0.0, 4.0, 8.0}),
+                HasSubstr("receiver   GGA at 0.25 Hz, 5 decimals\n"));
+}
+
+TEST(Banner, CountsPosesFromTheFirstSecondOn)
+{
+    // 100 poses with each epoch; those with the first are from before.
+    EXPECT_THAT(ShownOf(live_pole::TrackSetup(), ReportOf("$GNGGA,1\r\n"), {0.0, 2.0, 4.0}),
+                HasSubstr("pose       $PTPS at 50 Hz\n"))
+        << "no tip tells of a clock";
+}
+
+TEST(Banner, SaysWhereASensorHasNoClock)
+{
+    field::Report report = ReportOf("$GNGGA,1\r\n");
+    report.tip = field::Tip();
+    EXPECT_THAT(ShownOf(live_pole::TrackSetup(), report, {0.0, 2.0}),
+                HasSubstr("pose       $PTPS at 50 Hz, without a clock of its own\n"));
+}
+
+TEST(Banner, NamesNoUncertaintyOfADeclinationWithoutADateOrAPlace)
+{
+    field::Setup setup = live_pole::TrackSetup();
+    setup.north = field::NorthSource::Model;
+    setup.calibration.sensor.SetMagneticBiasAngle_A(0.0);
+    field::Report report = ReportOf("$GNGGA,1\r\n");
+    report.tip = field::Tip();
+    report.tip->declination = 3.0;
+    report.tip->position = {47.5, 19.0, 200.0};
+    const char* const kWithout = "north      true, declination +3.00 (WMM2025";
+    EXPECT_THAT(ShownOf(setup, report, {0.0, 2.0}), HasSubstr(kWithout));
+    report.tip->epoch.date = std::chrono::sys_days(std::chrono::year(2026) / 11 / 22);
+    EXPECT_THAT(ShownOf(setup, report, {0.0, 2.0}),
+                HasSubstr("north      true, declination +3.00 sd 0."));
+    report.tip->position.latitude = std::nan("");
+    EXPECT_THAT(ShownOf(setup, report, {0.0, 2.0}), HasSubstr(kWithout));
 }
 
 TEST(Banner, AsksForTheAntennaHeightThatIsRight)

@@ -5,7 +5,9 @@
 #include "apps/tables/Errors.h"
 #include "tests/apps/ScratchFile.h"
 #include "tests/apps/live/Peers.h"
+#include <algorithm>
 #include <cstring>
+#include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/socket.h>
 #include <sys/stat.h>
@@ -80,6 +82,68 @@ TEST(ControlSocket, AnswersEachRequestAndIsOfThisUserAlone)
     EXPECT_NE(access(path.c_str(), F_OK), 0) << "the socket remains";
 }
 
+TEST(ControlSocket, LeavesAnEmptyLineWithoutAnswer)
+{
+    const ScratchFolder folder;
+    live::Loop loop;
+    const live::ControlSocket control(loop, folder.Path("control"), Shout);
+    Peer peer = ConnectedTo(folder.Path("control"));
+    peer.Write("\n\r\nack\n");
+    EXPECT_TRUE(RunUntil(loop, [&] { return peer.Read() == "ack!\n"; })) << peer.Read();
+}
+
+TEST(ControlSocket, ServesNoMoreThanFourClients)
+{
+    const ScratchFolder folder;
+    live::Loop loop;
+    const live::ControlSocket control(loop, folder.Path("control"), Shout);
+    std::vector<Peer> peers;
+    for (int i = 0; i < 5; ++i)
+        peers.push_back(ConnectedTo(folder.Path("control")));
+    EXPECT_TRUE(RunUntil(loop, [&] { return peers.back().IsAtEnd(); }));
+    for (int i = 0; i < 4; ++i)
+        peers[static_cast<std::size_t>(i)].Write("ack\n");
+    EXPECT_TRUE(RunUntil(loop, [&] {
+        return std::all_of(peers.begin(), peers.end() - 1,
+                           [](Peer& peer) { return peer.Read() == "ack!\n"; });
+    }));
+}
+
+// A descriptor of the process that is another one meanwhile.
+class Exchanged
+{
+public:
+    Exchanged(int which, int other) : m_which(which), m_before(dup(which)) { dup2(other, which); }
+    ~Exchanged() { dup2(m_before.Get(), m_which); }
+    Exchanged(const Exchanged&) = delete;
+    Exchanged& operator=(const Exchanged&) = delete;
+
+private:
+    int m_which;
+    live::Descriptor m_before;
+};
+
+TEST(KeyReader, HandsOnEachLineThatIsNotEmptyUntilTheInputEnds)
+{
+    live::Loop loop;
+    int both[2] = {-1, -1};
+    ASSERT_EQ(pipe2(both, O_CLOEXEC), 0);
+    const live::Descriptor input(both[0]);
+    live::Descriptor keys(both[1]);
+    std::string heard;
+    const Exchanged standard(STDIN_FILENO, input.Get());
+    const live::KeyReader reader(loop, [&](std::string_view line) {
+        heard += std::string(line) + '|';
+        return Shout(line);
+    });
+    testing::internal::CaptureStderr();
+    ASSERT_EQ(write(keys.Get(), "\n\r\nack\nundo\n", 12), 12);
+    keys.Close();
+    EXPECT_TRUE(RunUntil(loop, [&] { return heard.size() >= 9; }));
+    EXPECT_EQ(testing::internal::GetCapturedStderr(), "ack!\nundo!\n");
+    EXPECT_EQ(heard, "ack|undo|");
+}
+
 TEST(ControlSocket, TakesThePlaceOfADeadSocketOnly)
 {
     const ScratchFolder folder;
@@ -117,6 +181,17 @@ TEST(Recorder, NeverOverwritesARecording)
     folder.Write("r", "the only one");
     EXPECT_THROW(live::Recorder(folder.Path("r"), 0.0, {}), tables::InputError);
     EXPECT_EQ(folder.Read("r"), "the only one");
+}
+
+TEST(Recorder, NamesAPlaceThatCannotBeWritten)
+{
+    const ScratchFolder folder;
+    try {
+        const live::Recorder recorder(folder.Path("no folder/r"), 0.0, {});
+        FAIL() << "it was opened";
+    } catch (const tables::InputError& error) {
+        EXPECT_THAT(error.what(), HasSubstr("cannot be written: No such file or directory"));
+    }
 }
 
 TEST(Recorder, EndsWithAnEventWhereTheDiskIsFull)

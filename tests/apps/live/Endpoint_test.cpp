@@ -35,6 +35,7 @@ TEST(Endpoint, OfASourceIsRead)
         {"tcp:localhost:2101",         Kind::Tcp,      "localhost",      2101  },
         {"tcp:10.0.0.7:1",             Kind::Tcp,      "10.0.0.7",       1     },
         {"tcp:[::1]:65535",            Kind::Tcp,      "::1",            65535 },
+        {"tcp:Pole_3.LOCAL:2101",      Kind::Tcp,      "Pole_3.LOCAL",   2101  },
         {"udp:4000",                   Kind::Udp,      "127.0.0.1",      4000  },
         {"udp:0.0.0.0:4000",           Kind::Udp,      "0.0.0.0",        4000  },
         {"gpsd:pole-3.local:2947",     Kind::Gpsd,     "pole-3.local",   2947  },
@@ -96,7 +97,11 @@ TEST(Endpoint, OfASourceThatIsNoneIsRefusedWithTheReason)
         {"tcp:::1:2101",        "has the host '::1'"              },
         {"tcp:[::1]",           "lacks HOST or PORT"              },
         {"tcp:[::g]:1",         "has the host '[::g]'"            },
+        {"tcp:[::1:80",         "has the host '[::1'"             },
+        {"tcp:[127.0.0.1]:80",  "has the host '[127.0.0.1]'"      },
         {"tcp:a b:1",           "has the host 'a b'"              },
+        {"tcp:a{b:1",           "has the host 'a{b'"              },
+        {"tcp:a^b:1",           "has the host 'a^b'"              },
         {"tcp:host:0",          "not one from 1 to 65535"         },
         {"tcp:host:65536",      "not one from 1 to 65535"         },
         {"tcp:host:-1",         "not one from 1 to 65535"         },
@@ -106,7 +111,9 @@ TEST(Endpoint, OfASourceThatIsNoneIsRefusedWithTheReason)
         {"file:@5",             "names no file"                   },
         {"file:a@0",            "has a rate that is not between"  },
         {"file:a@1e9",          "has a rate that is not between"  },
+        {"udp:a b:1",           "none in digits"                  },
         {"tcp:ho\nst:1",        "cannot be printed"               },
+        {"tcp:ho\x7fst:1",      "cannot be printed"               },
     };
     for (const Mistake& m : mistakes) {
         const auto parsed = live::ParseSource(m.text);
@@ -126,6 +133,7 @@ TEST(Endpoint, OfASinkThatIsNoneIsRefusedWithTheReason)
         {"udp:10110",          "lacks ADDR or PORT"     },
         {"udp:127.0.0.1:0",    "not one from 1 to 65535"},
         {"pty:",               "names no link"          },
+        {"pty:a\nb",           "cannot be printed"      },
         {"file:",              "names no file"          },
     };
     for (const Mistake& m : mistakes) {
@@ -133,6 +141,13 @@ TEST(Endpoint, OfASinkThatIsNoneIsRefusedWithTheReason)
         EXPECT_FALSE(parsed.endpoint) << m.text;
         EXPECT_THAT(parsed.problem, HasSubstr(m.reason)) << m.text;
     }
+}
+
+TEST(Endpoint, HasAHostOfNoMoreCharactersThanANameMayHave)
+{
+    const std::string longest(253, 'a');
+    EXPECT_TRUE(live::ParseSource("tcp:" + longest + ":1").endpoint);
+    EXPECT_THAT(live::ParseSource("tcp:" + longest + "a:1").problem, HasSubstr("has the host 'a"));
 }
 
 TEST(Endpoint, KnowsAddressesOfThisComputer)

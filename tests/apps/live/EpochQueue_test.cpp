@@ -59,6 +59,15 @@ TEST(EpochQueue, IsEmptyBetweenEpochs)
     EXPECT_EQ(queue.Dropped(), 0U);
 }
 
+TEST(EpochQueue, StaysEmptyWhereNothingWasSent)
+{
+    live::EpochQueue queue;
+    queue.Sent(0);
+    EXPECT_TRUE(queue.IsEmpty());
+    queue.Push(Epoch("one\n"));
+    EXPECT_EQ(queue.Front(), "one\n");
+}
+
 TEST(Backoff, WaitsLongerUntilAnAttemptSucceeds)
 {
     live::Backoff backoff;

@@ -111,7 +111,8 @@ TEST(GpsdJson, TakesHeightsByAnyTwoOfThree)
         EXPECT_NEAR(epochs[0].geoidSeparation, 39.429, 1e-9) << without;
     }
     for (const auto& [one, other] : {
-             std::pair("altHAE", "altMSL"), {"altMSL", "geoidSep"}
+             std::pair("altHAE", "altMSL"), {"altMSL", "geoidSep"},
+               {"altHAE", "geoidSep"}
     })
         EXPECT_EQ(GpsdJson().Feed(Changed(Changed(kTpv, one, "x"), other, "y")), "") << one;
 }

@@ -143,6 +143,27 @@ TEST(ReportText, WritesNullForWhatIsNotANumber)
     EXPECT_TRUE(object["tip"]["declination_deg"].is_null());
 }
 
+TEST(ReportText, WritesNullForWhatTheReceiverDoesNotSay)
+{
+    Report report = Storable();
+    report.epoch.date.reset();
+    report.epoch.correctionAge.reset();
+    const json object = json::parse(live::ReportJson(report));
+    EXPECT_TRUE(object["date"].is_null());
+    EXPECT_TRUE(object["age_s"].is_null());
+}
+
+TEST(ReportText, KeepsToTheTipOfTheSampleWhereTheOccupationHasNone)
+{
+    Report report = Storable();
+    report.byOccupation = true;
+    report.occupationTip = field::Geodetic{1.0, 2.0, 3.0};
+    EXPECT_EQ(live::JudgedTip(report).position.latitude, 47.566056);
+    report.occupation = field::OccupationEstimate();
+    report.occupationTip.reset();
+    EXPECT_EQ(live::JudgedTip(report).position.latitude, 47.566056);
+}
+
 TEST(ReportText, WritesWhatTheOccupationAdvises)
 {
     field::OccupationEstimate estimate;

@@ -5,9 +5,18 @@
 #include "apps/tables/Errors.h"
 #include "tests/apps/ScratchFile.h"
 #include "tests/apps/live/Peers.h"
+#include <algorithm>
+#include <arpa/inet.h>
+#include <csignal>
+#include <cstdio>
 #include <fcntl.h>
 #include <gmock/gmock.h>
+#include <ifaddrs.h>
+#include <iostream>
+#include <net/if.h>
 #include <sstream>
+#include <sys/socket.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -156,6 +165,90 @@ TEST(Server, DropsUpstreamBytesThatNobodyAskedFor)
     RunFor(loop, 20ms);
     s.server.Send(Epoch("$1\r\n"));
     EXPECT_TRUE(RunUntil(loop, [&] { return peer.Read() == "$1\r\n"; }));
+}
+
+// Goes without a farewell: what is sent to it is refused.
+void Reset(Peer& peer)
+{
+    const linger atOnce{1, 0};
+    EXPECT_EQ(setsockopt(peer.Get(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce), 0);
+    peer.Close();
+}
+
+TEST(Server, LosesAClientThatIsResetWhileAnEpochIsSent)
+{
+    live::Loop loop;
+    Served s(loop);
+    Peer lost = s.Connect(loop);
+    Peer stays = s.Connect(loop);
+    Reset(lost);
+    s.server.Send(Epoch("$1\r\n"));
+    EXPECT_EQ(s.server.Clients(), 1U);
+    EXPECT_THAT(s.events, testing::EndsWith("127.0.0.1 was lost\n"));
+    EXPECT_TRUE(RunUntil(loop, [&] { return stays.Read() == "$1\r\n"; }));
+}
+
+TEST(Server, LosesAClientThatIsResetWhileItIsSlow)
+{
+    live::Loop loop;
+    Served s(loop);
+    Peer slow = s.Connect(loop);
+    for (int i = 0; i < 20000 && s.server.Dropped() == 0; ++i)
+        s.server.Send(Epoch(Numbered(i)));
+    ASSERT_GT(s.server.Dropped(), 0U) << "the client never fell behind";
+    Reset(slow);
+    EXPECT_TRUE(RunUntil(loop, [&] { return s.server.Clients() == 0; }));
+    EXPECT_THAT(s.events, testing::EndsWith("127.0.0.1 was lost\n"));
+}
+
+TEST(Server, RefusesAnyNumberAtATimeBeyondEight)
+{
+    live::Loop loop;
+    Served s(loop);
+    std::vector<Peer> peers; // more than are accepted at a time
+    for (int i = 0; i < 17; ++i)
+        peers.push_back(Peer::ConnectedTo(s.server.Port()));
+    EXPECT_TRUE(RunUntil(loop, [&] { return std::ranges::count_if(peers, &Peer::IsAtEnd) == 9; }));
+    EXPECT_EQ(s.server.Clients(), 8U);
+    s.server.Send(Epoch("$1\r\n"));
+    EXPECT_TRUE(RunUntil(loop, [&] {
+        return std::ranges::count_if(peers, [](Peer& peer) { return peer.Read() == "$1\r\n"; })
+               == 8;
+    }));
+}
+
+// An address of this computer that others know; empty where it has none.
+std::string OuterAddress()
+{
+    ifaddrs* all = nullptr;
+    if (getifaddrs(&all) != 0) return "";
+    std::string found;
+    for (const ifaddrs* one = all; one && found.empty(); one = one->ifa_next) {
+        if (!one->ifa_addr || one->ifa_addr->sa_family != AF_INET) continue;
+        if (one->ifa_flags & IFF_LOOPBACK) continue;
+        char text[INET_ADDRSTRLEN] = "";
+        inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(one->ifa_addr)->sin_addr, text,
+                  sizeof text);
+        found = text;
+    }
+    freeifaddrs(all);
+    return found;
+}
+
+TEST(Server, RefusesAClientThatIsNotAllowed)
+{
+    const std::string outer = OuterAddress();
+    if (outer.empty()) GTEST_SKIP() << "this computer has no address but that of itself";
+    live::Loop loop;
+    std::string events;
+    live::Server::Setup setup;
+    setup.allowed = {live::ParseRange("2001:db8::/32").range.value()};
+    setup.onEvent = [&](const std::string& event) { events += event + '\n'; };
+    const live::Server server(loop, Named("tcp:" + outer + ":0"), std::move(setup));
+    Peer other(std::move(live::BeginConnect(outer, server.Port()).descriptor));
+    EXPECT_TRUE(RunUntil(loop, [&] { return other.IsAtEnd(); }));
+    EXPECT_EQ(server.Clients(), 0U);
+    EXPECT_EQ(events, outer + " was refused: it is not in --allow\n");
 }
 
 TEST(Server, NamesThePortThatIsTaken)
@@ -320,6 +413,151 @@ TEST(Sink, OfAFileKeepsEveryEpoch)
     }
     EXPECT_EQ(ReadAll(folder.Path("out")), all);
     EXPECT_EQ(events, "");
+}
+
+TEST(Sink, OfUdpSendsAgainWhereNobodyWasThereBefore)
+{
+    live::Loop loop;
+    std::uint16_t port = 0;
+    {
+        const live::Opened gone = live::BindUdp("127.0.0.1", 0);
+        port = live::PortOf(gone.descriptor.Get());
+    }
+    std::string events;
+    const auto sink =
+        live::MakeSink(loop, Named("udp:127.0.0.1:" + std::to_string(port)), Quiet(events));
+    sink->Send(Epoch("$nobody is there\r\n"));
+    const live::Opened receiver = live::BindUdp("127.0.0.1", port);
+    ASSERT_TRUE(receiver.descriptor.IsOpen()) << receiver.problem;
+    sink->Send(Epoch("$1\r\n")); // the system refuses it for the one before
+    char block[100];
+    EXPECT_EQ(read(receiver.descriptor.Get(), block, sizeof block), 4);
+    EXPECT_EQ(sink->Dropped(), 0U);
+    EXPECT_EQ(sink->Clients(), 0U) << "nobody is connected by a datagram";
+}
+
+TEST(Sink, OfUdpCountsAnEpochThatNoDatagramHolds)
+{
+    live::Loop loop;
+    const live::Opened receiver = live::BindUdp("127.0.0.1", 0);
+    const std::string port = std::to_string(live::PortOf(receiver.descriptor.Get()));
+    std::string events;
+    const auto sink = live::MakeSink(loop, Named("udp:127.0.0.1:" + port), Quiet(events));
+    sink->Send(Epoch(std::string(70000, 'x')));
+    EXPECT_EQ(sink->Dropped(), 1U);
+    sink->Send(Epoch("$1\r\n"));
+    char block[100];
+    EXPECT_EQ(read(receiver.descriptor.Get(), block, sizeof block), 4);
+}
+
+TEST(Sink, OfAPtyReadsUpstreamBytesBeyondWhatIsAgreedAndDropsThem)
+{
+    for (const bool isAsked : {false, true}) {
+        const ScratchFolder folder;
+        live::Loop loop;
+        std::string events;
+        std::string upstream;
+        live::Server::Setup setup = Quiet(events);
+        if (isAsked)
+            setup.makeUpstream = [&upstream] {
+                return [&upstream](std::string_view bytes) { upstream += bytes; };
+            };
+        const std::string link = folder.Path("pole");
+        const auto sink = live::MakeSink(loop, Named("pty:" + link), setup);
+        Peer app(live::Descriptor(open(link.c_str(), O_RDWR | O_NOCTTY | O_NONBLOCK)));
+        sink->Send(Epoch("$1\r\n"));
+        // Far more than a terminal holds: all of it goes only where it is read.
+        const std::string sent(100000, 'r');
+        std::size_t taken = 0;
+        EXPECT_TRUE(RunUntil(loop, [&] {
+            taken += app.Write(std::string_view(sent).substr(taken));
+            return taken == sent.size();
+        })) << taken;
+        EXPECT_EQ(upstream.size() >= 4096, isAsked);
+        EXPECT_LT(upstream.size(), sent.size());
+        EXPECT_EQ(app.Read(), "$1\r\n");
+    }
+}
+
+// A named pipe with somebody who has it open to read.
+struct NamedPipe
+{
+    explicit NamedPipe(const ScratchFolder& folder) : path(folder.Path("pipe"))
+    {
+        EXPECT_EQ(mkfifo(path.c_str(), 0600), 0);
+        reader = Peer(live::Descriptor(open(path.c_str(), O_RDONLY | O_NONBLOCK | O_CLOEXEC)));
+    }
+    std::string path;
+    Peer reader;
+};
+
+TEST(Sink, OfANamedPipeThatIsNotReadMissesWholeEpochsOnly)
+{
+    const ScratchFolder folder;
+    NamedPipe pipe(folder);
+    live::Loop loop;
+    std::string events;
+    const auto sink = live::MakeSink(loop, Named("file:" + pipe.path), Quiet(events));
+    std::string last;
+    for (int i = 0; sink->Dropped() < 3; ++i) {
+        ASSERT_LT(i, 10000);
+        last = std::to_string(i) + std::string(3000, 'x') + "\r\n";
+        sink->Send(Epoch(last));
+    }
+    pipe.reader.Read();
+    sink->Send(Epoch("$\r\n"));
+    const std::string& all = pipe.reader.Read();
+    EXPECT_TRUE(all.ends_with(last + "$\r\n")) << all.substr(all.size() - 100);
+    std::istringstream lines(all);
+    for (std::string line; std::getline(lines, line) && line != "$\r";)
+        EXPECT_EQ(line, std::to_string(std::stoi(line)) + std::string(3000, 'x') + "\r");
+    EXPECT_EQ(sink->Clients(), 0U);
+}
+
+TEST(Sink, WhoseReaderHasGoneEndsWithAnEvent)
+{
+    const ScratchFolder folder;
+    NamedPipe pipe(folder);
+    live::Loop loop;
+    std::string events;
+    const auto before = std::signal(SIGPIPE, SIG_IGN); // as the program does
+    const auto sink = live::MakeSink(loop, Named("file:" + pipe.path), Quiet(events));
+    sink->Send(Epoch("$1\r\n"));
+    EXPECT_EQ(pipe.reader.Read(), "$1\r\n");
+    pipe.reader.Close();
+    sink->Send(Epoch("$2\r\n"));
+    sink->Send(Epoch("$3\r\n"));
+    std::signal(SIGPIPE, before);
+    EXPECT_EQ(events, "file " + pipe.path + " ends: Broken pipe\n");
+}
+
+TEST(Sink, OfStandardOutputEndsTheProgramWithItsReaderAndNamesAFullDisk)
+{
+    const ScratchFolder folder;
+    live::Loop loop;
+    std::string events;
+    const auto sinkTo = [&](int descriptor) { // it keeps a copy of its own
+        std::cout.flush();
+        std::fflush(stdout);
+        const live::Descriptor before(dup(STDOUT_FILENO));
+        dup2(descriptor, STDOUT_FILENO);
+        auto sink = live::MakeSink(loop, Named("-"), Quiet(events));
+        dup2(before.Get(), STDOUT_FILENO);
+        return sink;
+    };
+    const live::Descriptor full(open("/dev/full", O_WRONLY | O_CLOEXEC));
+    sinkTo(full.Get())->Send(Epoch("$1\r\n"));
+    EXPECT_EQ(events, "standard output ends: No space left on device\n");
+
+    int both[2] = {-1, -1};
+    ASSERT_EQ(pipe2(both, O_CLOEXEC), 0);
+    live::Descriptor reader(both[0]);
+    const live::Descriptor writer(both[1]);
+    const auto sink = sinkTo(writer.Get());
+    reader.Close();
+    const auto before = std::signal(SIGPIPE, SIG_IGN); // as the program does
+    EXPECT_THROW(sink->Send(Epoch("$1\r\n")), tables::OutputClosed);
+    std::signal(SIGPIPE, before);
 }
 
 } // namespace

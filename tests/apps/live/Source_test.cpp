@@ -3,9 +3,11 @@
 
 #include "tests/apps/ScratchFile.h"
 #include "tests/apps/live/Peers.h"
+#include <fcntl.h>
 #include <fstream>
 #include <gmock/gmock.h>
 #include <sys/socket.h>
+#include <sys/stat.h>
 
 namespace {
 
@@ -240,6 +242,101 @@ TEST(Source, OfUdpTakesDatagramsOfAnySize)
     text.back() = 'z';
     ASSERT_EQ(write(sender.descriptor.Get(), text.data(), text.size()), std::ssize(text));
     EXPECT_TRUE(RunUntil(loop, [&] { return s.heard.bytes == text; }));
+}
+
+TEST(Source, SaysWhyItCannotBeOpened)
+{
+    const ScratchFolder folder;
+    live::Loop loop;
+    const auto expect = [&](const std::string& text, const char* reason) {
+        const Started s(loop, text);
+        EXPECT_TRUE(RunUntil(loop, [&] { return !s.heard.events.empty(); })) << text;
+        EXPECT_THAT(s.heard.events, HasSubstr(reason)) << text;
+        EXPECT_FALSE(s.heard.isEnded) << text;
+        EXPECT_EQ(s.heard.connections, 0) << text;
+    };
+    expect("file:" + folder.Path("none"), "No such file or directory; it is tried again");
+    expect("serial:/dev/null:9600", "it is not a serial port; it is tried again");
+    expect("tcp:224.0.0.1:9", "Network is unreachable; it is tried again");
+    expect("tcp:" + std::string(64, 'a') + ":9", "; it is tried again and again");
+}
+
+TEST(Source, OfAFileThatIsLongKeepsToItsRateAndItsLines)
+{
+    const ScratchFolder folder;
+    std::string lines;
+    for (int i = 0; i < 3000; ++i)
+        lines += std::to_string(i) + std::string(100, 'x') + "\r\n";
+    std::ofstream(folder.Path("log")) << lines;
+    live::Loop loop;
+    const Started s(loop, "file:" + folder.Path("log") + "@30000");
+    EXPECT_TRUE(RunUntil(loop, [&] { return s.heard.isEnded; }));
+    EXPECT_TRUE(s.heard.bytes == lines);
+}
+
+TEST(Source, OfANamedPipeWithARateWaitsForMoreLines)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    live::Loop loop;
+    const Started s(loop, "file:" + path + "@1000");
+    ASSERT_TRUE(RunUntil(loop, [&] { return s.source.IsConnected(); }));
+    Peer writer(live::Descriptor(open(path.c_str(), O_WRONLY | O_NONBLOCK | O_CLOEXEC)));
+    std::string expected;
+    for (const std::string_view lines : {"$1\r\n$2\r\n", "$3\r\n"}) {
+        expected += lines;
+        ASSERT_EQ(writer.Write(lines), lines.size());
+        EXPECT_TRUE(RunUntil(loop, [&] { return s.heard.bytes == expected; })) << s.heard.bytes;
+    }
+    EXPECT_FALSE(s.heard.isEnded);
+}
+
+TEST(Source, ThatWasResetNamesTheReasonAndComesBack)
+{
+    live::Loop loop;
+    Listener listener;
+    const Started s(loop, listener.Source());
+    ASSERT_TRUE(RunUntil(loop, [&] { return s.source.IsConnected() && listener.HasCaller(); }));
+    const linger atOnce{1, 0};
+    ASSERT_EQ(setsockopt(listener.peer.Get(), SOL_SOCKET, SO_LINGER, &atOnce, sizeof atOnce), 0);
+    listener.peer.Close();
+    ASSERT_TRUE(RunUntil(loop, [&] { return !s.heard.events.empty(); }));
+    EXPECT_EQ(s.heard.events, "Connection reset by peer; it is tried again and again\n");
+    EXPECT_TRUE(RunUntil(loop, [&] { return s.heard.connections == 2; }));
+}
+
+TEST(Source, TakesBytesWholeOrNotAtAll)
+{
+    live::Loop loop;
+    Listener listener;
+    Started s(loop, listener.Source());
+    ASSERT_TRUE(RunUntil(loop, [&] { return s.source.IsConnected() && listener.HasCaller(); }));
+    // The other side does not read, until the system takes no more and then the source does not.
+    std::string taken;
+    bool isRefused = false;
+    for (int i = 0; i < 100000 && !isRefused; ++i) {
+        const std::string frame = std::to_string(i) + std::string(1000, 'r') + "\n";
+        isRefused = !s.source.Write(frame);
+        if (!isRefused) taken += frame;
+    }
+    ASSERT_TRUE(isRefused);
+    EXPECT_TRUE(RunUntil(loop, [&] { return listener.peer.Read().size() >= taken.size(); }));
+    EXPECT_TRUE(listener.peer.Read() == taken);
+    EXPECT_TRUE(s.source.Write("$again\n"));
+    EXPECT_TRUE(RunUntil(loop, [&] { return listener.peer.Read() == taken + "$again\n"; }));
+}
+
+TEST(Source, OfAFileTakesNoBytes)
+{
+    const ScratchFolder folder;
+    const std::string path = folder.Path("pipe");
+    ASSERT_EQ(mkfifo(path.c_str(), 0600), 0);
+    live::Loop loop;
+    Started s(loop, "file:" + path);
+    ASSERT_TRUE(RunUntil(loop, [&] { return s.source.IsConnected(); }));
+    EXPECT_FALSE(s.source.Write("$1\r\n"));
+    EXPECT_EQ(s.heard.bytes, "");
 }
 
 } // namespace
