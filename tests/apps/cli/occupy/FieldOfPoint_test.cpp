@@ -47,7 +47,8 @@ TEST(FieldOfPoint, TakesTheVerticalOfPitchAndRollInPiecesOfLessThanTwoSeconds)
     std::vector<WaitingRow> paused = AtRest(400);
     std::vector<WaitingRow> repeated = paused;
     for (std::size_t i = 0; i < paused.size(); ++i) {
-        const double pieces = static_cast<double>(i / 95);
+        const std::size_t piece = i / 95;
+        const auto pieces = static_cast<double>(piece);
         paused[i].sample.seconds += 0.35 * pieces;
         repeated[i].sample.seconds -= 0.02 * pieces;
     }
