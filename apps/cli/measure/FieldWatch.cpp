@@ -34,8 +34,8 @@ field::SensorVector VectorOf(const survey::Reading& reading)
 
 } // namespace
 
-FieldWatch::FieldWatch(FieldWatchSetup setup, const tables::SampleLog& log)
-    : m_setup(std::move(setup)), m_log(log), m_secondsColumn(ColumnNamed(log, "seconds")),
+FieldWatch::FieldWatch(const FieldWatchSetup& setup, const tables::SampleLog& log)
+    : m_setup(setup), m_log(log), m_secondsColumn(ColumnNamed(log, "seconds")),
       m_hasTime(ColumnNamed(log, "Time").has_value()), m_monitor(m_setup.expected)
 {}
 

@@ -27,7 +27,7 @@ class FieldWatch
 {
 public:
     /// @param log  whose current row each call of Add looks at, for the time
-    FieldWatch(FieldWatchSetup setup, const tables::SampleLog& log);
+    FieldWatch(const FieldWatchSetup& setup, const tables::SampleLog& log);
 
     /// The current sample of the log.
     field::MonitorVerdict Add(const PoseSensorData& sample);
