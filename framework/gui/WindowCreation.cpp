@@ -122,6 +122,7 @@ bool Furnish(WindowRecord& window, const CREATESTRUCT& values)
     NativeWindow* const outer = window.parent ? window.parent->native.get() : nullptr;
     window.native = CurrentToolkit()->MakeWindow(window, outer);
     window.native->SetTitle(window.text);
+    window.origin = {values.x, values.y}; // a host may have moved it before
     window.native->Place(values.x, values.y, window.width, window.height);
     return true;
 }

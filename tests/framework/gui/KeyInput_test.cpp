@@ -86,6 +86,41 @@ TEST_F(Input, OfKeysTellsTheirNumbersAndCharacters)
 }
 
 // Bit 24 tells the keys beside the number pad from those on it.
+TEST_F(Input, OfAKeyThatHasNoNumberIsNotTold)
+{
+    Listening window;
+    ASSERT_TRUE(window.CreateTop());
+    Key(window, QEvent::KeyPress, Qt::Key_F24);
+    EXPECT_EQ(window.Take(), (Messages{
+                                 {WM_KEYDOWN, VK_F1 + 23, 1}
+    }));
+    Key(window, QEvent::KeyPress, Qt::Key_F25);
+    EXPECT_EQ(window.Take(), Messages{});
+}
+
+TEST_F(Input, OfCharactersEndsWithTheWindow)
+{
+    class Ending : public Listening
+    {
+    protected:
+        LRESULT WindowProc(UINT message, WPARAM wParam, LPARAM lParam) override
+        {
+            const LRESULT result = Listening::WindowProc(message, wParam, lParam);
+            if (message == WM_CHAR) DestroyWindow();
+            return result;
+        }
+    } window;
+    ASSERT_TRUE(window.CreateTop());
+    window.Take();
+    Key(window, QEvent::KeyPress, Qt::Key_A, QStringLiteral("ab"));
+    ASSERT_GE(window.told.size(), 2U);
+    EXPECT_EQ(window.told[0], (Told{WM_KEYDOWN, 'A', 1}));
+    EXPECT_EQ(window.told[1], (Told{WM_CHAR, 'a', 1}));
+    for (const Told& told : window.told)
+        EXPECT_FALSE(told.message == WM_CHAR && told.wParam == 'b');
+    EXPECT_EQ(window.GetSafeHwnd(), nullptr);
+}
+
 TEST_F(Input, OfKeysTellsThoseBesideTheNumberPad)
 {
     Listening window;

@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <array>
+#include <cstddef>
 #include <memory>
 #include <new>
 #include <stdexcept>
@@ -200,6 +201,9 @@ TEST(View, WhoseConstructorThrewLeavesNoTrace)
     int deleted = 0;
     const auto fail = []() -> int& { throw std::runtime_error("no counter"); };
     EXPECT_THROW(new Counted(fail()), std::runtime_error);
+    EXPECT_THROW(new (std::nothrow) Counted(fail()), std::runtime_error);
+    alignas(Counted) std::byte place[sizeof(Counted)];
+    EXPECT_THROW(new (static_cast<void*>(place)) Counted(fail()), std::runtime_error);
     Frame frame;
     auto* const view = new Counted(deleted); // likely at the same address
     ASSERT_TRUE(view->CreateIn(&frame));

@@ -99,6 +99,66 @@ TEST(ContextWithoutHandle, DrawsNothing)
     EXPECT_EQ(dc.GetBkColor(), CLR_INVALID);
 }
 
+TEST(ContextWithoutHandle, SelectsMeasuresAndFillsNothing)
+{
+    CDC dc;
+    CPen pen(PS_SOLID, 1, RGB(1, 2, 3));
+    CBrush brush(RGB(1, 2, 3));
+    EXPECT_EQ(dc.SelectObject(&pen), nullptr);
+    EXPECT_EQ(dc.GetTextExtent(L"text"), CSize());
+    EXPECT_EQ(dc.GetWindow(), nullptr);
+    dc.FillRect(&kBox, &brush);
+    EXPECT_EQ(dc.GetSafeHdc(), nullptr);
+}
+
+TEST(Context, WritesNoTextThatIsNullOrHasNoPlace)
+{
+    Picture picture;
+    EXPECT_EQ(picture.dc.DrawText(L"text", 4, nullptr, DT_LEFT), 0);
+    EXPECT_TRUE(picture.dc.ExtTextOut(0, 0, 0, nullptr, static_cast<LPCTSTR>(nullptr), 3, nullptr));
+    picture.dc.FillRect(&kBox, nullptr);
+    EXPECT_TRUE(picture.IsWhite());
+}
+
+TEST(Context, IsItsHandle)
+{
+    Picture picture;
+    const HDC handle = picture.dc;
+    EXPECT_NE(handle, nullptr);
+    EXPECT_EQ(handle, picture.dc.GetSafeHdc());
+}
+
+TEST(Context, HasNoClipWithoutHeight)
+{
+    Picture picture;
+    EXPECT_EQ(picture.dc.IntersectClipRect(1, 6, 5, 6), NULLREGION);
+}
+
+TEST(Context, OfNoPictureHasABitmapWithoutSizeThatStays)
+{
+    CDC dc;
+    dc.CreateCompatibleDC(nullptr);
+    CBitmap* const nothing = dc.GetCurrentBitmap();
+    ASSERT_NE(nothing, nullptr);
+    EXPECT_EQ(nothing->GetSize(), CSize(0, 0));
+}
+
+TEST(Context, OfAWindowTakesNoBitmapAndKeepsItsStates)
+{
+    Parent window;
+    CClientDC dc(&window);
+    CBitmap bitmap;
+    ASSERT_TRUE(bitmap.CreateCompatibleBitmap(&dc, 8, 8));
+    EXPECT_EQ(dc.SelectObject(&bitmap), nullptr);
+    EXPECT_NE(dc.GetPixel(20, 20), CLR_INVALID) << "it has the picture of the window";
+    const COLORREF before = dc.GetTextColor();
+    EXPECT_EQ(dc.SaveDC(), 1);
+    dc.SetTextColor(RGB(1, 2, 3));
+    EXPECT_TRUE(dc.RestoreDC(-1));
+    EXPECT_EQ(dc.GetTextColor(), before);
+    EXPECT_EQ(dc.GetWindow(), &window);
+}
+
 TEST(Context, DrawsNothingOfANullArgument)
 {
     Picture picture;
@@ -266,6 +326,18 @@ TEST(ContextHandle, BelongsToOneContext)
     EXPECT_EQ(CDC::FromHandle(handle), &dc);
 }
 
+TEST(ContextHandle, LeavesATemporaryContextAlone)
+{
+    CDC dc;
+    dc.CreateCompatibleDC(nullptr);
+    const HDC handle = dc.Detach();
+    CDC* const temporary = CDC::FromHandle(handle);
+    ASSERT_TRUE(dc.Attach(handle));
+    EXPECT_EQ(temporary->Detach(), handle);
+    EXPECT_EQ(temporary->GetSafeHdc(), nullptr);
+    EXPECT_EQ(CDC::FromHandle(handle), &dc) << "it stays with its owner";
+}
+
 TEST(WithoutWindow, NothingIsDoneAndNothingIsThere)
 {
     CWnd none;
@@ -346,6 +418,80 @@ TEST(WithoutWindow, AChildOfNoParentIsNotCreatedAndEnds)
     Child child;
     EXPECT_FALSE(child.Create(AfxRegisterWndClass(0), L"child", 0, kBox, nullptr, 1));
     EXPECT_EQ(child.ended, 1);
+}
+
+TEST(WindowParent, OfNoneLeavesAWindowThatIsThere)
+{
+    Parent parent;
+    Child child;
+    ASSERT_TRUE(child.Create(AfxRegisterWndClass(0), L"", 0, kBox, &parent, 5));
+    EXPECT_FALSE(child.Create(AfxRegisterWndClass(0), L"", 0, kBox, nullptr, 6));
+    EXPECT_EQ(child.ended, 0);
+    EXPECT_EQ(parent.GetDlgItem(5), &child);
+}
+
+TEST(WindowParent, ThatIsTakenAwayLeavesAWindowOfItsOwn)
+{
+    Parent parent;
+    Child child;
+    ASSERT_TRUE(child.Create(AfxRegisterWndClass(0), L"", WS_VISIBLE, kBox, &parent, 5));
+    EXPECT_EQ(child.SetParent(nullptr), &parent);
+    EXPECT_EQ(child.GetParent(), nullptr);
+    EXPECT_EQ(parent.GetDlgItem(5), nullptr);
+    EXPECT_EQ(child.SetParent(&parent), nullptr);
+    EXPECT_EQ(parent.GetDlgItem(5), &child);
+}
+
+TEST(WindowParent, ThatHasEndedHasNoNewChildren)
+{
+    Parent parent;
+    const HWND gone = parent.GetSafeHwnd();
+    ASSERT_TRUE(parent.DestroyWindow());
+    EXPECT_EQ(CreateWindowExW(0, L"STATIC", L"", WS_CHILD, 0, 0, 9, 9, gone, 7), nullptr);
+}
+
+TEST(WindowHandle, IsEndedByATemporaryObjectOnlyWhereNobodyOwnsIt)
+{
+    Parent parent;
+    const auto make = [&parent] {
+        return CreateWindowExW(0, L"STATIC", L"", WS_CHILD, 0, 0, 9, 9, parent.GetSafeHwnd(), 7);
+    };
+    const HWND alone = make();
+    ASSERT_NE(alone, nullptr);
+    EXPECT_TRUE(CWnd::FromHandle(alone)->DestroyWindow());
+    EXPECT_EQ(parent.GetDlgItem(7), nullptr);
+
+    const HWND owned = make();
+    CWnd* const temporary = CWnd::FromHandle(owned);
+    CWnd owner;
+    EXPECT_FALSE(owner.Attach(nullptr));
+    ASSERT_TRUE(owner.Attach(owned));
+    EXPECT_FALSE(temporary->DestroyWindow());
+    EXPECT_EQ(parent.GetDlgItem(7), &owner);
+    EXPECT_TRUE(owner.DestroyWindow());
+    EXPECT_EQ(CWnd::FromHandlePermanent(nullptr), nullptr);
+}
+
+TEST(WindowArguments, ChooseBothNumbersOfAPlaceOrASize)
+{
+    CRect places[3];
+    constexpr POINT corners[] = {
+        {CW_USEDEFAULT, CW_USEDEFAULT},
+        {CW_USEDEFAULT, 7            },
+        {7,             CW_USEDEFAULT}
+    };
+    for (int i = 0; i < 3; ++i) {
+        CWnd window;
+        const POINT chosen = corners[i];
+        ASSERT_TRUE(window.CreateEx(0, AfxRegisterWndClass(0), L"", WS_OVERLAPPED, chosen.x,
+                                    chosen.y, chosen.x, chosen.y, nullptr, nullptr));
+        window.GetWindowRect(&places[i]);
+    }
+    EXPECT_EQ(places[1], places[0]);
+    EXPECT_EQ(places[2], places[0]);
+    EXPECT_NE(places[0].left, 7);
+    EXPECT_GT(places[0].Width(), 7);
+    EXPECT_GT(places[0].Height(), 7);
 }
 
 TEST(WindowArguments, OfNullChangeNothing)
@@ -484,6 +630,7 @@ TEST(WindowParent, GivesItsChildrenTextsByNumber)
     parent.SetDlgItemText(6, L"nobody");
     CString text;
     EXPECT_EQ(parent.GetDlgItemText(5, text), 3);
+    EXPECT_EQ(parent.GetDlgItemText(5, nullptr, 8), 0);
     EXPECT_EQ(text, L"new");
     EXPECT_EQ(child.SetDlgCtrlID(9), 5);
     EXPECT_EQ(parent.GetDlgItem(5), nullptr);
