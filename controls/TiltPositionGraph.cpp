@@ -249,7 +249,7 @@ void CTiltPositionGraph::DrawLinkDistance(CDC* dc, TiltPoint_Sensor point)
 {
     const auto& [one, two, three] = m_centers;
     if (!dc || m_points.IsEmpty() || !IsConfirmed(one)) return;
-    if (one.nConfirmed != 0 && two.nConfirmed != 0 && three.nConfirmed != 0) return;
+    if (two.nConfirmed != 0 && three.nConfirmed != 0) return;
     if (two.nSet == 0 && two.nConfirmed == 0) DrawLine(*dc, one, point, kRed);
     DrawLine(*dc, one, point, kRed);
     DrawLine(*dc, two, point, kRed);

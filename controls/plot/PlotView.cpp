@@ -52,7 +52,7 @@ void PlotView::TakeFrom(std::wstring_view text, const wchar_t* key)
         return true;
     };
     std::wstring_view field;
-    if (!nextField(field)) return;
+    nextField(field); // empty where nothing follows
     originX = framework::ParseInteger(field).value;
     if (!nextField(field)) return;
     originY = framework::ParseInteger(field).value;

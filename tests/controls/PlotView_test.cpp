@@ -68,6 +68,7 @@ TEST(PlotView, TakesTheFieldsThatAreThere)
     const FileCase cases[] = {
         {L"GRAPHMAGNETIC_XZ:12, -34, 1.250000,\r\n",       {12, -34, 1.25},             "all three"              },
         {L"GRAPHMAGNETIC_XZ:12",                           {12, 2, 3.5},                "only the first"         },
+        {L"GRAPHMAGNETIC_XZ:",                             {0, 2, 3.5},                 "nothing after the key"  },
         {L"GRAPHMAGNETIC_XZ:12,9",                         {12, 9, 3.5},                "the scale is missing"   },
         {L"GRAPHMAGNETIC_XY:12, 9, 8,",                    {1, 2, 3.5},                 "another key"            },
         {L"",                                              {1, 2, 3.5},                 "empty"                  },

@@ -105,6 +105,27 @@ TEST_F(TiltGraph, IsBlackBesideLayersThatAreTooSmall)
     EXPECT_EQ(shown.At(10, 90), kAxis);
 }
 
+TEST_F(TiltGraph, StaysWhereItIsWithoutObservations)
+{
+    BeginAt(0.01);
+    graph.ZoomAll();
+    EXPECT_EQ(graph.m_world.scale, 0.01);
+    EXPECT_EQ(graph.m_world.originX, 1000.0);
+    EXPECT_EQ(graph.m_world.originY, 500.0);
+}
+
+TEST_F(TiltGraph, DrawsNoDistancesToNoObservation)
+{
+    BeginAt(0.01);
+    graph.SetCenterPoint(1, At(1000.8, 501.0));
+    const Shown before = Now();
+    {
+        CClientDC dc(&view);
+        graph.DrawLinkDistance(&dc, At(1000.1, 501.0));
+    }
+    EXPECT_EQ(Shown(view), before);
+}
+
 TEST_F(TiltGraph, ShowsAnObservationInsideAtOnce)
 {
     BeginAt(0.01);
@@ -282,11 +303,14 @@ TEST_F(TiltGraph, KeepsTheCurrentPointThroughClear)
 
 TEST_F(TiltGraph, IsNotShownBelowTenPixels)
 {
-    view.MoveWindow(0, 0, 9, 50);
-    BeginAt(0.01);
-    graph.AddPoint(At(1000.1, 500.05));
-    graph.ReDraw();
-    EXPECT_EQ(Shown(view).Count(GetSysColor(COLOR_WINDOW)), 9 * 50) << "nothing is drawn";
+    for (const CSize size : {CSize(9, 50), CSize(50, 9)}) {
+        view.MoveWindow(0, 0, size.cx, size.cy);
+        view.UpdateWindow();
+        BeginAt(0.01);
+        graph.AddPoint(At(1000.1, 500.05));
+        graph.ReDraw();
+        EXPECT_EQ(Shown(view).Count(GetSysColor(COLOR_WINDOW)), 9 * 50) << "nothing is drawn";
+    }
     view.MoveWindow(0, 0, 10, 10);
     graph.ReDraw();
     EXPECT_EQ(Shown(view).At(0, 0), kBlack);

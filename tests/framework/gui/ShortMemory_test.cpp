@@ -98,6 +98,32 @@ TEST_F(ShortMemory, MakesNoWindowWithoutAnObject)
     }
 }
 
+TEST_F(ShortMemory, MakesNoObject)
+{
+    std::vector<void*> made; // until what remembers them grows
+    bool isThrown = false;
+    for (int i = 0; i < 100 && !isThrown; ++i) {
+        AllocationRound round(2, Failing::One);
+        try {
+            made.push_back(round.Run([] { return CWnd::operator new(sizeof(CWnd)); }));
+        } catch (const std::bad_alloc&) {
+            isThrown = round.HasFailed();
+        }
+    }
+    EXPECT_TRUE(isThrown);
+    AllocationRound round(2, Failing::One);
+    constexpr std::align_val_t kWide{64};
+    EXPECT_THROW(round.Run([] { return CWnd::operator new(sizeof(CWnd), kWide); }), std::bad_alloc);
+    AllocationRound again(2, Failing::One);
+    EXPECT_EQ(again.Run([] { return CWnd::operator new(sizeof(CWnd), std::nothrow); }), nullptr);
+    for (void* const memory : made)
+        CWnd::operator delete(memory);
+    CWnd* const object = new CWnd;
+    EXPECT_TRUE(object->CreateEx(0, L"STATIC", L"", WS_OVERLAPPED, 0, 0, 9, 9, nullptr, 0))
+        << "with memory again";
+    delete object;
+}
+
 // The colors of a window, row by row.
 std::vector<COLORREF> Pixels(CWnd& shown)
 {
