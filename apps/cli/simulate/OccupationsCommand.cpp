@@ -7,6 +7,7 @@
 #include "apps/tables/Output.h"
 #include "simulation/LogText.h"
 #include "simulation/TruthText.h"
+#include <algorithm>
 #include <array>
 #include <fmt/format.h>
 
