@@ -225,7 +225,7 @@ std::string OuterAddress()
     std::string found;
     for (const ifaddrs* one = all; one && found.empty(); one = one->ifa_next) {
         if (!one->ifa_addr || one->ifa_addr->sa_family != AF_INET) continue;
-        if (one->ifa_flags & IFF_LOOPBACK) continue;
+        if ((one->ifa_flags & (IFF_LOOPBACK | IFF_UP)) != IFF_UP) continue;
         char text[INET_ADDRSTRLEN] = "";
         inet_ntop(AF_INET, &reinterpret_cast<const sockaddr_in*>(one->ifa_addr)->sin_addr, text,
                   sizeof text);
