@@ -98,7 +98,7 @@ TEST(ParameterText, KeepsTenDecimalsOfEveryValue)
     EXPECT_EQ(cli::ParameterText("pole.cfg", loaded), text);
 }
 
-TEST(ParameterText, IsNotGivenWhereItCannotBeReadBack)
+TEST(ParameterText, NeedsAFileInMemory)
 {
     rlimit files{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &files), 0);
