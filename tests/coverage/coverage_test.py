@@ -5,7 +5,7 @@ import pathlib
 import tomllib
 import unittest
 
-from coverage import EXCLUSIONS, ROOT, files_of, folder_of, measure, places_of, table_of
+from coverage import EXCLUSIONS, ROOT, File, files_of, folder_of, measure, places_of, table_of
 
 TEXT = ["int Sign(int x)", "{", "    if (x < 0) return -1;", "    while (true)", "        Wait();", "}"]
 BELOW = (3, 9, 3, 14)
@@ -80,6 +80,15 @@ class Exclusions(unittest.TestCase):
     def test_what_a_test_runs_is_not_excluded(self):
         for never in ("x < 0 is false", "if (x < 0) return -1;"):
             self.assertEqual(len(outcome(exclusion("if (x < 0) return -1;", never))[2]), 1, never)
+
+    def test_a_remainder_of_runs_beside_the_cases_of_a_switch_refutes_nothing(self):
+        text = ["    switch (sign) {", "    if (sign) {"]
+        for line, before, wrongs in ((1, 13, 0), (2, 9, 1)):
+            place = (line, before, line, before + 4)
+            file = File({}, {place: [1, 5]})
+            entry = exclusion(text[line - 1], "sign is true")
+            folders, missed, wrong = measure({"a/Sign.cpp": file}, [entry], lambda name: text)
+            self.assertEqual((folders["a"][1].excluded, missed, len(wrong)), (1, [], wrongs))
 
     def test_what_is_no_longer_there_is_an_error(self):
         for gone in (exclusion("if (x < 1) return -1;", "x < 1 is true"),
