@@ -37,7 +37,8 @@ public:
     static const CRuntimeClass classCObject;
 
     virtual CRuntimeClass* GetRuntimeClass() const;
-    virtual ~CObject() = default; // inline, so that arrays which nobody else sees stay in registers
+    // Inline, so that arrays which nobody else sees stay in registers; exported nevertheless.
+    TILTPOLE_API virtual ~CObject() = default;
 
     CObject(const CObject&) = delete;
     CObject& operator=(const CObject&) = delete;
