@@ -4,14 +4,19 @@
 #include "apps/tables/Errors.h"
 #include "apps/tables/ReadFile.h"
 #include "quality/ParameterFile.h"
+#include <algorithm>
 #include <cerrno>
+#include <cmath>
 #include <sys/mman.h>
 #include <system_error>
 #include <unistd.h>
+#include <vector>
 
 namespace cli {
 
 namespace {
+
+constexpr double kLastDigit = 0.5001e-10; // half a unit of the tenth decimal
 
 // A file that is only in memory.
 class MemoryFile
@@ -31,20 +36,23 @@ private:
     int m_file;
 };
 
-CString NameOf(const MemoryFile& file)
+// Every value that a parameter file has.
+std::vector<double> ValuesOf(CInclineSensor_Position& p)
 {
-    return CString(file.Path().c_str());
+    const Incline_MagneticTranslationParameter t = p.GetMagneticTranslationPar();
+    std::vector<double> values{t.dX, t.dY, t.dZ, p.GetMagneticBiasAngle_A(),
+                               p.GetMagneticBiasAngle_B()};
+    for (const Incline_MagneticCorrectParameter& m :
+         {p.GetMagneticCorrectPar_A(), p.GetMagneticCorrectPar_B()})
+        for (const double value : {m.x0, m.y0, m.z0, m.a, m.b, m.c, m.d, m.e})
+            values.push_back(value);
+    return values;
 }
 
-/// @param path  for the message
-/// @throws InputError where `position` cannot be saved
-std::string SavedText(CInclineSensor_Position position, const MemoryFile& file,
-                      const std::string& path)
+bool IsSame(CInclineSensor_Position& p, CInclineSensor_Position& q)
 {
-    if (position.ConfigSave(NameOf(file)) != 1)
-        throw tables::InputError(path, "was not written: a value is not finite or too long, or "
-                                       "there is no room to make the file in memory");
-    return tables::ReadFile(file.Path());
+    return std::ranges::equal(ValuesOf(p), ValuesOf(q),
+                              [](double x, double y) { return std::fabs(x - y) <= kLastDigit; });
 }
 
 } // namespace
@@ -52,13 +60,17 @@ std::string SavedText(CInclineSensor_Position position, const MemoryFile& file,
 std::string ParameterText(const std::string& path, const CInclineSensor_Position& position)
 {
     const MemoryFile file;
-    std::string content = SavedText(position, file, path);
+    const CString name(file.Path().c_str());
+    CInclineSensor_Position saved = position;
+    if (saved.ConfigSave(name) != 1)
+        throw tables::InputError(path, "was not written: a value is not finite or too long, or "
+                                       "there is no room to make the file in memory");
     CInclineSensor_Position readBack;
-    readBack.ConfigRead(NameOf(file));
-    const MemoryFile again;
-    if (SavedText(readBack, again, path) != content)
+    if (readBack.ConfigRead(name) != 1 || !IsSame(saved, readBack)) {
         throw tables::InputError(
             path, "was left unchanged, because reading the new content back gave other values");
+    }
+    std::string content = tables::ReadFile(file.Path());
     if (const auto problems = quality::CheckParameterText(content); !problems.empty()) {
         throw tables::InputError(path,
                                  "was left unchanged, because the calibration is implausible: "
