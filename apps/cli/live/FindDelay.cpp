@@ -119,7 +119,7 @@ int FindDelayInRecording(const LiveOptions& options)
     bool isOver = false;
     const auto take = [&] {
         for (const field::Report& report : bridge->Take())
-            if (!rocking.Add(report)) isOver = true;
+            isOver = isOver || !rocking.Add(report);
     };
     const field::Instant last =
         ReadRecording(options.replay, [&](double started, const field::Record& record) {

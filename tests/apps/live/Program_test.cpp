@@ -159,6 +159,7 @@ TEST(LiveReplay, LooksForTheDelayInTheSecondsThatAreGiven)
                            "--seconds", seconds})
             .err;
     };
+    // An epoch each 0.1 s from 0.1 s on: the last one of 5 s is that of 5.1 s, of all that of 8.9 s.
     EXPECT_THAT(epochs("5"), HasSubstr("no delay was found in 51 epochs: "));
     EXPECT_THAT(epochs("60"), HasSubstr("no delay was found in 89 epochs: "));
 }
@@ -398,6 +399,7 @@ TEST(Live, LooksForTheDelayInEveryEpochOfItsInput)
                                         "--gnss", "-", "--pose", "file:" + folder.Write("p", "")},
                                        sentences);
     EXPECT_EQ(outcome.exitCode, 1);
+    // 0.1, 0.2, ... 8.9 s
     EXPECT_THAT(outcome.err, HasSubstr("no delay was found in 89 epochs: "));
 }
 
