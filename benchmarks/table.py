@@ -173,10 +173,11 @@ def table_of(rows, times):
         if row.ours not in times:
             unexplained.append(f"{row.work}: '{row.ours}' was not measured")
             continue
-        ours, as_built, for_this = compared(row, times)
-        if not as_built:
-            unexplained.append(f"{row.work}: none of its peers was measured")
+        absent = [peer for peer in row.peers if peer not in times]
+        if absent:
+            unexplained.append(f"{row.work}: '{absent[0]}' was not measured")
             continue
+        ours, as_built, for_this = compared(row, times)
         shown += 1
         cells, ratios = [], []
         for peers in (as_built, for_this):
@@ -184,7 +185,8 @@ def table_of(rows, times):
                 cells += ["", ""]
                 continue
             ratios.append(peers[0][0] / ours)
-            cells += [figure(peers[0][0]), f"{ratios[-1]:.2f}"]
+            name = "" if title_of(peers[0][1]) == title_of(as_built[0][1]) else f" ({title_of(peers[0][1])})"
+            cells += [figure(peers[0][0]) + name, f"{ratios[-1]:.2f}"]
         mark = ""
         if min(ratios) < LEVEL:
             behind += 1
