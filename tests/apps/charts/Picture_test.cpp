@@ -143,7 +143,9 @@ TEST(Picture, ThatIsTooLargeIsAnErrorAndNoFile)
 
 TEST(Painter, MakesATextSmallerUntilItFits)
 {
-    charts::Painter painter(cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr));
+    const std::unique_ptr<cairo_surface_t, decltype(&cairo_surface_destroy)> surface(
+        cairo_recording_surface_create(CAIRO_CONTENT_COLOR_ALPHA, nullptr), &cairo_surface_destroy);
+    charts::Painter painter(surface.get());
     const std::string text = "East of the estimated tip [m]";
     const charts::TextStyle style{.size = 20.0};
     const double width = painter.TextWidth(text, style);

@@ -5,6 +5,7 @@
 #include "apps/tables/Errors.h"
 #include "quality/ParameterFile.h"
 #include "tests/apps/ScratchFile.h"
+#include <cerrno>
 #include <gtest/gtest.h>
 #include <sys/resource.h>
 #include <system_error>
@@ -100,6 +101,8 @@ TEST(ParameterText, KeepsTenDecimalsOfEveryValue)
 
 TEST(ParameterText, NeedsAFileInMemory)
 {
+    // The sanitizers look at a type once, for which they need a descriptor.
+    static_cast<void>(std::generic_category().message(EMFILE));
     rlimit files{};
     ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &files), 0);
     const rlimit none{0, files.rlim_max};

@@ -4,9 +4,11 @@
 #include "tests/apps/ScratchFile.h"
 #include "tests/apps/live/Peers.h"
 #include <algorithm>
+#include <cerrno>
 #include <fcntl.h>
 #include <gmock/gmock.h>
 #include <sys/resource.h>
+#include <system_error>
 #include <termios.h>
 
 namespace {
@@ -21,6 +23,8 @@ class DescriptorsLeft
 public:
     explicit DescriptorsLeft(rlim_t count)
     {
+        // The sanitizers look at a type once, for which they need a descriptor.
+        static_cast<void>(std::generic_category().message(EMFILE));
         getrlimit(RLIMIT_NOFILE, &m_before);
         const live::Descriptor next(open("/dev/null", O_RDONLY | O_CLOEXEC));
         const rlimit now{static_cast<rlim_t>(next.Get()) + count, m_before.rlim_max};

@@ -622,7 +622,9 @@ TEST_F(FitProgram, DropsThePairOfALine)
         const apps::test::Outcome outcome =
             apps::test::RunProgram({"transform", "fit", pairs, "--drop", line, "--json"});
         ASSERT_EQ(outcome.exitCode, 0) << outcome.err;
-        for (const auto& point : nlohmann::json::parse(outcome.out)["points"])
+        const nlohmann::json fit = nlohmann::json::parse(outcome.out);
+        ASSERT_FALSE(fit["points"].empty());
+        for (const auto& point : fit["points"])
             EXPECT_NE(point["name"], "P2") << line;
     }
 }
