@@ -99,22 +99,36 @@ TEST(ParameterText, KeepsTenDecimalsOfEveryValue)
     EXPECT_EQ(cli::ParameterText("pole.cfg", loaded), text);
 }
 
+// The program may open no descriptor.
+class NoDescriptors
+{
+public:
+    NoDescriptors()
+    {
+        // The sanitizers look at a type once, for which they need a descriptor.
+        static_cast<void>(std::generic_category().message(EMFILE));
+        EXPECT_EQ(getrlimit(RLIMIT_NOFILE, &m_before), 0);
+        const rlimit none{0, m_before.rlim_max};
+        EXPECT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
+    }
+    ~NoDescriptors() { setrlimit(RLIMIT_NOFILE, &m_before); }
+    NoDescriptors(const NoDescriptors&) = delete;
+    NoDescriptors& operator=(const NoDescriptors&) = delete;
+
+private:
+    rlimit m_before = {};
+};
+
 TEST(ParameterText, NeedsAFileInMemory)
 {
-    // The sanitizers look at a type once, for which they need a descriptor.
-    static_cast<void>(std::generic_category().message(EMFILE));
-    rlimit files{};
-    ASSERT_EQ(getrlimit(RLIMIT_NOFILE, &files), 0);
-    const rlimit none{0, files.rlim_max};
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &none), 0);
     std::string text;
     std::string reason;
     try {
+        const NoDescriptors none;
         text = cli::ParameterText("pole.cfg", CInclineSensor_Position());
     } catch (const std::system_error& error) {
         reason = error.what();
     }
-    ASSERT_EQ(setrlimit(RLIMIT_NOFILE, &files), 0);
     EXPECT_EQ(text, "");
     EXPECT_EQ(reason, "a file in memory: Too many open files");
     EXPECT_NE(cli::ParameterText("pole.cfg", CInclineSensor_Position()), "");
